@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+class TWValue;
+
+// Keys keep the order in which they were added or read.
+class TWDictionary {
+public:
+    using Entry = std::pair<std::string, TWValue>;
+
+    const TWValue* find(std::string_view key) const;
+    TWValue* find(std::string_view key);
+
+    // Replaces the value of a key that is there already, else appends.
+    void set(std::string key, TWValue value);
+
+    // True when the key was there.
+    bool remove(std::string_view key);
+
+    std::size_t size() const;
+    const std::vector<Entry>& entries() const { return entries_; }
+    std::vector<Entry>& entries() { return entries_; }
+
+    friend bool operator==(const TWDictionary&, const TWDictionary&);
+
+private:
+    std::vector<Entry> entries_;
+};
+
+// Seconds since 2001-01-01 00:00:00 UTC, the epoch of property lists.
+struct TWDate {
+    double secondsSince2001 = 0;
+    friend bool operator==(const TWDate&, const TWDate&) = default;
+};
+
+struct TWData {
+    std::string bytes;
+    friend bool operator==(const TWData&, const TWData&) = default;
+};
+
+// One value of a property list. Destroying, copying and comparing do not recurse on the stack without bound: lists nested
+// deeper than TWPropertyList's limit are refused when they are read.
+class TWValue {
+public:
+    using Array = std::vector<TWValue>;
+
+    TWValue() = default; // boolean false
+    TWValue(bool);
+    TWValue(int);
+    TWValue(std::int64_t);
+    TWValue(double);
+    TWValue(const char*);
+    TWValue(std::string);
+    TWValue(std::string_view);
+    TWValue(TWDate);
+    TWValue(TWData);
+    TWValue(Array);
+    TWValue(TWDictionary);
+
+    // Nothing when the value is of another type.
+    const bool* boolean() const { return std::get_if<bool>(&value_); }
+    const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
+    const double* real() const { return std::get_if<double>(&value_); }
+    const std::string* string() const { return std::get_if<std::string>(&value_); }
+    const TWDate* date() const { return std::get_if<TWDate>(&value_); }
+    const TWData* data() const { return std::get_if<TWData>(&value_); }
+    const Array* array() const { return std::get_if<Array>(&value_); }
+    Array* array() { return std::get_if<Array>(&value_); }
+    const TWDictionary* dictionary() const { return std::get_if<TWDictionary>(&value_); }
+    TWDictionary* dictionary() { return std::get_if<TWDictionary>(&value_); }
+
+    friend bool operator==(const TWValue&, const TWValue&);
+
+private:
+    std::variant<bool, std::int64_t, double, std::string, TWDate, TWData, Array, TWDictionary> value_ {false};
+};
