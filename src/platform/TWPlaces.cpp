@@ -1,0 +1,37 @@
+#include "platform/TWPlaces.h"
+
+#include "support/TWPath.h"
+
+namespace {
+
+struct MovedFolder {
+    const char* usual; // as stored lists write it
+    const std::string TWPlaces::*folder;
+};
+
+constexpr MovedFolder MovedFolders[] = {
+    {"$XDG_CONFIG_HOME", &TWPlaces::configHome},
+    {"$XDG_DATA_HOME", &TWPlaces::dataHome},
+    {"$XDG_STATE_HOME", &TWPlaces::stateHome},
+    {"$XDG_CACHE_HOME", &TWPlaces::cacheHome},
+    {"~/.config", &TWPlaces::configHome},
+    {"~/.local/share", &TWPlaces::dataHome},
+    {"~/.local/state", &TWPlaces::stateHome},
+    {"~/.cache", &TWPlaces::cacheHome},
+};
+
+}
+
+std::string TWPlaces::standardize(const std::string& path) const
+{
+    for (const auto& moved : MovedFolders) {
+        if (TWPath::isAtOrBelow(path, moved.usual))
+            return TWPath::standardize(this->*moved.folder + path.substr(std::string_view(moved.usual).size()), home);
+    }
+    return TWPath::standardize(path, home);
+}
+
+std::string TWPlaces::abbreviate(const std::string& path) const
+{
+    return TWPath::abbreviateTilde(path, home);
+}

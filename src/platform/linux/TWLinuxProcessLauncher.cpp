@@ -1,0 +1,241 @@
+#include "platform/linux/TWLinuxProcessLauncher.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/epoll.h>
+#include <sys/pidfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t KeptOutput = 4096;
+
+// The low bit of an epoll tag says which of a child's two descriptors is meant.
+constexpr std::uint64_t OutputBit = 1;
+
+void closeDescriptor(int& descriptor)
+{
+    if (descriptor >= 0)
+        close(descriptor);
+    descriptor = -1;
+}
+
+// 0, or the errno.
+int spawn(const std::string& path, const std::vector<std::string>& arguments, int output, pid_t& process)
+{
+    std::vector<char*> words {const_cast<char*>(path.c_str())};
+    for (const auto& argument : arguments)
+        words.push_back(const_cast<char*>(argument.c_str()));
+    words.push_back(nullptr);
+    char locale[] = "LC_ALL=C";
+    char search[] = "PATH=/usr/bin:/bin:/usr/sbin:/sbin";
+    char* const environment[] = {locale, search, nullptr};
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
+
+    // A child must not inherit what this process has blocked or ignored.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t signals;
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&attributes, &signals);
+    for (const int signal : {SIGPIPE, SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, signal);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+
+    const int error = posix_spawn(&process, path.c_str(), &actions, &attributes, words.data(), environment);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    return error;
+}
+
+}
+
+class TWLinuxProcessLauncher::Child final : public TWChildProcess {
+public:
+    Child(TWLinuxProcessLauncher& launcher, Terminated terminated)
+        : launcher_(launcher)
+        , identifier_(launcher.nextIdentifier_ += 2)
+        , terminated_(std::move(terminated))
+    {
+        launcher_.children_[identifier_] = this;
+    }
+
+    ~Child()
+    {
+        launcher_.children_.erase(identifier_);
+        if (process_ > 0) {
+            ::kill(process_, SIGTERM);
+            abandon();
+        }
+        closeAll();
+    }
+
+    void start(const std::string& path, const std::vector<std::string>& arguments)
+    {
+        int error = 0;
+        int ends[2] = {-1, -1};
+        if (pipe2(ends, O_CLOEXEC) != 0)
+            error = errno;
+        outputRead_ = ends[0];
+        outputWrite_ = ends[1];
+        if (error == 0) {
+            fcntl(outputRead_, F_SETFL, O_NONBLOCK);
+            error = spawn(path, arguments, outputWrite_, process_);
+        }
+        if (error == 0)
+            error = watchDescriptors();
+        if (error != 0)
+            failLater(error);
+    }
+
+    void terminate() override { signal(SIGTERM); }
+    void kill() override { signal(SIGKILL); }
+
+    void drainOutput()
+    {
+        char buffer[16384];
+        for (ssize_t length; (length = read(outputRead_, buffer, sizeof buffer)) > 0;) {
+            const auto room = KeptOutput - termination_.output.size();
+            termination_.output.append(buffer, std::min(static_cast<std::size_t>(length), room));
+        }
+    }
+
+    void ended()
+    {
+        int status = 0;
+        if (waitpid(process_, &status, WNOHANG) != process_)
+            return;
+        process_ = -1;
+        drainOutput();
+        const bool signalled = WIFSIGNALED(status);
+        termination_.kind = signalled ? TWTermination::Kind::Signalled : TWTermination::Kind::Exited;
+        termination_.code = signalled ? WTERMSIG(status) : WEXITSTATUS(status);
+        report();
+    }
+
+private:
+    int watchDescriptors()
+    {
+        pidfd_ = pidfd_open(process_, 0);
+        if (pidfd_ >= 0 && launcher_.watch(pidfd_, identifier_) && launcher_.watch(outputRead_, identifier_ | OutputBit))
+            return 0;
+        // A child whose end cannot be noticed is not left running.
+        const int error = errno;
+        ::kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+        process_ = -1;
+        return error;
+    }
+
+    void failLater(int error)
+    {
+        closeAll();
+        termination_.kind = TWTermination::Kind::NotLaunched;
+        termination_.code = error;
+        failure_ = launcher_.loop_.after(TWRunLoop::Duration(0), [this] { report(); });
+    }
+
+    // The owner usually destroys this object inside the call.
+    void report()
+    {
+        closeAll();
+        const auto terminated = std::move(terminated_);
+        const auto termination = std::move(termination_);
+        terminated(termination);
+    }
+
+    // The process that nobody waits for any more still has to be collected once it has ended.
+    void abandon()
+    {
+        if (waitpid(process_, nullptr, WNOHANG) == process_)
+            return;
+        launcher_.loop_.post([process = process_] {
+            // Ends within moments of its SIGTERM; a tool that ignores it is not given a second chance.
+            for (int attempt = 0; attempt < 100; ++attempt) {
+                if (waitpid(process, nullptr, WNOHANG) != 0)
+                    return;
+                usleep(1000);
+            }
+            ::kill(process, SIGKILL);
+            waitpid(process, nullptr, 0);
+        });
+    }
+
+    void signal(int number)
+    {
+        if (process_ > 0)
+            pidfd_send_signal(pidfd_, number, nullptr, 0);
+    }
+
+    void closeAll()
+    {
+        closeDescriptor(pidfd_);
+        closeDescriptor(outputRead_);
+        closeDescriptor(outputWrite_);
+    }
+
+    TWLinuxProcessLauncher& launcher_;
+    const std::uint64_t identifier_;
+    Terminated terminated_;
+    TWTermination termination_;
+    pid_t process_ = -1;
+    int pidfd_ = -1;
+    int outputRead_ = -1;
+    int outputWrite_ = -1; // held open so that the child's end does not wake the loop twice
+    std::unique_ptr<TWRunLoopHandle> failure_;
+};
+
+TWLinuxProcessLauncher::TWLinuxProcessLauncher(TWRunLoop& loop)
+    : loop_(loop)
+    , epoll_(epoll_create1(EPOLL_CLOEXEC))
+    , watch_(loop.whenReadable(epoll_, [this] { serveEvents(); }))
+{
+}
+
+TWLinuxProcessLauncher::~TWLinuxProcessLauncher()
+{
+    watch_.reset();
+    closeDescriptor(epoll_);
+}
+
+std::unique_ptr<TWChildProcess> TWLinuxProcessLauncher::launch(
+    const std::string& path, const std::vector<std::string>& arguments, Terminated terminated)
+{
+    auto child = std::make_unique<Child>(*this, std::move(terminated));
+    child->start(path, arguments);
+    return child;
+}
+
+bool TWLinuxProcessLauncher::watch(int descriptor, std::uint64_t tag)
+{
+    epoll_event event {};
+    event.events = EPOLLIN;
+    event.data.u64 = tag;
+    return epoll_ctl(epoll_, EPOLL_CTL_ADD, descriptor, &event) == 0;
+}
+
+void TWLinuxProcessLauncher::serveEvents()
+{
+    epoll_event events[16];
+    const int count = epoll_wait(epoll_, events, 16, 0);
+    for (int index = 0; index < count; ++index) {
+        const auto tag = events[index].data.u64;
+        // Looked up anew each time: an earlier call may have destroyed the child.
+        const auto found = children_.find(tag & ~OutputBit);
+        if (found == children_.end())
+            continue;
+        if (tag & OutputBit)
+            found->second->drainOutput();
+        else
+            found->second->ended();
+    }
+}

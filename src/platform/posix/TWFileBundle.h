@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/TWBundle.h"
+#include "platform/TWFileSystem.h"
+
+// Info.plist and resource files in one folder.
+class TWFileBundle final : public TWBundle {
+public:
+    TWFileBundle(const TWFileSystem&, std::string resourceFolder);
+
+    std::string info(const std::string& key) const override;
+    std::string resourcePath(const std::string& name) const override;
+    std::string identifier() const override { return info("CFBundleIdentifier"); }
+
+private:
+    std::string folder_;
+    TWDictionary info_;
+};
