@@ -7,6 +7,7 @@
 #include <sys/epoll.h>
 #include <sys/pidfd.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -153,21 +154,19 @@ private:
         terminated(termination);
     }
 
-    // The process that nobody waits for any more still has to be collected once it has ended.
+    // The process that nobody waits for any more still has to be collected once it has ended. Hops to a thread of its own, which
+    // touches nothing of ours; the process number stays taken until it is collected.
     void abandon()
     {
-        if (waitpid(process_, nullptr, WNOHANG) == process_)
-            return;
-        launcher_.loop_.post([process = process_] {
-            // Ends within moments of its SIGTERM; a tool that ignores it is not given a second chance.
+        std::thread([process = process_] {
             for (int attempt = 0; attempt < 100; ++attempt) {
                 if (waitpid(process, nullptr, WNOHANG) != 0)
                     return;
-                usleep(1000);
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
             }
             ::kill(process, SIGKILL);
             waitpid(process, nullptr, 0);
-        });
+        }).detach();
     }
 
     void signal(int number)

@@ -1,0 +1,83 @@
+#include "settings/TWDataFolder.h"
+
+#include "plist/TWPropertyList.h"
+#include "support/TWText.h"
+
+#include <cerrno>
+
+namespace {
+
+constexpr auto Unreadable = "The list \"%@\" could not be read (%@). It is left untouched; please repair it, or move it away to start anew.";
+constexpr auto NoList = "it does not hold a list";
+constexpr auto TooLong = "it is longer than 32 MB";
+constexpr auto Unwritable = "The list \"%@\" could not be saved (%@). The file on disk is as it was; please make room or check the permissions.";
+constexpr auto NotRepresentable = "a text in it is not valid UTF-8";
+constexpr auto NotKept = "the damaged file could not be kept as \"%@\": %@";
+
+// A list of 100,000 rules takes a tenth of this.
+constexpr std::size_t LongestList = 32 << 20;
+
+}
+
+TWDataFolder::TWDataFolder(const TWFileSystem& fileSystem, const TWPlaces& places, const TWBundle& bundle)
+    : fileSystem_(fileSystem)
+    , path_(places.standardize(bundle.info("TWApplicationSupportFolder")))
+{
+}
+
+std::string TWDataFolder::file(const std::string& name) const
+{
+    return path_ + "/" + name;
+}
+
+void TWDataFolder::make() const
+{
+    if (!fileSystem_.exists(path_))
+        fileSystem_.makeFolders(path_);
+}
+
+TWListFile TWDataFolder::read(const std::string& path) const
+{
+    TWListFile result;
+    const auto contents = fileSystem_.read(path, LongestList);
+    if (contents.error == ENOENT || contents.error == ENOTDIR) {
+        result.missing = true;
+        return result;
+    }
+    std::string problem;
+    if (contents.error != 0) {
+        problem = contents.error == EFBIG ? TooLong : TWErrorText(contents.error);
+    } else {
+        auto list = TWPropertyList::read(contents.bytes);
+        if (list.value && list.value->array())
+            result.records = std::move(*list.value->array());
+        else
+            problem = list.value ? NoList : list.problem;
+    }
+    if (!problem.empty())
+        result.problem = TWText::fill(Unreadable, {path, problem});
+    return result;
+}
+
+std::string TWDataFolder::write(const std::string& name, const TWValue::Array& records) const
+{
+    const auto path = file(name);
+    const auto bytes = TWPropertyList::write(records, TWPropertyListFormat::XML);
+    if (!bytes)
+        return TWText::fill(Unwritable, {path, NotRepresentable});
+    if (const auto problem = keepDamaged(path); !problem.empty())
+        return TWText::fill(Unwritable, {path, problem});
+    make();
+    const int error = fileSystem_.writeAtomically(path, *bytes);
+    return error == 0 ? "" : TWText::fill(Unwritable, {path, TWErrorText(error)});
+}
+
+std::string TWDataFolder::keepDamaged(const std::string& path) const
+{
+    if (read(path).problem.empty())
+        return "";
+    const auto kept = path + ".damaged";
+    const int error = fileSystem_.copyFile(path, kept);
+    // What was damaged first is the more valuable of two.
+    return error == 0 || error == EEXIST ? "" : TWText::fill(NotKept, {kept, TWErrorText(error)});
+}

@@ -1,0 +1,141 @@
+#include "settings/TWSettings.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace {
+
+using enum TWKeyType;
+
+constexpr TWKeyRow Rows[] = {
+    {TWKey::ApplicationsCleaner, "ApplicationsCleaner", Boolean, "quit the chosen applications in a run"},
+    {TWKey::RecentItemsCleaner, "RecentItemsCleaner", Boolean, "remove recent items in a run"},
+    {TWKey::TrashCleaner, "TrashCleaner", Boolean, "empty the Trash in a run"},
+    {TWKey::VolumesCleaner, "VolumesCleaner", Boolean, "unmount the chosen volumes in a run"},
+    {TWKey::ClipboardCleaner, "ClipboardCleaner", Boolean, "clear the clipboard in a run"},
+    {TWKey::FilesCleaner, "FilesCleaner", Boolean, "delete what the Files rules name in a run"},
+    {TWKey::LogsCleaner, "LogsCleaner", Boolean, "delete the checked logs in a run"},
+    {TWKey::SafariTabsCleaner, "SafariTabsCleaner", Boolean, "close browser tabs in a run"},
+    {TWKey::ShowResults, "ShowResults", Boolean, "open the results window by itself"},
+    {TWKey::ShowResultsMode, "ShowResultsMode", Integer, "when: 0 a cleaner fails, 1 a run starts, 2 a run ends"},
+    {TWKey::GrowlCleaningDone, "GrowlCleaningDone", Boolean, "post a notification when a run ends"},
+    {TWKey::AutoQuit, "AutoQuit", Boolean, "quit when a run ends"},
+    {TWKey::AutoQuitMode, "AutoQuitMode", Integer, "0 only if every cleaner succeeded, else always"},
+    {TWKey::BounceDockIcon, "BounceDockIcon", Boolean, "ask for attention when a run ends"},
+    {TWKey::SecurelyDeleteFiles, "SecurelyDeleteFiles", Boolean, "overwrite files before deleting them"},
+    {TWKey::SecurelyDeleteFilesMode, "SecurelyDeleteFilesMode", Integer, "how often: 0 once, 1 seven times, 2 thirty-five times"},
+    {TWKey::UseAuthorization, "UseAuthorization", Boolean, "reserved; no deletion asks for administrator rights"},
+    {TWKey::ManualFilesRuleCreation, "ManualFilesRuleCreation", Boolean, "Add in the Files editor makes an empty rule"},
+    {TWKey::ManualRecentItemsRuleCreation, "ManualRecentItemsRuleCreation", Boolean, "Add in the Recent Items editor makes an empty rule"},
+    {TWKey::UUID, "UUID", String, "identifies this installation"},
+    {TWKey::LastLaunchedVersion, "LastLaunchedVersion", String, "the version of the latest launch"},
+    {TWKey::FirstLaunchDone, "FirstLaunchDone", Boolean, "the greeting has been shown"},
+};
+
+std::string lowercase(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+    return text;
+}
+
+std::optional<std::int64_t> number(const TWValue& value)
+{
+    if (const auto* boolean = value.boolean())
+        return *boolean ? 1 : 0;
+    if (const auto* integer = value.integer())
+        return *integer;
+    return std::nullopt;
+}
+
+bool fits(const TWValue& value, TWKeyType type)
+{
+    return type == String ? value.string() != nullptr : number(value).has_value();
+}
+
+}
+
+TWSettings::TWSettings(TWUserDefaults& userDefaults)
+    : userDefaults_(userDefaults)
+{
+}
+
+std::span<const TWKeyRow> TWSettings::keys()
+{
+    return Rows;
+}
+
+const TWKeyRow& TWSettings::row(TWKey key)
+{
+    return Rows[static_cast<std::size_t>(key)];
+}
+
+const TWKeyRow* TWSettings::rowNamed(std::string_view name)
+{
+    const auto found = std::find_if(std::begin(Rows), std::end(Rows), [&](const TWKeyRow& row) { return row.name == name; });
+    return found == std::end(Rows) ? nullptr : found;
+}
+
+bool TWSettings::boolean(TWKey key) const
+{
+    const auto value = find(key);
+    return value && number(*value).value_or(0) != 0;
+}
+
+std::int32_t TWSettings::integer(TWKey key) const
+{
+    const auto value = find(key);
+    return value ? static_cast<std::int32_t>(number(*value).value_or(0)) : 0;
+}
+
+std::string TWSettings::string(TWKey key) const
+{
+    const auto value = find(key);
+    return value && value->string() ? *value->string() : "";
+}
+
+void TWSettings::set(TWKey key, const TWValue& value)
+{
+    userDefaults_.setValue(row(key).name, value);
+}
+
+void TWSettings::reset(TWKey key)
+{
+    userDefaults_.removeValue(row(key).name);
+}
+
+std::optional<TWValue> TWSettings::parse(TWKeyType type, const std::string& text)
+{
+    if (type == String)
+        return TWValue(text);
+    if (type == Boolean) {
+        const auto word = lowercase(text);
+        for (const auto* yes : {"true", "yes", "on", "1"}) {
+            if (word == yes)
+                return TWValue(true);
+        }
+        for (const auto* no : {"false", "no", "off", "0"}) {
+            if (word == no)
+                return TWValue(false);
+        }
+        return std::nullopt;
+    }
+    std::int32_t integer = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), integer);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return TWValue(integer);
+}
+
+std::optional<TWValue> TWSettings::find(TWKey key) const
+{
+    const auto& found = row(key);
+    if (const auto override = overrides_.find(key); override != overrides_.end())
+        return override->second;
+    auto stored = userDefaults_.value(found.name);
+    if (stored && stored->string())
+        stored = parse(found.type, *stored->string());
+    if (stored && fits(*stored, found.type))
+        return stored;
+    const auto* registered = registered_.find(found.name);
+    return registered && fits(*registered, found.type) ? std::optional(*registered) : std::nullopt;
+}

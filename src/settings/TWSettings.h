@@ -1,0 +1,83 @@
+#pragma once
+
+#include "platform/TWUserDefaults.h"
+
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+
+// Every setting that is not a list, in the order of the table in TWSettings.cpp.
+enum class TWKey {
+    ApplicationsCleaner,
+    RecentItemsCleaner,
+    TrashCleaner,
+    VolumesCleaner,
+    ClipboardCleaner,
+    FilesCleaner,
+    LogsCleaner,
+    SafariTabsCleaner,
+    ShowResults,
+    ShowResultsMode,
+    GrowlCleaningDone,
+    AutoQuit,
+    AutoQuitMode,
+    BounceDockIcon,
+    SecurelyDeleteFiles,
+    SecurelyDeleteFilesMode,
+    UseAuthorization,
+    ManualFilesRuleCreation,
+    ManualRecentItemsRuleCreation,
+    UUID,
+    LastLaunchedVersion,
+    FirstLaunchDone,
+};
+
+enum class TWKeyType { Boolean, Integer, String };
+
+struct TWKeyRow {
+    TWKey key;
+    const char* name; // as stored
+    TWKeyType type;
+    const char* meaning; // for `tidewell settings list`
+};
+
+// Typed reading and writing of the settings. A value is looked for among the overrides, then the stored values, then the registered
+// defaults; one that does not fit the key's type counts as absent. Main thread.
+class TWSettings final {
+public:
+    explicit TWSettings(TWUserDefaults&);
+
+    static std::span<const TWKeyRow> keys();
+    static const TWKeyRow& row(TWKey);
+    static const TWKeyRow* rowNamed(std::string_view name);
+
+    // Absent reads as false, 0 and "". A boolean read as an integer is 1 or 0, and an integer read as a boolean is true unless 0.
+    bool boolean(TWKey) const;
+    std::int32_t integer(TWKey) const;
+    std::string string(TWKey) const;
+    bool hasValue(TWKey key) const { return find(key).has_value(); }
+
+    void set(TWKey, const TWValue&);
+
+    // Back to the registered default.
+    void reset(TWKey);
+
+    // The defaults that hold where nothing is stored. Kept in memory only.
+    void registerDefaults(TWDictionary defaults) { registered_ = std::move(defaults); }
+
+    // Holds for this process and is never stored.
+    void override(TWKey key, TWValue value) { overrides_[key] = std::move(value); }
+
+    TWUserDefaults& userDefaults() { return userDefaults_; }
+
+    // A text as a user writes it ("yes", "off", "2"), or as the settings file holds it. Nothing when it does not fit the type.
+    static std::optional<TWValue> parse(TWKeyType, const std::string& text);
+
+private:
+    std::optional<TWValue> find(TWKey) const;
+
+    TWUserDefaults& userDefaults_;
+    TWDictionary registered_;
+    std::map<TWKey, TWValue> overrides_;
+};
