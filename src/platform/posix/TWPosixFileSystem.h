@@ -1,0 +1,15 @@
+#pragma once
+
+#include "TWFileSystem.h"
+
+class TWPosixFileSystem final : public TWFileSystem {
+public:
+    std::optional<TWFileFacts> facts(const std::string& path, TWLinkAtEnd) const override;
+    std::unique_ptr<TWOpenFolder> openFolder(const std::string& path, TWLinkAtEnd, int* error) const override;
+    TWTreeSize treeSize(const std::string& path, const TWCancellation&) const override;
+    std::optional<std::string> realPath(const std::string& path) const override;
+    int makeFolders(const std::string& path) const override;
+    Contents read(const std::string& path, std::size_t limit) const override;
+    int writeAtomically(const std::string& path, std::string_view bytes) const override;
+    int copyFile(const std::string& from, const std::string& to) const override;
+};
