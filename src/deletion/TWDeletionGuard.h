@@ -15,8 +15,10 @@ public:
     // Judged by the real place of the path, links on the way to it resolved.
     std::string objection(const std::string& path) const;
 
-private:
+    // The same as a clause, "it is the home folder."; nothing when the path may be deleted.
     const char* reason(const std::string& path) const;
+
+private:
     const char* reasonAtRealPath(const std::string& path) const;
 
     const TWPlaces& places_;

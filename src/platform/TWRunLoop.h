@@ -42,12 +42,11 @@ public:
     // Any thread. Calls once on a later turn, in the order of posting. What the function uses must still live then.
     virtual void post(std::function<void()>) = 0;
 
-    // Runs work on another thread and then, on the main thread, finished. Work uses copies only and may post(). Destroying
-    // the handle cancels: work is told through its argument, finished is not called any more, and the destructor does not
-    // wait for work to end.
-    [[nodiscard]] virtual std::unique_ptr<TWRunLoopHandle> inBackground(
-        std::function<void(const TWCancellation&)> work, std::function<void()> finished)
-        = 0;
+    // Runs work on another thread and then, on the main thread, finished. Work uses copies only; what it posts asks the
+    // cancellation first. Destroying the handle cancels: finished is not called any more, and the destructor does not wait for
+    // work to end. The end of the run loop does.
+    using Work = std::function<void(const std::shared_ptr<const TWCancellation>&)>;
+    [[nodiscard]] virtual std::unique_ptr<TWRunLoopHandle> inBackground(Work, std::function<void()> finished) = 0;
 
     // Calls whenever the descriptor (not owned) can be read without waiting.
     [[nodiscard]] virtual std::unique_ptr<TWRunLoopHandle> whenReadable(int descriptor, std::function<void()>) = 0;

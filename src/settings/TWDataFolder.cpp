@@ -59,13 +59,14 @@ TWListFile TWDataFolder::read(const std::string& path) const
     return result;
 }
 
-std::string TWDataFolder::write(const std::string& name, const TWValue::Array& records) const
+std::string TWDataFolder::write(const std::string& name, const TWValue::Array& records, TWOldFile oldFile) const
 {
     const auto path = file(name);
     const auto bytes = TWPropertyList::write(records, TWPropertyListFormat::XML);
     if (!bytes)
         return TWText::fill(Unwritable, {path, NotRepresentable});
-    if (const auto problem = keepDamaged(path); !problem.empty())
+    const auto problem = oldFile == TWOldFile::KeepAsDamaged ? keepDamaged(path) : "";
+    if (!problem.empty())
         return TWText::fill(Unwritable, {path, problem});
     make();
     const int error = fileSystem_.writeAtomically(path, *bytes);
@@ -74,10 +75,12 @@ std::string TWDataFolder::write(const std::string& name, const TWValue::Array& r
 
 std::string TWDataFolder::keepDamaged(const std::string& path) const
 {
-    if (read(path).problem.empty())
-        return "";
-    const auto kept = path + ".damaged";
-    const int error = fileSystem_.copyFile(path, kept);
-    // What was damaged first is the more valuable of two.
-    return error == 0 || error == EEXIST ? "" : TWText::fill(NotKept, {kept, TWErrorText(error)});
+    // An earlier damaged file stays as it was: the next one gets a number.
+    std::string kept = path + ".damaged";
+    int error = fileSystem_.copyFile(path, kept);
+    for (int number = 2; error == EEXIST && number < 100; ++number) {
+        kept = path + ".damaged." + std::to_string(number);
+        error = fileSystem_.copyFile(path, kept);
+    }
+    return error == 0 || error == ENOENT ? "" : TWText::fill(NotKept, {kept, TWErrorText(error)});
 }

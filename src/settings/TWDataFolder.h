@@ -16,6 +16,9 @@ struct TWListFile {
     std::string problem; // one line that names the file and the remedy, when it is there but could not be read
 };
 
+// Differs on purpose: a file whose contents were not understood is kept beside itself as NAME.damaged before it is written over.
+enum class TWOldFile { Replace, KeepAsDamaged };
+
 // The folder of the settings lists, and the files in it. Main thread.
 class TWDataFolder final {
 public:
@@ -29,9 +32,8 @@ public:
 
     TWListFile read(const std::string& path) const;
 
-    // "" or one line that names the file and the remedy; the old file is then untouched. A file that cannot be read is kept beside
-    // itself as NAME.damaged before it is written over for the first time.
-    std::string write(const std::string& name, const TWValue::Array& records) const;
+    // "" or one line that names the file and the remedy; the old file is then untouched.
+    std::string write(const std::string& name, const TWValue::Array& records, TWOldFile) const;
 
 private:
     std::string keepDamaged(const std::string& path) const;

@@ -1,0 +1,91 @@
+// What the application delegate does before the first cleaning.
+
+#include "app/TWTidewellAppDelegate.h"
+#include "plist/TWPropertyList.h"
+#include "support/TWLog.h"
+#include "support/TWText.h"
+
+#include <cstdio>
+#include <random>
+
+namespace {
+
+constexpr auto WelcomeTitle = "Welcome to Tidewell!";
+constexpr auto WelcomeButton = "I Understand";
+constexpr std::size_t LongestResource = 1 << 20;
+
+// Random, in the usual form: 36 characters, upper-case hexadecimal with hyphens.
+std::string newUUID()
+{
+    std::random_device random;
+    std::uint32_t words[4] = {random(), random(), random(), random()};
+    words[1] = (words[1] & 0xFFFF0FFFU) | 0x4000U; // version: random
+    words[2] = (words[2] & 0x3FFFFFFFU) | 0x80000000U; // variant
+    char text[37];
+    std::snprintf(text, sizeof text, "%08X-%04X-%04X-%04X-%04X%08X", words[0], words[1] >> 16, words[1] & 0xFFFF, words[2] >> 16,
+        words[2] & 0xFFFF, words[3]);
+    return text;
+}
+
+}
+
+void TWTidewellAppDelegate::registerDefaults()
+{
+    const auto path = platform_.bundle.resourcePath(platform_.bundle.identifier() + ".plist");
+    const auto list = TWPropertyList::read(platform_.fileSystem.read(path, LongestResource).bytes);
+    if (list.value && list.value->dictionary())
+        settings_.registerDefaults(*list.value->dictionary());
+    else
+        TWLog::write(TWText::fill("TWTidewellAppDelegate: Could not read %@. Please install Tidewell again.", {path}));
+}
+
+void TWTidewellAppDelegate::stampUUID()
+{
+    if (settings_.string(TWKey::UUID).empty())
+        settings_.set(TWKey::UUID, newUUID());
+}
+
+void TWTidewellAppDelegate::createCleaners()
+{
+    for (const auto& row : TWCleanerTable()) {
+        cleanerArray_.push_back(row.create({deletion_, settings_}));
+        cleanerArray_.back()->setDelegate(this);
+    }
+}
+
+void TWTidewellAppDelegate::applicationDidFinishLaunching()
+{
+    dataFolder_.make();
+    stampUUID();
+    settings_.set(TWKey::LastLaunchedVersion, platform_.bundle.info("CFBundleVersion"));
+    createCleaners();
+    platform_.notifier.setClicked([this] { growlNotificationWasClicked(); });
+    if (!view_->isKeyWindow(TWWindow::QuickCleanup))
+        view_->bringToFront(TWWindow::Main);
+    if (!settings_.boolean(TWKey::FirstLaunchDone)) {
+        // Stored first, so that the greeting is shown once even if the program is ended while it is open.
+        settings_.set(TWKey::FirstLaunchDone, true);
+        greet();
+    }
+}
+
+void TWTidewellAppDelegate::prepareForCommand()
+{
+    dataFolder_.make();
+    stampUUID();
+    for (const auto key : {TWKey::ShowResults, TWKey::AutoQuit, TWKey::BounceDockIcon})
+        settings_.override(key, false);
+    createCleaners();
+}
+
+void TWTidewellAppDelegate::greet()
+{
+    const auto text = platform_.fileSystem.read(platform_.bundle.resourcePath("Welcome.txt"), LongestResource).bytes;
+    platform_.alerts.show({WelcomeTitle, text, WelcomeButton, ""}, [](TWAnswer) { });
+}
+
+void TWTidewellAppDelegate::applicationWillTerminate()
+{
+    if (const auto problem = settings_.userDefaults().synchronize(); !problem.empty())
+        TWLog::write(problem);
+}

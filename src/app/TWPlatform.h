@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/TWAlerts.h"
+#include "platform/TWBundle.h"
+#include "platform/TWFileSystem.h"
+#include "platform/TWLock.h"
+#include "platform/TWMountTable.h"
+#include "platform/TWNotifier.h"
+#include "platform/TWPlaces.h"
+#include "platform/TWProcessLauncher.h"
+#include "platform/TWRunLoop.h"
+#include "platform/TWUserDefaults.h"
+
+// Everything that Tidewell asks of the system, built once in main().
+struct TWPlatform {
+    TWRunLoop& runLoop;
+    TWProcessLauncher& launcher;
+    const TWFileSystem& fileSystem;
+    TWMountTable& mountTable;
+    const TWPlaces& places;
+    TWUserDefaults& userDefaults;
+    const TWBundle& bundle;
+    TWLocks& locks;
+    TWAlerts& alerts;
+    TWNotifier& notifier;
+};

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "editors/TWEditorView.h"
+#include "settings/TWDataFolder.h"
+
+#include <string>
+#include <vector>
+
+class TWDictionaryView : public TWEditorView {
+public:
+    // The words were replaced by loading.
+    virtual void wordsChanged() = 0;
+
+    // The words could not be saved; the sheet stays open.
+    virtual void showProblem(const std::string& problem) = 0;
+
+protected:
+    ~TWDictionaryView() = default;
+};
+
+// The keyword dictionary: one list of words for every keyword-driven cleaner. Main thread.
+class TWDictionaryWindowController final {
+public:
+    explicit TWDictionaryWindowController(const TWDataFolder&);
+
+    void setView(TWDictionaryView* view) { view_ = view; }
+
+    void awakeFromNib() { loadDictionary(); }
+
+    // Fills the words from the file: none when there is no file. A file with an element that is no word keeps the words as they were.
+    void loadDictionary();
+
+    // The words as shown, saved or not; duplicates and empty words as the user typed them.
+    const std::vector<std::string>& wordDictionary() const { return words_; }
+
+    // The view's, after every edit. The words are UTF-8.
+    void setWordDictionary(std::vector<std::string> words) { words_ = std::move(words); }
+
+    // Writes the file and closes the sheet.
+    void save();
+
+    // Writes the file only. "" or one line that names the file and the remedy.
+    std::string write();
+
+    // Closes the sheet. Kept on purpose: the words stay as they are shown until the editor is opened again.
+    void cancel();
+    void help();
+
+    // One line when the file is there but could not be read, else "".
+    const std::string& problem() const { return problem_; }
+
+private:
+    const TWDataFolder& dataFolder_;
+    TWDictionaryView* view_ = nullptr;
+    std::vector<std::string> words_;
+    std::string problem_;
+};
