@@ -169,23 +169,25 @@ void TWFilesWindowController::setDescription(int row, const std::string& descrip
 void TWFilesWindowController::setFilePath(int row, const std::string& path)
 {
     rule(row).filePath = path;
-    notes_.count(rules(), context_.dictionary.wordDictionary());
+    countNotes();
 }
 
 void TWFilesWindowController::setWhatToDelete(int row, std::int32_t whatToDelete)
 {
     rule(row).whatToDelete = whatToDelete;
-    notes_.count(rules(), context_.dictionary.wordDictionary());
+    countNotes();
 }
 
 void TWFilesWindowController::sheetOpened()
 {
     notes_.clear();
-    notes_.count(rules(), context_.dictionary.wordDictionary());
+    sheetIsOpen_ = true;
+    countNotes();
 }
 
 void TWFilesWindowController::sheetClosed()
 {
+    sheetIsOpen_ = false;
     notes_.clear();
 }
 
@@ -202,5 +204,11 @@ std::string TWFilesWindowController::defaultRules() const
 void TWFilesWindowController::ruleChanged()
 {
     reloadTable();
-    notes_.count(rules(), context_.dictionary.wordDictionary());
+    countNotes();
+}
+
+void TWFilesWindowController::countNotes()
+{
+    if (sheetIsOpen_)
+        notes_.count(rules(), context_.dictionary.wordDictionary());
 }

@@ -100,10 +100,12 @@ private:
     std::string defaultRules() const;
     TWFilesRule& rule(int row) { return (*filesArray_)[static_cast<std::size_t>(row)]; }
     void ruleChanged();
+    void countNotes();
 
     Context context_;
     TWFilesView* view_ = nullptr;
     TWFilesRuleList filesArray_ = std::make_shared<std::vector<TWFilesRule>>();
     std::string problem_;
+    bool sheetIsOpen_ = false;
     TWRuleNotes notes_;
 };
