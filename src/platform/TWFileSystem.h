@@ -15,7 +15,8 @@ struct TWFolderEntry {
 };
 
 // A folder held open, listed once. What is found in it is opened relative to it and never through a link, so that nobody can
-// lead the reader elsewhere by swapping a folder for a link meanwhile.
+// lead the reader elsewhere by swapping a folder for a link meanwhile. It must outlive the folders opened from it, and one
+// thread at a time uses it and them. Trees of any depth can be walked with a bounded number of descriptors.
 class TWOpenFolder {
 public:
     virtual ~TWOpenFolder() = default;

@@ -1,4 +1,4 @@
-#include "TWPath.h"
+#include "support/TWPath.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "TWFileSystem.h"
+#include "platform/TWFileSystem.h"
 
 #include <cstring>
 

@@ -1,14 +1,15 @@
-#include "TWPosixFileSystem.h"
+#include "platform/posix/TWPosixFileSystem.h"
 
-#include "TWDescriptor.h"
-#include "TWPath.h"
-#include "TWPosixOpenFolder.h"
-#include "TWRunLoop.h"
+#include "platform/posix/TWDescriptor.h"
+#include "support/TWPath.h"
+#include "platform/posix/TWPosixOpenFolder.h"
+#include "platform/TWRunLoop.h"
 
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <set>
@@ -21,8 +22,8 @@ constexpr std::uint64_t BlockSize = 512; // the unit of st_blocks on every file 
 constexpr std::size_t CopySize = 64 * 1024;
 constexpr int MostLinks = 40; // as the system itself follows
 
-// Trailing slashes cut. A NUL inside would make the system see another, shorter path: such a path becomes the empty one,
-// which never exists.
+// Trailing slashes cut. A NUL inside would make the system see another, shorter path: such a path becomes the empty
+// one, which never exists.
 std::string systemPath(const std::string& path)
 {
     return path.find('\0') == std::string::npos ? TWPath::withoutTrailingSlashes(path) : std::string();
@@ -39,7 +40,7 @@ struct Place {
 // A path longer than the system takes is reached in parts: what lies so deep must not count as gone.
 Place placeOf(const std::string& path)
 {
-    Place place { TWDescriptor(), systemPath(path) };
+    Place place{ TWDescriptor(), systemPath(path) };
     while (place.path.size() >= PATH_MAX) {
         const std::size_t slash = place.path.rfind('/', PATH_MAX - 1);
         if (slash == std::string::npos || slash == 0)
@@ -135,7 +136,7 @@ std::optional<TWFileFacts> TWPosixFileSystem::facts(const std::string& path, TWL
     struct stat found;
     if (!askStatus(placeOf(path), link, found))
         return std::nullopt;
-    return TWFileFacts { kindOf(found.st_mode), static_cast<std::uint64_t>(found.st_blocks) * BlockSize, found.st_dev,
+    return TWFileFacts{ kindOf(found.st_mode), static_cast<std::uint64_t>(found.st_blocks) * BlockSize, found.st_dev,
         found.st_ino, found.st_nlink };
 }
 
@@ -242,7 +243,7 @@ TWFileSystem::Contents TWPosixFileSystem::read(const std::string& path, std::siz
 {
     TWDescriptor file;
     struct stat facts;
-    Contents contents { openForReading(path, file, facts), {} };
+    Contents contents{ openForReading(path, file, facts), {} };
     char buffer[CopySize];
     while (contents.error == 0) { // the size in facts is not to be trusted: the file can grow, and in /proc it is 0
         const ssize_t length = readSome(file.get(), buffer, sizeof buffer);
@@ -269,7 +270,8 @@ static int followLinks(std::string& path)
             return errno == EINVAL || errno == ENOENT ? 0 : errno; // no link, or nothing there
         const std::string_view next(target, static_cast<std::size_t>(length));
         const std::size_t nameStart = path.rfind('/') + 1;
-        path = TWPath::withoutTrailingSlashes(next.starts_with('/') ? std::string(next) : path.substr(0, nameStart).append(next));
+        path = TWPath::withoutTrailingSlashes(
+            next.starts_with('/') ? std::string(next) : path.substr(0, nameStart).append(next));
     }
     return ELOOP;
 }
@@ -282,9 +284,9 @@ static int takeOverRights(const std::string& old, int file)
         return errno == ENOENT ? 0 : errno;
     if (!S_ISREG(facts.st_mode))
         return S_ISDIR(facts.st_mode) ? EISDIR : EINVAL;
-    // Only root can hand a file to its owner; nobody else needs to, and a failure leaves a file that is just as readable.
-    if (facts.st_uid != geteuid() && fchown(file, facts.st_uid, facts.st_gid) != 0)
-        return 0;
+    // Only root can hand the file back to its owner, and only root needs to.
+    if (geteuid() == 0 && fchown(file, facts.st_uid, facts.st_gid) != 0)
+        return errno;
     return fchmod(file, facts.st_mode & 07777) == 0 ? 0 : errno;
 }
 
@@ -304,7 +306,8 @@ int TWPosixFileSystem::writeAtomically(const std::string& path, std::string_view
     if (const int error = followLinks(target))
         return error;
     const std::string folder = target.substr(0, target.rfind('/') + 1);
-    std::string temporary = folder + ".tidewell-XXXXXX"; // a fixed length: the file's own name may be as long as is allowed
+    std::string temporary
+        = folder + ".tidewell-XXXXXX"; // a fixed length: the file's own name may be as long as is allowed
     TWDescriptor file(mkostemp(temporary.data(), O_CLOEXEC)); // mode 0600
     if (!file.isOpen())
         return errno;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "TWFileSystem.h"
+#include "platform/TWFileSystem.h"
 
 class TWPosixFileSystem final : public TWFileSystem {
 public:
-    std::optional<TWFileFacts> facts(const std::string& path, TWLinkAtEnd) const override;
-    std::unique_ptr<TWOpenFolder> openFolder(const std::string& path, TWLinkAtEnd, int* error) const override;
+    std::optional<TWFileFacts> facts(const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow) const override;
+    std::unique_ptr<TWOpenFolder> openFolder(const std::string& path, TWLinkAtEnd, int* error = nullptr) const override;
     TWTreeSize treeSize(const std::string& path, const TWCancellation&) const override;
     std::optional<std::string> realPath(const std::string& path) const override;
     int makeFolders(const std::string& path) const override;

@@ -1,4 +1,4 @@
-#include "TWPosixOpenFolder.h"
+#include "platform/posix/TWPosixOpenFolder.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -54,7 +54,8 @@ std::unique_ptr<TWPosixOpenFolder> TWPosixOpenFolder::list(
     return folder->readListing() ? std::move(folder) : nullptr;
 }
 
-// Reads the records by hand: readdir() would copy each name, allocate a stream per folder and hide the kind of some errors.
+// Reads the records by hand: readdir() would copy each name, allocate a stream per folder and hide the kind of some
+// errors.
 bool TWPosixOpenFolder::readListing()
 {
     alignas(dirent64) char buffer[32 * 1024];
@@ -81,7 +82,7 @@ void TWPosixOpenFolder::makeEntries(std::size_t count)
         at += record->d_reclen;
         if (isDots(record->d_name))
             continue;
-        const TWFolderEntry entry { record->d_name, kindOf(record->d_type, record->d_name) };
+        const TWFolderEntry entry{ record->d_name, kindOf(record->d_type, record->d_name) };
         if (entry.name == AppRun && entry.kind != TWFileKind::Folder)
             listsAppRun_ = true;
         entries_.push_back(entry);

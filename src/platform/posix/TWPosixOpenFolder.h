@@ -1,18 +1,18 @@
 #pragma once
 
-#include "TWDescriptor.h"
-#include "TWFileSystem.h"
+#include "platform/posix/TWDescriptor.h"
+#include "platform/TWFileSystem.h"
 
 #include <sys/types.h>
 
-// A chain of these keeps at most about OpenLevels descriptors: outer folders give theirs up while the walk is deep below
-// them, and get them back, when asked again, only if the folder found there is the same one.
+// A chain of these keeps at most about OpenLevels descriptors: outer folders give theirs up while the walk is deep
+// below them, and get them back, when asked again, only if the folder found there is the same one.
 class TWPosixOpenFolder final : public TWOpenFolder {
 public:
     static constexpr unsigned OpenLevels = 64;
 
-    // Takes over a descriptor of the folder and lists it. name is the folder's own; it is kept as a view when there is a
-    // parent, in whose listing it stands. Nothing when the folder cannot be read; errno tells why.
+    // Takes over a descriptor of the folder and lists it. name is the folder's own; it is kept as a view when there is
+    // a parent, in whose listing it stands. Nothing when the folder cannot be read; errno tells why.
     static std::unique_ptr<TWPosixOpenFolder> list(
         TWDescriptor, std::string_view name, const TWPosixOpenFolder* parent = nullptr);
 

@@ -1,0 +1,158 @@
+#!/usr/bin/env python3
+"""search.py [PROGRAM] [--entries N] [--rounds N]: how fast the search for words is, against a bare walk and against fdfind.
+
+Makes five home-like trees in a throwaway folder below /tmp, runs the cases in turn, round after round, and prints the
+medians with their ratios and goals. PROGRAM is build/bench/bin/search_bench unless told."""
+import argparse
+import os
+import random
+import shutil
+import statistics
+import subprocess
+import tempfile
+import time
+
+TREES = 5
+DEEPEST = 14
+PER_FOLDER = 16
+CONSONANTS, VOWELS = "bcdfghjklmnprstvw", "aeiou"
+FOREIGN = ["Größe", "résumé", "Отчёт", "Φάκελος", "写真", "Łódź", "señal", "şehir"]
+ENDINGS = [".txt", ".jpg", ".png", ".html", ".json", ".cpp", ".pdf", ".sqlite", ".log", ""]
+WORD_COUNTS = [1, 10, 100, 1000, 10000]
+
+
+def syllables(rng, least, most):
+    return "".join(rng.choice(CONSONANTS) + rng.choice(VOWELS) for _ in range(rng.randint(least, most)))
+
+
+def file_name(rng, number):
+    kind = rng.random()
+    if kind < 0.03:
+        stem = f"{rng.choice(FOREIGN)} {number}"
+    elif kind < 0.15:
+        stem = f"IMG_{rng.randrange(10 ** 8):08}_{number % 1000}"
+    elif kind < 0.25:
+        stem = f"{rng.getrandbits(64):016x}"
+    elif kind < 0.251:
+        stem = f"the Secret of {number}"
+    else:
+        stem = f"{syllables(rng, 2, 4).capitalize()}{rng.choice('_- .')}{syllables(rng, 1, 4)}_{number}"
+    return stem + rng.choice(ENDINGS)
+
+
+def make_tree(top, entries, seed):
+    """Every folder is filled with about PER_FOLDER entries; as many of them are folders as it takes to go on."""
+    rng = random.Random(seed)
+    waiting = [(top, 0)]
+    os.makedirs(top)
+    number = 0
+    while number < entries:
+        folder, depth = waiting.pop(rng.randrange(len(waiting)))
+        descriptor = os.open(folder, os.O_RDONLY)
+        for _ in range(min(entries - number, 1 + int(rng.expovariate(1 / PER_FOLDER)))):
+            number += 1
+            if depth < DEEPEST and (not waiting or rng.random() < 1.05 / PER_FOLDER):
+                name = f"{file_name(rng, number)}.d"
+                os.mkdir(name, dir_fd=descriptor)
+                waiting.append((f"{folder}/{name}", depth + 1))
+            else:
+                os.mknod(file_name(rng, number), dir_fd=descriptor)
+        os.close(descriptor)
+        if not waiting:
+            waiting.append((top, 0))
+
+
+def word_list(count):
+    """Words as long as people search for: they seldom match, but their beginnings often do."""
+    rng = random.Random(42)
+    words = {"secret": None}
+    while len(words) < count:
+        word = syllables(rng, 4, 6)
+        words[rng.choice(FOREIGN) + word if rng.random() < 0.05 else word] = None
+    return list(words)
+
+
+def write_lines(path, lines):
+    with open(path, "w", encoding="utf-8") as file:
+        file.write("\n".join(lines) + "\n")
+    return path
+
+
+def seconds(command, output=subprocess.DEVNULL):
+    start = time.perf_counter()
+    subprocess.run(command, check=True, stdout=output)
+    return time.perf_counter() - start
+
+
+def line_count(command):
+    return len(subprocess.run(command, check=True, capture_output=True).stdout.splitlines())
+
+
+def measure_searches(program, folder, lists, trees, rounds):
+    ten = "|".join(word_list(10))
+    cases = {
+        "bare walk": [program, "walk", *trees],
+        "1 word": [program, "search", lists[1], *trees],
+        "10 words": [program, "search", lists[10], *trees],
+        "10,000 words": [program, "search", lists[10000], *trees],
+        "fdfind, 10 words": ["fdfind", "-uuu", "-i", "--prune", ten, *trees],
+    }
+    found, expected = line_count(cases["10 words"]), line_count(cases["fdfind, 10 words"])
+    if found != expected:
+        raise SystemExit(f"found {found} items, fdfind {expected}")
+    times = {name: [] for name in cases}
+    for turn in range(rounds):
+        order = list(cases)
+        order = order[turn % len(order):] + order[:turn % len(order)]
+        for name in order:
+            times[name].append(seconds(cases[name]))
+    return found, {name: statistics.median(values) for name, values in times.items()}
+
+
+def measure_matching(program, lists, names, rounds):
+    results = {count: [] for count in lists}
+    for _ in range(rounds):
+        for count, words in lists.items():
+            output = subprocess.run([program, "match", words, names], check=True, capture_output=True, text=True).stdout
+            results[count].append([float(field) for field in output.split()])
+    return {count: [statistics.median(column) for column in zip(*rows)] for count, rows in results.items()}
+
+
+def report(found, times, matching):
+    print(f"{'search, ' + str(found) + ' found':34}{'seconds':>10}")
+    for name, value in times.items():
+        print(f"{name:34}{value:10.3f}")
+    print(f"\n{'ratio':34}{'measured':>10}{'goal':>8}")
+    for name, other, goal in [("10 words", "bare walk", 1.2), ("10 words", "fdfind, 10 words", 0.75),
+                              ("10,000 words", "1 word", 1.5)]:
+        ratio = times[name] / times[other]
+        print(f"{name + ' / ' + other:34}{ratio:10.2f}{goal:8}  {'' if ratio <= goal else 'MISSED'}")
+    print(f"\n{'matching alone':34}{'build ms':>10}{'ns/name':>10}   goal 50, 150")
+    for count, (build, name_time, _) in matching.items():
+        missed = "" if build < 50 and name_time < 150 else "MISSED"
+        print(f"{count:>6} words{'':22}{build:10.2f}{name_time:10.1f}  {missed}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../build/bench/bin/search_bench")
+    parser.add_argument("program", nargs="?", default=beside)
+    parser.add_argument("--entries", type=int, default=1_000_000)
+    parser.add_argument("--rounds", type=int, default=7)
+    options = parser.parse_args()
+    folder = tempfile.mkdtemp(prefix="tidewell-search-")
+    try:
+        trees = [f"{folder}/tree{number}" for number in range(TREES)]
+        for number, tree in enumerate(trees):
+            make_tree(tree, options.entries // TREES, number)
+        lists = {count: write_lines(f"{folder}/words{count}", word_list(count)) for count in WORD_COUNTS}
+        rng = random.Random(99)
+        names = write_lines(f"{folder}/names", [file_name(rng, number) for number in range(200_000)])
+        found, times = measure_searches(options.program, folder, lists, trees, options.rounds)
+        report(found, times, measure_matching(options.program, lists, names, options.rounds))
+    finally:
+        shutil.rmtree(folder)
+
+
+if __name__ == "__main__":
+    main()

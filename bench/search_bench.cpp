@@ -1,0 +1,85 @@
+// One measured case per call, for search.py:
+//   search_bench walk FOLDER...             the least that any search must do: open, list, look at the kind
+//   search_bench search WORDS FOLDER...     prints the paths found
+//   search_bench match WORDS NAMES          prints milliseconds to build and nanoseconds per name
+
+#include "TWSearchWalk.h"
+#include "platform/posix/TWPosixFileSystem.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::vector<std::string> linesOf(const char* path)
+{
+    std::ifstream file(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::size_t walk(int folder)
+{
+    std::size_t entries = 0;
+    alignas(dirent64) char buffer[32 * 1024];
+    for (ssize_t length; (length = getdents64(folder, buffer, sizeof buffer)) > 0;) {
+        for (ssize_t at = 0; at < length;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(buffer + at);
+            at += entry->d_reclen;
+            const std::string_view name(entry->d_name);
+            if (name == "." || name == "..")
+                continue;
+            ++entries;
+            if (entry->d_type == DT_DIR)
+                entries += walk(openat(folder, entry->d_name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        }
+    }
+    close(folder);
+    return entries;
+}
+
+void match(const char* words, const char* names)
+{
+    const auto list = linesOf(words);
+    const auto texts = linesOf(names);
+    const auto start = Clock::now();
+    const TWKeywordMatcher matcher(list);
+    const auto built = Clock::now();
+    std::size_t found = 0;
+    for (const std::string& text : texts)
+        found += matcher.matches(text);
+    const std::chrono::duration<double, std::milli> building = built - start;
+    const std::chrono::duration<double, std::nano> matching = Clock::now() - built;
+    std::printf("%.3f %.1f %zu\n", building.count(), matching.count() / static_cast<double>(texts.size()), found);
+}
+
+}
+
+int main(int count, char** arguments)
+{
+    const std::string_view mode = count > 2 ? arguments[1] : "";
+    if (mode == "walk") {
+        std::size_t entries = 0;
+        for (int i = 2; i < count; ++i)
+            entries += walk(open(arguments[i], O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        std::printf("%zu\n", entries);
+    } else if (mode == "search") {
+        const TWKeywordMatcher matcher(linesOf(arguments[2]));
+        for (int i = 3; i < count; ++i)
+            for (const std::string& path : itemsContainingKeywords(TWPosixFileSystem(), matcher, arguments[i]))
+                std::puts(path.c_str());
+    } else if (mode == "match" && count == 4) {
+        match(arguments[2], arguments[3]);
+    } else {
+        return 2;
+    }
+}

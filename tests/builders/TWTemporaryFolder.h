@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+// A throwaway folder below /tmp, removed with all that is in it; links in it are never followed.
+class TWTemporaryFolder final {
+public:
+    TWTemporaryFolder()
+    {
+        std::string made = "/tmp/tidewell-test-XXXXXX";
+        if (!mkdtemp(made.data()))
+            std::abort();
+        path_ = std::filesystem::canonical(made).string();
+    }
+    ~TWTemporaryFolder()
+    {
+        // The tools manage trees of any depth; folders that a test locked are unlocked first.
+        const std::string quoted = "'" + path_ + "'";
+        [[maybe_unused]] const int status = std::system(
+            ("rm -rf " + quoted + " 2>/dev/null || { chmod -R u+rwx " + quoted + "; rm -rf " + quoted + "; }").c_str());
+    }
+    TWTemporaryFolder(const TWTemporaryFolder&) = delete;
+    TWTemporaryFolder& operator=(const TWTemporaryFolder&) = delete;
+
+    const std::string& path() const { return path_; }
+    std::string path(const std::string& name) const { return path_ + "/" + name; }
+
+    // Each makes the folders above and returns the full path.
+    std::string write(const std::string& name, const std::string& text) const
+    {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::ofstream(path(name), std::ios::binary) << text;
+        return path(name);
+    }
+    std::string folder(const std::string& name) const
+    {
+        std::filesystem::create_directories(path(name));
+        return path(name);
+    }
+    std::string link(const std::string& name, const std::string& target) const
+    {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::filesystem::create_symlink(target, path(name));
+        return path(name);
+    }
+
+    // A dangling link exists.
+    bool exists(const std::string& name) const
+    {
+        return std::filesystem::exists(std::filesystem::symlink_status(path(name)));
+    }
+    std::string read(const std::string& name) const
+    {
+        std::ifstream file(path(name), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    }
+
+private:
+    std::string path_;
+};
