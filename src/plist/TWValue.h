@@ -10,10 +10,14 @@
 
 class TWValue;
 
-// Keys keep the order in which they were added or read.
+// Keys keep the order in which they were added or read. Looking up is a walk over all entries: made for the small dictionaries
+// that settings are; whoever has many keys builds with fromEntries() and walks entries().
 class TWDictionary {
 public:
     using Entry = std::pair<std::string, TWValue>;
+
+    // Of a key that is there more than once the last value wins, at the place of the first. Never quadratic.
+    static TWDictionary fromEntries(std::vector<Entry> entries);
 
     const TWValue* find(std::string_view key) const;
     TWValue* find(std::string_view key);
@@ -28,6 +32,7 @@ public:
     const std::vector<Entry>& entries() const { return entries_; }
     std::vector<Entry>& entries() { return entries_; }
 
+    // The same entries in the same order.
     friend bool operator==(const TWDictionary&, const TWDictionary&);
 
 private:
@@ -63,6 +68,8 @@ public:
     TWValue(TWData);
     TWValue(Array);
     TWValue(TWDictionary);
+    template <typename T>
+    TWValue(T*) = delete; // or any pointer would quietly be a boolean
 
     // Nothing when the value is of another type.
     const bool* boolean() const { return std::get_if<bool>(&value_); }
@@ -76,6 +83,8 @@ public:
     const TWDictionary* dictionary() const { return std::get_if<TWDictionary>(&value_); }
     TWDictionary* dictionary() { return std::get_if<TWDictionary>(&value_); }
 
+    // Of the same type and the same content. Two reals that are no number are equal, so that what is read back equals what
+    // was written.
     friend bool operator==(const TWValue&, const TWValue&);
 
 private:

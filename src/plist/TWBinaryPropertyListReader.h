@@ -1,0 +1,52 @@
+#pragma once
+
+#include "plist/TWValue.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// A binary list is a table of objects that refer to one another by number, so that a few bytes can stand for a huge or endless
+// value: depth and the memory of the result are bounded while it is built. For one file.
+class TWBinaryPropertyListReader final {
+public:
+    // The bytes must outlive the reader.
+    explicit TWBinaryPropertyListReader(std::string_view bytes);
+
+    std::optional<TWValue> read(std::string& problem);
+
+private:
+    // A stretch of the objects' part of the file: taken from the front, never beyond the end.
+    using Rest = std::string_view;
+
+    bool readTrailer();
+    bool readObject(std::uint64_t number, TWValue& value);
+    bool readSimple(unsigned kind, TWValue& value);
+    bool readInteger(unsigned kind, Rest rest, TWValue& value);
+    bool readReal(unsigned kind, Rest rest, TWValue& value);
+    bool readDate(unsigned kind, Rest rest, TWValue& value);
+    bool readData(unsigned kind, Rest rest, TWValue& value);
+    bool readASCII(unsigned kind, Rest rest, TWValue& value);
+    bool readUTF16(unsigned kind, Rest rest, TWValue& value);
+    bool readArray(unsigned kind, Rest rest, TWValue& value);
+    bool readDictionary(unsigned kind, Rest rest, TWValue& value);
+
+    std::optional<Rest> objectAt(std::uint64_t number);
+    bool takeCount(unsigned kind, Rest& rest, std::uint64_t& count);
+    bool take(Rest& rest, std::uint64_t length, std::string_view& taken);
+    bool takeReferences(Rest& rest, std::uint64_t count, std::string_view& references);
+    std::uint64_t referenceAt(std::string_view references, std::size_t place) const;
+    bool charge(std::uint64_t bytes);
+    bool enter();
+    bool fail(std::string_view problem);
+
+    std::string_view bytes_;
+    std::string_view problem_;
+    std::size_t offsetSize_ = 0;
+    std::size_t referenceSize_ = 0;
+    std::uint64_t objectCount_ = 0;
+    std::uint64_t topObject_ = 0;
+    std::size_t table_ = 0; // where the objects end and their offsets begin
+    std::uint64_t budget_ = 0; // memory that the value may still take
+    int depth_ = 0;
+};

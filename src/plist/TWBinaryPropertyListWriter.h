@@ -1,0 +1,40 @@
+#pragma once
+
+#include "plist/TWValue.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+// Numbers all values, a container's items next to one another, then writes them in that order, and the keys behind them. A short
+// key is written once however many dictionaries have it; values are written as often as they are there. For one file.
+class TWBinaryPropertyListWriter final {
+public:
+    std::optional<std::string> write(const TWValue& value);
+
+private:
+    bool numberAll(const TWValue& root);
+    void numberChildren(const TWValue& value);
+    std::uint32_t keyNumber(const std::string& key);
+    bool writeObject(const TWValue& value);
+    void writeInteger(std::int64_t number);
+    bool writeString(std::string_view text);
+    void writeArray(std::size_t count);
+    void writeDictionary(std::size_t count);
+    void writeMarker(unsigned type, std::size_t count);
+    void writeNumber(std::uint64_t number, std::size_t size);
+    void writeTable();
+
+    std::string output_;
+    std::vector<const TWValue*> values_;
+    std::vector<std::string_view> keys_;
+    std::vector<std::uint32_t> keyNumbers_; // of all dictionaries one after the other
+    std::unordered_map<std::string_view, std::uint32_t> numberOfKey_;
+    std::vector<std::size_t> offsets_;
+    std::size_t referenceSize_ = 1;
+    std::size_t nextChild_ = 1; // the number of the first item of the next container
+    std::size_t nextKey_ = 0; // the place in keyNumbers_ of its first key
+};

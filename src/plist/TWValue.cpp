@@ -1,0 +1,152 @@
+#include "plist/TWValue.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+TWValue::TWValue(bool value)
+    : value_(value)
+{
+}
+
+TWValue::TWValue(int value)
+    : value_(std::int64_t(value))
+{
+}
+
+TWValue::TWValue(std::int64_t value)
+    : value_(value)
+{
+}
+
+TWValue::TWValue(double value)
+    : value_(value)
+{
+}
+
+TWValue::TWValue(const char* value)
+    : value_(std::string(value))
+{
+}
+
+TWValue::TWValue(std::string value)
+    : value_(std::move(value))
+{
+}
+
+TWValue::TWValue(std::string_view value)
+    : value_(std::string(value))
+{
+}
+
+TWValue::TWValue(TWDate value)
+    : value_(value)
+{
+}
+
+TWValue::TWValue(TWData value)
+    : value_(std::move(value))
+{
+}
+
+TWValue::TWValue(Array value)
+    : value_(std::move(value))
+{
+}
+
+TWValue::TWValue(TWDictionary value)
+    : value_(std::move(value))
+{
+}
+
+bool operator==(const TWValue& one, const TWValue& other)
+{
+    const double* left = one.real();
+    const double* right = other.real();
+    if (left && right && std::isnan(*left) && std::isnan(*right))
+        return true;
+    return one.value_ == other.value_;
+}
+
+bool operator==(const TWDictionary& one, const TWDictionary& other)
+{
+    return one.entries_ == other.entries_;
+}
+
+namespace {
+
+using Entries = std::vector<TWDictionary::Entry>;
+
+// The entries' places in the order of their keys, equal keys in the order in which they stand. Sorting and no hash table: nobody
+// can choose keys that make it quadratic.
+std::vector<std::size_t> placesByKey(const Entries& entries)
+{
+    std::vector<std::size_t> places(entries.size());
+    std::iota(places.begin(), places.end(), std::size_t(0));
+    std::sort(places.begin(), places.end(), [&](std::size_t left, std::size_t right) {
+        const int order = entries[left].first.compare(entries[right].first);
+        return order < 0 || (order == 0 && left < right);
+    });
+    return places;
+}
+
+// Puts the last value of each key at the first one's place and says which entries are left over.
+std::vector<bool> mergeEqualKeys(Entries& entries)
+{
+    std::vector<bool> leftOver(entries.size());
+    const std::vector<std::size_t> places = placesByKey(entries);
+    for (std::size_t first = 0; first < places.size();) {
+        std::size_t next = first + 1;
+        while (next < places.size() && entries[places[next]].first == entries[places[first]].first)
+            leftOver[places[next++]] = true;
+        if (next - first > 1)
+            entries[places[first]].second = std::move(entries[places[next - 1]].second);
+        first = next;
+    }
+    return leftOver;
+}
+
+}
+
+TWDictionary TWDictionary::fromEntries(Entries entries)
+{
+    TWDictionary result;
+    result.entries_ = std::move(entries);
+    // Most files are written with their keys sorted: then there is nothing to look for.
+    const auto notAscending = [](const Entry& left, const Entry& right) { return left.first >= right.first; };
+    if (std::adjacent_find(result.entries_.begin(), result.entries_.end(), notAscending) == result.entries_.end())
+        return result;
+    const std::vector<bool> leftOver = mergeEqualKeys(result.entries_);
+    std::size_t place = 0; // erase_if asks for each entry once, from first to last
+    std::erase_if(result.entries_, [&](const Entry&) { return leftOver[place++]; });
+    return result;
+}
+
+const TWValue* TWDictionary::find(std::string_view key) const
+{
+    const auto found = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& e) { return e.first == key; });
+    return found == entries_.end() ? nullptr : &found->second;
+}
+
+TWValue* TWDictionary::find(std::string_view key)
+{
+    return const_cast<TWValue*>(std::as_const(*this).find(key));
+}
+
+void TWDictionary::set(std::string key, TWValue value)
+{
+    if (TWValue* present = find(key))
+        *present = std::move(value);
+    else
+        entries_.emplace_back(std::move(key), std::move(value));
+}
+
+bool TWDictionary::remove(std::string_view key)
+{
+    return std::erase_if(entries_, [&](const Entry& entry) { return entry.first == key; }) > 0;
+}
+
+std::size_t TWDictionary::size() const
+{
+    return entries_.size();
+}

@@ -1,0 +1,344 @@
+#include "plist/TWXMLPropertyListReader.h"
+
+#include "plist/TWPropertyList.h"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <expat.h>
+
+struct TWXMLPropertyListReader::Handlers {
+    static TWXMLPropertyListReader& reader(void* data) { return *static_cast<TWXMLPropertyListReader*>(data); }
+
+    static void start(void* data, const XML_Char* name, const XML_Char**) { reader(data).startElement(name); }
+
+    static void end(void* data, const XML_Char* name) { reader(data).endElement(name); }
+
+    static void text(void* data, const XML_Char* text, int length)
+    {
+        reader(data).characters({text, static_cast<std::size_t>(length)});
+    }
+
+    // The plain line that names Apple's document type has no declarations of its own. Others are refused whole: entities and
+    // default attributes make a small file large.
+    static void documentType(void* data, const XML_Char*, const XML_Char*, const XML_Char*, int hasDeclarations)
+    {
+        if (hasDeclarations)
+            reader(data).fail("a document type with declarations of its own");
+    }
+
+    // Expat passes over an entity that the document type, which is never fetched, might declare: text would be lost.
+    static void skippedEntity(void* data, const XML_Char*, int) { reader(data).fail("an unknown entity"); }
+
+    static void install(XML_Parser parser, TWXMLPropertyListReader& target)
+    {
+        XML_SetUserData(parser, &target);
+        XML_SetElementHandler(parser, start, end);
+        XML_SetCharacterDataHandler(parser, text);
+        XML_SetStartDoctypeDeclHandler(parser, documentType);
+        XML_SetSkippedEntityHandler(parser, skippedEntity);
+    }
+
+    static std::string atLine(XML_Parser parser, std::string_view text)
+    {
+        return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ": " + std::string(text);
+    }
+};
+
+std::optional<TWValue> TWXMLPropertyListReader::read(std::string_view bytes, std::string& problem)
+{
+    const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
+    if (!parser) {
+        problem = "out of memory";
+        return std::nullopt;
+    }
+    parser_ = parser.get();
+    Handlers::install(parser.get(), *this);
+    // The length fits: longer files have been refused.
+    const XML_Status status = XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
+    if (problem_.empty() && status != XML_STATUS_OK)
+        problem_ = Handlers::atLine(parser.get(), XML_ErrorString(XML_GetErrorCode(parser.get())));
+    if (problem_.empty() && !root_)
+        problem_ = "there is no value in the file";
+    problem = problem_;
+    return problem_.empty() ? std::move(root_) : std::nullopt;
+}
+
+void TWXMLPropertyListReader::fail(std::string problem)
+{
+    const auto parser = static_cast<XML_Parser>(parser_);
+    problem_ = Handlers::atLine(parser, problem);
+    XML_StopParser(parser, XML_FALSE);
+}
+
+TWXMLPropertyListReader::Element TWXMLPropertyListReader::elementNamed(std::string_view name)
+{
+    using Named = std::pair<std::string_view, Element>;
+    static constexpr std::array Elements {Named {"key", Element::Key}, Named {"string", Element::String},
+        Named {"integer", Element::Integer}, Named {"dict", Element::Dictionary}, Named {"array", Element::Array},
+        Named {"true", Element::True}, Named {"false", Element::False}, Named {"real", Element::Real},
+        Named {"date", Element::Date}, Named {"data", Element::Data}, Named {"plist", Element::PList}};
+    for (const auto& [known, element] : Elements) {
+        if (known == name)
+            return element;
+    }
+    return Element::None;
+}
+
+namespace {
+
+// For a problem text: a name may be as long as the file.
+std::string shortened(std::string_view name)
+{
+    if (name.size() <= 40)
+        return std::string(name);
+    std::size_t length = 40;
+    while (length > 0 && (name[length] & 0xc0) == 0x80)
+        length--;
+    return std::string(name.substr(0, length)) + "...";
+}
+
+std::string_view trimmed(std::string_view text)
+{
+    constexpr std::string_view Blanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(Blanks);
+    return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(Blanks) - first + 1);
+}
+
+}
+
+// Expat may call handlers after it was told to stop; hence the first line in each of those that follow.
+void TWXMLPropertyListReader::startElement(std::string_view name)
+{
+    if (!problem_.empty())
+        return;
+    const Element element = elementNamed(name);
+    if (element == Element::None)
+        return fail("unknown element <" + shortened(name) + ">");
+    if (!mayStart(element))
+        return fail("<" + std::string(name) + "> is not allowed here");
+    if (element == Element::PList)
+        plistSeen_ = true;
+    else if (element == Element::Dictionary || element == Element::Array)
+        startContainer(element == Element::Dictionary);
+    else {
+        leaf_ = element;
+        text_.clear();
+    }
+}
+
+bool TWXMLPropertyListReader::mayStart(Element element)
+{
+    if (leaf_ != Element::None)
+        return false;
+    if (open_.empty())
+        return !root_ && element != Element::Key && !(element == Element::PList && plistSeen_);
+    if (element == Element::PList)
+        return false;
+    const Container& container = open_.back();
+    const bool expectsKey = container.isDictionary && !container.key;
+    return expectsKey == (element == Element::Key);
+}
+
+void TWXMLPropertyListReader::startContainer(bool isDictionary)
+{
+    if (open_.size() >= TWPropertyList::MaximumDepth)
+        return fail("nested too deep");
+    open_.emplace_back().isDictionary = isDictionary;
+}
+
+void TWXMLPropertyListReader::characters(std::string_view text)
+{
+    if (!problem_.empty())
+        return;
+    if (leaf_ != Element::None && leaf_ != Element::True && leaf_ != Element::False)
+        text_ += text;
+    else if (!trimmed(text).empty())
+        fail("text outside of a value");
+}
+
+void TWXMLPropertyListReader::endElement(std::string_view name)
+{
+    if (!problem_.empty())
+        return;
+    leaf_ = Element::None;
+    switch (elementNamed(name)) {
+    case Element::None:
+    case Element::PList:
+        return;
+    case Element::Dictionary:
+    case Element::Array:
+        return endContainer();
+    case Element::Key:
+        return endKey();
+    case Element::String:
+        return add(std::string(text_)); // a copy: of the right size, and the buffer stays
+    case Element::Integer:
+        return addInteger();
+    case Element::Real:
+        return addReal();
+    case Element::True:
+        return add(true);
+    case Element::False:
+        return add(false);
+    case Element::Date:
+        return addDate();
+    case Element::Data:
+        return addData();
+    }
+}
+
+void TWXMLPropertyListReader::endContainer()
+{
+    Container ended = std::move(open_.back());
+    open_.pop_back();
+    if (ended.key)
+        fail("a key without a value");
+    else if (ended.isDictionary)
+        add(TWDictionary::fromEntries(std::move(ended.entries)));
+    else
+        add(std::move(ended.items));
+}
+
+void TWXMLPropertyListReader::endKey()
+{
+    open_.back().key = text_;
+}
+
+void TWXMLPropertyListReader::add(TWValue value)
+{
+    if (open_.empty()) {
+        root_ = std::move(value);
+        return;
+    }
+    Container& container = open_.back();
+    if (!container.isDictionary) {
+        container.items.push_back(std::move(value));
+        return;
+    }
+    container.entries.emplace_back(std::move(*container.key), std::move(value));
+    container.key.reset();
+}
+
+// Decimal or, as old files have it, hexadecimal.
+void TWXMLPropertyListReader::addInteger()
+{
+    std::string_view digits = trimmed(text_);
+    const bool negative = digits.starts_with('-');
+    if (negative || digits.starts_with('+'))
+        digits.remove_prefix(1);
+    const bool hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
+    if (hexadecimal)
+        digits.remove_prefix(2);
+    std::uint64_t magnitude = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), magnitude, hexadecimal ? 16 : 10);
+    if (error == std::errc::invalid_argument || end != digits.data() + digits.size())
+        return fail("<integer> holds no integer");
+    const std::uint64_t largest = std::uint64_t(INT64_MAX) + (negative ? 1 : 0);
+    if (error != std::errc() || magnitude > largest)
+        return fail("<integer> does not fit into 64 bits with a sign");
+    add(static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude));
+}
+
+void TWXMLPropertyListReader::addReal()
+{
+    std::string_view digits = trimmed(text_);
+    if (digits.starts_with('+') && !digits.starts_with("+-"))
+        digits.remove_prefix(1);
+    double number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    // Out of range is refused with the rest: a number that is not the one in the file would be written back.
+    if (error != std::errc() || end != digits.data() + digits.size())
+        return fail("<real> holds no number that can be kept");
+    add(number);
+}
+
+namespace {
+
+// "2024-02-29T23:59:59Z", nothing shorter or longer.
+std::optional<TWDate> dateFromText(std::string_view text)
+{
+    constexpr std::string_view Pattern = "0000-00-00T00:00:00Z";
+    if (text.size() != Pattern.size())
+        return std::nullopt;
+    for (std::size_t i = 0; i < text.size(); i++) {
+        const bool digit = text[i] >= '0' && text[i] <= '9';
+        if (Pattern[i] == '0' ? !digit : text[i] != Pattern[i])
+            return std::nullopt;
+    }
+    const auto number = [&](std::size_t at, std::size_t length) {
+        int value = 0;
+        std::from_chars(text.data() + at, text.data() + at + length, value);
+        return value;
+    };
+    using namespace std::chrono;
+    const year_month_day date {year(number(0, 4)), month(unsigned(number(5, 2))), day(unsigned(number(8, 2)))};
+    const hours hour(number(11, 2));
+    const minutes minute(number(14, 2));
+    const seconds second(number(17, 2));
+    if (!date.ok() || hour >= 24h || minute >= 60min || second >= 60s)
+        return std::nullopt;
+    const seconds since = sys_days(date) - sys_days(2001y / January / 1) + hour + minute + second;
+    return TWDate {static_cast<double>(since.count())};
+}
+
+constexpr std::string_view Base64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+enum : unsigned char { Padding = 64, Blank = 65, Wrong = 66 };
+
+constexpr std::array<unsigned char, 256> base64Meanings()
+{
+    std::array<unsigned char, 256> meanings {};
+    meanings.fill(Wrong);
+    for (std::size_t i = 0; i < Base64Digits.size(); i++)
+        meanings[static_cast<unsigned char>(Base64Digits[i])] = static_cast<unsigned char>(i);
+    meanings['='] = Padding;
+    for (const unsigned char blank : {' ', '\t', '\r', '\n'})
+        meanings[blank] = Blank;
+    return meanings;
+}
+
+// Blanks may stand anywhere, other characters nowhere.
+std::optional<std::string> bytesFromBase64(std::string_view text)
+{
+    static constexpr std::array<unsigned char, 256> Meanings = base64Meanings();
+    std::string bytes;
+    bytes.reserve(text.size() / 4 * 3);
+    unsigned group = 0;
+    int digits = 0;
+    int padding = 0;
+    for (const char character : text) {
+        const unsigned char meaning = Meanings[static_cast<unsigned char>(character)];
+        if (meaning == Blank)
+            continue;
+        padding += meaning == Padding;
+        if (meaning == Wrong || (padding && meaning != Padding))
+            return std::nullopt;
+        group = group << 6 | (meaning & 0x3fu);
+        if (++digits % 4 == 0)
+            bytes.append({static_cast<char>(group >> 16), static_cast<char>(group >> 8), static_cast<char>(group)});
+    }
+    if (digits % 4 != 0 || padding > 2)
+        return std::nullopt;
+    bytes.resize(bytes.size() - std::size_t(padding));
+    return bytes;
+}
+
+}
+
+void TWXMLPropertyListReader::addDate()
+{
+    if (const auto date = dateFromText(trimmed(text_)))
+        add(*date);
+    else
+        fail("<date> holds no date");
+}
+
+void TWXMLPropertyListReader::addData()
+{
+    if (auto bytes = bytesFromBase64(text_)) {
+        bytes->shrink_to_fit();
+        add(TWData {std::move(*bytes)});
+    } else
+        fail("<data> holds something that is not Base64");
+}

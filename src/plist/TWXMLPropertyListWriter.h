@@ -1,0 +1,29 @@
+#pragma once
+
+#include "plist/TWValue.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Lays the file out as Apple's tools do: one element per line, tabs, Base64 lines that end at column 76. For one file.
+class TWXMLPropertyListWriter final {
+public:
+    std::optional<std::string> write(const TWValue& value);
+
+private:
+    bool writeValue(const TWValue& value);
+    bool writeArray(const TWValue::Array& items);
+    bool writeDictionary(const TWDictionary& dictionary);
+    bool writeText(std::string_view element, std::string_view text);
+    bool writeDate(TWDate date);
+    void writeReal(double number);
+    void writeInteger(std::int64_t number);
+    void writeData(std::string_view bytes);
+    bool startContainer(std::string_view name);
+    void endContainer(std::string_view name);
+    void indent() { output_.append(std::size_t(depth_), '\t'); }
+
+    std::string output_;
+    int depth_ = 0;
+};
