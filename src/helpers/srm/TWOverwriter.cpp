@@ -121,6 +121,9 @@ int TWOverwriter::writeExtent(int file, Pass pass, Extent extent)
             continue;
         if (written <= 0)
             return written < 0 ? errno : EIO;
+        // Lets the disk begin while the next piece is made, and keeps a large file from filling the memory with
+        // unwritten pages. Only fdatasync counts: this may fail.
+        sync_file_range(file, extent.begin, written, SYNC_FILE_RANGE_WRITE);
         extent.begin += written;
     }
     return 0;
