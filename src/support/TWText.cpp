@@ -1,9 +1,11 @@
 #include "support/TWText.h"
 
-#include <unicode/utf8.h>
-
 #include <cstdint>
 #include <cstdio>
+
+// The library's macros narrow integers.
+#pragma GCC diagnostic ignored "-Wconversion"
+#include <unicode/utf8.h>
 
 namespace {
 
