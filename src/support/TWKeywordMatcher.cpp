@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t LargestRows = 256 * 1024; // bytes; more would leave the processor's near caches
+constexpr std::size_t LargestRows = 1024 * 1024; // bytes; more would leave the caches near the processor
 constexpr unsigned char FirstBeyondASCII = 0x80;
 constexpr int MostFolded = 3; // code points that one can become; "ΐ" does
 
