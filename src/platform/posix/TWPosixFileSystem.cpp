@@ -17,7 +17,6 @@
 namespace {
 
 constexpr mode_t NewFolderMode = 0700;
-constexpr mode_t NewFileMode = 0600;
 constexpr std::uint64_t BlockSize = 512; // the unit of st_blocks on every file system
 constexpr std::size_t CopySize = 64 * 1024;
 constexpr int MostLinks = 40; // as the system itself follows
