@@ -93,11 +93,11 @@ private:
 
 sigset_t stopSignals()
 {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    return signals;
+    sigset_t stopping;
+    sigemptyset(&stopping);
+    sigaddset(&stopping, SIGINT);
+    sigaddset(&stopping, SIGTERM);
+    return stopping;
 }
 
 // SIGINT and SIGTERM, blocked since before the first thread, arrive as events of the run loop.
@@ -105,8 +105,8 @@ class StopSignals {
 public:
     StopSignals(TWRunLoop& runLoop, std::function<void()> stop)
     {
-        const auto signals = stopSignals();
-        descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+        const auto stopping = stopSignals();
+        descriptor_ = signalfd(-1, &stopping, SFD_CLOEXEC | SFD_NONBLOCK);
         watch_ = runLoop.whenReadable(descriptor_, [this, stop = std::move(stop)] {
             signalfd_siginfo information;
             while (read(descriptor_, &information, sizeof information) > 0) { }
@@ -129,7 +129,7 @@ int runClean(System& system, const TWInvocation& invocation, QCoreApplication& a
     TWTerminal terminal(invocation);
     TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
     TWCleanCommand command(delegate, terminal, invocation);
-    const StopSignals signals(system.runLoop(), [&] { command.interrupt(); });
+    const StopSignals stopping(system.runLoop(), [&] { command.interrupt(); });
     int status = -1;
     command.start([&](int ended) {
         status = ended;
@@ -240,9 +240,9 @@ int main(int argumentCount, char** arguments)
     if (invocation.command == Command::Window)
         return print({TWStatus::WrongUse, "", NoDisplay});
 
-    const auto signals = stopSignals();
+    const auto stopping = stopSignals();
     if (demo || invocation.command == Command::Clean)
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+        pthread_sigmask(SIG_BLOCK, &stopping, nullptr);
     QCoreApplication application(argumentCount, arguments);
     System system(fileSystem, places, bundle, settingsFile);
     if (invocation.concernsLists())

@@ -139,6 +139,12 @@ std::optional<TWFileFacts> TWPosixFileSystem::facts(const std::string& path, TWL
         found.st_ino, found.st_nlink };
 }
 
+bool TWPosixFileSystem::exists(const std::string& path) const
+{
+    struct stat found;
+    return askStatus(placeOf(path), TWLinkAtEnd::DoNotFollow, found) || (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
+}
+
 static std::unique_ptr<TWPosixOpenFolder> openPosixFolder(const std::string& path, TWLinkAtEnd link)
 {
     const Place place = placeOf(path);

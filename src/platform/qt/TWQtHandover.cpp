@@ -1,6 +1,8 @@
 #include "platform/qt/TWQtHandover.h"
 
+#include <QByteArrayList>
 #include <QDataStream>
+#include <QIODevice>
 #include <QLocalSocket>
 
 namespace {
@@ -11,7 +13,8 @@ constexpr int Connecting = 500;
 QByteArray packed(const QByteArrayList& parts)
 {
     QByteArray bytes;
-    QDataStream(&bytes, QIODevice::WriteOnly) << parts;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << parts;
     return bytes;
 }
 
