@@ -12,6 +12,7 @@ namespace {
 
 constexpr int RowPadding = 10;
 constexpr int CellPadding = 16;
+constexpr int NameWidth = 30; // in characters
 
 // As a copy only: a file manager that took it for a move would delete the file.
 void acceptFiles(QDropEvent& event)
@@ -56,10 +57,10 @@ void TWFilesTable::setUpColumns()
     const int character = fontMetrics().averageCharWidth();
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     horizontalHeader()->setSectionResizeMode(TWFilesTableModel::Path, QHeaderView::Stretch);
+    horizontalHeader()->setSectionResizeMode(TWFilesTableModel::Note, QHeaderView::Stretch);
     setColumnWidth(TWFilesTableModel::Active, fontMetrics().horizontalAdvance(tr("Active")) + CellPadding);
-    setColumnWidth(TWFilesTableModel::Name, 26 * character);
+    setColumnWidth(TWFilesTableModel::Name, NameWidth * character);
     setColumnWidth(TWFilesTableModel::WhatToDelete, widestKind + CellPadding + TWFilesDelegate::arrowWidth(this));
-    setColumnWidth(TWFilesTableModel::Note, 34 * character);
 }
 
 void TWFilesTable::paintEvent(QPaintEvent* event)
