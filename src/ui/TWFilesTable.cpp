@@ -5,6 +5,7 @@
 
 #include <QDropEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 
@@ -61,6 +62,18 @@ void TWFilesTable::setUpColumns()
     setColumnWidth(TWFilesTableModel::Active, fontMetrics().horizontalAdvance(tr("Active")) + CellPadding);
     setColumnWidth(TWFilesTableModel::Name, NameWidth * character);
     setColumnWidth(TWFilesTableModel::WhatToDelete, widestKind + CellPadding + TWFilesDelegate::arrowWidth(this));
+}
+
+// The space bar checks the rule whichever of its cells is the current one.
+void TWFilesTable::keyPressEvent(QKeyEvent* event)
+{
+    const auto active = currentIndex().siblingAtColumn(TWFilesTableModel::Active);
+    if (event->key() != Qt::Key_Space || !active.isValid()) {
+        QTableView::keyPressEvent(event);
+        return;
+    }
+    const bool checked = active.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+    model()->setData(active, checked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
 }
 
 void TWFilesTable::paintEvent(QPaintEvent* event)

@@ -51,7 +51,7 @@ void takeFiles(const QString& theme)
     world.files.reloadTable();
     sheet.open();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !world.files.note(8).text.empty(); }));
-    sheet.findChild<QTableView*>()->selectRow(1);
+    sheet.findChild<QTableView*>()->selectRow(8);
     take(sheet, "files" + theme);
 }
 
@@ -71,6 +71,12 @@ void takeDictionary(const QString& theme)
         QTest::keyClick(sheet.focusWidget(), key, key == Qt::Key_Up ? Qt::NoModifier : Qt::KeyboardModifiers());
     QTest::keyClick(sheet.focusWidget(), Qt::Key_Right, Qt::ShiftModifier);
     take(sheet, "dictionary" + theme);
+    // A list that could not be read, and a token being edited.
+    world.folder.write("home/.config/Tidewell/Dictionary.plist", "no list");
+    world.dictionary.loadDictionary();
+    QTest::keyClick(sheet.focusWidget(), Qt::Key_Left);
+    QTest::keyClick(sheet.focusWidget(), Qt::Key_F2);
+    take(sheet, "dictionary-problem" + theme);
 }
 
 TEST(TWSheetScreenshots, AreTaken)
