@@ -405,7 +405,7 @@ void TWTokenField::placeInput()
     if (editing_ == None)
         rect.setRight(viewport()->width() - Gap);
     else
-        rect.adjust(Padding / 2, 2, -Padding / 2, -2);
+        rect.adjust(Padding / 2, 3, -Padding / 2, -3);
     input_->setGeometry(rect);
 }
 
