@@ -114,12 +114,6 @@ public:
         }
     }
 
-    std::size_t timers()
-    {
-        dropEnded();
-        return timers_.size();
-    }
-
 private:
     struct Task {
         std::function<void()> call;

@@ -1,16 +1,17 @@
 #include "platform/linux/TWLinuxProcessLauncher.h"
 
-#include "builders/TWTemporaryFolder.h"
+#include "builders/TWHostileTree.h"
+#include "deletion/TWFileDeleteQueue.h"
+#include "fakes/TWFakes.h"
+#include "platform/posix/TWPosixFileSystem.h"
 
 #include <cerrno>
 #include <csignal>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
 #include <poll.h>
 #include <sys/wait.h>
-#include <unistd.h>
-#include <vector>
+
 
 namespace {
 
@@ -225,4 +226,40 @@ TEST_F(TWLinuxProcessLauncherTest, WorksWhereChildrenAreIgnored)
         loop.turn(50ms);
     std::signal(SIGCHLD, before);
     EXPECT_TRUE(ended);
+}
+
+// The whole way, with the real tool: everything goes but what the user may not delete, and that is named.
+TEST_F(TWLinuxProcessLauncherTest, AQueueDeletesTheHostileTreeAndNothingElse)
+{
+    struct Recorder final : TWFileDeleteQueueDelegate {
+        void fileDeleteQueueProgressed(const std::string& message) override { lines.push_back(message); }
+        std::vector<std::string> lines;
+    } recorder;
+    TWPlaces places;
+    places.home = root.folder("home");
+    places.rm = "/bin/rm";
+    TWPosixFileSystem fileSystem;
+    TWFakeMountTable mountTable;
+    const TWDeletionGuard guard(places, fileSystem, mountTable, root.path("home/data"));
+    const TWHostileTree tree(root);
+    const auto canary = tree.canaryDigest();
+    const auto paths = tree.paths();
+    EXPECT_EQ(paths.size(), 18U);
+
+    TWFileDeleteQueue queue({loop, launcher, fileSystem, guard, places});
+    queue.setDelegate(&recorder);
+    queue.addFilesFromArray(paths);
+    queue.deleteFiles(TWAuthorization::No);
+    for (const auto patience = loop.now() + 20s; queue.running() && loop.now() < patience;)
+        loop.turn(50ms);
+    EXPECT_EQ(tree.canaryDigest(), canary);
+
+    std::vector<std::string> expected;
+    for (const auto& path : tree.paths())
+        expected.push_back("Could not delete " + path);
+    EXPECT_LE(expected.size(), geteuid() == 0 ? 0U : 2U) << "only the two locked folders may resist";
+    recorder.lines.clear();
+    EXPECT_EQ(queue.verify(), expected.empty());
+    std::erase_if(recorder.lines, [](const auto& line) { return line.starts_with("The deletion tool said: "); });
+    EXPECT_EQ(recorder.lines, expected);
 }
