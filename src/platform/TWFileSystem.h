@@ -56,7 +56,9 @@ public:
 
     // Trailing slashes are cut first. Nothing when there is nothing at the path.
     virtual std::optional<TWFileFacts> facts(const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow) const = 0;
-    bool exists(const std::string& path) const { return facts(path).has_value(); }
+
+    // False only when it is certain that there is nothing at the path; a folder on the way that may not be searched leaves it open.
+    virtual bool exists(const std::string& path) const = 0;
     bool isFolder(const std::string& path, TWLinkAtEnd link = TWLinkAtEnd::DoNotFollow) const
     {
         const auto found = facts(path, link);

@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr std::size_t LargestRows = 256 * 1024; // bytes; more would leave the processor's near caches
+constexpr std::size_t LargestRows = 1024 * 1024; // bytes; more would leave the caches near the processor
+constexpr unsigned char FirstBeyondASCII = 0x80;
 constexpr int MostFolded = 3; // code points that one can become; "ΐ" does
 
 struct Folded {
@@ -37,7 +38,7 @@ class FoldingTable final {
 public:
     FoldingTable()
     {
-        for (char32_t codePoint = 0x80; codePoint < Size; ++codePoint) {
+        for (char32_t codePoint = FirstBeyondASCII; codePoint < Size; ++codePoint) {
             const Folded folded = U_IS_SURROGATE(codePoint) ? Folded{} : foldByLibrary(codePoint);
             if (folded.count == 1 && folded.codePoints[0] < Size)
                 (*table_)[codePoint] = static_cast<char16_t>(folded.codePoints[0]);
@@ -64,7 +65,7 @@ char foldASCII(char byte)
 
 Folded fold(char32_t codePoint)
 {
-    if (codePoint < 0x80)
+    if (codePoint < FirstBeyondASCII)
         return { { static_cast<char32_t>(foldASCII(static_cast<char>(codePoint))) }, 1 };
     static const FoldingTable table; // takes a few milliseconds, hence made at the first letter that is not ASCII
     return table.fold(codePoint);
@@ -118,6 +119,7 @@ TWKeywordMatcher::TWKeywordMatcher(const std::vector<std::string>& words)
     makeStates(sorted);
     linkStates();
     makeRows();
+    makeBeginnings();
 }
 
 void TWKeywordMatcher::makeClasses(const std::vector<Word>& sorted)
@@ -127,8 +129,9 @@ void TWKeywordMatcher::makeClasses(const std::vector<Word>& sorted)
             if (std::uint8_t& byteClass = classOf_[static_cast<unsigned char>(byte)]; byteClass == 0)
                 byteClass
                     = static_cast<std::uint8_t>(classCount_++); // valid UTF-8 has no more than 243 different bytes
-    for (std::size_t byte = 0; byte < classOfFoldedASCII_.size(); ++byte)
-        classOfFoldedASCII_[byte] = classOf_[static_cast<unsigned char>(foldASCII(static_cast<char>(byte)))];
+    classOfText_.fill(static_cast<std::uint8_t>(classCount_));
+    for (std::size_t byte = 0; byte < FirstBeyondASCII; ++byte)
+        classOfText_[byte] = classOf_[static_cast<unsigned char>(foldASCII(static_cast<char>(byte)))];
 }
 
 void TWKeywordMatcher::makeStates(const std::vector<Word>& sorted)
@@ -198,6 +201,30 @@ void TWKeywordMatcher::makeRows()
     }
 }
 
+void TWKeywordMatcher::makeBeginnings()
+{
+    const std::size_t width = classCount_ + 1; // what lies beyond ASCII has yet to be folded: it could be anything
+    beginnings_.assign(width * width, 0);
+    for (std::size_t first = 0; first < width; ++first) {
+        const Index state = first < classCount_ ? child(0, static_cast<std::uint8_t>(first)) : 0;
+        const bool always = first == classCount_ || (state != 0 && states_[state].word != NoWord);
+        for (std::size_t second = 0; second < width; ++second)
+            beginnings_[first * width + second] = always || second == classCount_
+                || (state != 0 && child(state, static_cast<std::uint8_t>(second)) != 0);
+    }
+}
+
+// Most names have no beginning of a word at most places: to pass over these takes a third of the time of stepping.
+std::ptrdiff_t TWKeywordMatcher::nextBeginning(std::string_view text, std::ptrdiff_t at) const
+{
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+    const std::ptrdiff_t last = std::ssize(text) - 1;
+    const std::size_t width = classCount_ + 1;
+    while (at < last && !beginnings_[classOfText_[bytes[at]] * width + classOfText_[bytes[at + 1]]])
+        ++at;
+    return at;
+}
+
 inline TWKeywordMatcher::Index TWKeywordMatcher::step(Index state, std::uint8_t byteClass) const
 {
     while (state >= rowCount_) {
@@ -225,9 +252,11 @@ TWKeywordMatcher::Index TWKeywordMatcher::search(std::string_view text, Wanted w
     Index found = NoWord;
     Index state = 0;
     for (std::ptrdiff_t at = 0, end = std::ssize(text); at < end;) {
+        if (state == 0)
+            at = nextBeginning(text, at);
         const auto byte = static_cast<unsigned char>(text[static_cast<std::size_t>(at)]);
-        if (byte < classOfFoldedASCII_.size()) {
-            state = step(state, classOfFoldedASCII_[byte]);
+        if (byte < FirstBeyondASCII) {
+            state = step(state, classOfText_[byte]);
             found = std::min(found, states_[state].word);
             ++at;
         } else {

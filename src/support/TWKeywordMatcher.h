@@ -41,8 +41,10 @@ private:
     void makeStates(const std::vector<Word>& sorted);
     void linkStates();
     void makeRows();
+    void makeBeginnings();
 
     Index search(std::string_view text, Wanted) const;
+    std::ptrdiff_t nextBeginning(std::string_view text, std::ptrdiff_t at) const;
     Index stepFolded(Index state, char32_t folded, Index& found) const;
     Index step(Index state, std::uint8_t byteClass) const;
     Index child(Index state, std::uint8_t byteClass) const;
@@ -50,8 +52,10 @@ private:
     std::vector<State> states_; // and one more at the end, where the children of the last state end
     std::vector<std::uint8_t> classes_; // of the byte that leads to each state
     std::array<std::uint8_t, 256> classOf_{}; // the bytes that occur in words have numbers of their own, all others 0
-    std::array<std::uint8_t, 128> classOfFoldedASCII_{};
+    std::array<std::uint8_t, 256>
+        classOfText_{}; // the same for a byte of a text: case folded, beyond ASCII classCount_
     std::size_t classCount_ = 1;
     std::vector<Index> rows_; // for the first states, in which most steps are made: the next state for every class
     Index rowCount_ = 0;
+    std::vector<char> beginnings_; // for two bytes of a text, by their classes: whether a word could begin with them
 };

@@ -206,8 +206,9 @@ void TWTreeEraser::leaveFolder()
 {
     const Level left = std::move(levels_.back());
     levels_.pop_back();
-    // Brings the wiped names to the disk before the folder's blocks are given away. A failure loses nothing.
-    if (left.removedSome)
+    // In a folder that stays, the names must not come back after a crash; one that goes is covered by the folder above.
+    // A failure loses nothing.
+    if (left.removedSome && (left.keptSome || levels_.empty()))
         fsync(left.folder.number());
     if (levels_.empty())
         return;

@@ -5,7 +5,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/epoll.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -16,6 +16,17 @@ constexpr std::size_t KeptOutput = 4096;
 
 // The low bit of an epoll tag says which of a child's two descriptors is meant.
 constexpr std::uint64_t OutputBit = 1;
+
+// The C library's own declarations of these two cannot be linked from C++ on Debian 12.
+int openProcess(pid_t process)
+{
+    return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+}
+
+void sendSignal(int pidfd, int number)
+{
+    syscall(SYS_pidfd_send_signal, pidfd, number, nullptr, 0);
+}
 
 void closeDescriptor(int& descriptor)
 {
@@ -126,7 +137,7 @@ public:
 private:
     int watchDescriptors()
     {
-        pidfd_ = pidfd_open(process_, 0);
+        pidfd_ = openProcess(process_);
         if (pidfd_ >= 0 && launcher_.watch(pidfd_, identifier_) && launcher_.watch(outputRead_, identifier_ | OutputBit))
             return 0;
         // A child whose end cannot be noticed is not left running.
@@ -172,7 +183,7 @@ private:
     void signal(int number)
     {
         if (process_ > 0)
-            pidfd_send_signal(pidfd_, number, nullptr, 0);
+            sendSignal(pidfd_, number);
     }
 
     void closeAll()

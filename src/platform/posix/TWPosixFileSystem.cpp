@@ -17,7 +17,6 @@
 namespace {
 
 constexpr mode_t NewFolderMode = 0700;
-constexpr mode_t NewFileMode = 0600;
 constexpr std::uint64_t BlockSize = 512; // the unit of st_blocks on every file system
 constexpr std::size_t CopySize = 64 * 1024;
 constexpr int MostLinks = 40; // as the system itself follows
@@ -138,6 +137,12 @@ std::optional<TWFileFacts> TWPosixFileSystem::facts(const std::string& path, TWL
         return std::nullopt;
     return TWFileFacts{ kindOf(found.st_mode), static_cast<std::uint64_t>(found.st_blocks) * BlockSize, found.st_dev,
         found.st_ino, found.st_nlink };
+}
+
+bool TWPosixFileSystem::exists(const std::string& path) const
+{
+    struct stat found;
+    return askStatus(placeOf(path), TWLinkAtEnd::DoNotFollow, found) || (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
 }
 
 static std::unique_ptr<TWPosixOpenFolder> openPosixFolder(const std::string& path, TWLinkAtEnd link)

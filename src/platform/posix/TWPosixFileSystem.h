@@ -4,6 +4,7 @@
 
 class TWPosixFileSystem final : public TWFileSystem {
 public:
+    bool exists(const std::string& path) const override;
     std::optional<TWFileFacts> facts(const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow) const override;
     std::unique_ptr<TWOpenFolder> openFolder(const std::string& path, TWLinkAtEnd, int* error = nullptr) const override;
     TWTreeSize treeSize(const std::string& path, const TWCancellation&) const override;

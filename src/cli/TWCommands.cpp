@@ -1,0 +1,238 @@
+#include "cli/TWCommands.h"
+
+#include "cli/TWJSON.h"
+#include "support/TWPath.h"
+#include "support/TWText.h"
+
+#include <algorithm>
+
+namespace {
+
+using Action = TWInvocation::Action;
+
+constexpr auto NoSuchKey = "There is no setting \"%@\". Try \"tidewell settings list\".\n";
+constexpr auto NotABoolean = "\"%@\" takes \"true\" or \"false\", not \"%@\".\n";
+constexpr auto NotANumber = "\"%@\" takes a whole number, not \"%@\".\n";
+constexpr auto NoSuchRule = "There is no rule %@. Try \"tidewell files list\".\n";
+constexpr auto NoRules = "No rules yet. Add one with \"tidewell files add PATH\".\n";
+constexpr auto NoWords = "The dictionary is empty. Add words with \"tidewell words add WORD\".\n";
+constexpr auto NoSuchWord = "The dictionary does not hold \"%@\".\n";
+constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
+constexpr auto PathNotText = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
+
+TWCommandResult wrongUse(std::string err)
+{
+    return {TWStatus::WrongUse, "", std::move(err)};
+}
+
+TWCommandResult saved(const std::string& problem)
+{
+    return problem.empty() ? TWCommandResult() : TWCommandResult {TWStatus::Failure, "", problem + "\n"};
+}
+
+TWCommandResult printed(std::string out)
+{
+    return {TWStatus::Success, std::move(out), ""};
+}
+
+// ---- settings
+
+TWJSON::Object settingValue(const TWSettings& settings, const TWKeyRow& row)
+{
+    switch (row.type) {
+    case TWKeyType::Boolean:
+        return settings.boolean(row.key);
+    case TWKeyType::Integer:
+        return settings.integer(row.key);
+    case TWKeyType::String:
+        break;
+    }
+    return TWText::validUTF8(settings.string(row.key));
+}
+
+std::string settingText(const TWSettings& settings, const TWKeyRow& row)
+{
+    const auto value = settingValue(settings, row);
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+std::string settingLine(const TWSettings& settings, const TWKeyRow& row, bool json)
+{
+    if (json)
+        return TWJSON::line({{"key", row.name}, {"value", settingValue(settings, row)}, {"meaning", row.meaning}});
+    std::string name = row.name;
+    name.resize(31, ' ');
+    std::string value = settingText(settings, row);
+    value.resize(std::max<std::size_t>(value.size(), 6), ' ');
+    return name + value + "  " + row.meaning + "\n";
+}
+
+TWCommandResult runSettings(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
+{
+    auto& settings = delegate.settings();
+    if (invocation.action == Action::List) {
+        std::string out;
+        for (const auto& row : TWSettings::keys())
+            out += settingLine(settings, row, invocation.json);
+        return printed(out);
+    }
+    const auto* row = TWSettings::rowNamed(invocation.key);
+    if (!row)
+        return wrongUse(TWText::fill(NoSuchKey, {TWText::oneLine(invocation.key)}));
+    if (invocation.action == Action::Get)
+        return printed(invocation.json ? settingLine(settings, *row, true) : settingText(settings, *row) + "\n");
+    if (invocation.action == Action::Reset) {
+        settings.reset(row->key);
+    } else {
+        const auto value = TWSettings::parse(row->type, invocation.value);
+        if (!value)
+            return wrongUse(
+                TWText::fill(row->type == TWKeyType::Boolean ? NotABoolean : NotANumber, {row->name, TWText::oneLine(invocation.value)}));
+        settings.set(row->key, *value);
+    }
+    return saved(settings.userDefaults().synchronize());
+}
+
+// ---- words
+
+TWCommandResult listWords(const std::vector<std::string>& words, bool json)
+{
+    std::string out;
+    for (const auto& word : words)
+        out += json ? TWJSON::line({{"word", TWText::validUTF8(word)}}) : TWText::oneLine(word) + "\n";
+    return {TWStatus::Success, out, words.empty() && !json ? NoWords : ""};
+}
+
+TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvocation& invocation)
+{
+    auto words = dictionary.wordDictionary();
+    if (invocation.action == Action::List)
+        return listWords(words, invocation.json);
+    if (invocation.action == Action::Clear)
+        words.clear();
+    for (const auto& word : invocation.words) {
+        if (!TWText::isValidUTF8(word))
+            return wrongUse(WordNotText);
+        if (invocation.action == Action::Add)
+            words.push_back(word);
+        else if (std::erase(words, word) == 0)
+            return {TWStatus::Failure, "", TWText::fill(NoSuchWord, {TWText::oneLine(word)})};
+    }
+    dictionary.setWordDictionary(std::move(words));
+    return saved(dictionary.write());
+}
+
+// ---- files
+
+const char* kindName(std::int32_t kind)
+{
+    constexpr const char* Names[] = {"item", "contents", "keywords", "keywords-deep"};
+    return kind >= 0 && kind < 4 ? Names[kind] : "nothing";
+}
+
+std::string ruleLine(const TWFilesRule& rule, std::size_t number, bool json)
+{
+    if (json) {
+        TWJSON::Object object {{"Active", rule.active}, {"Description", TWText::validUTF8(rule.description)}};
+        TWJSON::addPath(object, "FilePath", rule.filePath);
+        object["WhatToDelete"] = rule.whatToDelete;
+        return TWJSON::line(object);
+    }
+    std::string kind = kindName(rule.whatToDelete);
+    kind.resize(14, ' ');
+    std::string start = std::to_string(number);
+    start.resize(4, ' ');
+    return start + (rule.active ? "on   " : "off  ") + kind + TWText::oneLine(rule.filePath)
+        + (rule.description.empty() ? "" : "  (" + TWText::oneLine(rule.description) + ")") + "\n";
+}
+
+TWCommandResult listRules(const std::vector<TWFilesRule>& rules, bool json)
+{
+    std::string out;
+    for (std::size_t index = 0; index < rules.size(); ++index)
+        out += ruleLine(rules[index], index + 1, json);
+    return {TWStatus::Success, out, rules.empty() && !json ? NoRules : ""};
+}
+
+TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
+{
+    const auto path = TWPath::withoutTrailingSlashes(invocation.path);
+    if (!TWText::isValidUTF8(path))
+        return {TWStatus::Failure, "", TWText::fill(PathNotText, {TWText::oneLine(path)})};
+    TWFilesRule rule;
+    rule.active = !invocation.off;
+    rule.description = invocation.description.value_or(std::string(TWPath::lastComponent(path)));
+    rule.filePath = delegate.platform().places.abbreviate(path);
+    rule.whatToDelete = invocation.whatToDelete;
+    delegate.filesWindowController().addRule(std::move(rule));
+    return saved(delegate.filesWindowController().write());
+}
+
+TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
+{
+    auto& files = delegate.filesWindowController();
+    if (invocation.action == Action::List)
+        return listRules(files.rules(), invocation.json);
+    if (invocation.action == Action::Add)
+        return addRule(delegate, invocation);
+    if (invocation.action == Action::Defaults) {
+        files.applyDefaults();
+        return saved(files.write());
+    }
+    const int row = invocation.number - 1;
+    if (row < 0 || row >= static_cast<int>(files.rules().size()))
+        return wrongUse(TWText::fill(NoSuchRule, {std::to_string(invocation.number)}));
+    if (invocation.action == Action::Remove)
+        files.removeRule(row);
+    else
+        files.setActive(row, invocation.action == Action::On);
+    files.reloadTable();
+    return saved(files.write());
+}
+
+}
+
+TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
+{
+    TWCommandResult result;
+    if (invocation.command == TWInvocation::Command::Settings)
+        result = runSettings(delegate, invocation);
+    else if (invocation.command == TWInvocation::Command::Words)
+        result = runWords(delegate.dictionaryWindowController(), invocation);
+    else
+        result = runFiles(delegate, invocation);
+    for (const auto& problem : delegate.problems())
+        result.err += problem + "\n";
+    return result;
+}
+
+TWCommandResult TWPrintPaths(const TWPlaces& places, const std::string& dataFolder, const std::string& defaultsFile, bool json)
+{
+    const std::pair<const char*, std::string> rows[] = {
+        {"home", places.home},
+        {"dataFolder", dataFolder},
+        {"defaultsFile", defaultsFile},
+        {"trash", places.trash},
+        {"systemLogs", places.systemLogs},
+        {"resources", places.resources},
+        {"rm", places.rm},
+        {"srm", places.srm},
+        {"eject", places.eject},
+    };
+    // The folders in which programs of the user keep their logs.
+    const std::string userLogs[] = {places.stateHome + "/log", places.dataHome + "/xorg"};
+    TWJSON::Object object;
+    std::string text;
+    for (const auto& [name, path] : rows) {
+        object[name] = TWText::validUTF8(path);
+        std::string label = name;
+        label.resize(14, ' ');
+        text += label + TWText::oneLine(path) + "\n";
+    }
+    object["userLogs"] = TWJSON::Object::array();
+    for (const auto& path : userLogs) {
+        object["userLogs"].push_back(TWText::validUTF8(path));
+        text += "userLogs      " + TWText::oneLine(path) + "\n";
+    }
+    return printed(json ? TWJSON::line(object) : text);
+}

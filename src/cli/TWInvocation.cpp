@@ -1,0 +1,201 @@
+#include "cli/TWInvocation.h"
+
+#include "app/TWCleanerTable.h"
+#include "cleaners/TWFilesRule.h"
+#include "support/TWPath.h"
+#include "support/TWText.h"
+
+// Debian's CLI11 narrows integers in its headers.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+#pragma GCC diagnostic ignored "-Wshadow"
+#include <CLI/CLI.hpp>
+#pragma GCC diagnostic pop
+
+#include <map>
+
+namespace {
+
+using Command = TWInvocation::Command;
+using Action = TWInvocation::Action;
+
+constexpr auto Description = "Tidewell removes traces of your work: it deletes only what a rule, a tick or a drop names.";
+constexpr auto Footer = "Without a command the main window opens. Exit status: 0 all well, 1 a cleaner or a change failed, 2 wrong use, "
+                        "3 nothing was run, 130 stopped.\nTry it without fear: tidewell demo";
+constexpr auto Remedy = "%@ Try \"tidewell --help\".\n";
+constexpr auto NoSuchCleaner = "There is no cleaner \"%@\". The cleaners are: %@.";
+constexpr auto LaterCleaner = "The cleaner \"%@\" comes in a later version.";
+constexpr auto VersionText = "Tidewell 1.0\n";
+
+std::string cleanerNames()
+{
+    std::string names;
+    for (const auto& row : TWCleanerTable())
+        names += (names.empty() ? "" : ", ") + std::string(row.name);
+    return names;
+}
+
+// CLI11 reports a wrong value by throwing; the exception does not leave this file.
+int cleanerPosition(const std::string& name)
+{
+    const int position = TWCleanerPosition(name);
+    if (position < 0)
+        throw CLI::ValidationError(TWText::fill(NoSuchCleaner, {name, cleanerNames()}));
+    if (!TWCleanerTable()[static_cast<std::size_t>(position)].available)
+        throw CLI::ValidationError(TWText::fill(LaterCleaner, {name}));
+    return position;
+}
+
+class Parser {
+public:
+    explicit Parser(TWInvocation& invocation)
+        : invocation_(invocation)
+        , app_(Description, "tidewell")
+    {
+        app_.footer(Footer);
+        app_.fallthrough();
+        app_.require_subcommand(0, 1);
+        app_.add_option("--sandbox", sandbox_, "Put the whole world of a run under this folder")->type_name("DIR");
+        app_.add_flag("--json", invocation.json, "Print one JSON object per line");
+        app_.add_flag("--version", version_, "Print the version");
+        addClean();
+        addSettings();
+        addWords();
+        addFiles();
+        command(app_, "paths", "Print where everything is", Command::Paths, Action::None);
+        auto* demo = command(app_, "demo", "Make a sandbox with sample traces, clean it, show the results", Command::Demo, Action::None);
+        demo->add_option("DIR", invocation.path, "A new or empty folder; else one is made");
+    }
+
+    void parse(std::vector<std::string> words)
+    {
+        std::reverse(words.begin(), words.end()); // CLI11 takes them from the back
+        app_.parse(std::move(words));
+        if (!sandbox_.empty())
+            invocation_.sandbox = sandbox_;
+        if (!description_.empty())
+            invocation_.description = description_;
+        if (!only_.empty()) {
+            invocation_.only.emplace();
+            for (const auto& name : only_)
+                invocation_.only->push_back(cleanerPosition(name));
+        }
+    }
+
+    bool version() const { return version_; }
+    const CLI::App& app() const { return app_; }
+
+private:
+    CLI::App* command(CLI::App& above, const char* name, const char* text, Command command, Action action)
+    {
+        auto* sub = above.add_subcommand(name, text);
+        sub->fallthrough();
+        sub->callback([this, command, action] {
+            invocation_.command = command;
+            if (action != Action::None)
+                invocation_.action = action;
+        });
+        return sub;
+    }
+
+    CLI::App* group(const char* name, const char* text, Command which)
+    {
+        auto* sub = command(app_, name, text, which, Action::None);
+        sub->require_subcommand(1);
+        return sub;
+    }
+
+    void addClean()
+    {
+        auto* clean = command(app_, "clean", "Run the cleaners that are switched on", Command::Clean, Action::None);
+        clean->add_option("--only", only_, "Run these cleaners instead: " + cleanerNames())->delimiter(',')->type_name("A,B");
+        clean->add_flag("--yes", invocation_.yes, "Do not ask when a cleaner warns");
+    }
+
+    void addSettings()
+    {
+        auto* settings = group("settings", "Show and change settings", Command::Settings);
+        command(*settings, "list", "All settings with their values", Command::Settings, Action::List);
+        for (const auto& [name, text, action] : {std::tuple {"get", "Print one value", Action::Get}, {"set", "Change one value", Action::Set},
+                 {"reset", "Back to the default", Action::Reset}}) {
+            auto* sub = command(*settings, name, text, Command::Settings, action);
+            sub->add_option("KEY", invocation_.key)->required();
+            if (action == Action::Set)
+                sub->add_option("VALUE", invocation_.value)->required();
+        }
+    }
+
+    void addWords()
+    {
+        auto* words = group("words", "Show and change the keyword dictionary", Command::Words);
+        command(*words, "list", "All words", Command::Words, Action::List);
+        command(*words, "clear", "Remove all words", Command::Words, Action::Clear);
+        command(*words, "add", "Add words at the end", Command::Words, Action::Add)->add_option("WORD", invocation_.words)->required();
+        command(*words, "remove", "Remove words, each wherever it stands", Command::Words, Action::Remove)
+            ->add_option("WORD", invocation_.words)
+            ->required();
+    }
+
+    void addFiles()
+    {
+        auto* files = group("files", "Show and change the Files rules", Command::Files);
+        command(*files, "list", "All rules", Command::Files, Action::List);
+        command(*files, "defaults", "Replace all rules by the default ones", Command::Files, Action::Defaults);
+        auto* add = command(*files, "add", "Add a rule at the end", Command::Files, Action::Add);
+        add->add_option("PATH", invocation_.path)->required();
+        add->add_option("--what", invocation_.whatToDelete, "item, contents, keywords, keywords-deep")
+            ->transform(CLI::CheckedTransformer(std::map<std::string, std::int32_t> {{"item", TWItemItself},
+                {"contents", TWFolderContents}, {"keywords", TWItemsWithKeywords}, {"keywords-deep", TWItemsWithKeywordsDeep}}));
+        add->add_option("--description", description_, "The rule's name")->type_name("T");
+        add->add_flag("--off", invocation_.off, "Switched off at first");
+        for (const auto& [name, text, action] : {std::tuple {"remove", "Remove rule N", Action::Remove},
+                 {"on", "Switch rule N on", Action::On}, {"off", "Switch rule N off", Action::Off}}) {
+            command(*files, name, text, Command::Files, action)->add_option("N", invocation_.number, "Counted from 1")->required();
+        }
+    }
+
+    TWInvocation& invocation_;
+    CLI::App app_;
+    std::string sandbox_;
+    std::string description_;
+    std::vector<std::string> only_;
+    bool version_ = false;
+};
+
+void makeAbsolute(std::string& path, const std::string& workingFolder)
+{
+    if (!path.empty() && path.front() != '/' && path.front() != '~' && path.front() != '$')
+        path = TWPath::standardize(workingFolder + "/" + path, "");
+}
+
+}
+
+TWParsedInvocation TWParseCommandLine(const std::vector<std::string>& words, const std::string& workingFolder)
+{
+    TWParsedInvocation result;
+    TWInvocation invocation;
+    Parser parser(invocation);
+    try {
+        parser.parse(words);
+    } catch (const CLI::CallForHelp&) {
+        // Of the subcommand that was asked for, if any.
+        result.out = parser.app().help();
+        return result;
+    } catch (const CLI::ParseError& error) {
+        result.status = TWStatus::WrongUse;
+        std::string text = TWText::oneLine(error.what());
+        if (!text.empty() && text.back() != '.')
+            text += ".";
+        result.err = TWText::fill(Remedy, {text});
+        return result;
+    }
+    if (parser.version()) {
+        result.out = VersionText;
+        return result;
+    }
+    makeAbsolute(invocation.path, workingFolder);
+    if (invocation.sandbox)
+        makeAbsolute(*invocation.sandbox, workingFolder);
+    result.invocation = std::move(invocation);
+    return result;
+}

@@ -1,0 +1,254 @@
+// Parses the command line, builds the platform and the views, hands both to the delegate.
+
+#include "cli/TWCleanCommand.h"
+#include "cli/TWCommands.h"
+#include "cli/TWDemo.h"
+#include "platform/linux/TWLinuxMountTable.h"
+#include "platform/linux/TWLinuxPlaces.h"
+#include "platform/linux/TWLinuxProcessLauncher.h"
+#include "platform/posix/TWFileBundle.h"
+#include "platform/posix/TWPosixFileSystem.h"
+#include "platform/posix/TWPosixLocks.h"
+#include "platform/qt/TWQtHandover.h"
+#include "platform/qt/TWQtNotifier.h"
+#include "platform/qt/TWQtRunLoop.h"
+#include "platform/qt/TWQtUserDefaults.h"
+#include "support/TWPath.h"
+#include "support/TWText.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <sys/signalfd.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Command = TWInvocation::Command;
+
+constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
+constexpr auto DemoNotEmpty = "The folder \"%@\" is not empty. Please name a new or an empty one for the demonstration.\n";
+constexpr auto DemoPlace = "Tidewell makes a world of its own under %@ and cleans it. Nothing outside of it is touched.\n\n";
+constexpr auto DemoLeft = "\nHave a look at what is left: find %@/home. Delete the folder when you like.\n";
+constexpr auto NoDisplay = "There is no display for a window. Try \"tidewell clean\", \"tidewell demo\" or \"tidewell --help\".\n";
+constexpr auto ListsBusy = "Another Tidewell command is changing the lists. Please try again.\n";
+
+constexpr auto SettingsFile = "/Tidewell/Tidewell.conf";
+constexpr auto ListsLock = ".lists.lock";
+constexpr auto WindowSocket = ".window.socket";
+
+int print(const TWCommandResult& result)
+{
+    std::fwrite(result.out.data(), 1, result.out.size(), stdout);
+    std::fwrite(result.err.data(), 1, result.err.size(), stderr);
+    return result.status;
+}
+
+std::string workingFolder()
+{
+    char folder[4096];
+    return getcwd(folder, sizeof folder) ? folder : "/";
+}
+
+// What is the same for a command and for the window. Needs a QCoreApplication.
+class System {
+public:
+    System(const TWPosixFileSystem& fileSystem, const TWPlaces& places, const TWFileBundle& bundle, const std::string& settingsFile)
+        : fileSystem_(fileSystem)
+        , places_(places)
+        , bundle_(bundle)
+        , launcher_(runLoop_)
+        , userDefaults_(fileSystem, settingsFile)
+    {
+        if (places.sandboxed())
+            notifier_ = std::make_unique<TWSilentNotifier>();
+        else
+            notifier_ = std::make_unique<TWQtNotifier>();
+    }
+
+    TWPlatform platform(TWAlerts& alerts)
+    {
+        return {runLoop_, launcher_, fileSystem_, mountTable_, places_, userDefaults_, bundle_, locks_, alerts, *notifier_};
+    }
+
+    TWRunLoop& runLoop() { return runLoop_; }
+    TWUserDefaults& userDefaults() { return userDefaults_; }
+    TWLocks& locks() { return locks_; }
+
+private:
+    const TWPosixFileSystem& fileSystem_;
+    const TWPlaces& places_;
+    const TWFileBundle& bundle_;
+    TWQtRunLoop runLoop_;
+    TWLinuxProcessLauncher launcher_;
+    TWLinuxMountTable mountTable_;
+    TWQtUserDefaults userDefaults_;
+    TWPosixLocks locks_;
+    std::unique_ptr<TWNotifier> notifier_;
+};
+
+sigset_t stopSignals()
+{
+    sigset_t stopping;
+    sigemptyset(&stopping);
+    sigaddset(&stopping, SIGINT);
+    sigaddset(&stopping, SIGTERM);
+    return stopping;
+}
+
+// SIGINT and SIGTERM, blocked since before the first thread, arrive as events of the run loop.
+class StopSignals {
+public:
+    StopSignals(TWRunLoop& runLoop, std::function<void()> stop)
+    {
+        const auto stopping = stopSignals();
+        descriptor_ = signalfd(-1, &stopping, SFD_CLOEXEC | SFD_NONBLOCK);
+        watch_ = runLoop.whenReadable(descriptor_, [this, stop = std::move(stop)] {
+            signalfd_siginfo information;
+            while (read(descriptor_, &information, sizeof information) > 0) { }
+            stop();
+        });
+    }
+    ~StopSignals()
+    {
+        watch_.reset();
+        close(descriptor_);
+    }
+
+private:
+    int descriptor_ = -1;
+    std::unique_ptr<TWRunLoopHandle> watch_;
+};
+
+int runClean(System& system, const TWInvocation& invocation, QCoreApplication& application)
+{
+    TWTerminal terminal(invocation);
+    TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
+    TWCleanCommand command(delegate, terminal, invocation);
+    const StopSignals stopping(system.runLoop(), [&] { command.interrupt(); });
+    int status = -1;
+    command.start([&](int ended) {
+        status = ended;
+        application.exit(ended);
+    });
+    // A run can be over before the event loop has begun.
+    return status >= 0 ? status : application.exec();
+}
+
+// Waits a moment for another command that is writing; a window that runs is asked instead, see TWHandover.
+std::unique_ptr<TWHeldLock> lockLists(TWLocks& locks, const std::string& path, bool& busy)
+{
+    TWLockResult result;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        result = locks.tryLock(path);
+        if (!result.heldByAnother)
+            break;
+        std::this_thread::sleep_for(20ms);
+    }
+    busy = result.heldByAnother;
+    return std::move(result.lock);
+}
+
+int runListCommand(System& system, const TWInvocation& invocation, const TWDataFolder& dataFolder, const std::vector<std::string>& words)
+{
+    if (const auto answer = TWQtHandover(dataFolder.file(WindowSocket)).handOver(words, workingFolder()))
+        return print(*answer);
+    std::unique_ptr<TWHeldLock> lock;
+    if (invocation.changesLists()) {
+        dataFolder.make();
+        bool busy = false;
+        lock = lockLists(system.locks(), dataFolder.file(ListsLock), busy);
+        if (busy)
+            return print({TWStatus::NothingRun, "", ListsBusy});
+    }
+    // Read only now, so that nothing is lost that another command has written meanwhile.
+    TWTerminal terminal(invocation);
+    TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
+    delegate.setView(&terminal);
+    delegate.prepareForCommand();
+    const int status = print(TWRunListCommand(delegate, invocation));
+    delegate.applicationWillTerminate();
+    return status;
+}
+
+// The sandbox's root as a real path, made when missing; nothing when that fails.
+std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std::string& folder)
+{
+    int error = fileSystem.makeFolders(folder + "/home");
+    const auto root = fileSystem.realPath(folder + "/.");
+    if (error == 0 && root)
+        return root;
+    print({TWStatus::Failure, "", TWText::fill(NoSandbox, {folder, TWErrorText(error)})});
+    return std::nullopt;
+}
+
+// The folder of the demonstration, or nothing after having said why.
+std::optional<std::string> demoFolder(const TWFileSystem& fileSystem, const std::string& wanted)
+{
+    if (wanted.empty()) {
+        std::string folder = TWLinuxPlaces().temporaryFolder + "/tidewell-demo-XXXXXX";
+        if (mkdtemp(folder.data()))
+            return folder;
+        print({TWStatus::Failure, "", TWText::fill(NoSandbox, {folder, TWErrorText(errno)})});
+        return std::nullopt;
+    }
+    const auto open = fileSystem.openFolder(wanted, TWLinkAtEnd::Follow);
+    if (fileSystem.exists(wanted) && (!open || !open->entries().empty())) {
+        print({TWStatus::WrongUse, "", TWText::fill(DemoNotEmpty, {wanted})});
+        return std::nullopt;
+    }
+    return wanted;
+}
+
+}
+
+int main(int argumentCount, char** arguments)
+{
+    const std::vector<std::string> words(arguments + std::min(argumentCount, 1), arguments + argumentCount);
+    auto parsed = TWParseCommandLine(words, workingFolder());
+    if (!parsed.invocation)
+        return print({parsed.status, parsed.out, parsed.err});
+    auto& invocation = *parsed.invocation;
+
+    const TWPosixFileSystem fileSystem;
+    const bool demo = invocation.command == Command::Demo;
+    if (demo && !(invocation.sandbox = demoFolder(fileSystem, invocation.path)))
+        return invocation.path.empty() ? TWStatus::Failure : TWStatus::WrongUse;
+    std::string root;
+    if (invocation.sandbox) {
+        const auto made = sandboxRoot(fileSystem, *invocation.sandbox);
+        if (!made)
+            return TWStatus::Failure;
+        root = *made;
+    }
+    const auto places = root.empty() ? TWLinuxPlaces() : TWLinuxSandboxPlaces(root);
+    const TWFileBundle bundle(fileSystem, places.resources);
+    const TWDataFolder dataFolder(fileSystem, places, bundle);
+    const auto settingsFile = places.configHome + SettingsFile;
+    if (invocation.command == Command::Paths)
+        return print(TWPrintPaths(places, dataFolder.path(), settingsFile, invocation.json));
+    if (demo) {
+        if (const auto problem = TWMakeDemoWorld(fileSystem, places, dataFolder.path(), settingsFile); !problem.empty())
+            return print({TWStatus::Failure, "", problem + "\n"});
+        if (!invocation.json)
+            print({0, TWText::fill(DemoPlace, {root}), ""});
+    }
+    if (invocation.command == Command::Window)
+        return print({TWStatus::WrongUse, "", NoDisplay});
+
+    const auto stopping = stopSignals();
+    if (demo || invocation.command == Command::Clean)
+        pthread_sigmask(SIG_BLOCK, &stopping, nullptr);
+    QCoreApplication application(argumentCount, arguments);
+    System system(fileSystem, places, bundle, settingsFile);
+    if (invocation.concernsLists())
+        return runListCommand(system, invocation, dataFolder, words);
+    const int status = runClean(system, invocation, application);
+    if (demo && !invocation.json)
+        print({0, TWText::fill(DemoLeft, {root}), ""});
+    return status;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/TWNotifier.h"
+
+#include <QDBusPendingCall>
+#include <QObject>
+
+#include <optional>
+
+// org.freedesktop.Notifications on the session bus. The end of this object gives the last notification a second to be delivered.
+class TWQtNotifier final : public QObject, public TWNotifier {
+    Q_OBJECT
+
+public:
+    TWQtNotifier() = default;
+    ~TWQtNotifier();
+
+    void post(const TWNotification&) override;
+    void setClicked(std::function<void()> clicked) override { clicked_ = std::move(clicked); }
+
+private slots:
+    void actionInvoked(uint identifier, const QString& action);
+
+private:
+    bool connectOnce();
+
+    std::function<void()> clicked_;
+    bool connected_ = false;
+    std::optional<QDBusPendingCall> latest_;
+};
+
+// For a sandbox, whose runs are nobody else's business.
+class TWSilentNotifier final : public TWNotifier {
+public:
+    void post(const TWNotification&) override { }
+    void setClicked(std::function<void()>) override { }
+};

@@ -1,0 +1,109 @@
+#include "platform/qt/TWQtRunLoop.h"
+
+#include <QEventLoop>
+#include <QSocketNotifier>
+#include <QTimer>
+
+namespace {
+
+// Owns a Qt object whose signal calls the owner's function. Deleted later, because the handle is often destroyed within that call.
+template<typename Object>
+class ObjectHandle final : public TWRunLoopHandle {
+public:
+    explicit ObjectHandle(Object* object)
+        : object_(object)
+    {
+    }
+
+    ~ObjectHandle()
+    {
+        if constexpr (std::is_same_v<Object, QTimer>)
+            object_->stop();
+        else
+            object_->setEnabled(false);
+        object_->disconnect();
+        object_->deleteLater();
+    }
+
+private:
+    Object* object_;
+};
+
+class CancellationHandle final : public TWRunLoopHandle {
+public:
+    explicit CancellationHandle(std::shared_ptr<TWCancellation> cancellation)
+        : cancellation_(std::move(cancellation))
+    {
+    }
+    ~CancellationHandle() { cancellation_->cancel(); }
+
+private:
+    std::shared_ptr<TWCancellation> cancellation_;
+};
+
+std::unique_ptr<TWRunLoopHandle> startTimer(TWRunLoop::Duration interval, std::function<void()> call, bool once)
+{
+    auto* timer = new QTimer;
+    timer->setSingleShot(once);
+    timer->setTimerType(Qt::PreciseTimer);
+    QObject::connect(timer, &QTimer::timeout, timer, [call = std::move(call)] { call(); });
+    timer->start(interval);
+    return std::make_unique<ObjectHandle<QTimer>>(timer);
+}
+
+}
+
+TWQtRunLoop::~TWQtRunLoop()
+{
+    for (auto& worker : workers_)
+        worker.cancellation->cancel();
+    for (auto& worker : workers_)
+        worker.thread.join();
+}
+
+std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::after(Duration delay, std::function<void()> call)
+{
+    return startTimer(delay, std::move(call), true);
+}
+
+std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::every(Duration interval, std::function<void()> call)
+{
+    return startTimer(interval, std::move(call), false);
+}
+
+void TWQtRunLoop::post(std::function<void()> call)
+{
+    QMetaObject::invokeMethod(&mainThread_, std::move(call), Qt::QueuedConnection);
+}
+
+std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::inBackground(Work work, std::function<void()> finished)
+{
+    const auto cancellation = std::make_shared<TWCancellation>();
+    const auto worker = workers_.insert(workers_.end(), {cancellation, {}});
+    // Hops to the worker's thread, and back by posting.
+    worker->thread = std::thread([this, worker, cancellation, work = std::move(work), finished = std::move(finished)] {
+        work(cancellation);
+        post([this, worker, cancellation, finished] {
+            worker->thread.join();
+            workers_.erase(worker);
+            if (!cancellation->cancelled())
+                finished();
+        });
+    });
+    return std::make_unique<CancellationHandle>(cancellation);
+}
+
+std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::whenReadable(int descriptor, std::function<void()> call)
+{
+    auto* notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read);
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [call = std::move(call)] { call(); });
+    return std::make_unique<ObjectHandle<QSocketNotifier>>(notifier);
+}
+
+void TWQtRunLoop::turn(Duration longest)
+{
+    QTimer limit;
+    limit.setSingleShot(true);
+    limit.start(longest);
+    QEventLoop().processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}

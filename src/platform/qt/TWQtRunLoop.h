@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/TWRunLoop.h"
+
+#include <QObject>
+
+#include <list>
+#include <thread>
+
+// The event loop of the QCoreApplication, which must exist and outlive this. Its end waits for background work that was told to stop.
+class TWQtRunLoop final : public TWRunLoop {
+public:
+    TWQtRunLoop() = default;
+    ~TWQtRunLoop();
+
+    Clock::time_point now() const override { return Clock::now(); }
+    std::unique_ptr<TWRunLoopHandle> after(Duration, std::function<void()>) override;
+    std::unique_ptr<TWRunLoopHandle> every(Duration interval, std::function<void()>) override;
+    void post(std::function<void()>) override;
+    std::unique_ptr<TWRunLoopHandle> inBackground(Work, std::function<void()> finished) override;
+    std::unique_ptr<TWRunLoopHandle> whenReadable(int descriptor, std::function<void()>) override;
+    void turn(Duration longest) override;
+
+private:
+    struct Worker {
+        std::shared_ptr<TWCancellation> cancellation;
+        std::thread thread;
+    };
+
+    QObject mainThread_; // calls posted to it come on the main thread
+    std::list<Worker> workers_;
+};
