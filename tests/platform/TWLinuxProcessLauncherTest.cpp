@@ -217,17 +217,6 @@ TEST_F(TWLinuxProcessLauncherTest, AChildMayBeDestroyedAndAnotherLaunchedInTheTe
     EXPECT_EQ(ends, 50);
 }
 
-// As a parent may leave it to us: the system then collects the children itself.
-TEST_F(TWLinuxProcessLauncherTest, WorksWhereChildrenAreIgnored)
-{
-    const auto before = std::signal(SIGCHLD, SIG_IGN);
-    start("/bin/true", {});
-    for (const auto patience = loop.now() + 2s; !ended && loop.now() < patience;)
-        loop.turn(50ms);
-    std::signal(SIGCHLD, before);
-    EXPECT_TRUE(ended);
-}
-
 // The whole way, with the real tool: everything goes but what the user may not delete, and that is named.
 TEST_F(TWLinuxProcessLauncherTest, AQueueDeletesTheHostileTreeAndNothingElse)
 {
