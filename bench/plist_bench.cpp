@@ -72,6 +72,6 @@ int main(int argumentCount, char** arguments)
         return 1;
     const double writeUntil = now();
     list.value.reset();
-    const double freeing = now() - writeUntil; // counted as reading: there, the old language counts it, too
+    const double freeing = now() - writeUntil; // counted, too
     std::printf("%.6f %.6f\n", readUntil - start + freeing, writeUntil - writeFrom);
 }

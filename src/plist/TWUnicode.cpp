@@ -39,7 +39,7 @@ void TWUnicode::appendUTF8(char32_t character, std::string& text)
         return;
     }
     const int following = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-    text += static_cast<char>((0xf00u >> following & 0xf0) | character >> 6 * following);
+    text += static_cast<char>(0xff00u >> (following + 1) | character >> 6 * following);
     for (int i = following - 1; i >= 0; i--)
         text += static_cast<char>(0x80 | (character >> 6 * i & 0x3f));
 }

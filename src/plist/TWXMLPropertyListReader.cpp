@@ -41,7 +41,7 @@ struct TWXMLPropertyListReader::Handlers {
 
     static std::string atLine(XML_Parser parser, std::string_view text)
     {
-        return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ": " + std::string(text);
+        return std::string("line ").append(std::to_string(XML_GetCurrentLineNumber(parser))).append(": ").append(text);
     }
 };
 
@@ -114,9 +114,9 @@ void TWXMLPropertyListReader::startElement(std::string_view name)
         return;
     const Element element = elementNamed(name);
     if (element == Element::None)
-        return fail("unknown element <" + shortened(name) + ">");
+        return fail(std::string("unknown element <").append(shortened(name)).append(">"));
     if (!mayStart(element))
-        return fail("<" + std::string(name) + "> is not allowed here");
+        return fail(std::string("<").append(name).append("> is not allowed here"));
     if (element == Element::PList)
         plistSeen_ = true;
     else if (element == Element::Dictionary || element == Element::Array)

@@ -56,44 +56,46 @@ bool TWXMLPropertyListWriter::writeValue(const TWValue& value)
     return true;
 }
 
-bool TWXMLPropertyListWriter::startContainer(std::string_view name)
+bool TWXMLPropertyListWriter::startContainer(std::string_view name, bool empty)
 {
     if (depth_ >= TWPropertyList::MaximumDepth)
         return false;
     indent();
-    output_.append("<").append(name).append(">\n");
+    output_.append("<").append(name).append(empty ? "/>\n" : ">\n");
     depth_++;
     return true;
 }
 
-void TWXMLPropertyListWriter::endContainer(std::string_view name)
+void TWXMLPropertyListWriter::endContainer(std::string_view name, bool empty)
 {
     depth_--;
+    if (empty)
+        return;
     indent();
     output_.append("</").append(name).append(">\n");
 }
 
 bool TWXMLPropertyListWriter::writeArray(const TWValue::Array& items)
 {
-    if (!startContainer("array"))
+    if (!startContainer("array", items.empty()))
         return false;
     for (const TWValue& item : items) {
         if (!writeValue(item))
             return false;
     }
-    endContainer("array");
+    endContainer("array", items.empty());
     return true;
 }
 
 bool TWXMLPropertyListWriter::writeDictionary(const TWDictionary& dictionary)
 {
-    if (!startContainer("dict"))
+    if (!startContainer("dict", dictionary.entries().empty()))
         return false;
     for (const auto& [key, value] : dictionary.entries()) {
         if (!writeText("key", key) || !writeValue(value))
             return false;
     }
-    endContainer("dict");
+    endContainer("dict", dictionary.entries().empty());
     return true;
 }
 

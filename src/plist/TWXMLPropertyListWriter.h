@@ -20,8 +20,8 @@ private:
     void writeReal(double number);
     void writeInteger(std::int64_t number);
     void writeData(std::string_view bytes);
-    bool startContainer(std::string_view name);
-    void endContainer(std::string_view name);
+    bool startContainer(std::string_view name, bool empty);
+    void endContainer(std::string_view name, bool empty);
     void indent() { output_.append(std::size_t(depth_), '\t'); }
 
     std::string output_;
