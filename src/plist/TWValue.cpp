@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numeric>
 
+TWValue::TWValue() = default;
+
 TWValue::TWValue(bool value)
     : value_(value)
 {

@@ -56,7 +56,7 @@ class TWValue {
 public:
     using Array = std::vector<TWValue>;
 
-    TWValue() = default; // boolean false
+    TWValue(); // boolean false; not "= default" here, where clang would take pairs of it to have no default
     TWValue(bool);
     TWValue(int);
     TWValue(std::int64_t);
