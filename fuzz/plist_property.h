@@ -24,7 +24,7 @@ inline void require(bool condition, const char* what)
 inline TWValue withWholeSeconds(TWValue value)
 {
     if (const auto* date = value.date())
-        return TWDate {std::floor(date->secondsSince2001)};
+        return TWDate{ std::floor(date->secondsSince2001) };
     if (auto* items = value.array()) {
         for (TWValue& item : *items)
             item = withWholeSeconds(std::move(item));
@@ -44,8 +44,8 @@ inline void checkWritten(const TWValue& value, std::string_view written, TWPrope
     require(*again.value == (isXML ? withWholeSeconds(value) : value), "what is read back equals what was written");
 }
 
-// A file of a few bytes can stand for a value too long to be written; all others can be written in the format they came in, and
-// in binary in any case.
+// A file of a few bytes can stand for a value too long to be written; all others can be written in the format they came
+// in, and in binary in any case.
 inline void check(std::string_view bytes)
 {
     const TWPropertyListResult result = TWPropertyList::read(bytes);
@@ -62,8 +62,8 @@ inline void check(std::string_view bytes)
         checkWritten(*result.value, *xml, TWPropertyListFormat::XML);
 }
 
-// The bytes as the objects of a binary list with a sound table, in which reference n is the object at byte n: random changes
-// reach the objects, where in a whole file they mostly break the table.
+// The bytes as the objects of a binary list with a sound table, in which reference n is the object at byte n: random
+// changes reach the objects, where in a whole file they mostly break the table.
 inline void checkAsObjects(std::string_view bytes)
 {
     const std::size_t count = std::min<std::size_t>(bytes.size(), 256);

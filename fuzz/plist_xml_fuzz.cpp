@@ -5,6 +5,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    TWPlistProperty::check({reinterpret_cast<const char*>(bytes), size});
+    TWPlistProperty::check({ reinterpret_cast<const char*>(bytes), size });
     return 0;
 }

@@ -47,7 +47,8 @@ void TWUnicode::appendUTF8(char32_t character, std::string& text)
 bool TWUnicode::appendUTF8FromUTF16(std::string_view bytes, std::string& text)
 {
     const auto unitAt = [&](std::size_t i) {
-        return static_cast<char32_t>(static_cast<unsigned char>(bytes[i]) << 8 | static_cast<unsigned char>(bytes[i + 1]));
+        return static_cast<char32_t>(
+            static_cast<unsigned char>(bytes[i]) << 8 | static_cast<unsigned char>(bytes[i + 1]));
     };
     for (std::size_t i = 0; i < bytes.size(); i += 2) {
         char32_t character = unitAt(i);
