@@ -134,7 +134,7 @@ std::string ruleLine(const TWFilesRule& rule, std::size_t number, bool json)
 {
     if (json) {
         TWJSON::Object object {{"Active", rule.active}, {"Description", TWText::validUTF8(rule.description)}};
-        TWJSON::addPath(object, "FilePath", rule.filePath);
+        TWJSON::addBytes(object, "FilePath", "pathBytes", rule.filePath);
         object["WhatToDelete"] = rule.whatToDelete;
         return TWJSON::line(object);
     }

@@ -26,7 +26,7 @@ std::string lineFor(const TWMessage& message, bool json, bool coloured)
     const auto type = static_cast<int>(message.type);
     if (json) {
         TWJSON::Object object {{"type", type}};
-        TWJSON::addPath(object, "text", message.text);
+        TWJSON::addBytes(object, "text", "textBytes", message.text);
         return TWJSON::line(object);
     }
     const auto text = TWText::oneLine(message.text);
