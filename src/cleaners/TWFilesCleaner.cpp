@@ -187,6 +187,7 @@ void TWFilesCleaner::clean()
     }
     setCancelled(false);
     background_.reset();
+    expansion_.reset();
     reportStarted();
     fileDeleteQueue_ = std::make_unique<TWFileDeleteQueue>(tools_);
     fileDeleteQueue_->setDelegate(this);
@@ -225,14 +226,21 @@ void TWFilesCleaner::expand(std::vector<TWFilesRule> rules)
 
 void TWFilesCleaner::drainProgress()
 {
-    for (auto& line : expansion_->take())
-        reportProgress(std::move(line));
+    // A report may end this job or begin another.
+    const auto expansion = expansion_;
+    for (auto& line : expansion->take()) {
+        if (expansion_ == expansion)
+            reportProgress(std::move(line));
+    }
 }
 
 void TWFilesCleaner::expanded()
 {
+    const auto expansion = expansion_;
     drainProgress();
-    const auto plan = std::move(expansion_->plan);
+    if (expansion_ != expansion)
+        return;
+    auto plan = std::move(expansion->plan);
     background_.reset();
     expansion_.reset();
     if (plan.failure) {
@@ -240,7 +248,7 @@ void TWFilesCleaner::expanded()
         done();
         return;
     }
-    fileDeleteQueue_->addFilesFromArray(plan.paths);
+    fileDeleteQueue_->addFilesFromArray(std::move(plan.paths));
     fileDeleteQueue_->deleteFiles(info_.useAuthorization);
 }
 
@@ -310,6 +318,7 @@ void TWFilesCleaner::cancel()
 {
     setCancelled(true);
     background_.reset();
+    expansion_.reset();
     if (fileDeleteQueue_)
         fileDeleteQueue_->terminate();
     reportFailure(TWTerminatedMessage);

@@ -65,28 +65,33 @@ void TWFileDeleteQueue::fileDeleterDone()
 
 bool TWFileDeleteQueue::verify()
 {
-    bool nothingLeft = true;
+    const auto lines = linesAboutWhatIsLeft();
+    const std::weak_ptr<const int> life = life_;
+    for (const auto& line : lines) {
+        report(line);
+        if (life.expired())
+            break;
+    }
+    return lines.empty();
+}
+
+std::vector<std::string> TWFileDeleteQueue::linesAboutWhatIsLeft() const
+{
+    std::vector<std::string> lines;
     const auto started = stopped_ ? deleteIndex_ : files_.size();
     for (std::size_t index = 0; index < started; ++index) {
-        if (reportIfLeft(index))
-            nothingLeft = false;
+        if (!fileSystem_.exists(files_[index]))
+            continue;
+        if (const auto problem = problems_.find(index); problem != problems_.end())
+            lines.push_back(problem->second);
+        lines.push_back(TWText::fill(CouldNotDelete, {files_[index]}));
     }
     std::size_t untouched = 0;
     for (std::size_t index = started; index < files_.size(); ++index)
         untouched += fileSystem_.exists(files_[index]);
     if (untouched > 0)
-        report(TWText::fill(NotStarted, {TWText::count(untouched, "item was", "items were")}));
-    return nothingLeft && untouched == 0;
-}
-
-bool TWFileDeleteQueue::reportIfLeft(std::size_t index)
-{
-    if (!fileSystem_.exists(files_[index]))
-        return false;
-    if (const auto problem = problems_.find(index); problem != problems_.end())
-        report(problem->second);
-    report(TWText::fill(CouldNotDelete, {files_[index]}));
-    return true;
+        lines.push_back(TWText::fill(NotStarted, {TWText::count(untouched, "item was", "items were")}));
+    return lines;
 }
 
 void TWFileDeleteQueue::terminate()

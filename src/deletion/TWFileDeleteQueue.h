@@ -53,8 +53,9 @@ private:
     void fileDeleterDone() override;
     void deleteNextFile();
     void report(const std::string& message);
-    bool reportIfLeft(std::size_t index);
+    std::vector<std::string> linesAboutWhatIsLeft() const;
 
+    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // to notice being destroyed by the delegate
     const TWFileSystem& fileSystem_;
     const Announcing announcing_;
     TWFileDeleter fileDeleter_;

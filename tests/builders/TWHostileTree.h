@@ -1,0 +1,112 @@
+#pragma once
+
+#include "builders/TWTemporaryFolder.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <vector>
+
+// A folder with everything in it that has ever led a deletion astray, and beside it a canary folder at which all of it points and
+// which nothing may touch.
+class TWHostileTree final {
+public:
+    explicit TWHostileTree(const TWTemporaryFolder& root)
+        : root_(root)
+    {
+        root.write("canary/file", "canary");
+        root.write("canary/folder/inside", "also canary");
+        root.link("canary/folder/link", "../file");
+        makeLinks();
+        makeNames();
+        makeDeepPath();
+        mkfifo(root.path("hostile/fifo").c_str(), 0600);
+        makeSocket(root.path("hostile/socket"));
+        root.write("hostile/unreadable/file", "x");
+        chmod(root.path("hostile/unreadable").c_str(), 0);
+        root.write("hostile/read-only/file", "x");
+        chmod(root.path("hostile/read-only").c_str(), 0555);
+    }
+
+    std::string path() const { return root_.path("hostile"); }
+
+    // Of everything directly inside, sorted. The link met with a trailing slash has one.
+    std::vector<std::string> paths() const
+    {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(path()))
+            found.push_back(entry.path().string() + (entry.path().filename() == "link-with-slash" ? "/" : ""));
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+    // Names, kinds and contents of the canary.
+    std::string canaryDigest() const
+    {
+        std::vector<std::string> lines;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root_.path("canary"))) {
+            const auto name = entry.path().string().substr(root_.path().size() + 1);
+            const bool link = entry.is_symlink();
+            lines.push_back(name + (link ? " -> " + std::filesystem::read_symlink(entry).string()
+                    : entry.is_directory()                ? "/"
+                                                          : ": " + root_.read(name)));
+        }
+        std::sort(lines.begin(), lines.end());
+        std::string digest;
+        for (const auto& line : lines)
+            digest += line + "\n";
+        return digest;
+    }
+
+private:
+    void makeLinks() const
+    {
+        root_.link("hostile/link-to-file", "../canary/file");
+        root_.link("hostile/link-to-folder", "../canary/folder");
+        root_.link("hostile/link-with-slash", root_.path("canary/folder"));
+        root_.link("hostile/dangling", "nowhere");
+        root_.link("hostile/loop", "loop");
+        root_.link("hostile/folder/up", "..");
+        root_.link("hostile/folder/link-to-canary", root_.path("canary"));
+        std::filesystem::create_hard_link(root_.path("canary/file"), root_.path("hostile/hard-link"));
+    }
+    void makeNames() const
+    {
+        root_.write("hostile/invalid \xFF\xC3( UTF-8", "x");
+        root_.write("hostile/new\nline", "x");
+        root_.write("hostile/-rf", "x");
+        root_.write("hostile/--no-preserve-root", "x");
+        root_.write("hostile/ $(touch canary); 'quoted\" *", "x");
+        root_.write("hostile/" + std::string(255, 'n'), "x");
+    }
+
+    // Longer than any path that a system call takes.
+    void makeDeepPath() const
+    {
+        const std::string name(200, 'd');
+        int folder = open(root_.folder("hostile/deep").c_str(), O_PATH);
+        for (int level = 0; level < 100; ++level) {
+            mkdirat(folder, name.c_str(), 0700);
+            const int next = openat(folder, name.c_str(), O_PATH);
+            close(folder);
+            folder = next;
+        }
+        close(folder);
+    }
+    static void makeSocket(const std::string& path)
+    {
+        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address {};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        close(socket);
+    }
+
+    const TWTemporaryFolder& root_;
+};

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "platform/TWAlerts.h"
+#include "platform/TWBundle.h"
+#include "platform/TWLock.h"
+#include "platform/TWMountTable.h"
+#include "platform/TWNotifier.h"
+#include "platform/TWUserDefaults.h"
+
+#include <deque>
+#include <map>
+
+// The small seams, each settable and recording.
+
+struct TWFakeUserDefaults final : TWUserDefaults {
+    std::map<std::string, TWValue> values;
+    std::string problemLine;
+    int synchronized = 0;
+
+    std::optional<TWValue> value(const std::string& key) const override
+    {
+        const auto found = values.find(key);
+        return found == values.end() ? std::nullopt : std::optional(found->second);
+    }
+    void setValue(const std::string& key, const TWValue& value) override { values[key] = value; }
+    void removeValue(const std::string& key) override { values.erase(key); }
+    std::string synchronize() override
+    {
+        ++synchronized;
+        return "";
+    }
+    std::string problem() const override { return problemLine; }
+    std::string file() const override { return "/settings"; }
+};
+
+// Answers at once: by the script while it lasts, then with the default button. Or leaves alerts open until answer().
+struct TWFakeAlerts final : TWAlerts {
+    std::vector<TWAlert> alerts;
+    std::deque<TWAnswer> script;
+    bool leavesOpen = false;
+    std::deque<std::function<void(TWAnswer)>> open;
+
+    void show(const TWAlert& alert, std::function<void(TWAnswer)> answered) override
+    {
+        alerts.push_back(alert);
+        if (leavesOpen) {
+            open.push_back(std::move(answered));
+            return;
+        }
+        const auto given = script.empty() ? TWAnswer::Default : script.front();
+        if (!script.empty())
+            script.pop_front();
+        answered(given);
+    }
+    void answer(TWAnswer given)
+    {
+        const auto answered = std::move(open.front());
+        open.pop_front();
+        answered(given);
+    }
+};
+
+struct TWFakeNotifier final : TWNotifier {
+    std::vector<TWNotification> notifications;
+    std::function<void()> clicked;
+
+    void post(const TWNotification& notification) override { notifications.push_back(notification); }
+    void setClicked(std::function<void()> call) override { clicked = std::move(call); }
+};
+
+struct TWFakeMountTable final : TWMountTable {
+    std::vector<std::string> points {"/"};
+
+    const std::vector<std::string>& mountPoints() override { return points; }
+};
+
+struct TWFakeLocks final : TWLocks {
+    bool heldByAnother = false;
+    int error = 0;
+    int held = 0; // by this process, at this moment
+    std::vector<std::string> paths;
+
+    TWLockResult tryLock(const std::string& path) override
+    {
+        paths.push_back(path);
+        if (heldByAnother || error != 0)
+            return {nullptr, heldByAnother, error};
+        return {std::make_unique<Held>(held), false, 0};
+    }
+
+private:
+    struct Held final : TWHeldLock {
+        explicit Held(int& given)
+            : count(++given)
+        {
+        }
+        ~Held() override { --count; }
+        int& count;
+    };
+};
+
+struct TWFakeBundle final : TWBundle {
+    std::map<std::string, std::string> infos {{"CFBundleVersion", "1.0"}};
+    std::string resources;
+
+    std::string info(const std::string& key) const override
+    {
+        const auto found = infos.find(key);
+        return found == infos.end() ? "" : found->second;
+    }
+    std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
+    std::string identifier() const override { return "org.tidewell.Tidewell"; }
+};

@@ -1,0 +1,254 @@
+#include "platform/linux/TWLinuxProcessLauncher.h"
+
+#include "builders/TWHostileTree.h"
+#include "deletion/TWFileDeleteQueue.h"
+#include "fakes/TWFakes.h"
+#include "platform/posix/TWPosixFileSystem.h"
+
+#include <cerrno>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <optional>
+#include <poll.h>
+#include <sys/wait.h>
+
+
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = TWTermination::Kind;
+using Arguments = std::vector<std::string>;
+
+// The little of a real run loop that the launcher needs.
+class PollLoop final : public TWRunLoop {
+public:
+    Clock::time_point now() const override { return Clock::now(); }
+    std::unique_ptr<TWRunLoopHandle> after(Duration, std::function<void()> call) override { return add(-1, std::move(call)); }
+    std::unique_ptr<TWRunLoopHandle> every(Duration, std::function<void()>) override { std::abort(); }
+    void post(std::function<void()>) override { std::abort(); }
+    std::unique_ptr<TWRunLoopHandle> inBackground(Work, std::function<void()>) override { std::abort(); }
+    std::unique_ptr<TWRunLoopHandle> whenReadable(int descriptor, std::function<void()> call) override
+    {
+        return add(descriptor, std::move(call));
+    }
+    void turn(Duration longest) override
+    {
+        for (const auto& task : std::vector(tasks_)) {
+            pollfd wanted {task->descriptor, POLLIN, 0};
+            const bool timer = task->descriptor < 0;
+            if (!task->ended && (timer || poll(&wanted, 1, static_cast<int>(longest.count())) == 1)) {
+                task->ended = timer;
+                task->call();
+            }
+        }
+        std::erase_if(tasks_, [](const auto& task) { return task->ended; });
+    }
+
+private:
+    struct Task {
+        int descriptor;
+        std::function<void()> call;
+        bool ended = false;
+    };
+    struct Handle final : TWRunLoopHandle {
+        explicit Handle(std::shared_ptr<Task> given)
+            : task(std::move(given))
+        {
+        }
+        ~Handle() override { task->ended = true; }
+        std::shared_ptr<Task> task;
+    };
+    std::unique_ptr<TWRunLoopHandle> add(int descriptor, std::function<void()> call)
+    {
+        tasks_.push_back(std::make_shared<Task>(Task {descriptor, std::move(call)}));
+        return std::make_unique<Handle>(tasks_.back());
+    }
+    std::vector<std::shared_ptr<Task>> tasks_;
+};
+
+class TWLinuxProcessLauncherTest : public testing::Test {
+protected:
+    void start(const std::string& path, const Arguments& arguments)
+    {
+        ended.reset();
+        child = launcher.launch(path, arguments, [this](const TWTermination& termination) {
+            EXPECT_FALSE(ended) << "the termination call came twice";
+            ended = termination;
+        });
+        EXPECT_FALSE(ended) << "the termination call came within the launch";
+    }
+    TWTermination wait()
+    {
+        for (const auto patience = loop.now() + 20s; !ended && loop.now() < patience;)
+            loop.turn(50ms);
+        EXPECT_TRUE(ended);
+        return ended.value_or(TWTermination {Kind::NotLaunched, -1, "never ended"});
+    }
+    TWTermination run(const std::string& path, const Arguments& arguments)
+    {
+        start(path, arguments);
+        return wait();
+    }
+    static int inheritableDescriptors()
+    {
+        int count = 0;
+        for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+            const int flags = fcntl(descriptor, F_GETFD);
+            count += flags >= 0 && !(flags & FD_CLOEXEC);
+        }
+        return count;
+    }
+    TWTermination runShell(const std::string& script) { return run("/bin/sh", {"-c", script}); }
+
+    TWTemporaryFolder root;
+    PollLoop loop;
+    TWLinuxProcessLauncher launcher {loop};
+    std::unique_ptr<TWChildProcess> child;
+    std::optional<TWTermination> ended;
+};
+
+}
+
+TEST_F(TWLinuxProcessLauncherTest, ArgumentsArriveAsTheSameBytes)
+{
+    const Arguments awkward {"", "a b", "$(id) `id` ;&|", "\xFF\xC3(", "new\nline", "'\"\\", "*", "-rf", "%s", std::string(100'000, 'x')};
+    std::string expected;
+    for (const auto& argument : awkward)
+        expected += "<" + argument + ">";
+    Arguments arguments {"-c", "out=$1; shift; printf '<%s>' \"$@\" > \"$out\"", "sh", root.path("out")};
+    arguments.insert(arguments.end(), awkward.begin(), awkward.end());
+    EXPECT_EQ(run("/bin/sh", arguments).code, 0);
+    EXPECT_EQ(root.read("out"), expected);
+}
+
+TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
+{
+    const auto exited = runShell("echo said; echo complained >&2; exit 3");
+    EXPECT_EQ(exited.kind, Kind::Exited);
+    EXPECT_EQ(exited.code, 3);
+    EXPECT_EQ(exited.output, "said\ncomplained\n");
+    const auto signalled = runShell("kill -SEGV $$");
+    EXPECT_EQ(signalled.kind, Kind::Signalled);
+    EXPECT_EQ(signalled.code, SIGSEGV);
+    for (const auto& [tool, error] : std::vector<std::pair<std::string, int>> {
+             {root.path("missing"), ENOENT}, {root.write("not executable", "x"), EACCES}}) {
+        const auto missing = run(tool, {"-rf"});
+        EXPECT_EQ(missing.kind, Kind::NotLaunched);
+        EXPECT_EQ(missing.code, error);
+    }
+    EXPECT_EQ(run("/bin/rm", {"-rf", root.write("-file", "x")}).code, 0);
+    EXPECT_FALSE(root.exists("-file"));
+}
+
+TEST_F(TWLinuxProcessLauncherTest, AChildThatTalksAlotIsNeitherBlockedNorRemembered)
+{
+    const auto termination = runShell("head -c 10000000 /dev/zero | tr '\\0' e >&2");
+    EXPECT_EQ(termination.kind, Kind::Exited);
+    EXPECT_EQ(termination.output, std::string(4096, 'e'));
+}
+
+TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)
+{
+    setenv("TIDEWELL_TEST_SECRET", "x", 1);
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    sigset_t signals;
+    sigset_t before;
+    sigfillset(&signals);
+    sigprocmask(SIG_BLOCK, &signals, &before);
+    const auto oldPipe = std::signal(SIGPIPE, SIG_IGN);
+    const int inheritableBefore = inheritableDescriptors();
+    start("/bin/sleep", {"10"});
+    EXPECT_EQ(inheritableDescriptors(), inheritableBefore) << "another child would hold them open";
+    const auto sleeper = std::move(child);
+    const auto world = runShell("/usr/bin/env; readlink /proc/self/fd/0; grep -E 'Sig(Blk|Ign)' /proc/self/status");
+    std::signal(SIGPIPE, oldPipe);
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    unsetenv("LC_ALL");
+    EXPECT_NE(world.output.find("LC_ALL=C\n"), std::string::npos);
+    EXPECT_EQ(world.output.find("SECRET"), std::string::npos);
+    EXPECT_NE(world.output.find("/dev/null\nSigBlk:\t0000000000000000\n"), std::string::npos) << world.output;
+    const auto ignored = std::stoull(world.output.substr(world.output.find("SigIgn:") + 7), nullptr, 16);
+    EXPECT_EQ(ignored & 0x7FFF'FFFF, 0U) << "of the signals that a program can set";
+}
+
+TEST_F(TWLinuxProcessLauncherTest, TerminateAndKillEndAChildOnce)
+{
+    start("/bin/sleep", {"100"});
+    child->terminate();
+    child->terminate();
+    EXPECT_EQ(wait().code, SIGTERM);
+    child->kill(); // of one that has ended already
+    start("/bin/sh", {"-c", "trap '' TERM; echo ready > \"$0\"; while :; do sleep 0.01; done", root.path("ready")});
+    while (root.read("ready").empty())
+        loop.turn(10ms);
+    child->terminate();
+    loop.turn(50ms);
+    EXPECT_FALSE(ended);
+    child->kill();
+    EXPECT_EQ(wait().code, SIGKILL);
+}
+
+TEST_F(TWLinuxProcessLauncherTest, ADestroyedChildIsSilentEndedAndCollected)
+{
+    start("/bin/sleep", {"100"});
+    child.reset();
+    start(root.path("missing"), {});
+    child.reset();
+    // No child is left, not even a dead one, once the sleeper has been collected.
+    const auto patience = loop.now() + 5s;
+    while (waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0 && loop.now() < patience)
+        loop.turn(5ms);
+    EXPECT_EQ(errno, ECHILD);
+    EXPECT_FALSE(ended);
+}
+
+TEST_F(TWLinuxProcessLauncherTest, AChildMayBeDestroyedAndAnotherLaunchedInTheTerminationCall)
+{
+    int ends = 0;
+    std::function<void(const TWTermination&)> next = [&](const TWTermination&) {
+        child.reset();
+        if (++ends < 50)
+            child = launcher.launch("/bin/true", {}, next);
+        else
+            ended = TWTermination {};
+    };
+    child = launcher.launch("/bin/true", {}, next);
+    wait();
+    EXPECT_EQ(ends, 50);
+}
+
+// The whole way, with the real tool: everything goes but what the user may not delete, and that is named.
+TEST_F(TWLinuxProcessLauncherTest, AQueueDeletesTheHostileTreeAndNothingElse)
+{
+    struct Recorder final : TWFileDeleteQueueDelegate {
+        void fileDeleteQueueProgressed(const std::string& message) override { lines.push_back(message); }
+        std::vector<std::string> lines;
+    } recorder;
+    TWPlaces places;
+    places.home = root.folder("home");
+    places.rm = "/bin/rm";
+    TWPosixFileSystem fileSystem;
+    TWFakeMountTable mountTable;
+    const TWDeletionGuard guard(places, fileSystem, mountTable, root.path("home/data"));
+    const TWHostileTree tree(root);
+    const auto canary = tree.canaryDigest();
+    const auto paths = tree.paths();
+    EXPECT_EQ(paths.size(), 18U);
+
+    TWFileDeleteQueue queue({loop, launcher, fileSystem, guard, places});
+    queue.setDelegate(&recorder);
+    queue.addFilesFromArray(paths);
+    queue.deleteFiles(TWAuthorization::No);
+    for (const auto patience = loop.now() + 20s; queue.running() && loop.now() < patience;)
+        loop.turn(50ms);
+    EXPECT_EQ(tree.canaryDigest(), canary);
+
+    std::vector<std::string> expected;
+    for (const auto& path : tree.paths())
+        expected.push_back("Could not delete " + path);
+    EXPECT_LE(expected.size(), geteuid() == 0 ? 0U : 2U) << "only the two locked folders may resist";
+    recorder.lines.clear();
+    EXPECT_EQ(queue.verify(), expected.empty());
+    std::erase_if(recorder.lines, [](const auto& line) { return line.starts_with("The deletion tool said: "); });
+    EXPECT_EQ(recorder.lines, expected);
+}

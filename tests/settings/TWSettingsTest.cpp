@@ -1,0 +1,122 @@
+#include "settings/TWDataFolder.h"
+#include "settings/TWSettings.h"
+
+#include "fakes/TWFakeMachine.h"
+#include "plist/TWPropertyList.h"
+
+#include <sys/stat.h>
+
+TEST(TWSettingsTest, ReadsWhatIsStoredByTheTypeOfTheKey)
+{
+    struct Row {
+        TWValue stored;
+        bool boolean;
+        std::int32_t integer;
+    };
+    TWFakeUserDefaults defaults;
+    TWSettings settings(defaults);
+    TWDictionary registered;
+    registered.set("AutoQuit", true);
+    registered.set("AutoQuitMode", 7);
+    settings.registerDefaults(registered);
+    // What does not fit the type counts as absent: the registered default holds.
+    for (const auto& row : std::vector<Row> {{true, true, 1}, {false, false, 0}, {0, false, 0}, {2, true, 2}, {-1, true, -1},
+             {"true", true, 7}, {"false", false, 7}, {"1", true, 1}, {"0", false, 0}, {"2", true, 2}, {" 2", true, 7}, {"", true, 7},
+             {"99999999999", true, 7}, {2.5, true, 7}, {TWValue::Array {}, true, 7}, {TWDictionary(), true, 7}}) {
+        defaults.values["AutoQuit"] = defaults.values["AutoQuitMode"] = row.stored;
+        const auto* text = row.stored.string();
+        const auto shown = testing::Message() << row.stored.boolean() << " " << (text ? *text : "");
+        EXPECT_EQ(settings.boolean(TWKey::AutoQuit), row.boolean) << shown;
+        EXPECT_EQ(settings.integer(TWKey::AutoQuitMode), row.integer) << shown;
+    }
+    defaults.values["UUID"] = 5;
+    EXPECT_FALSE(settings.hasValue(TWKey::UUID));
+    EXPECT_EQ(settings.string(TWKey::UUID), "");
+}
+
+TEST(TWSettingsTest, OverridesHoldForThisProcessOnly)
+{
+    TWFakeUserDefaults defaults;
+    TWSettings settings(defaults);
+    settings.set(TWKey::AutoQuit, true);
+    settings.override(TWKey::AutoQuit, false);
+    EXPECT_FALSE(settings.boolean(TWKey::AutoQuit));
+    EXPECT_EQ(defaults.values.at("AutoQuit"), TWValue(true));
+    settings.reset(TWKey::AutoQuit);
+    EXPECT_TRUE(defaults.values.empty());
+}
+
+TEST(TWSettingsTest, EveryKeyHasAShippedDefaultThatDeletesNothing)
+{
+    const auto file = TWPosixFileSystem().read(TIDEWELL_RESOURCES "/org.tidewell.Tidewell.plist", 1 << 20);
+    const auto list = TWPropertyList::read(file.bytes);
+    ASSERT_TRUE(list.value && list.value->dictionary()) << TIDEWELL_RESOURCES << ": " << list.problem;
+    TWFakeUserDefaults defaults;
+    TWSettings settings(defaults);
+    settings.registerDefaults(*list.value->dictionary());
+    std::size_t position = 0;
+    for (const auto& row : TWSettings::keys()) {
+        EXPECT_EQ(static_cast<std::size_t>(row.key), position++) << row.name;
+        EXPECT_TRUE(settings.hasValue(row.key)) << row.name;
+        EXPECT_FALSE(std::string_view(row.name).ends_with("Cleaner") && settings.boolean(row.key)) << row.name;
+    }
+    EXPECT_EQ(list.value->dictionary()->size(), TWSettings::keys().size());
+}
+
+class TWDataFolderTest : public testing::Test, protected TWFakeMachine {
+protected:
+    TWDataFolderTest() { bundle.infos["TWApplicationSupportFolder"] = "~/.local/share/Tidewell"; }
+    void put(const std::string& name, const std::string& text) { root.write("home/.local/share/Tidewell/" + name, text); }
+    std::string get(const std::string& name) { return root.read("home/.local/share/Tidewell/" + name); }
+    const TWDataFolder& folder() { return *(folder_ ? folder_ : folder_ = std::make_unique<TWDataFolder>(fileSystem, places, bundle)); }
+
+private:
+    std::unique_ptr<TWDataFolder> folder_;
+};
+
+TEST_F(TWDataFolderTest, TellsAMissingListFromOneThatCannotBeRead)
+{
+    EXPECT_EQ(folder().path(), dataFolder);
+    const auto problem = [&](const std::string& text) {
+        put("L.plist", text);
+        const auto file = folder().read(folder().file("L.plist"));
+        EXPECT_FALSE(file.missing || file.records);
+        EXPECT_EQ(file.problem.substr(0, 10 + dataFolder.size()), "The list \"" + dataFolder);
+        EXPECT_EQ(get("L.plist"), text) << "left untouched";
+        return file.problem;
+    };
+    EXPECT_TRUE(folder().read(folder().file("L.plist")).missing);
+    problem("");
+    problem("<plist><array>");
+    EXPECT_NE(problem("<plist version=\"1.0\"><dict/></plist>").find("it does not hold a list"), std::string::npos);
+    std::string deep;
+    for (int level = 0; level < 100'000; ++level)
+        deep += "<array>";
+    problem("<plist version=\"1.0\">" + deep);
+    std::filesystem::remove(folder().file("L.plist"));
+    std::filesystem::create_directory(folder().file("L.plist"));
+    EXPECT_FALSE(folder().read(folder().file("L.plist")).problem.empty());
+}
+
+TEST_F(TWDataFolderTest, KeepsEveryDamagedFileBeforeItIsReplaced)
+{
+    for (const auto* text : {"first", "second"}) {
+        put("L.plist", text);
+        EXPECT_EQ(folder().write("L.plist", {1, "two"}, TWOldFile::KeepAsDamaged), "");
+    }
+    EXPECT_EQ(get("L.plist.damaged"), "first");
+    EXPECT_EQ(get("L.plist.damaged.2"), "second");
+    EXPECT_EQ(folder().read(folder().file("L.plist")).records, (TWValue::Array {1, "two"}));
+}
+
+TEST_F(TWDataFolderTest, AFailedWriteLeavesTheOldFile)
+{
+    put("L.plist", "old");
+    EXPECT_NE(folder().write("L.plist", {"not \xFF text"}, TWOldFile::Replace), "");
+    EXPECT_EQ(get("L.plist"), "old");
+    std::filesystem::create_directories(folder().file("folder/x"));
+    const auto problem = folder().write("folder", {}, TWOldFile::Replace);
+    EXPECT_EQ(launcher.shown(problem),
+        "The list \"ROOT/home/.local/share/Tidewell/folder\" could not be saved (Is a directory). The file on disk is as it was; please "
+        "make room or check the permissions.");
+}
