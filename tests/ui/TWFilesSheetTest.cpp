@@ -144,8 +144,8 @@ TEST_F(TWFilesSheetTest, AddsAtTheEndInSightAndRemovesTheSelectedRule)
 TEST_F(TWFilesSheetTest, ChoosesALinkAndNotItsTarget)
 {
     world.settings.set(TWKey::ManualFilesRuleCreation, false);
-    world.folder.write("home/target", "");
-    world.folder.link("home/link", "target");
+    world.home.write("target", "");
+    world.home.link("link", "target");
     open();
     press("addToolButton");
     find<QMenu>("addMenu")->close();
@@ -182,12 +182,11 @@ TEST_F(TWFilesSheetTest, AsksBeforeItRestoresTheDefaults)
 {
     world.files.addRule({true, "Mine", "~/mine", TWItemItself});
     open();
-    world.alerts.answer = TWAnswer::Alternate;
+    world.alerts.script = {TWAnswer::Alternate, TWAnswer::Default};
     press("restoreDefaultsPushButton");
     EXPECT_EQ(world.files.rules().size(), 1U);
-    world.alerts.answer = TWAnswer::Default;
     press("restoreDefaultsPushButton");
-    EXPECT_EQ(world.alerts.titles.size(), 2U);
+    EXPECT_EQ(world.alerts.alerts.size(), 2U);
     EXPECT_GE(table->model()->rowCount(), 15);
     for (const auto& rule : world.files.rules()) {
         EXPECT_FALSE(rule.filePath.empty());
@@ -197,7 +196,8 @@ TEST_F(TWFilesSheetTest, AsksBeforeItRestoresTheDefaults)
 
 TEST_F(TWFilesSheetTest, SavesWithOKOnlyAndCountsWhileOpen)
 {
-    world.folder.write("home/three/bytes", "123");
+    const auto saved = world.dataFolder.file("FilesRules.plist");
+    world.home.write("three/bytes", "123");
     world.files.addRule({true, "There", "~/three", TWFolderContents});
     world.files.addRule({true, "Missing", "~/none", TWFolderContents});
     world.files.addRule({true, "Refused", "/", TWItemItself});
@@ -213,11 +213,11 @@ TEST_F(TWFilesSheetTest, SavesWithOKOnlyAndCountsWhileOpen)
     QTest::keyClick(&sheet, Qt::Key_Escape);
     EXPECT_FALSE(sheet.isVisible());
     EXPECT_EQ(cell(0, Note), "");
-    EXPECT_FALSE(world.folder.exists("home/.config/Tidewell/FilesRules.plist"));
+    EXPECT_FALSE(world.fileSystem.exists(saved));
     open();
     press("okPushButton");
     EXPECT_FALSE(sheet.isVisible());
-    EXPECT_NE(world.folder.read("home/.config/Tidewell/FilesRules.plist").find("~/three"), std::string::npos);
+    EXPECT_NE(world.fileSystem.read(saved, 10'000).bytes.find("~/three"), std::string::npos);
 }
 
 TEST_F(TWFilesSheetTest, LooksAtTheRowsInSightOnlyHoweverLongTheListIs)

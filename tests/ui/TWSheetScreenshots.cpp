@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <QStyleFactory>
+#include <QApplication>
 #include <QTableView>
 #include <QTest>
 
@@ -35,8 +35,8 @@ void take(QWidget& widget, const QString& name)
 void takeFiles(const QString& theme)
 {
     TWSheetTestWorld world;
-    world.folder.write("home/.cache/thumbnails/normal/a.png", std::string(123456, 'x'));
-    world.folder.write("home/.bash_history", "ls");
+    world.home.write(".cache/thumbnails/normal/a.png", std::string(123456, 'x'));
+    world.home.write(".bash_history", "ls");
     TWFilesSheet sheet(world.files, world.help, nullptr);
     take(sheet, "files-empty" + theme);
     sheet.hide();
@@ -73,7 +73,8 @@ void takeDictionary(const QString& theme)
     take(sheet, "dictionary" + theme);
     QTest::keyClick(sheet.focusWidget(), Qt::Key_F2);
     take(sheet, "dictionary-editing" + theme);
-    world.folder.write("home/.config/Tidewell/Dictionary.plist", "no list");
+    world.dataFolder.make();
+    world.fileSystem.writeAtomically(world.dataFolder.file("Dictionary.plist"), "no list");
     world.dictionary.loadDictionary();
     take(sheet, "dictionary-problem" + theme);
 }
@@ -82,19 +83,16 @@ TEST(TWSheetScreenshots, AreTaken)
 {
     if (!qEnvironmentVariableIsSet("TIDEWELL_SCREENSHOTS"))
         GTEST_SKIP() << "TIDEWELL_SCREENSHOTS names no folder";
-    auto& application = sheetTestApplication();
-    const auto before = application.palette();
-    application.setStyle(QStyleFactory::create("Fusion"));
     for (const bool dark : {false, true}) {
-        application.setPalette(dark ? darkPalette() : before);
-        const QString theme = dark ? "-dark" : "";
+        QApplication::setPalette(dark ? darkPalette() : QPalette(QColor(239, 239, 239)));
+        const QString theme = dark ? "-dark" : "-light";
         takeFiles(theme);
         takeDictionary(theme);
         TWSheetTestWorld world;
         world.help.openAnchor("Files");
         take(world.help, "help" + theme);
     }
-    application.setPalette(before);
+    QApplication::setPalette(QPalette());
 }
 
 }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
@@ -32,11 +33,10 @@ protected:
     }
     void paste(const QString& text)
     {
-        QGuiApplication::clipboard()->setText(text);
+        QApplication::clipboard()->setText(text);
         key(Qt::Key_V, Qt::ControlModifier);
     }
 
-    QApplication& application = sheetTestApplication();
     TWTokenField field;
     QLineEdit* input = field.findChild<QLineEdit*>("wordLineEdit");
     int edits = 0;
@@ -101,7 +101,7 @@ TEST_F(TWTokenFieldTest, SelectsAndRemovesSeveral)
     click(3, Qt::ShiftModifier);
     click(5, Qt::ControlModifier);
     key(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), "1\n2\n3\n5");
+    EXPECT_EQ(QApplication::clipboard()->text(), "1\n2\n3\n5");
     click(2, Qt::ControlModifier);
     key(Qt::Key_Backspace);
     EXPECT_EQ(field.words(), QStringList({"0", "2", "4", "6"}));
@@ -177,7 +177,7 @@ TEST_F(TWDictionarySheetTest, SavesWithReturnIncludingTheUnfinishedWord)
 TEST_F(TWDictionarySheetTest, StaysOpenWithTheProblemWhenSavingFails)
 {
     std::filesystem::remove_all(world.dataFolder.path());
-    world.folder.write("home/.config/Tidewell", "a file in the way");
+    world.fileSystem.writeAtomically(world.dataFolder.path(), "a file in the way");
     QTest::keyClicks(input, "word");
     QTest::keyClick(input, Qt::Key_Return);
     QTest::keyClick(input, Qt::Key_Return);
@@ -190,7 +190,7 @@ TEST_F(TWDictionarySheetTest, StaysOpenWithTheProblemWhenSavingFails)
 TEST(TWHelpWindowTest, EveryLinkOfEveryPageLeadsSomewhere)
 {
     TWSheetTestWorld world;
-    EXPECT_EQ(world.help.windowTitle(), "Tidewell Help");
+    EXPECT_EQ(world.help.windowTitle().toStdString(), world.bundle.info("CFBundleHelpBookName"));
     auto* browser = world.help.findChild<QTextBrowser*>("helpTextBrowser");
     for (const auto* page : {"index", "Files", "Dictionary", "Cleaning"}) {
         world.help.openAnchor(page);
