@@ -18,19 +18,14 @@ constexpr auto Ending = "Done Cleaning! (DATE)";
 
 class TWCleanCommandTest : public TWProgramTest {
 protected:
-    // Lines of single deletions come in the order of the folder's entries.
-    Lines sortedLines(const std::string& text) const
-    {
-        auto result = lines(text);
-        std::sort(result.begin(), result.end());
-        return result;
-    }
-
+    // Sorted, since lines of single deletions come in the order of the folder's entries.
     void expectLines(const TWProgramResult& result, int status, Lines expected) const
     {
         EXPECT_EQ(result.status, status) << result.err;
+        auto shown = lines(result.out);
+        std::sort(shown.begin(), shown.end());
         std::sort(expected.begin(), expected.end());
-        EXPECT_EQ(sortedLines(result.out), expected);
+        EXPECT_EQ(shown, expected);
     }
 
     static std::string deleted(const std::string& path) { return "  \u2022 Delete ROOT/home" + path + " ..."; }
@@ -40,6 +35,8 @@ protected:
         std::filesystem::directory_iterator entries(folder_.path(name));
         return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
     }
+
+    const std::string trashedA_ = "home" + std::string(Trash) + "/files/a";
 };
 
 TEST_F(TWCleanCommandTest, RunsNothingThatWasNotAskedFor)
@@ -56,10 +53,10 @@ TEST_F(TWCleanCommandTest, RunsNothingThatWasNotAskedFor)
     const auto warned = run({"clean", "--only", "trash,files"});
     expectLines(warned, 3, {Beginning});
     EXPECT_NE(warned.err.find("--yes"), std::string::npos) << warned.err;
-    EXPECT_TRUE(folder_.exists("home" + std::string(Trash) + "/files/a"));
+    EXPECT_TRUE(folder_.exists(trashedA_));
 
     EXPECT_EQ(run({"clean", "--only", "trash,files", "--yes"}).status, 0);
-    EXPECT_FALSE(folder_.exists("home" + std::string(Trash) + "/files/a"));
+    EXPECT_FALSE(folder_.exists(trashedA_));
     EXPECT_TRUE(folder_.exists("home/precious/file"));
 }
 
@@ -151,7 +148,7 @@ TEST_F(TWCleanCommandTest, OneCleaningAtATime)
     EXPECT_EQ(refused.status, 3);
     EXPECT_EQ(refused.out, "");
     EXPECT_EQ(lines(refused.err).size(), 1U) << refused.err;
-    EXPECT_TRUE(folder_.exists("home" + std::string(Trash) + "/files/a"));
+    EXPECT_TRUE(folder_.exists(trashedA_));
     close(lock); // as when the other process is killed
     EXPECT_EQ(run({"clean", "--only", "trash"}).status, 0);
 }
@@ -161,9 +158,6 @@ TEST_F(TWCleanCommandTest, NothingOutsideASandboxChanges)
     folder_.write("outside/word", "alive");
     trash("a"); // the real home's
     const auto sandbox = folder_.folder("sandbox");
-    const auto refused = [&](const std::string& path, const std::string& why) {
-        return Lines {"  \u2022 Delete " + path + " ...", "  \u2022 Refused to delete \"" + path + "\": " + why, "  \u2022 Could not delete " + path};
-    };
     // The link is removed, a folder behind a link is not entered, and a rule that leads out is refused.
     trash("b", "sandbox/home");
     folder_.link("sandbox/home/.local/share/Trash/files/link", folder_.path("outside"));
@@ -186,15 +180,16 @@ TEST_F(TWCleanCommandTest, NothingOutsideASandboxChanges)
     Lines expected {Beginning, Emptying, "  \u2022 Delete ROOT/sandbox/home/.local/share/Trash/files/b ...",
         "  \u2022 Delete ROOT/sandbox/home/.local/share/Trash/files/link ...", Empty, Deleting,
         "Some files and/or folders could not be deleted!", Ending};
-    for (const auto* path : {"ROOT/outside", "ROOT/outside/word", "ROOT/sandbox/home/way out/word", "ROOT/sandbox/home/way out/word"}) {
-        const auto three = refused(path, "it lies outside the sandbox.");
-        expected.insert(expected.end(), three.begin(), three.end());
+    const std::string bullet = "  \u2022 ";
+    for (const std::string path : {"outside", "outside/word", "sandbox/home/way out/word", "sandbox/home/way out/word", "sandbox"}) {
+        const auto* why = path == "sandbox" ? "it is the sandbox itself." : "it lies outside the sandbox.";
+        expected.push_back(bullet + "Delete ROOT/" + path + " ...");
+        expected.push_back(bullet + "Refused to delete \"ROOT/" + path + "\": " + why);
+        expected.push_back(bullet + "Could not delete ROOT/" + path);
     }
-    const auto itself = refused("ROOT/sandbox", "it is the sandbox itself.");
-    expected.insert(expected.end(), itself.begin(), itself.end());
     expectLines(result, 1, expected);
     EXPECT_EQ(folder_.read("outside/word"), "alive");
-    EXPECT_TRUE(folder_.exists("home" + std::string(Trash) + "/files/a"));
+    EXPECT_TRUE(folder_.exists(trashedA_));
     EXPECT_TRUE(folder_.exists("sandbox/home/search/link"));
 }
 
@@ -207,7 +202,7 @@ TEST_F(TWCleanCommandTest, DemonstrationCleansAWorldOfItsOwn)
     EXPECT_NE(result.out.find("All files and folders have been deleted."), std::string::npos);
     EXPECT_EQ(count("demo/home/Documents"), 2U); // the recipe, and a folder
     EXPECT_TRUE(folder_.exists("demo/home/Pictures/cat.jpg"));
-    EXPECT_TRUE(folder_.exists("home" + std::string(Trash) + "/files/a"));
+    EXPECT_TRUE(folder_.exists(trashedA_));
     EXPECT_EQ(count("home/.local/share"), 1U); // no data folder was made in the real home
 }
 

@@ -4,6 +4,8 @@
 
 namespace {
 
+const std::string Rules = "home/.local/share/Tidewell/FilesRules.plist";
+
 constexpr auto OneRule = R"(<plist version="1.0"><array><dict><key>Active</key><true/><key>Description</key><string>mine</string>)"
                          R"(<key>FilePath</key><string>~/mine</string><key>WhatToDelete</key><integer>0</integer></dict></array></plist>)";
 
@@ -34,8 +36,7 @@ TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
         EXPECT_EQ(result.out, "") << shown;
         EXPECT_EQ(lines(result.err).size(), 1U) << shown;
     }
-    EXPECT_FALSE(folder_.exists(Data + std::string("Dictionary.plist")));
-    EXPECT_FALSE(folder_.exists(Data + std::string("FilesRules.plist")));
+    EXPECT_FALSE(folder_.exists(Rules) || folder_.exists(Data + std::string("Dictionary.plist")));
 }
 
 TEST_F(TWListCommandsTest, WordsStayExactlyAsTheyWereGiven)
@@ -53,7 +54,7 @@ TEST_F(TWListCommandsTest, WordsStayExactlyAsTheyWereGiven)
 
 TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
 {
-    folder_.write(Data + std::string("FilesRules.plist"), OneRule);
+    folder_.write(Rules, OneRule);
     out({"files", "add", home_ + "/[a,b]/", "--what", "keywords-deep", "--description", "two\nlines", "--off"});
     out({"files", "add", "--", "-rf"});
     out({"files", "off", "1"});
@@ -87,20 +88,19 @@ TEST_F(TWListCommandsTest, CommandsAtTheSameTimeLoseNothing)
 
 TEST_F(TWListCommandsTest, DamagedFilesAreNamedAndKept)
 {
-    const auto rules = Data + std::string("FilesRules.plist");
-    folder_.write(rules, "damaged rules");
+    folder_.write(Rules, "damaged rules");
     folder_.write(Settings, "]\nTrashCleaner=true\n");
     const auto listed = run({"files", "list"});
-    EXPECT_NE(listed.err.find(rules), std::string::npos) << listed.err;
+    EXPECT_NE(listed.err.find(Rules), std::string::npos) << listed.err;
     EXPECT_NE(listed.err.find(Settings), std::string::npos) << listed.err;
     EXPECT_EQ(listed.out.find("  on  "), std::string::npos) << listed.out;
     EXPECT_EQ(run({"clean", "--only", "files", "--yes"}).status, 0);
-    EXPECT_EQ(folder_.read(rules), "damaged rules");
+    EXPECT_EQ(folder_.read(Rules), "damaged rules");
     EXPECT_EQ(folder_.read(Settings), "]\nTrashCleaner=true\n");
 
     EXPECT_EQ(run({"settings", "set", "FilesCleaner", "true"}).status, 0);
     EXPECT_EQ(run({"files", "add", "/x"}).status, 0);
-    EXPECT_EQ(folder_.read(rules + ".damaged"), "damaged rules");
+    EXPECT_EQ(folder_.read(Rules + ".damaged"), "damaged rules");
     EXPECT_EQ(folder_.read(Settings + std::string(".damaged")), "]\nTrashCleaner=true\n");
     EXPECT_EQ(out({"settings", "get", "TrashCleaner"}) + out({"settings", "get", "FilesCleaner"}), "true\ntrue\n");
     // A second time: the first damaged file stays too.
