@@ -1,5 +1,5 @@
 #include "fakes/TWFakeApplication.h"
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 
 #include <gtest/gtest.h>
 

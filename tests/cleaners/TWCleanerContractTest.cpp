@@ -2,7 +2,7 @@
 
 #include "editors/TWDictionaryWindowController.h"
 #include "editors/TWFilesWindowController.h"
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
 using namespace std::chrono_literals;
@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 namespace {
 
 // A machine on which every cleaner has two things to delete.
-struct Stage : TWFakeDeletion {
+struct Stage : TWFakeMachine {
     explicit Stage(const TWCleanerRow& given)
         : row(given)
     {

@@ -1,7 +1,7 @@
 #include "cleaners/TWFilesCleaner.h"
 
 #include "builders/TWHostileTree.h"
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
 using namespace std::chrono_literals;
@@ -10,7 +10,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class TWFilesCleanerTest : public testing::Test, protected TWFakeDeletion {
+class TWFilesCleanerTest : public testing::Test, protected TWFakeMachine {
 protected:
     TWFilesCleanerTest()
     {

