@@ -24,10 +24,7 @@ protected:
     }
     static constexpr auto File = "home/.local/share/Tidewell/Dictionary.plist";
 
-    TWDataFolder folder {fileSystem, places, [this]() -> TWBundle& {
-                             bundle.infos["TWApplicationSupportFolder"] = "~/.local/share/Tidewell";
-                             return bundle;
-                         }()};
+    TWDataFolder folder {fileSystem, places, bundle};
     TWDictionaryWindowController controller {folder};
     View view;
 };
