@@ -64,20 +64,26 @@ TEST_F(TWCleaningRunTest, TheSettingsDecideWhoRunsAndEveryReportIsShown)
     EXPECT_TRUE(locks.held == 0 && notifier.notifications.empty());
 }
 
-TEST_F(TWCleaningRunTest, WithoutACheckedCleanerThereIsOnlyAnAlert)
+TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
 {
-    run();
-    const auto before = results();
-    view.checked = {};
-    view.lines.clear();
     alerts.leavesOpen = true;
+    locks.heldByAnother = true;
     delegate->clean();
     delegate->clean(); // while it is open
     ASSERT_EQ(alerts.alerts.size(), 1U);
-    EXPECT_EQ(alerts.alerts[0].title + "|" + alerts.alerts[0].defaultButton + alerts.alerts[0].alternateButton, "No cleaner is activated.|OK");
-    EXPECT_EQ(results(), before);
+    EXPECT_EQ(alerts.alerts[0].title, "Another cleaning is running.");
     alerts.answer(TWAnswer::Default);
-    EXPECT_EQ(view.lines, Lines {"ended: nothing run"});
+    view.checked = {};
+    delegate->clean();
+    EXPECT_EQ(alerts.alerts[1].title, "No cleaner is activated.");
+    alerts.answer(TWAnswer::Default);
+    EXPECT_EQ(results(), Lines());
+    EXPECT_EQ(view.lines, (Lines {"ended: nothing run", "ended: nothing run"}));
+    view.checked[Trash] = true;
+    locks.heldByAnother = false;
+    locks.error = EROFS;
+    run();
+    EXPECT_EQ(view.lines.back(), "ended: succeeded") << "where no lock can be made there is nobody to fear";
 }
 
 TEST_F(TWCleaningRunTest, AWarningThatIsNotConfirmedRunsNothing)
@@ -180,17 +186,4 @@ TEST_F(TWCleaningRunTest, CleanDuringARunStartsAgain)
     EXPECT_TRUE(lines.size() == 5 && lines.front() == Start && lines.back() == End);
     EXPECT_EQ(view.lines[view.lines.size() - 2], "enable");
     EXPECT_TRUE(locks.held == 0 && locks.paths.size() == 1);
-}
-
-TEST_F(TWCleaningRunTest, OneCleaningAtATime)
-{
-    locks.heldByAnother = true;
-    run();
-    EXPECT_EQ(alerts.alerts[0].title, "Another cleaning is running.");
-    EXPECT_EQ(results(), Lines());
-    EXPECT_EQ(view.lines, Lines {"ended: nothing run"});
-    locks = {};
-    locks.error = EROFS;
-    run();
-    EXPECT_EQ(view.lines.back(), "ended: succeeded") << "where no lock can be made there is nobody to fear";
 }

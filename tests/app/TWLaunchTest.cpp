@@ -55,14 +55,3 @@ TEST_F(TWLaunchTest, TheEditorsSeeTheVersionOfTheLaunchBeforeThisOne)
     EXPECT_EQ(stored("LastLaunchedVersion"), "1.0");
     EXPECT_EQ(start()->filesWindowController().rules().size(), 0U) << "once per version";
 }
-
-TEST_F(TWLaunchTest, SaysWhatIsBroken)
-{
-    std::filesystem::remove(root.path("resources/org.tidewell.Tidewell.plist"));
-    root.write("home/.local/share/Tidewell/Dictionary.plist", "broken");
-    root.write("home/.local/share/Tidewell/FilesRules.plist", "broken");
-    userDefaults.problemLine = "settings";
-    TWExpectedLog log;
-    EXPECT_EQ(start()->problems().size(), 3U);
-    EXPECT_EQ(log.lines.size(), 1U);
-}

@@ -149,21 +149,6 @@ TEST_F(TWLinuxProcessLauncherTest, ADestroyedChildIsSilentEndedAndCollected)
     EXPECT_FALSE(ended);
 }
 
-TEST_F(TWLinuxProcessLauncherTest, AChildMayBeDestroyedAndAnotherLaunchedInTheTerminationCall)
-{
-    int ends = 0;
-    std::function<void(const TWTermination&)> next = [&](const TWTermination&) {
-        child.reset();
-        if (++ends < 50)
-            child = launcher.launch("/bin/true", {}, next);
-        else
-            ended = TWTermination {};
-    };
-    child = launcher.launch("/bin/true", {}, next);
-    wait();
-    EXPECT_EQ(ends, 50);
-}
-
 // The whole way, with the real tool: everything goes but what the user may not delete, and that is named.
 TEST_F(TWLinuxProcessLauncherTest, AQueueDeletesTheHostileTreeAndNothingElse)
 {
