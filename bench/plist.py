@@ -17,6 +17,7 @@ import tempfile
 import time
 
 FORMATS = {"XML": (plistlib.FMT_XML, 0.3), "binary": (plistlib.FMT_BINARY, 0.6)}
+MEGABYTES = (9, 10, 20)
 GROWTH = 2.5
 
 
@@ -72,41 +73,40 @@ def content(path):
         return plistlib.load(file)
 
 
-def compare(program, folder, name, size, rounds):
-    """Medians of reading, writing and both, of Python and of ours; None when the contents differ."""
+def compare(program, folder, name, rounds):
+    """For each size the medians of reading, writing and both, of Python and of ours. In each round all sizes have their turn, so
+    that a slow moment of the disk meets them all."""
     kind, _ = FORMATS[name]
     path, theirs, ours = (os.path.join(folder, end) for end in ("list", "python", "ours"))
-    with open(path, "wb") as file:
-        file.write(list_of_size(size, kind))
-    python, mine = [], []
+    times = {size: ([], []) for size in MEGABYTES}
+    for size in MEGABYTES:
+        with open(f"{path}{size}", "wb") as file:
+            file.write(list_of_size(size * 10**6, kind))
     for _ in range(rounds):
-        gc.collect()
-        python.append(python_round(path, theirs, kind))
-        mine.append(our_round(program, path, ours))
-    if content(ours) != content(theirs):
-        return None
-    return medians(python), medians(mine)
+        for size, (python, mine) in times.items():
+            gc.collect()
+            python.append(python_round(f"{path}{size}", theirs, kind))
+            mine.append(our_round(program, f"{path}{size}", ours))
+            if content(ours) != content(theirs):
+                sys.exit(f"{name}, {size} MB: what was written differs from what Python read")
+    return {size: (medians(python), medians(mine)) for size, (python, mine) in times.items()}
 
 
 def main():
     program = sys.argv[1]
     rounds = max(5, int(sys.argv[2])) if len(sys.argv) > 2 else 7
     missed = False
-    print(f"{'':8}{'MB':>4}{'':9}{'Python ms':>10}{'ours ms':>9}{'ratio':>7}   figure")
+    print(f"{'':8}{'MB':>4} {'':8}{'Python ms':>10}{'ours ms':>9}{'ratio':>7}   figure")
     with tempfile.TemporaryDirectory(dir=os.environ.get("BENCH_FOLDER")) as folder:
         for name, (_, limit) in FORMATS.items():
-            whole = {}
-            for megabytes in (9, 10, 20):
-                times = compare(program, folder, name, megabytes * 10**6, rounds)
-                if not times:
-                    sys.exit(f"{name}, {megabytes} MB: what was written differs from what Python read")
-                whole[megabytes] = times[1][2]
+            results = compare(program, folder, name, rounds)
+            for size, times in results.items():
                 for label, python, mine in zip(("read", "write", "both"), *times):
                     ratio = mine / python
-                    figure = f"at most {limit}" if (megabytes, label) == (9, "both") else ""
+                    figure = f"at most {limit}" if (size, label) == (9, "both") else ""
                     missed |= bool(figure) and ratio > limit
-                    print(f"{name:8}{megabytes:4} {label:8}{python * 1000:10.1f}{mine * 1000:9.1f}{ratio:7.3f}   {figure}")
-            growth = whole[20] / whole[10]
+                    print(f"{name:8}{size:4} {label:8}{python * 1000:10.1f}{mine * 1000:9.1f}{ratio:7.3f}   {figure}")
+            growth = results[20][1][2] / results[10][1][2]
             missed |= growth > GROWTH
             print(f"{name:8} 10 to 20 MB: {growth:.2f} times   at most {GROWTH}")
     sys.exit(1 if missed else 0)

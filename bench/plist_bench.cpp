@@ -1,5 +1,5 @@
-// One round for bench/plist.py: reads a property list from a file and writes it to another one, flushed and renamed into place.
-// Prints the seconds that reading and writing took.
+// One round for bench/plist.py: reads a property list from a file and writes it to another one, flushed and renamed
+// into place. Prints the seconds that reading and writing took.
 
 #include "plist/TWPropertyList.h"
 
@@ -21,7 +21,7 @@ double now()
 std::string fileBytes(const char* path)
 {
     const int file = open(path, O_RDONLY | O_CLOEXEC);
-    struct stat facts {};
+    struct stat facts { };
     std::string bytes;
     if (file < 0 || fstat(file, &facts) != 0)
         return bytes;
@@ -72,6 +72,6 @@ int main(int argumentCount, char** arguments)
         return 1;
     const double writeUntil = now();
     list.value.reset();
-    const double freeing = now() - writeUntil; // counted as reading: there, the old language counts it, too
+    const double freeing = now() - writeUntil; // counted, too
     std::printf("%.6f %.6f\n", readUntil - start + freeing, writeUntil - writeFrom);
 }

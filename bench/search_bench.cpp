@@ -3,7 +3,7 @@
 //   search_bench search WORDS FOLDER...     prints the paths found
 //   search_bench match WORDS NAMES          prints milliseconds to build and nanoseconds per name
 
-#include "TWSearchWalk.h"
+#include "cleaners/TWFilesCleaner.h"
 #include "platform/posix/TWPosixFileSystem.h"
 
 #include <dirent.h>
@@ -47,6 +47,18 @@ std::size_t walk(int folder)
     return entries;
 }
 
+// As the Files cleaner searches in a run: one rule for each folder.
+void search(const char* words, const std::vector<std::string>& folders)
+{
+    std::vector<TWFilesRule> rules;
+    for (const auto& folder : folders)
+        rules.push_back({true, "", folder, TWItemsWithKeywordsDeep});
+    const auto plan = TWFilesCleaner::plan(rules, TWKeywordMatcher(linesOf(words)), TWPlaces(), TWPosixFileSystem(),
+        [](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }, TWCancellation());
+    for (const auto& path : plan.paths)
+        std::puts(path.c_str());
+}
+
 void match(const char* words, const char* names)
 {
     const auto list = linesOf(words);
@@ -73,10 +85,7 @@ int main(int count, char** arguments)
             entries += walk(open(arguments[i], O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         std::printf("%zu\n", entries);
     } else if (mode == "search") {
-        const TWKeywordMatcher matcher(linesOf(arguments[2]));
-        for (int i = 3; i < count; ++i)
-            for (const std::string& path : itemsContainingKeywords(TWPosixFileSystem(), matcher, arguments[i]))
-                std::puts(path.c_str());
+        search(arguments[2], {arguments + 3, arguments + count});
     } else if (mode == "match" && count == 4) {
         match(arguments[2], arguments[3]);
     } else {

@@ -9,14 +9,17 @@
 #include "platform/posix/TWFileBundle.h"
 #include "platform/posix/TWPosixFileSystem.h"
 #include "platform/posix/TWPosixLocks.h"
+#include "platform/qt/TWQtApplicationService.h"
 #include "platform/qt/TWQtHandover.h"
 #include "platform/qt/TWQtNotifier.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "platform/qt/TWQtUserDefaults.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
+#include "ui/TWQtAlerts.h"
+#include "ui/TWWindowSession.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 
 #include <csignal>
 #include <cstdio>
@@ -171,6 +174,61 @@ int runListCommand(System& system, const TWInvocation& invocation, const TWDataF
     delegate.setView(&terminal);
     delegate.prepareForCommand();
     const int status = print(TWRunListCommand(delegate, invocation));
+    // A command that failed has said so already.
+    if (status == TWStatus::Success)
+        delegate.applicationWillTerminate();
+    return status;
+}
+
+bool hasDisplay()
+{
+    for (const auto* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        const char* value = std::getenv(variable);
+        if (value && *value)
+            return true;
+    }
+    return false;
+}
+
+// A command that was handed over, or a second start of the program.
+TWCommandResult carryOut(TWWindowSession& session, TWTidewellAppDelegate& delegate, const std::vector<std::string>& words,
+    const std::string& workingFolder)
+{
+    const auto parsed = TWParseCommandLine(words, workingFolder);
+    if (!parsed.invocation)
+        return {parsed.status, parsed.out, parsed.err};
+    TWCommandResult result;
+    if (parsed.invocation->concernsLists())
+        result = TWRunListCommand(delegate, *parsed.invocation);
+    else
+        session.activate();
+    session.mainWindow().refresh();
+    return result;
+}
+
+int runWindow(const TWPosixFileSystem& fileSystem, const TWPlaces& places, const TWFileBundle& bundle, const TWDataFolder& dataFolder,
+    const std::string& settingsFile, int& argumentCount, char** arguments)
+{
+    if (!hasDisplay())
+        return print({TWStatus::WrongUse, "", NoDisplay});
+    QApplication application(argumentCount, arguments);
+    TWQtHandover handover(dataFolder.file(WindowSocket));
+    if (const auto answer = handover.handOver({}, "/"))
+        return print(*answer);
+    QApplication::setApplicationDisplayName("Tidewell");
+    QApplication::setDesktopFileName(QString::fromStdString(bundle.identifier()));
+    System system(fileSystem, places, bundle, settingsFile);
+    TWQtAlerts alerts;
+    TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
+    TWWindowSession session(delegate);
+    alerts.setWindow(&session.mainWindow());
+    const StopSignals stopping(system.runLoop(), [&] { session.mainWindow().close(); });
+    delegate.applicationDidFinishLaunching();
+    handover.listen([&](const auto& words, const auto& folder) { return carryOut(session, delegate, words, folder); });
+    TWQtApplicationService service({[&] { session.activate(); }, [&] { session.clean(); }});
+    if (!places.sandboxed())
+        service.offer(QString::fromStdString(bundle.identifier()));
+    const int status = application.exec();
     delegate.applicationWillTerminate();
     return status;
 }
@@ -237,12 +295,11 @@ int main(int argumentCount, char** arguments)
         if (!invocation.json)
             print({0, TWText::fill(DemoPlace, {root}), ""});
     }
-    if (invocation.command == Command::Window)
-        return print({TWStatus::WrongUse, "", NoDisplay});
-
     const auto stopping = stopSignals();
-    if (demo || invocation.command == Command::Clean)
+    if (!invocation.concernsLists())
         pthread_sigmask(SIG_BLOCK, &stopping, nullptr);
+    if (invocation.command == Command::Window)
+        return runWindow(fileSystem, places, bundle, dataFolder, settingsFile, argumentCount, arguments);
     QCoreApplication application(argumentCount, arguments);
     System system(fileSystem, places, bundle, settingsFile);
     if (invocation.concernsLists())

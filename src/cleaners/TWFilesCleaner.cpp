@@ -240,7 +240,7 @@ void TWFilesCleaner::expanded()
     drainProgress();
     if (expansion_ != expansion)
         return;
-    const auto plan = std::move(expansion->plan);
+    auto plan = std::move(expansion->plan);
     background_.reset();
     expansion_.reset();
     if (plan.failure) {
@@ -248,7 +248,7 @@ void TWFilesCleaner::expanded()
         done();
         return;
     }
-    fileDeleteQueue_->addFilesFromArray(plan.paths);
+    fileDeleteQueue_->addFilesFromArray(std::move(plan.paths));
     fileDeleteQueue_->deleteFiles(info_.useAuthorization);
 }
 

@@ -21,11 +21,11 @@ std::string base64(std::string_view bytes)
 
 }
 
-void TWJSON::addPath(Object& object, const std::string& key, std::string_view path)
+void TWJSON::addBytes(Object& object, const std::string& key, const std::string& exactKey, std::string_view bytes)
 {
-    object[key] = TWText::validUTF8(path);
-    if (!TWText::isValidUTF8(path))
-        object["pathBytes"] = base64(path);
+    object[key] = TWText::validUTF8(bytes);
+    if (!TWText::isValidUTF8(bytes))
+        object[exactKey] = base64(bytes);
 }
 
 std::string TWJSON::line(const Object& object)

@@ -10,8 +10,8 @@ namespace TWJSON {
 
 using Object = nlohmann::ordered_json;
 
-// Adds the path, and exactly, in base64 under "pathBytes", when it is no UTF-8.
-void addPath(Object&, const std::string& key, std::string_view path);
+// Adds the bytes as text, and exactly, in base64 under the second key, when they are no UTF-8.
+void addBytes(Object&, const std::string& key, const std::string& exactKey, std::string_view bytes);
 
 std::string line(const Object&);
 

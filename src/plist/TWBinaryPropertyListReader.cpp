@@ -15,7 +15,8 @@ constexpr std::size_t TrailerSize = 32;
 constexpr std::string_view Truncated = "the file is cut off or damaged";
 constexpr std::string_view TooLarge = "the file stands for a value that is far larger than itself";
 
-// The largest honest files, long lists of references to one object, need 40 times their length. Our own writer stays far below.
+// The largest honest files, long lists of references to one object, need 40 times their length. Our own writer stays
+// far below.
 constexpr std::uint64_t BudgetPerByte = 48;
 constexpr std::uint64_t SmallestBudget = 64ull * 1024 * 1024;
 constexpr std::uint64_t LargestBudget = 1024ull * 1024 * 1024;
@@ -65,7 +66,8 @@ bool TWBinaryPropertyListReader::readTrailer()
     objectCount_ = unsignedFrom(trailer.substr(8, 8));
     topObject_ = unsignedFrom(trailer.substr(16, 8));
     const std::uint64_t table = unsignedFrom(trailer.substr(24, 8));
-    if (offsetSize_ < 1 || offsetSize_ > 8 || referenceSize_ < 1 || referenceSize_ > 8 || table < Magic.size() || table > end)
+    if (offsetSize_ < 1 || offsetSize_ > 8 || referenceSize_ < 1 || referenceSize_ > 8 || table < Magic.size()
+        || table > end)
         return fail(Truncated);
     table_ = table;
     return objectCount_ <= (end - table_) / offsetSize_ || fail(Truncated);
@@ -185,7 +187,8 @@ bool TWBinaryPropertyListReader::readSimple(unsigned kind, TWValue& value)
     return true;
 }
 
-// Up to 4 bytes there is no sign, 8 bytes have one. 16 bytes are what others write for more than that: kept when it fits.
+// Up to 4 bytes there is no sign, 8 bytes have one. 16 bytes are what others write for more than that: kept when it
+// fits.
 bool TWBinaryPropertyListReader::readInteger(unsigned kind, Rest rest, TWValue& value)
 {
     std::string_view number;
@@ -225,7 +228,7 @@ bool TWBinaryPropertyListReader::readDate(unsigned kind, Rest rest, TWValue& val
     const auto seconds = std::bit_cast<double>(unsignedFrom(number));
     if (!std::isfinite(seconds))
         return fail("it holds a date that is no number");
-    value = TWDate {seconds};
+    value = TWDate{ seconds };
     return true;
 }
 
@@ -235,7 +238,7 @@ bool TWBinaryPropertyListReader::readData(unsigned kind, Rest rest, TWValue& val
     std::string_view bytes;
     if (!takeCount(kind, rest, count) || !take(rest, count, bytes) || !charge(count))
         return false;
-    value = TWData {std::string(bytes)};
+    value = TWData{ std::string(bytes) };
     return true;
 }
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-// A binary list is a table of objects that refer to one another by number, so that a few bytes can stand for a huge or endless
-// value: depth and the memory of the result are bounded while it is built. For one file.
+// A binary list is a table of objects that refer to one another by number, so that a few bytes can stand for a huge or
+// endless value: depth and the memory of the result are bounded while it is built. For one file.
 class TWBinaryPropertyListReader final {
 public:
     // The bytes must outlive the reader.

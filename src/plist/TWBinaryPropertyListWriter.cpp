@@ -8,7 +8,8 @@
 
 namespace {
 
-// Longer keys are written each time they are there, so that no file stands for a value that the reader finds too large for it.
+// Longer keys are written each time they are there, so that no file stands for a value that the reader finds too large
+// for it.
 constexpr std::size_t LongestSharedKey = 64;
 
 std::size_t sizeFor(std::uint64_t number)

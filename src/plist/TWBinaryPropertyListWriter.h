@@ -9,8 +9,9 @@
 #include <unordered_map>
 #include <vector>
 
-// Numbers all values, a container's items next to one another, then writes them in that order, and the keys behind them. A short
-// key is written once however many dictionaries have it; values are written as often as they are there. For one file.
+// Numbers all values, a container's items next to one another, then writes them in that order, and the keys behind
+// them. A short key is written once however many dictionaries have it; values are written as often as they are there.
+// For one file.
 class TWBinaryPropertyListWriter final {
 public:
     std::optional<std::string> write(const TWValue& value);

@@ -39,7 +39,7 @@ void TWUnicode::appendUTF8(char32_t character, std::string& text)
         return;
     }
     const int following = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-    text += static_cast<char>((0xf00u >> following & 0xf0) | character >> 6 * following);
+    text += static_cast<char>(0xff00u >> (following + 1) | character >> 6 * following);
     for (int i = following - 1; i >= 0; i--)
         text += static_cast<char>(0x80 | (character >> 6 * i & 0x3f));
 }
@@ -47,7 +47,8 @@ void TWUnicode::appendUTF8(char32_t character, std::string& text)
 bool TWUnicode::appendUTF8FromUTF16(std::string_view bytes, std::string& text)
 {
     const auto unitAt = [&](std::size_t i) {
-        return static_cast<char32_t>(static_cast<unsigned char>(bytes[i]) << 8 | static_cast<unsigned char>(bytes[i + 1]));
+        return static_cast<char32_t>(
+            static_cast<unsigned char>(bytes[i]) << 8 | static_cast<unsigned char>(bytes[i + 1]));
     };
     for (std::size_t i = 0; i < bytes.size(); i += 2) {
         char32_t character = unitAt(i);

@@ -3,14 +3,16 @@
 #include <string>
 #include <string_view>
 
-// The two encodings of text in property lists. Strict: no overlong forms, no surrogates in UTF-8, nothing above U+10FFFF.
+// The two encodings of text in property lists. Strict: no overlong forms, no surrogates in UTF-8, nothing above
+// U+10FFFF.
 namespace TWUnicode {
 
 inline constexpr char32_t Invalid = 0xffffffff;
 
 bool isASCII(std::string_view bytes);
 
-// Takes one character off the front of a text that is not empty. Invalid, with nothing taken, when it is not UTF-8 there.
+// Takes one character off the front of a text that is not empty. Invalid, with nothing taken, when it is not UTF-8
+// there.
 char32_t takeUTF8(std::string_view& text);
 
 void appendUTF8(char32_t character, std::string& text);

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numeric>
 
+TWValue::TWValue() = default;
+
 TWValue::TWValue(bool value)
     : value_(value)
 {
@@ -77,8 +79,8 @@ namespace {
 
 using Entries = std::vector<TWDictionary::Entry>;
 
-// The entries' places in the order of their keys, equal keys in the order in which they stand. Sorting and no hash table: nobody
-// can choose keys that make it quadratic.
+// The entries' places in the order of their keys, equal keys in the order in which they stand. Sorting and no hash
+// table: nobody can choose keys that make it quadratic.
 std::vector<std::size_t> placesByKey(const Entries& entries)
 {
     std::vector<std::size_t> places(entries.size());

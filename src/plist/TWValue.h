@@ -10,8 +10,8 @@
 
 class TWValue;
 
-// Keys keep the order in which they were added or read. Looking up is a walk over all entries: made for the small dictionaries
-// that settings are; whoever has many keys builds with fromEntries() and walks entries().
+// Keys keep the order in which they were added or read. Looking up is a walk over all entries: made for the small
+// dictionaries that settings are; whoever has many keys builds with fromEntries() and walks entries().
 class TWDictionary {
 public:
     using Entry = std::pair<std::string, TWValue>;
@@ -50,13 +50,13 @@ struct TWData {
     friend bool operator==(const TWData&, const TWData&) = default;
 };
 
-// One value of a property list. Destroying, copying and comparing do not recurse on the stack without bound: lists nested
-// deeper than TWPropertyList's limit are refused when they are read.
+// One value of a property list. Destroying, copying and comparing do not recurse on the stack without bound: lists
+// nested deeper than TWPropertyList's limit are refused when they are read.
 class TWValue {
 public:
     using Array = std::vector<TWValue>;
 
-    TWValue() = default; // boolean false
+    TWValue(); // boolean false; not "= default" here, where clang would take pairs of it to have no default
     TWValue(bool);
     TWValue(int);
     TWValue(std::int64_t);
@@ -83,10 +83,10 @@ public:
     const TWDictionary* dictionary() const { return std::get_if<TWDictionary>(&value_); }
     TWDictionary* dictionary() { return std::get_if<TWDictionary>(&value_); }
 
-    // Of the same type and the same content. Two reals that are no number are equal, so that what is read back equals what
-    // was written.
+    // Of the same type and the same content. Two reals that are no number are equal, so that what is read back equals
+    // what was written.
     friend bool operator==(const TWValue&, const TWValue&);
 
 private:
-    std::variant<bool, std::int64_t, double, std::string, TWDate, TWData, Array, TWDictionary> value_ {false};
+    std::variant<bool, std::int64_t, double, std::string, TWDate, TWData, Array, TWDictionary> value_{ false };
 };

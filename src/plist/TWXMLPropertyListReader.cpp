@@ -16,11 +16,11 @@ struct TWXMLPropertyListReader::Handlers {
 
     static void text(void* data, const XML_Char* text, int length)
     {
-        reader(data).characters({text, static_cast<std::size_t>(length)});
+        reader(data).characters({ text, static_cast<std::size_t>(length) });
     }
 
-    // The plain line that names Apple's document type has no declarations of its own. Others are refused whole: entities and
-    // default attributes make a small file large.
+    // The plain line that names Apple's document type has no declarations of its own. Others are refused whole:
+    // entities and default attributes make a small file large.
     static void documentType(void* data, const XML_Char*, const XML_Char*, const XML_Char*, int hasDeclarations)
     {
         if (hasDeclarations)
@@ -41,7 +41,7 @@ struct TWXMLPropertyListReader::Handlers {
 
     static std::string atLine(XML_Parser parser, std::string_view text)
     {
-        return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ": " + std::string(text);
+        return std::string("line ").append(std::to_string(XML_GetCurrentLineNumber(parser))).append(": ").append(text);
     }
 };
 
@@ -74,10 +74,10 @@ void TWXMLPropertyListReader::fail(std::string problem)
 TWXMLPropertyListReader::Element TWXMLPropertyListReader::elementNamed(std::string_view name)
 {
     using Named = std::pair<std::string_view, Element>;
-    static constexpr std::array Elements {Named {"key", Element::Key}, Named {"string", Element::String},
-        Named {"integer", Element::Integer}, Named {"dict", Element::Dictionary}, Named {"array", Element::Array},
-        Named {"true", Element::True}, Named {"false", Element::False}, Named {"real", Element::Real},
-        Named {"date", Element::Date}, Named {"data", Element::Data}, Named {"plist", Element::PList}};
+    static constexpr std::array Elements{ Named{ "key", Element::Key }, Named{ "string", Element::String },
+        Named{ "integer", Element::Integer }, Named{ "dict", Element::Dictionary }, Named{ "array", Element::Array },
+        Named{ "true", Element::True }, Named{ "false", Element::False }, Named{ "real", Element::Real },
+        Named{ "date", Element::Date }, Named{ "data", Element::Data }, Named{ "plist", Element::PList } };
     for (const auto& [known, element] : Elements) {
         if (known == name)
             return element;
@@ -114,9 +114,9 @@ void TWXMLPropertyListReader::startElement(std::string_view name)
         return;
     const Element element = elementNamed(name);
     if (element == Element::None)
-        return fail("unknown element <" + shortened(name) + ">");
+        return fail(std::string("unknown element <").append(shortened(name)).append(">"));
     if (!mayStart(element))
-        return fail("<" + std::string(name) + "> is not allowed here");
+        return fail(std::string("<").append(name).append("> is not allowed here"));
     if (element == Element::PList)
         plistSeen_ = true;
     else if (element == Element::Dictionary || element == Element::Array)
@@ -231,7 +231,8 @@ void TWXMLPropertyListReader::addInteger()
     if (hexadecimal)
         digits.remove_prefix(2);
     std::uint64_t magnitude = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), magnitude, hexadecimal ? 16 : 10);
+    const auto [end, error]
+        = std::from_chars(digits.data(), digits.data() + digits.size(), magnitude, hexadecimal ? 16 : 10);
     if (error == std::errc::invalid_argument || end != digits.data() + digits.size())
         return fail("<integer> holds no integer");
     const std::uint64_t largest = std::uint64_t(INT64_MAX) + (negative ? 1 : 0);
@@ -272,14 +273,14 @@ std::optional<TWDate> dateFromText(std::string_view text)
         return value;
     };
     using namespace std::chrono;
-    const year_month_day date {year(number(0, 4)), month(unsigned(number(5, 2))), day(unsigned(number(8, 2)))};
+    const year_month_day date{ year(number(0, 4)), month(unsigned(number(5, 2))), day(unsigned(number(8, 2))) };
     const hours hour(number(11, 2));
     const minutes minute(number(14, 2));
     const seconds second(number(17, 2));
     if (!date.ok() || hour >= 24h || minute >= 60min || second >= 60s)
         return std::nullopt;
     const seconds since = sys_days(date) - sys_days(2001y / January / 1) + hour + minute + second;
-    return TWDate {static_cast<double>(since.count())};
+    return TWDate{ static_cast<double>(since.count()) };
 }
 
 constexpr std::string_view Base64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -288,12 +289,12 @@ enum : unsigned char { Padding = 64, Blank = 65, Wrong = 66 };
 
 constexpr std::array<unsigned char, 256> base64Meanings()
 {
-    std::array<unsigned char, 256> meanings {};
+    std::array<unsigned char, 256> meanings{};
     meanings.fill(Wrong);
     for (std::size_t i = 0; i < Base64Digits.size(); i++)
         meanings[static_cast<unsigned char>(Base64Digits[i])] = static_cast<unsigned char>(i);
     meanings['='] = Padding;
-    for (const unsigned char blank : {' ', '\t', '\r', '\n'})
+    for (const unsigned char blank : { ' ', '\t', '\r', '\n' })
         meanings[blank] = Blank;
     return meanings;
 }
@@ -316,7 +317,7 @@ std::optional<std::string> bytesFromBase64(std::string_view text)
             return std::nullopt;
         group = group << 6 | (meaning & 0x3fu);
         if (++digits % 4 == 0)
-            bytes.append({static_cast<char>(group >> 16), static_cast<char>(group >> 8), static_cast<char>(group)});
+            bytes.append({ static_cast<char>(group >> 16), static_cast<char>(group >> 8), static_cast<char>(group) });
     }
     if (digits % 4 != 0 || padding > 2)
         return std::nullopt;
@@ -338,7 +339,7 @@ void TWXMLPropertyListReader::addData()
 {
     if (auto bytes = bytesFromBase64(text_)) {
         bytes->shrink_to_fit();
-        add(TWData {std::move(*bytes)});
+        add(TWData{ std::move(*bytes) });
     } else
         fail("<data> holds something that is not Base64");
 }

@@ -26,15 +26,20 @@ std::optional<std::string> TWXMLPropertyListWriter::write(const TWValue& value)
     if (!writeValue(value))
         return std::nullopt;
     output_ += Footer;
-    if (output_.size() > TWPropertyList::MaximumBytes)
+    if (isTooLong())
         return std::nullopt;
     return std::move(output_);
+}
+
+bool TWXMLPropertyListWriter::isTooLong() const
+{
+    return output_.size() > TWPropertyList::MaximumBytes;
 }
 
 bool TWXMLPropertyListWriter::writeValue(const TWValue& value)
 {
     // Asked for each value, not only at the end: with deep indents the output can be far longer than the value.
-    if (output_.size() > TWPropertyList::MaximumBytes)
+    if (isTooLong())
         return false;
     if (const auto* string = value.string())
         return writeText("string", *string);
@@ -52,48 +57,50 @@ bool TWXMLPropertyListWriter::writeValue(const TWValue& value)
     else if (const auto* real = value.real())
         writeReal(*real);
     else if (const auto* data = value.data())
-        writeData(data->bytes);
+        return writeData(data->bytes);
     return true;
 }
 
-bool TWXMLPropertyListWriter::startContainer(std::string_view name)
+bool TWXMLPropertyListWriter::startContainer(std::string_view name, bool empty)
 {
     if (depth_ >= TWPropertyList::MaximumDepth)
         return false;
     indent();
-    output_.append("<").append(name).append(">\n");
+    output_.append("<").append(name).append(empty ? "/>\n" : ">\n");
     depth_++;
     return true;
 }
 
-void TWXMLPropertyListWriter::endContainer(std::string_view name)
+void TWXMLPropertyListWriter::endContainer(std::string_view name, bool empty)
 {
     depth_--;
+    if (empty)
+        return;
     indent();
     output_.append("</").append(name).append(">\n");
 }
 
 bool TWXMLPropertyListWriter::writeArray(const TWValue::Array& items)
 {
-    if (!startContainer("array"))
+    if (!startContainer("array", items.empty()))
         return false;
     for (const TWValue& item : items) {
         if (!writeValue(item))
             return false;
     }
-    endContainer("array");
+    endContainer("array", items.empty());
     return true;
 }
 
 bool TWXMLPropertyListWriter::writeDictionary(const TWDictionary& dictionary)
 {
-    if (!startContainer("dict"))
+    if (!startContainer("dict", dictionary.entries().empty()))
         return false;
     for (const auto& [key, value] : dictionary.entries()) {
         if (!writeText("key", key) || !writeValue(value))
             return false;
     }
-    endContainer("dict");
+    endContainer("dict", dictionary.entries().empty());
     return true;
 }
 
@@ -103,7 +110,7 @@ namespace {
 std::size_t plainLength(std::string_view text)
 {
     static constexpr auto Plain = [] {
-        std::array<bool, 256> plain {};
+        std::array<bool, 256> plain{};
         for (std::size_t i = 0; i < plain.size(); i++)
             plain[i] = (i >= ' ' && i < 0x80 && i != '<' && i != '>' && i != '&') || i == '\t' || i == '\n';
         return plain;
@@ -114,7 +121,8 @@ std::size_t plainLength(std::string_view text)
     return length;
 }
 
-// Nothing when XML cannot hold the character. A return is written by number: as it is, a reader would make a newline of it.
+// Nothing when XML cannot hold the character. A return is written by number: as it is, a reader would make a newline of
+// it.
 std::string_view escaped(char32_t character)
 {
     switch (character) {
@@ -172,7 +180,8 @@ void TWXMLPropertyListWriter::writeInteger(std::int64_t number)
 void TWXMLPropertyListWriter::writeReal(double number)
 {
     char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr; // the fewest digits that read back the same
+    const auto end
+        = std::to_chars(digits, digits + sizeof digits, number).ptr; // the fewest digits that read back the same
     output_ += "<real>";
     if (std::isnan(number))
         output_ += "nan";
@@ -196,9 +205,9 @@ bool TWXMLPropertyListWriter::writeDate(TWDate date)
     const year_month_day day(midnight);
     const hh_mm_ss clock(time - midnight);
     char text[40];
-    const int length = std::snprintf(text, sizeof text, "<date>%04d-%02u-%02uT%02d:%02d:%02dZ</date>\n", int(day.year()),
-        unsigned(day.month()), unsigned(day.day()), int(clock.hours().count()), int(clock.minutes().count()),
-        int(clock.seconds().count()));
+    const int length = std::snprintf(text, sizeof text, "<date>%04d-%02u-%02uT%02d:%02d:%02dZ</date>\n",
+        int(day.year()), unsigned(day.month()), unsigned(day.day()), int(clock.hours().count()),
+        int(clock.minutes().count()), int(clock.seconds().count()));
     output_.append(text, std::size_t(length));
     return true;
 }
@@ -209,7 +218,8 @@ void appendBase64(std::string_view bytes, std::string& output)
 {
     constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const auto byteAt = [&](std::size_t at) { return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0u; };
+        const auto byteAt
+            = [&](std::size_t at) { return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0u; };
         const unsigned group = byteAt(i) << 16 | byteAt(i + 1) << 8 | byteAt(i + 2);
         output += Digits[group >> 18];
         output += Digits[group >> 12 & 63];
@@ -220,12 +230,14 @@ void appendBase64(std::string_view bytes, std::string& output)
 
 }
 
-void TWXMLPropertyListWriter::writeData(std::string_view bytes)
+bool TWXMLPropertyListWriter::writeData(std::string_view bytes)
 {
     output_ += "<data>\n";
     const int columns = std::max(16, 76 - 8 * depth_);
     const std::size_t bytesPerLine = std::size_t(columns / 4 * 3);
     while (!bytes.empty()) {
+        if (isTooLong())
+            return false;
         indent();
         appendBase64(bytes.substr(0, bytesPerLine), output_);
         output_ += '\n';
@@ -233,4 +245,5 @@ void TWXMLPropertyListWriter::writeData(std::string_view bytes)
     }
     indent();
     output_ += "</data>\n";
+    return true;
 }

@@ -1,0 +1,10 @@
+#include "plist_property.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    TWPlistProperty::check({ reinterpret_cast<const char*>(bytes), size });
+    return 0;
+}

@@ -1,0 +1,42 @@
+#include "platform/qt/TWQtApplicationService.h"
+
+#include <QDBusConnection>
+
+namespace {
+
+// Lets a Wayland compositor raise our window on the user's behalf.
+void takeActivationToken(const QVariantMap& platformData)
+{
+    const auto token = platformData.value("activation-token").toString();
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+}
+
+}
+
+TWQtApplicationService::TWQtApplicationService(Answers answers)
+    : answers_(std::move(answers))
+{
+}
+
+void TWQtApplicationService::offer(const QString& name)
+{
+    auto bus = QDBusConnection::sessionBus();
+    // The object's path is the name with slashes, as the desktop expects it. Exported first: calls may come with the name.
+    const QString path = "/" + QString(name).replace('.', '/');
+    if (bus.isConnected() && bus.registerObject(path, this, QDBusConnection::ExportAllSlots))
+        bus.registerService(name);
+}
+
+void TWQtApplicationService::Activate(const QVariantMap& platformData)
+{
+    takeActivationToken(platformData);
+    answers_.activate();
+}
+
+void TWQtApplicationService::ActivateAction(const QString& action, const QVariantList&, const QVariantMap& platformData)
+{
+    takeActivationToken(platformData);
+    if (action == "clean")
+        answers_.clean();
+}

@@ -1,0 +1,18 @@
+#include "ui/TWResultsFilter.h"
+
+#include "ui/TWResultsModel.h"
+
+void TWResultsFilter::setFilter(const QString& text, Kind kind)
+{
+    text_ = text;
+    kind_ = kind;
+    invalidateFilter();
+}
+
+bool TWResultsFilter::filterAcceptsRow(int row, const QModelIndex& parent) const
+{
+    const auto index = sourceModel()->index(row, 0, parent);
+    if (kind_ == Kind::Failures && index.data(TWResultsModel::TypeRole).toInt() != static_cast<int>(TWMessageType::Failure))
+        return false;
+    return text_.isEmpty() || index.data().toString().contains(text_, Qt::CaseInsensitive);
+}

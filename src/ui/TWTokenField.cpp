@@ -1,0 +1,502 @@
+#include "ui/TWTokenField.h"
+
+#include "ui/TWQtText.h"
+
+#include <QClipboard>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QHelpEvent>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QRegularExpression>
+#include <QScrollBar>
+#include <QToolTip>
+
+namespace {
+
+constexpr int Gap = 5;
+constexpr int Padding = 9; // beside a token's text
+constexpr int NarrowestInput = 180;
+constexpr float TokenTint = 0.22F;
+constexpr float EmptyOpacity = 0.72F;
+
+const QRegularExpression& separator()
+{
+    static const QRegularExpression expression(",|\\r\\n|\\n|\\r|\\x{2028}|\\x{2029}");
+    return expression;
+}
+
+// The words of a typed or pasted text. One blank after a comma belongs to the comma; all other blanks belong to the words.
+QStringList split(const QString& text, bool afterComma, bool& endsWithComma)
+{
+    QStringList words;
+    qsizetype begin = 0;
+    const auto take = [&](qsizetype end) {
+        const bool blank = afterComma && begin < end && text[begin] == ' ';
+        words.append(text.mid(begin + blank, end - begin - blank));
+    };
+    for (auto matches = separator().globalMatch(text); matches.hasNext();) {
+        const auto match = matches.next();
+        take(match.capturedStart());
+        afterComma = match.capturedView() == u",";
+        begin = match.capturedEnd();
+    }
+    if (begin < text.size())
+        take(text.size());
+    endsWithComma = afterComma && begin == text.size();
+    return words;
+}
+
+QString shown(const QString& word)
+{
+    return word.isEmpty() ? TWTokenField::tr("(empty)") : TWQtText::shown(TWQtText::bytes(word));
+}
+
+QColor mixed(const QColor& ground, const QColor& tint, float share)
+{
+    return QColor::fromRgbF(ground.redF() * (1 - share) + tint.redF() * share, ground.greenF() * (1 - share) + tint.greenF() * share,
+        ground.blueF() * (1 - share) + tint.blueF() * share);
+}
+
+}
+
+TWTokenField::TWTokenField(QWidget* parent)
+    : QAbstractScrollArea(parent)
+    , input_(new QLineEdit(viewport()))
+{
+    setObjectName("tokenField");
+    setAccessibleName(tr("Words"));
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus);
+    setFocusProxy(input_);
+    viewport()->setBackgroundRole(QPalette::Base);
+    viewport()->setAutoFillBackground(true);
+    viewport()->setCursor(Qt::IBeamCursor);
+    input_->setObjectName("wordLineEdit");
+    input_->setAccessibleName(tr("New word"));
+    input_->setFrame(false);
+    input_->installEventFilter(this);
+    // Many words may be pasted at once.
+    input_->setMaxLength(std::numeric_limits<int>::max());
+    connect(input_, &QLineEdit::textChanged, this, &TWTokenField::arrange);
+    connect(input_, &QLineEdit::textEdited, this, [this](const QString& typed) {
+        splitTyped(typed);
+        if (current_ == None)
+            reveal(layout_.box(editing_ == None ? count() : editing_));
+    });
+    setWords({});
+}
+
+void TWTokenField::setWords(const QStringList& words)
+{
+    discardTyping();
+    afterComma_ = false;
+    words_ = words;
+    measure();
+}
+
+void TWTokenField::finishTyping()
+{
+    if (editing_ == None && input_->text().isEmpty())
+        return;
+    bool endsWithComma = false;
+    auto words = split(input_->text(), afterComma_ && editing_ == None, endsWithComma);
+    // A token that was cleared while editing is an empty word.
+    if (words.isEmpty())
+        words.append(QString());
+    afterComma_ = false;
+    insertTyped(std::move(words));
+}
+
+void TWTokenField::discardTyping()
+{
+    editing_ = None;
+    input_->clear();
+    backToInput();
+}
+
+// Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for Return.
+void TWTokenField::splitTyped(const QString& typed)
+{
+    if (editing_ != None || !typed.contains(separator()))
+        return;
+    bool endsWithComma = false;
+    auto words = split(typed, afterComma_, endsWithComma);
+    insertTyped(std::move(words));
+    afterComma_ = endsWithComma;
+}
+
+void TWTokenField::insertTyped(QStringList words)
+{
+    const int edited = std::exchange(editing_, None);
+    input_->clear();
+    const int place = edited == None ? count() : edited;
+    const int last = place + static_cast<int>(words.size()) - 1;
+    if (edited != None)
+        words_.removeAt(place);
+    const auto after = words_.mid(place);
+    words_ = words_.mid(0, place) + words + after;
+    this->edited();
+    if (edited == None)
+        reveal(layout_.box(count()));
+    else
+        choose(last);
+}
+
+void TWTokenField::removeSelected()
+{
+    if (selected_.empty())
+        return;
+    QStringList kept;
+    for (int token = 0; token < count(); ++token) {
+        if (!selected_.contains(token))
+            kept.append(words_[token]);
+    }
+    const int next = *selected_.begin();
+    words_ = kept;
+    edited();
+    if (next < count())
+        choose(next);
+    else
+        backToInput();
+}
+
+// The numbers of the tokens have changed.
+void TWTokenField::edited()
+{
+    selected_.clear();
+    current_ = anchor_ = None;
+    measure();
+    emit wordsEdited();
+}
+
+void TWTokenField::beginEditing(int token)
+{
+    finishTyping();
+    backToInput();
+    editing_ = token;
+    input_->setText(words_[token]);
+    input_->selectAll();
+    arrange();
+    reveal(layout_.box(token));
+}
+
+void TWTokenField::choose(int token, Qt::KeyboardModifiers modifiers)
+{
+    if (modifiers & Qt::ControlModifier && selected_.contains(token)) {
+        selected_.erase(token);
+    } else if (modifiers & Qt::ShiftModifier && anchor_ != None) {
+        selected_.clear();
+        for (int each = std::min(anchor_, token); each <= std::max(anchor_, token); ++each)
+            selected_.insert(each);
+    } else {
+        if (!(modifiers & Qt::ControlModifier))
+            selected_.clear();
+        selected_.insert(token);
+        anchor_ = token;
+    }
+    current_ = token;
+    // Hides the text cursor while a token has the keys.
+    input_->setReadOnly(true);
+    reveal(layout_.box(token));
+    updateDescription();
+    viewport()->update();
+}
+
+void TWTokenField::chooseAll()
+{
+    choose(0);
+    choose(count() - 1, Qt::ShiftModifier);
+}
+
+void TWTokenField::backToInput()
+{
+    selected_.clear();
+    current_ = anchor_ = None;
+    input_->setReadOnly(false);
+    updateDescription();
+    viewport()->update();
+}
+
+void TWTokenField::copySelected() const
+{
+    QStringList words;
+    for (const int token : selected_)
+        words.append(words_[token]);
+    QGuiApplication::clipboard()->setText(words.join('\n'));
+}
+
+bool TWTokenField::eventFilter(QObject* object, QEvent* event)
+{
+    if (object == input_ && event->type() == QEvent::KeyPress) {
+        auto& key = static_cast<QKeyEvent&>(*event);
+        return current_ == None ? inputKey(key) : tokenKey(key);
+    }
+    if (object == input_ && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut))
+        viewport()->update();
+    return QAbstractScrollArea::eventFilter(object, event);
+}
+
+// True when the key is used up; otherwise the line edit has it, and after that the sheet.
+bool TWTokenField::inputKey(QKeyEvent& event)
+{
+    const bool atStart = editing_ == None && input_->cursorPosition() == 0 && !input_->hasSelectedText();
+    const bool empty = editing_ == None && input_->text().isEmpty();
+    switch (event.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        // With nothing typed, Return presses the sheet's default button.
+        if (empty)
+            return false;
+        finishTyping();
+        return true;
+    case Qt::Key_Escape:
+        if (editing_ == None)
+            return false;
+    {
+        const int token = std::exchange(editing_, None);
+        input_->clear();
+        choose(token);
+        return true;
+    }
+    case Qt::Key_Left:
+    case Qt::Key_Up:
+    case Qt::Key_Backspace:
+        if (!atStart || count() == 0 || (event.key() == Qt::Key_Backspace && !empty))
+            return false;
+        choose(count() - 1);
+        return true;
+    default:
+        if (!empty || count() == 0 || !event.matches(QKeySequence::SelectAll))
+            return false;
+        chooseAll();
+        return true;
+    }
+}
+
+bool TWTokenField::tokenKey(QKeyEvent& event)
+{
+    if (event.matches(QKeySequence::SelectAll)) {
+        chooseAll();
+    } else if (event.matches(QKeySequence::Copy)) {
+        copySelected();
+    } else if (event.matches(QKeySequence::Cut)) {
+        copySelected();
+        removeSelected();
+    } else if (event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace) {
+        removeSelected();
+    } else if (event.key() == Qt::Key_F2 || event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) {
+        beginEditing(current_);
+    } else if (const int token = moved(event.key()); token == count()) {
+        backToInput();
+    } else if (token != None) {
+        choose(token, event.modifiers() & Qt::ShiftModifier);
+    } else {
+        // What is typed goes to the input behind the last token.
+        if ((!event.text().isEmpty() && event.text()[0].isPrint()) || event.matches(QKeySequence::Paste))
+            backToInput();
+        return false;
+    }
+    return true;
+}
+
+// The token an arrow key leads to, their count for the input behind the last; None for other keys.
+int TWTokenField::moved(int key) const
+{
+    switch (key) {
+    case Qt::Key_Left:
+        return std::max(0, current_ - 1);
+    case Qt::Key_Right:
+        return current_ + 1;
+    case Qt::Key_Up:
+        return layout_.neighbour(current_, -1);
+    case Qt::Key_Down:
+        return layout_.neighbour(current_, 1);
+    case Qt::Key_Home:
+        return 0;
+    case Qt::Key_End:
+        return count();
+    default:
+        return None;
+    }
+}
+
+void TWTokenField::mousePressEvent(QMouseEvent* event)
+{
+    input_->setFocus(Qt::MouseFocusReason);
+    int token = tokenAt(event->pos());
+    if (token == None && editing_ == None) {
+        backToInput();
+        return;
+    }
+    const int edited = editing_;
+    const int before = count();
+    finishTyping();
+    // An edited token may have become several.
+    if (edited != None && token > edited)
+        token += count() - before;
+    if (token != None)
+        choose(token, event->modifiers());
+    else
+        backToInput();
+}
+
+void TWTokenField::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (const int token = tokenAt(event->pos()); token != None)
+        beginEditing(token);
+}
+
+bool TWTokenField::viewportEvent(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QAbstractScrollArea::viewportEvent(event);
+    const auto& help = static_cast<QHelpEvent&>(*event);
+    const int token = tokenAt(help.pos());
+    QToolTip::showText(help.globalPos(), token == None ? QString() : shown(words_[token]), viewport());
+    return true;
+}
+
+int TWTokenField::tokenAt(const QPoint& inViewport) const
+{
+    const int box = layout_.boxAt(inViewport + QPoint(0, verticalScrollBar()->value()));
+    return box < count() ? box : None;
+}
+
+QRect TWTokenField::tokenRect(int token) const
+{
+    return layout_.box(token).translated(0, -verticalScrollBar()->value());
+}
+
+int TWTokenField::widthOf(const QString& word) const
+{
+    return fontMetrics().horizontalAdvance(shown(word)) + 2 * Padding;
+}
+
+// Of all words: the texts or the font have changed.
+void TWTokenField::measure()
+{
+    widths_.clear();
+    widths_.reserve(words_.size());
+    for (const auto& word : words_)
+        widths_.push_back(widthOf(word));
+    input_->setPlaceholderText(words_.isEmpty() ? tr("Type a word and press Return.") : QString());
+    arrange();
+}
+
+void TWTokenField::arrange()
+{
+    auto widths = widths_;
+    const int typed = std::max(NarrowestInput, widthOf(input_->text()) + Padding);
+    widths.push_back(typed);
+    if (editing_ != None)
+        widths[static_cast<std::size_t>(editing_)] = typed;
+    const int boxHeight = fontMetrics().height() + 8;
+    layout_.arrange(widths, {viewport()->width(), boxHeight, Gap});
+    verticalScrollBar()->setRange(0, std::max(0, layout_.height() - viewport()->height()));
+    verticalScrollBar()->setPageStep(viewport()->height());
+    verticalScrollBar()->setSingleStep(boxHeight + Gap);
+    placeInput();
+    updateDescription();
+    viewport()->update();
+}
+
+void TWTokenField::placeInput()
+{
+    auto rect = tokenRect(editing_ == None ? count() : editing_);
+    if (editing_ == None)
+        rect.setRight(viewport()->width() - Gap);
+    else
+        rect.adjust(Padding / 2, 2, -Padding / 2, -2);
+    input_->setGeometry(rect);
+}
+
+void TWTokenField::reveal(const QRect& box)
+{
+    auto* bar = verticalScrollBar();
+    if (box.top() - Gap < bar->value())
+        bar->setValue(box.top() - Gap);
+    else if (box.bottom() + Gap > bar->value() + viewport()->height())
+        bar->setValue(box.bottom() + Gap - viewport()->height());
+}
+
+void TWTokenField::resizeEvent(QResizeEvent* event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    arrange();
+}
+
+void TWTokenField::scrollContentsBy(int, int)
+{
+    placeInput();
+    viewport()->update();
+}
+
+void TWTokenField::changeEvent(QEvent* event)
+{
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        measure();
+}
+
+void TWTokenField::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int scrolled = verticalScrollBar()->value();
+    painter.translate(0, -scrolled);
+    const auto damaged = event->rect().translated(0, scrolled);
+    for (int token = layout_.firstBelow(damaged.top()); token < count() && layout_.box(token).top() <= damaged.bottom(); ++token) {
+        if (token == editing_)
+            paintFrame(painter, token);
+        else
+            paintToken(painter, token);
+    }
+}
+
+// Around the input, where it stands in the place of a token.
+void TWTokenField::paintFrame(QPainter& painter, int token) const
+{
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.setBrush(palette().color(QPalette::Base));
+    painter.drawRoundedRect(QRectF(layout_.box(token)).adjusted(1, 1, -1, -1), Padding, Padding);
+}
+
+// Selection shows in the ground, and the current token in a heavier outline too.
+void TWTokenField::paintToken(QPainter& painter, int token) const
+{
+    const auto& box = layout_.box(token);
+    const auto& colors = palette();
+    const bool selected = selected_.contains(token);
+    const auto highlight = colors.color(QPalette::Highlight);
+    auto text = colors.color(selected ? QPalette::HighlightedText : QPalette::Text);
+    const auto word = words_[token];
+    QPen outline(word.isEmpty() ? colors.color(QPalette::Text) : highlight, token == current_ ? 2 : 1);
+    if (word.isEmpty()) {
+        outline.setStyle(Qt::DashLine);
+        text.setAlphaF(selected ? 1 : EmptyOpacity);
+    }
+    const auto ground = word.isEmpty() ? colors.color(QPalette::Base) : mixed(colors.color(QPalette::Base), highlight, TokenTint);
+    if (token == current_)
+        outline.setColor(colors.color(QPalette::Text));
+    painter.setPen(outline);
+    painter.setBrush(selected ? highlight : ground);
+    const double radius = box.height() / 2.0;
+    painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.setPen(text);
+    const auto inner = box.adjusted(Padding, 0, -Padding, 0);
+    painter.drawText(inner, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+        fontMetrics().elidedText(shown(word), Qt::ElideMiddle, inner.width() + 1));
+}
+
+void TWTokenField::updateDescription()
+{
+    auto description = tr("%n word(s)", nullptr, count());
+    if (current_ != None)
+        description = tr("%1; selected: %2").arg(description, shown(words_[current_]));
+    if (description == accessibleDescription())
+        return;
+    setAccessibleDescription(description);
+    input_->setAccessibleDescription(description);
+}

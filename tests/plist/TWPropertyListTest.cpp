@@ -1,0 +1,303 @@
+#include "plist/TWPropertyList.h"
+
+#include "../../fuzz/plist_property.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+
+namespace {
+
+using Format = TWPropertyListFormat;
+using namespace std::string_literals;
+
+const std::filesystem::path Here = std::filesystem::path(__FILE__).parent_path();
+
+std::string fileBytes(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return { std::istreambuf_iterator<char>(file), {} };
+}
+
+TWDictionary dictionary(std::vector<TWDictionary::Entry> entries)
+{
+    return TWDictionary::fromEntries(std::move(entries));
+}
+
+// The value of data/fixtures.py.
+TWValue fixture()
+{
+    using Array = TWValue::Array;
+    std::string everyByte;
+    for (int byte = 0; byte < 256; byte++)
+        everyByte += static_cast<char>(byte);
+    return dictionary({ { "zebra first", true }, { "no", false },
+        { "integers",
+            Array{ 0, 1, -1, 255, 256, 65535, 65536, std::int64_t(4294967295), std::int64_t(4294967296),
+                std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min() } },
+        { "reals", Array{ 0.5, -1e300, 0.1, 5e-324 } }, { "text", "a < b & \"c\" > 'd'\n\tTäglich, 東京, 😀" },
+        { "empty", Array{ "", TWData{}, TWDictionary(), Array() } }, { "date", TWDate{ 730943998 } },
+        { "early", TWDate{ -12622780800 } }, { "data", TWData{ everyByte } },
+        { "again",
+            dictionary({ { "text", "Täglich" },
+                { "nested",
+                    dictionary({ { "data", Array{ TWData{ "\0"s }, TWData{ "\0\xff"s }, TWData{ "abc" } } } }) } }) },
+        { "a long key with ümlauts, longer than fourteen", "fourteen bytes, and then some" } });
+}
+
+std::string xml(std::string_view inside)
+{
+    return "<?xml version='1.0'?>\n<plist version='1.0'>" + std::string(inside) + "</plist>";
+}
+
+std::string bigEndian(std::size_t number, int size)
+{
+    std::string bytes;
+    while (size-- > 0)
+        bytes += static_cast<char>(number >> 8 * size);
+    return bytes;
+}
+
+// A binary list of the given objects, the first on top, with references of so many bytes.
+std::string binary(const std::vector<std::string>& objects, char referenceSize = 1)
+{
+    std::string file = "bplist00";
+    std::string table;
+    for (const std::string& object : objects) {
+        table += bigEndian(file.size(), 4);
+        file += object;
+    }
+    const std::string trailer = bigEndian(4, 7) + referenceSize + bigEndian(objects.size(), 8) + bigEndian(0, 8);
+    return file + table + trailer + bigEndian(file.size(), 8);
+}
+
+std::string problem(std::string_view bytes)
+{
+    const TWPropertyListResult result = TWPropertyList::read(bytes);
+    EXPECT_EQ(result.value.has_value(), result.problem.empty());
+    return result.problem;
+}
+
+TWValue nested(int depth, TWValue value = 1)
+{
+    for (int i = 0; i < depth; i++) {
+        TWValue::Array items(1);
+        TWDictionary entries;
+        if (i % 2) {
+            items[0] = std::move(value); // braces would copy it
+            value = std::move(items);
+        } else {
+            entries.set("k", std::move(value));
+            value = std::move(entries);
+        }
+    }
+    return value;
+}
+
+}
+
+TEST(TWPropertyList, readsAndWritesWhatOthersDo)
+{
+    for (const char* name : { "python.xml.plist", "utf16.xml.plist", "python.binary.plist", "ours.binary.plist" }) {
+        const TWPropertyListResult result = TWPropertyList::read(fileBytes(Here / "data" / name));
+        ASSERT_TRUE(result.value) << name << ": " << result.problem;
+        EXPECT_EQ(*result.value, fixture()) << name;
+        EXPECT_EQ(
+            result.format, std::string_view(name).find("xml") != std::string_view::npos ? Format::XML : Format::Binary);
+    }
+    // Python wrote the one and reads the other; see data/fixtures.py.
+    EXPECT_EQ(TWPropertyList::write(fixture(), Format::XML), fileBytes(Here / "data/python.xml.plist"));
+    EXPECT_EQ(TWPropertyList::write(fixture(), Format::Binary), fileBytes(Here / "data/ours.binary.plist"));
+}
+
+TEST(TWPropertyList, readsUnusualXML)
+{
+    const std::pair<std::string, TWValue> cases[]
+        = { { xml("<integer> 0x1F\n</integer>"), 31 }, { xml("<integer>+7</integer>"), 7 },
+              { xml("<real>+infinity</real>"), HUGE_VAL }, { xml("<real>nan</real>"), std::nan("") },
+              { xml("<string>a<!-- no -->b<![CDATA[<c>]]>&#13;&quot;</string>"), "ab<c>\r\"" },
+              { xml("<data>\n\tAA E\r\n= </data>"), TWData{ "\0\1"s } },
+              { xml("<date>0000-12-30T00:00:00Z</date>"), TWDate{ -63114076800 } }, { "<array/>", TWValue::Array() },
+              { "\xef\xbb\xbf<dict></dict>", TWDictionary() },
+              { "<?xml version='1.0' encoding='ISO-8859-1'?><string>\xe4</string>", "ä" },
+              { xml("<dict><key>b</key><true/><key>a</key><false/><key>b</key><integer>3</integer></dict>"),
+                  dictionary({ { "b", 3 }, { "a", false } }) } };
+    for (const auto& [bytes, expected] : cases) {
+        const TWPropertyListResult result = TWPropertyList::read(bytes);
+        ASSERT_TRUE(result.value) << bytes << ": " << result.problem;
+        EXPECT_EQ(*result.value, expected) << bytes;
+        TWPlistProperty::check(bytes);
+    }
+}
+
+TEST(TWPropertyList, refusesWrongXML)
+{
+    for (const char* inside : { "", "text", "<foo/>", "<integer/>", "<integer>1 2</integer>", "<integer>--1</integer>",
+             "<integer>1.5</integer>", "<integer>9223372036854775808</integer>",
+             "<integer>-9223372036854775809</integer>", "<real>1,5</real>", "<real>1e999</real>", "<real>+-1</real>",
+             "<real/>", "<date>2024-02-30T00:00:00Z</date>", "<date>2024-02-03</date>",
+             "<date>2024-02-03T24:00:00Z</date>", "<data>AAA</data>", "<data>A*AA</data>", "<data>AA=A</data>",
+             "<data>A===</data>", "<true>yes</true>", "<true/><true/>", "<plist><true/></plist>", "<key>a</key>",
+             "<dict><key>a</key></dict>", "<dict><true/></dict>", "<dict><key>a</key><key>b</key></dict>",
+             "<array><key>a</key></array>", "<array>text<true/></array>", "<string><true/></string>",
+             "<string>&#1;</string>", "<string>&unknown;</string>", "<array><plist/></array>", "<array><true/>" })
+        EXPECT_NE(problem(xml(inside)), "") << inside;
+    EXPECT_EQ(problem(xml("\n<array>\n<" + std::string(500, 'o') + "/>")),
+        "line 4: unknown element <" + std::string(40, 'o') + "...>");
+    EXPECT_EQ(problem(xml("<integer>9223372036854775808</integer>")),
+        "line 2: <integer> does not fit into 64 bits with a sign");
+    EXPECT_NE(problem(""), "");
+    EXPECT_NE(problem("{ old = style; }"), "");
+    // Entities, also unknown ones that a document type elsewhere may declare.
+    EXPECT_NE(
+        problem("<!DOCTYPE plist [<!ENTITY a 'aaaa'><!ENTITY b '&a;&a;'>]><plist><string>&b;</string></plist>"), "");
+    EXPECT_NE(problem("<!DOCTYPE plist PUBLIC 'x' 'http://x'><plist><string>a&unknown;b</string></plist>"), "");
+}
+
+TEST(TWPropertyList, readsAndRefusesBinaryObjects)
+{
+    const std::pair<std::vector<std::string>, TWValue> good[]
+        = { { { "\x14\0\0\0\0\0\0\0\0\x7f\xff\xff\xff\xff\xff\xff\xff"s }, std::numeric_limits<std::int64_t>::max() },
+              { { "\x14"s + std::string(16, '\xff') }, -1 }, { { "\x12\xff\xff\xff\xff" }, std::int64_t(4294967295) },
+              { { "\x22\x3f\xc0\0\0"s }, 1.5 }, { { "\x62\xd8\x3d\xde\x00"s }, "😀" }, { { "\x52\0a"s }, "\0a"s },
+              { { "\xd2\1\1\2\3"s, "\x51k", "\x08", "\x09" }, dictionary({ { "k", true } }) },
+              { { "\xa2\1\1", "\x51s" }, TWValue::Array{ "s", "s" } } };
+    for (const auto& [objects, expected] : good) {
+        const TWPropertyListResult result = TWPropertyList::read(binary(objects));
+        ASSERT_TRUE(result.value) << result.problem;
+        EXPECT_EQ(*result.value, expected);
+        TWPlistProperty::check(binary(objects));
+    }
+    const std::vector<std::string> bad[]
+        = { { "\0"s }, { "\x0f" }, { "\x80\1" }, { "\xc0" }, { "\x70" }, { "\x15"s + std::string(32, '\0') },
+              { "\x14"s + std::string(8, '\0') + std::string(8, '\xff') }, { "\x33\x7f\xf8\0\0\0\0\0\0"s },
+              { "\x51\xe4" }, { "\x61\xd8\0"s }, { "\x62\xde\0\xd8\x3d"s }, { "\x61\xdc\0"s }, { "\xa1\7" },
+              { "\xd1\1\1", "\x09" }, { "\x5f" }, { "\x5f\x23" }, { "\x4f\x13\xff\xff\xff\xff\xff\xff\xff\xff" },
+              { "\xaf\x13\x40\0\0\0\0\0\0\0"s }, { "\xa1\0"s }, { "\xd1\1\0"s, "\x51k" } };
+    for (const auto& objects : bad)
+        EXPECT_NE(problem(binary(objects)), "") << testing::PrintToString(objects);
+    EXPECT_EQ(problem(binary({ "\x80\1" })), "it holds a UID, as files of keyed archives do");
+}
+
+TEST(TWPropertyList, refusesToWriteWhatCouldNotBeReadBack)
+{
+    for (const char* wrong : { "\xff", "\xc0\x80", "\xed\xa0\x80", "\xe2\x82", "\xf4\x90\x80\x80" }) {
+        for (const Format format : { Format::XML, Format::Binary }) {
+            EXPECT_FALSE(TWPropertyList::write(wrong, format));
+            EXPECT_FALSE(TWPropertyList::write(dictionary({ { wrong, 1 } }), format));
+        }
+    }
+    for (const TWValue& onlyBinary :
+        { TWValue("\1"), TWValue("\xef\xbf\xbf"), TWValue("\0"s), TWValue(TWDate{ 1e15 }), TWValue(TWDate{ -1e15 }) }) {
+        EXPECT_FALSE(TWPropertyList::write(onlyBinary, Format::XML));
+        EXPECT_TRUE(TWPropertyList::write(onlyBinary, Format::Binary));
+    }
+    EXPECT_FALSE(TWPropertyList::write(TWDate{ std::nan("") }, Format::Binary));
+    EXPECT_FALSE(TWPropertyList::write(TWData{ std::string(TWPropertyList::MaximumBytes, 'x') }, Format::Binary));
+    EXPECT_FALSE(TWPropertyList::write(std::string(TWPropertyList::MaximumBytes, 'x'), Format::XML));
+    // In XML the indents make these too long.
+    for (const TWValue& value : { TWValue(TWValue::Array(200'000)), TWValue(TWData{ std::string(2'000'000, 'x') }) }) {
+        EXPECT_FALSE(TWPropertyList::write(nested(500, value), Format::XML));
+        EXPECT_TRUE(TWPropertyList::write(nested(500, value), Format::Binary));
+    }
+}
+
+TEST(TWPropertyList, boundsDepth)
+{
+    for (const Format format : { Format::XML, Format::Binary }) {
+        const TWValue deepest = nested(TWPropertyList::MaximumDepth);
+        const auto written = TWPropertyList::write(deepest, format);
+        ASSERT_TRUE(written);
+        EXPECT_EQ(TWPropertyList::read(*written).value, deepest);
+        EXPECT_FALSE(TWPropertyList::write(nested(TWPropertyList::MaximumDepth + 1), format));
+    }
+    std::string deep;
+    for (int i = 0; i < 100'000; i++)
+        deep += "<array>";
+    EXPECT_EQ(problem("<plist>" + deep), "line 1: nested too deep");
+    std::vector<std::string> arrays; // each holds the one behind it
+    for (std::size_t i = 0; i < 100'000; i++)
+        arrays.push_back('\xa1' + bigEndian(i + 1, 4));
+    EXPECT_EQ(problem(binary(arrays, 4)), "nested too deep");
+}
+
+TEST(TWPropertyList, boundsWhatSharedObjectsStandFor)
+{
+    // 14 references each to the next array, 20 times: 14 to the power of 20 values, with and without keys.
+    std::vector<std::string> arrays;
+    std::vector<std::string> dictionaries{ "\xd1\1\2", "\x51k" };
+    for (char i = 1; i <= 20; i++)
+        arrays.push_back('\xae' + std::string(14, i));
+    for (char i = 3; i <= 22; i++)
+        dictionaries.push_back('\xde' + std::string(14, '\1') + std::string(14, i));
+    arrays.push_back("\x09");
+    dictionaries.push_back("\x09");
+    // 4096 references to one long string.
+    const std::vector<std::string> strings{ "\xaf\x11\x10\0"s + std::string(4096, '\1'),
+        "\x5f\x12\0\1\0\0"s + std::string(65536, 'a') };
+    for (const auto& objects : { arrays, dictionaries, strings }) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(problem(binary(objects)), "the file stands for a value that is far larger than itself");
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    }
+}
+
+TEST(TWPropertyList, survivesDamage)
+{
+    for (const char* name : { "python.xml.plist", "ours.binary.plist" }) {
+        const std::string whole = fileBytes(Here / "data" / name);
+        for (std::size_t length = 0; length < whole.size() - 1; length++)
+            EXPECT_NE(problem(whole.substr(0, length)), "") << name << " cut at " << length;
+        for (std::size_t place = 0; place < whole.size(); place++) {
+            for (const char other :
+                { '\0', '\x7f', '\xff', static_cast<char>(whole[place] ^ 1), static_cast<char>(whole[place] ^ 0x10) }) {
+                std::string damaged = whole;
+                damaged[place] = other;
+                TWPlistProperty::check(damaged);
+            }
+        }
+    }
+}
+
+// What fuzzing started from and what it found.
+TEST(TWPropertyList, holdsForFuzzedFiles)
+{
+    int files = 0;
+    for (const char* folder : { "corpus/plist_xml", "corpus/plist_binary", "finds/plist_xml", "finds/plist_binary" }) {
+        for (const auto& entry : std::filesystem::directory_iterator(Here / "../../fuzz" / folder)) {
+            const std::string bytes = fileBytes(entry.path());
+            TWPlistProperty::check(bytes);
+            TWPlistProperty::checkAsObjects(bytes);
+            files++;
+        }
+    }
+    EXPECT_GT(files, 4);
+}
+
+TEST(TWDictionary, mergesEqualKeysInBigFilesQuickly)
+{
+    std::vector<TWDictionary::Entry> entries;
+    for (int i = 0; i < 1'000'000; i++)
+        entries.emplace_back("key " + std::to_string(i % 700'000), i);
+    const TWDictionary merged = TWDictionary::fromEntries(std::move(entries));
+    ASSERT_EQ(merged.size(), 700'000u);
+    EXPECT_EQ(merged.entries()[5], TWDictionary::Entry("key 5", 700'005));
+    EXPECT_EQ(merged.entries()[699'999], TWDictionary::Entry("key 699999", 699'999));
+}
+
+TEST(TWDictionary, keepsOrder)
+{
+    TWDictionary settings = dictionary({ { "b", 1 }, { "a", 2 } });
+    settings.set("c", "new");
+    settings.set("b", true);
+    EXPECT_TRUE(settings.remove("a"));
+    EXPECT_FALSE(settings.remove("a"));
+    EXPECT_EQ(settings, dictionary({ { "b", true }, { "c", "new" } }));
+    EXPECT_FALSE(settings == dictionary({ { "c", "new" }, { "b", true } }));
+    EXPECT_EQ(settings.find("a"), nullptr);
+    EXPECT_FALSE(TWValue(1) == TWValue(true));
+}
