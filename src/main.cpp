@@ -174,7 +174,9 @@ int runListCommand(System& system, const TWInvocation& invocation, const TWDataF
     delegate.setView(&terminal);
     delegate.prepareForCommand();
     const int status = print(TWRunListCommand(delegate, invocation));
-    delegate.applicationWillTerminate();
+    // A command that failed has said so already.
+    if (status == TWStatus::Success)
+        delegate.applicationWillTerminate();
     return status;
 }
 

@@ -55,14 +55,18 @@ void TWTidewellAppDelegate::createCleaners()
 
 void TWTidewellAppDelegate::applicationDidFinishLaunching()
 {
+    // A damaged settings file is left untouched until the user changes a setting.
+    const bool damaged = !platform_.userDefaults.problem().empty();
     dataFolder_.make();
-    stampUUID();
-    settings_.set(TWKey::LastLaunchedVersion, platform_.bundle.info("CFBundleVersion"));
+    if (!damaged) {
+        stampUUID();
+        settings_.set(TWKey::LastLaunchedVersion, platform_.bundle.info("CFBundleVersion"));
+    }
     createCleaners();
     platform_.notifier.setClicked([this] { growlNotificationWasClicked(); });
     if (!view_->isKeyWindow(TWWindow::QuickCleanup))
         view_->bringToFront(TWWindow::Main);
-    if (!settings_.boolean(TWKey::FirstLaunchDone)) {
+    if (!damaged && !settings_.boolean(TWKey::FirstLaunchDone)) {
         // Stored first, so that the greeting is shown once even if the program is ended while it is open.
         settings_.set(TWKey::FirstLaunchDone, true);
         greet();
@@ -72,7 +76,9 @@ void TWTidewellAppDelegate::applicationDidFinishLaunching()
 void TWTidewellAppDelegate::prepareForCommand()
 {
     dataFolder_.make();
-    stampUUID();
+    // As above.
+    if (platform_.userDefaults.problem().empty())
+        stampUUID();
     for (const auto key : {TWKey::ShowResults, TWKey::AutoQuit, TWKey::BounceDockIcon})
         settings_.override(key, false);
     createCleaners();

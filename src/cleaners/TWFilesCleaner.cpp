@@ -187,6 +187,7 @@ void TWFilesCleaner::clean()
     }
     setCancelled(false);
     background_.reset();
+    expansion_.reset();
     reportStarted();
     fileDeleteQueue_ = std::make_unique<TWFileDeleteQueue>(tools_);
     fileDeleteQueue_->setDelegate(this);

@@ -114,6 +114,9 @@ std::unique_ptr<TWFileDeleteQueue> TWTrashCleaner::makeQueue(TWFileDeleteQueue::
 std::vector<std::string> TWTrashCleaner::recordsWithoutItem() const
 {
     std::vector<std::string> records;
+    // Of items that cannot be listed nobody can say that they are gone.
+    if (!plan().problem.empty())
+        return records;
     const auto items = tools_.places.standardize(info_);
     const std::string trash(TWPath::parent(items));
     if (const auto open = tools_.fileSystem.openFolder(trash + "/info", TWLinkAtEnd::DoNotFollow)) {

@@ -18,6 +18,7 @@ constexpr auto NoRules = "No rules yet. Add one with \"tidewell files add PATH\"
 constexpr auto NoWords = "The dictionary is empty. Add words with \"tidewell words add WORD\".\n";
 constexpr auto NoSuchWord = "The dictionary does not hold \"%@\".\n";
 constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
+constexpr auto NoPath = "A rule needs the path of a file or folder.\n";
 constexpr auto PathNotText = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
 
 TWCommandResult wrongUse(std::string err)
@@ -156,6 +157,8 @@ TWCommandResult listRules(const std::vector<TWFilesRule>& rules, bool json)
 
 TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
+    if (invocation.path.empty())
+        return wrongUse(NoPath);
     const auto path = TWPath::withoutTrailingSlashes(invocation.path);
     if (!TWText::isValidUTF8(path))
         return {TWStatus::Failure, "", TWText::fill(PathNotText, {TWText::oneLine(path)})};

@@ -12,7 +12,8 @@
 #include <CLI/CLI.hpp>
 #pragma GCC diagnostic pop
 
-#include <map>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -25,6 +26,7 @@ constexpr auto Footer = "Without a command the main window opens. Exit status: 0
 constexpr auto Remedy = "%@ Try \"tidewell --help\".\n";
 constexpr auto NoSuchCleaner = "There is no cleaner \"%@\". The cleaners are: %@.";
 constexpr auto LaterCleaner = "The cleaner \"%@\" comes in a later version.";
+constexpr auto NoSuchKind = "There is no kind of rule \"%@\". The kinds are: item, contents, keywords, keywords-deep.";
 constexpr auto VersionText = "Tidewell 1.0\n";
 
 std::string cleanerNames()
@@ -44,6 +46,17 @@ int cleanerPosition(const std::string& name)
     if (!TWCleanerTable()[static_cast<std::size_t>(position)].available)
         throw CLI::ValidationError(TWText::fill(LaterCleaner, {name}));
     return position;
+}
+
+std::int32_t kindNamed(const std::string& name)
+{
+    constexpr std::pair<std::string_view, TWWhatToDelete> Kinds[] = {{"item", TWItemItself}, {"contents", TWFolderContents},
+        {"keywords", TWItemsWithKeywords}, {"keywords-deep", TWItemsWithKeywordsDeep}};
+    for (const auto& [known, kind] : Kinds) {
+        if (known == name)
+            return kind;
+    }
+    throw CLI::ValidationError(TWText::fill(NoSuchKind, {name}));
 }
 
 class Parser {
@@ -75,6 +88,7 @@ public:
             invocation_.sandbox = sandbox_;
         if (!description_.empty())
             invocation_.description = description_;
+        invocation_.whatToDelete = kindNamed(what_);
         if (!only_.empty()) {
             invocation_.only.emplace();
             for (const auto& name : only_)
@@ -130,10 +144,11 @@ private:
         auto* words = group("words", "Show and change the keyword dictionary", Command::Words);
         command(*words, "list", "All words", Command::Words, Action::List);
         command(*words, "clear", "Remove all words", Command::Words, Action::Clear);
-        command(*words, "add", "Add words at the end", Command::Words, Action::Add)->add_option("WORD", invocation_.words)->required();
-        command(*words, "remove", "Remove words, each wherever it stands", Command::Words, Action::Remove)
-            ->add_option("WORD", invocation_.words)
-            ->required();
+        auto* add = command(*words, "add", "Add words at the end", Command::Words, Action::Add);
+        auto* remove = command(*words, "remove", "Remove words, each wherever it stands", Command::Words, Action::Remove);
+        // No extra arguments, or CLI11 would make the two words a and b of "[a,b]".
+        for (auto* sub : {add, remove})
+            sub->add_option("WORD", invocation_.words)->required()->allow_extra_args(false);
     }
 
     void addFiles()
@@ -143,9 +158,7 @@ private:
         command(*files, "defaults", "Replace all rules by the default ones", Command::Files, Action::Defaults);
         auto* add = command(*files, "add", "Add a rule at the end", Command::Files, Action::Add);
         add->add_option("PATH", invocation_.path)->required();
-        add->add_option("--what", invocation_.whatToDelete, "item, contents, keywords, keywords-deep")
-            ->transform(CLI::CheckedTransformer(std::map<std::string, std::int32_t> {{"item", TWItemItself},
-                {"contents", TWFolderContents}, {"keywords", TWItemsWithKeywords}, {"keywords-deep", TWItemsWithKeywordsDeep}}));
+        add->add_option("--what", what_, "item, contents, keywords, keywords-deep")->type_name("KIND");
         add->add_option("--description", description_, "The rule's name")->type_name("T");
         add->add_flag("--off", invocation_.off, "Switched off at first");
         for (const auto& [name, text, action] : {std::tuple {"remove", "Remove rule N", Action::Remove},
@@ -158,6 +171,7 @@ private:
     CLI::App app_;
     std::string sandbox_;
     std::string description_;
+    std::string what_ = "item";
     std::vector<std::string> only_;
     bool version_ = false;
 };

@@ -43,7 +43,7 @@ TWTerminal::TWTerminal(const TWInvocation& invocation)
 
 void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answered)
 {
-    std::fprintf(stderr, "%s\n%s\n", alert.title.c_str(), alert.text.c_str());
+    std::fprintf(stderr, "%s %s\n", alert.title.c_str(), alert.text.c_str());
     // With one button there is nothing to ask.
     const bool goOn = alert.alternateButton.empty() || confirmed(alert);
     answered(goOn ? TWAnswer::Default : TWAnswer::Alternate);

@@ -168,7 +168,7 @@ void TWFilesSheet::openHelpAnchor(const std::string& anchor)
 // The place in the list stays: after a removal the next rule is the current one.
 void TWFilesSheet::reloadTable()
 {
-    const int row = std::min(selectedRow(), model_->rowCount() - 1);
+    const int row = std::min(table_->currentIndex().row(), model_->rowCount() - 1);
     const int scrolled = table_->verticalScrollBar()->value();
     model_->reload();
     if (row >= 0)

@@ -13,6 +13,13 @@ namespace {
 constexpr int RowPadding = 10;
 constexpr int CellPadding = 16;
 
+// As a copy only: a file manager that took it for a move would delete the file.
+void acceptFiles(QDropEvent& event)
+{
+    event.setDropAction(Qt::CopyAction);
+    event.setAccepted(event.mimeData()->hasUrls() && event.possibleActions() & Qt::CopyAction);
+}
+
 }
 
 TWFilesTable::TWFilesTable(QWidget* parent)
@@ -67,21 +74,17 @@ void TWFilesTable::paintEvent(QPaintEvent* event)
 
 void TWFilesTable::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (event->mimeData()->hasUrls())
-        event->setDropAction(Qt::CopyAction);
-    event->setAccepted(event->mimeData()->hasUrls());
+    acceptFiles(*event);
 }
 
 void TWFilesTable::dragMoveEvent(QDragMoveEvent* event)
 {
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    acceptFiles(*event);
 }
 
-// Always a copy: a file manager must not take this for a move and delete the file.
 void TWFilesTable::dropEvent(QDropEvent* event)
 {
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    emit filesDropped(event->mimeData()->urls());
+    acceptFiles(*event);
+    if (event->isAccepted())
+        emit filesDropped(event->mimeData()->urls());
 }

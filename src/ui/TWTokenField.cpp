@@ -116,13 +116,13 @@ void TWTokenField::discardTyping()
     backToInput();
 }
 
-// Typing a comma ends a word; a pasted text ends as many as it holds, the last one too.
+// Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for Return.
 void TWTokenField::splitTyped(const QString& typed)
 {
-    if (!typed.contains(separator()))
+    if (editing_ != None || !typed.contains(separator()))
         return;
     bool endsWithComma = false;
-    auto words = split(typed, afterComma_ && editing_ == None, endsWithComma);
+    auto words = split(typed, afterComma_, endsWithComma);
     insertTyped(std::move(words));
     afterComma_ = endsWithComma;
 }

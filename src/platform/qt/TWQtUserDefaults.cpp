@@ -29,15 +29,16 @@ QVariant variant(const TWValue& value)
 TWQtUserDefaults::TWQtUserDefaults(const TWFileSystem& fileSystem, std::string file)
     : fileSystem_(fileSystem)
     , file_(std::move(file))
-    , settings_(text(file_), QSettings::IniFormat)
+    , settings_(std::in_place, text(file_), QSettings::IniFormat)
 {
-    if (settings_.status() != QSettings::NoError)
+    settings_->allKeys(); // or a damaged section is noticed only when one of its keys is asked for
+    if (settings_->status() != QSettings::NoError)
         problem_ = TWText::fill(Unreadable, {file_, file_});
 }
 
 std::optional<TWValue> TWQtUserDefaults::value(const std::string& key) const
 {
-    const auto stored = settings_.value(text(key));
+    const auto stored = settings_->value(text(key));
     if (!stored.isValid())
         return std::nullopt;
     if (stored.typeId() == QMetaType::Bool)
@@ -50,32 +51,48 @@ std::optional<TWValue> TWQtUserDefaults::value(const std::string& key) const
 
 void TWQtUserDefaults::setValue(const std::string& key, const TWValue& value)
 {
-    if (keepDamaged())
-        settings_.setValue(text(key), variant(value));
+    if (readyForChange())
+        settings_->setValue(text(key), variant(value));
 }
 
 void TWQtUserDefaults::removeValue(const std::string& key)
 {
-    if (keepDamaged())
-        settings_.remove(text(key));
+    if (readyForChange())
+        settings_->remove(text(key));
 }
 
 std::string TWQtUserDefaults::synchronize()
 {
     if (!problem_.empty())
-        return "";
-    settings_.sync();
-    return settings_.status() == QSettings::NoError ? "" : TWText::fill(Unwritable, {file_});
+        return changeRefused_ ? TWText::fill(Unwritable, {file_}) : "";
+    settings_->sync();
+    return settings_->status() == QSettings::NoError ? "" : TWText::fill(Unwritable, {file_});
 }
 
 // False when the damaged file could not be kept: then nothing is changed at all.
-bool TWQtUserDefaults::keepDamaged()
+bool TWQtUserDefaults::readyForChange()
 {
     if (problem_.empty())
         return true;
-    const int error = fileSystem_.copyFile(file_, file_ + ".damaged");
-    if (error != 0 && error != EEXIST)
+    QVariantMap readable;
+    for (const auto& key : settings_->allKeys())
+        readable[key] = settings_->value(key);
+    changeRefused_ = !keepDamaged() || fileSystem_.writeAtomically(file_, "") != 0;
+    if (changeRefused_)
         return false;
     problem_.clear();
+    // QSettings never forgets that its file was damaged: a new one goes on with what could be read.
+    settings_.emplace(text(file_), QSettings::IniFormat);
+    for (auto each = readable.cbegin(); each != readable.cend(); ++each)
+        settings_->setValue(each.key(), each.value());
     return true;
+}
+
+bool TWQtUserDefaults::keepDamaged() const
+{
+    // An earlier damaged file stays as it was: the next one gets a number.
+    int error = fileSystem_.copyFile(file_, file_ + ".damaged");
+    for (int number = 2; error == EEXIST && number < 100; ++number)
+        error = fileSystem_.copyFile(file_, file_ + ".damaged." + std::to_string(number));
+    return error == 0;
 }

@@ -18,10 +18,12 @@ public:
     std::string file() const override { return file_; }
 
 private:
-    bool keepDamaged();
+    bool readyForChange();
+    bool keepDamaged() const;
 
     const TWFileSystem& fileSystem_;
     const std::string file_;
-    QSettings settings_;
+    std::optional<QSettings> settings_;
     std::string problem_;
+    bool changeRefused_ = false;
 };

@@ -1,0 +1,52 @@
+#include "ui/TWWindowSession.h"
+
+#include "ui/TWDictionarySheet.h"
+#include "ui/TWFilesSheet.h"
+#include "ui/TWHelpWindow.h"
+
+TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate)
+    : delegate_(delegate)
+    , mainWindow_(delegate)
+{
+    QObject::connect(&mainWindow_, &TWMainWindow::editFilesRequested, &mainWindow_, [this] { editFiles(); });
+    QObject::connect(&mainWindow_, &TWMainWindow::editDictionaryRequested, &mainWindow_, [this] { editDictionary(); });
+    QObject::connect(&mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { helpWindow().openAnchor("index"); });
+}
+
+TWWindowSession::~TWWindowSession() = default;
+
+void TWWindowSession::activate()
+{
+    mainWindow_.bringToFront(TWWindow::Main);
+    mainWindow_.activate();
+}
+
+void TWWindowSession::clean()
+{
+    activate();
+    delegate_.clean();
+}
+
+TWHelpWindow& TWWindowSession::helpWindow()
+{
+    if (!helpWindow_)
+        helpWindow_ = std::make_unique<TWHelpWindow>(delegate_.platform().bundle);
+    return *helpWindow_;
+}
+
+void TWWindowSession::editFiles()
+{
+    if (!filesSheet_) {
+        filesSheet_ = std::make_unique<TWFilesSheet>(delegate_.filesWindowController(), helpWindow(), &mainWindow_);
+        QObject::connect(filesSheet_.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
+    }
+    filesSheet_->open();
+}
+
+void TWWindowSession::editDictionary()
+{
+    if (!dictionarySheet_)
+        dictionarySheet_ = std::make_unique<TWDictionarySheet>(delegate_.dictionaryWindowController(), helpWindow(), &mainWindow_);
+    delegate_.dictionaryWindowController().loadDictionary();
+    dictionarySheet_->open();
+}

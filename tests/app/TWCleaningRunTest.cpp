@@ -1,0 +1,209 @@
+#include "fakes/TWFakeApplication.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// The Trash holds one item and the Files cleaner has one rule; both are checked, and only the Trash cleaner is switched on.
+class TWCleaningRunTest : public testing::Test, protected TWFakeApplication {
+protected:
+    static constexpr std::size_t Trash = 2;
+    static constexpr std::size_t Files = 5;
+
+    TWCleaningRunTest()
+    {
+        root.write("home/default", "x");
+        root.write("home/.local/share/Trash/files/item", "x");
+        userDefaults.values = {{"FirstLaunchDone", true}, {"TrashCleaner", true}};
+        view.checked[Trash] = view.checked[Files] = true;
+        delegate->applicationDidFinishLaunching();
+        view.lines.clear();
+    }
+    void run()
+    {
+        delegate->clean();
+        runLoop.advance(1s);
+    }
+    // The results as "type text", the date checked and shown as DATE.
+    Lines results() const
+    {
+        static const std::regex date("\\(\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\+0000\\)");
+        Lines lines;
+        for (const auto& message : delegate->resultsWindowController().messages())
+            lines.push_back(std::to_string(int(message.type)) + " " + std::regex_replace(launcher.shown(message.text), date, "DATE"));
+        return lines;
+    }
+    void failTrash() { launcher.failures[places.trash + "/files/item"] = {TWTermination::Kind::Exited, 1, ""}; }
+    bool saw(const std::string& line) const { return std::find(view.lines.begin(), view.lines.end(), line) != view.lines.end(); }
+
+    std::unique_ptr<TWTidewellAppDelegate> delegate = start();
+};
+
+constexpr auto Start = "0 Cleaning up NOW! DATE";
+constexpr auto End = "0 Done Cleaning! DATE";
+const Lines AllOff {"disable", "off 0", "off 1", "off 2", "off 3", "off 4", "off 5", "off 6", "off 7"};
+
+Lines after(Lines lines, const Lines& more)
+{
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
+}
+
+TEST_F(TWCleaningRunTest, TheSettingsDecideWhoRunsAndEveryReportIsShown)
+{
+    failTrash();
+    run();
+    EXPECT_EQ(results(),
+        (Lines {Start, "0 Emptying the Trash...", "0   \xE2\x80\xA2 Delete ROOT/home/.local/share/Trash/files/item ...",
+            "0   \xE2\x80\xA2 Could not delete ROOT/home/.local/share/Trash/files/item",
+            "2 Some files could not be removed from the Trash!", End}));
+    EXPECT_EQ(view.lines, after(AllOff, {"yellow 2", "spin 2", "red 2", "rest 2", "enable", "ended: failed"}));
+    EXPECT_EQ(locks.held, 0);
+    EXPECT_EQ(notifier.notifications.size(), 0U);
+}
+
+TEST_F(TWCleaningRunTest, WithoutACheckedCleanerThereIsOnlyAnAlert)
+{
+    run();
+    const auto before = results();
+    view.checked = {};
+    view.lines.clear();
+    alerts.leavesOpen = true;
+    delegate->clean();
+    delegate->clean(); // while it is open
+    ASSERT_EQ(alerts.alerts.size(), 1U);
+    EXPECT_EQ(alerts.alerts[0].title + "|" + alerts.alerts[0].defaultButton + alerts.alerts[0].alternateButton, "No cleaner is activated.|OK");
+    EXPECT_EQ(results(), before);
+    alerts.answer(TWAnswer::Default);
+    EXPECT_EQ(view.lines, Lines {"ended: nothing run"});
+}
+
+TEST_F(TWCleaningRunTest, AWarningThatIsNotConfirmedRunsNothing)
+{
+    userDefaults.values["FilesCleaner"] = true;
+    delegate->filesWindowController().setActive(0, false);
+    alerts.script = {TWAnswer::Alternate};
+    run();
+    EXPECT_EQ(results(), Lines {Start});
+    EXPECT_EQ(view.lines, after(AllOff, {"enable", "ended: nothing run"}));
+    EXPECT_EQ(alerts.alerts[0].title + "|" + alerts.alerts[0].defaultButton + "|" + alerts.alerts[0].alternateButton,
+        "Wait!|Continue Anyway|Cancel");
+    EXPECT_EQ(alerts.alerts[0].text.substr(0, 31), "The Files cleaner is checked bu");
+    EXPECT_EQ(launcher.records, Lines());
+    EXPECT_EQ(locks.held, 0);
+    run();
+    EXPECT_EQ(view.lines.back(), "ended: succeeded");
+}
+
+TEST_F(TWCleaningRunTest, TheResultsOpenAtTheChosenMoment)
+{
+    userDefaults.values["ShowResults"] = true;
+    const auto lineBefore = [&](int mode) {
+        userDefaults.values["ShowResultsMode"] = mode;
+        view.lines.clear();
+        run();
+        const auto front = std::find(view.lines.begin(), view.lines.end(), "front results");
+        return front == view.lines.end() ? "never" : *(front - 1) + ", " + *(front + 1);
+    };
+    failTrash();
+    EXPECT_EQ(lineBefore(0), "spin 2, red 2");
+    EXPECT_EQ(lineBefore(1), "off 7, yellow 2");
+    EXPECT_EQ(lineBefore(2), "rest 2, enable");
+    launcher.failures.clear();
+    EXPECT_EQ(lineBefore(0), "never");
+}
+
+TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
+{
+    userDefaults.values["ShowResults"] = true;
+    userDefaults.values["FilesCleaner"] = true;
+    launcher.ending = TWRecordingLauncher::Ending::ByTest;
+    delegate->stop();
+    delegate->clean();
+    delegate->stop();
+    runLoop.advance(1s);
+    EXPECT_FALSE(delegate->running() || saw("front results") || saw("yellow 5"));
+    EXPECT_EQ(view.lines.back(), "ended: failed");
+    EXPECT_EQ(results().back(), End);
+    EXPECT_EQ(results()[results().size() - 2], "2 The cleaner was terminated before its job was finished!");
+}
+
+TEST_F(TWCleaningRunTest, EndsAsTheSettingsSay)
+{
+    userDefaults.values["GrowlCleaningDone"] = userDefaults.values["AutoQuit"] = userDefaults.values["BounceDockIcon"] = true;
+    const auto end = [&](int autoQuitMode) {
+        userDefaults.values["AutoQuitMode"] = autoQuitMode;
+        run();
+        const bool quits = saw("terminate");
+        EXPECT_NE(saw("attention"), quits);
+        EXPECT_NE(saw("enable"), quits);
+        view.lines.clear();
+        return quits;
+    };
+    failTrash();
+    EXPECT_FALSE(end(0));
+    EXPECT_TRUE(end(3));
+    launcher.failures.clear();
+    EXPECT_TRUE(end(0));
+    const auto& failed = notifier.notifications.front();
+    EXPECT_EQ(failed.title + "|" + failed.text, "Uh oh...|One or more cleaners failed to run successfully. Click here for details.");
+    EXPECT_TRUE(failed.warning && failed.sticky);
+    const auto& succeeded = notifier.notifications.back();
+    EXPECT_EQ(succeeded.title + "|" + succeeded.text,
+        "Tidewell is done cleaning!|All the selected cleaners ran successfully. Click here to view the results.");
+    EXPECT_FALSE(succeeded.warning || succeeded.sticky);
+    notifier.clicked();
+    EXPECT_EQ(view.lines, (Lines {"activate", "front main", "front results"}));
+}
+
+TEST_F(TWCleaningRunTest, OnlyTheFilesCleanerGetsANarrowedSecureMode)
+{
+    userDefaults.values["FilesCleaner"] = userDefaults.values["SecurelyDeleteFiles"] = true;
+    for (const auto& [mode, files, trash] : std::vector<std::tuple<int, std::string, std::string>> {
+             {2, "--medium ", ""}, {0, "--simple ", "--simple "}, {256, "--simple ", ""}}) {
+        root.write("home/default", "x");
+        root.write("home/.local/share/Trash/files/item", "x");
+        userDefaults.values["SecurelyDeleteFilesMode"] = mode;
+        launcher.records.clear();
+        run();
+        EXPECT_EQ(launcher.records,
+            (Lines {"/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/files/item",
+                "/libexec/srm -rf " + files + "ROOT/home/default"}));
+    }
+}
+
+TEST_F(TWCleaningRunTest, CleanDuringARunStartsAgain)
+{
+    launcher.ending = TWRecordingLauncher::Ending::ByTest;
+    delegate->clean();
+    launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    EXPECT_EQ(locks.held, 1);
+    run();
+    EXPECT_EQ(results()[0], Start);
+    EXPECT_EQ(results().size(), 5U);
+    EXPECT_EQ(results().back(), End);
+    EXPECT_EQ(view.lines[view.lines.size() - 2], "enable");
+    EXPECT_EQ(locks.held, 0);
+    EXPECT_EQ(locks.paths.size(), 1U);
+}
+
+TEST_F(TWCleaningRunTest, OneCleaningAtATime)
+{
+    locks.heldByAnother = true;
+    run();
+    EXPECT_EQ(alerts.alerts[0].title, "Another cleaning is running.");
+    EXPECT_EQ(results(), Lines());
+    EXPECT_EQ(view.lines, Lines {"ended: nothing run"});
+    locks = {};
+    locks.error = EROFS;
+    run();
+    EXPECT_EQ(view.lines.back(), "ended: succeeded") << "where no lock can be made there is nobody to fear";
+}

@@ -1,0 +1,79 @@
+#include "fakes/TWFakeApplication.h"
+#include "fakes/TWFakeDeletion.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+namespace {
+
+class TWLaunchTest : public testing::Test, protected TWFakeApplication {
+protected:
+    std::string stored(const std::string& key) const
+    {
+        const auto value = userDefaults.value(key);
+        return value && value->string() ? *value->string() : "";
+    }
+};
+
+}
+
+TEST_F(TWLaunchTest, TheFirstLaunchMakesEverythingAndGreetsOnce)
+{
+    alerts.leavesOpen = true;
+    start()->applicationDidFinishLaunching();
+    EXPECT_TRUE(root.exists("home/.local/share/Tidewell"));
+    const auto identifier = stored("UUID");
+    EXPECT_TRUE(std::regex_match(identifier, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"))) << identifier;
+    EXPECT_EQ(view.lines, std::vector<std::string> {"front main"});
+    ASSERT_EQ(alerts.alerts.size(), 1U);
+    EXPECT_EQ(alerts.alerts[0].title + "|" + alerts.alerts[0].text + "|" + alerts.alerts[0].defaultButton,
+        "Welcome to Tidewell!|Welcome.|I Understand");
+    EXPECT_EQ(userDefaults.values.at("FirstLaunchDone"), TWValue(true)) << "while the greeting is open";
+
+    view.lines.clear();
+    view.keyWindows = {TWWindow::QuickCleanup};
+    start()->applicationDidFinishLaunching();
+    EXPECT_EQ(alerts.alerts.size(), 1U);
+    EXPECT_EQ(stored("UUID"), identifier);
+    EXPECT_TRUE(view.lines.empty()) << "a file was opened";
+}
+
+TEST_F(TWLaunchTest, TheEditorsSeeTheVersionOfTheLaunchBeforeThisOne)
+{
+    root.write("home/.local/share/Tidewell/FilesRules.plist", "<plist version=\"1.0\"><array/></plist>");
+    userDefaults.values = {{"LastLaunchedVersion", "0.9"}, {"FirstLaunchDone", true}};
+    const auto command = start(TWLaunchKind::Command);
+    command->prepareForCommand();
+    EXPECT_EQ(command->filesWindowController().rules().size(), 0U) << "a command merges nothing";
+    EXPECT_EQ(stored("LastLaunchedVersion"), "0.9");
+    const auto window = start();
+    EXPECT_EQ(window->filesWindowController().rules().size(), 1U);
+    EXPECT_EQ(stored("LastLaunchedVersion"), "0.9");
+    window->applicationDidFinishLaunching();
+    EXPECT_EQ(stored("LastLaunchedVersion"), "1.0");
+    EXPECT_EQ(start()->filesWindowController().rules().size(), 0U) << "once per version";
+}
+
+TEST_F(TWLaunchTest, ACommandNeitherStampsNorGreetsNorQuits)
+{
+    userDefaults.values = {{"ShowResults", true}, {"AutoQuit", true}, {"BounceDockIcon", true}};
+    const auto command = start(TWLaunchKind::Command);
+    command->prepareForCommand();
+    EXPECT_NE(stored("UUID"), "");
+    EXPECT_FALSE(userDefaults.value("LastLaunchedVersion") || userDefaults.value("FirstLaunchDone"));
+    EXPECT_TRUE(alerts.alerts.empty() && view.lines.empty());
+    for (const auto key : {TWKey::ShowResults, TWKey::AutoQuit, TWKey::BounceDockIcon})
+        EXPECT_FALSE(command->settings().boolean(key));
+}
+
+TEST_F(TWLaunchTest, SaysWhatIsBroken)
+{
+    std::filesystem::remove(root.path("resources/org.tidewell.Tidewell.plist"));
+    root.write("home/.local/share/Tidewell/Dictionary.plist", "broken");
+    root.write("home/.local/share/Tidewell/FilesRules.plist", "broken");
+    userDefaults.problemLine = "settings";
+    TWExpectedLog log;
+    EXPECT_EQ(start()->problems().size(), 3U);
+    EXPECT_EQ(log.lines.size(), 1U);
+}

@@ -1,0 +1,169 @@
+#include "cleaners/TWFilesCleaner.h"
+
+#include "builders/TWHostileTree.h"
+#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWRecordingCleanerDelegate.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class TWFilesCleanerTest : public testing::Test, protected TWFakeDeletion {
+protected:
+    TWFilesCleanerTest()
+    {
+        cleaner.setDelegate(&reports);
+        reports.shown = [this](std::string text) { return launcher.shown(std::move(text)); };
+    }
+    void give(std::vector<TWFilesRule> rules, Lines words = {"secret"})
+    {
+        info.filesArray = std::make_shared<std::vector<TWFilesRule>>(std::move(rules));
+        info.wordDictionary = std::move(words);
+        cleaner.setInfo(info);
+    }
+    TWFilesRule rule(const std::string& name, int kind) const { return {true, "", name[0] == '~' ? name : root.path(name), kind}; }
+    Lines run()
+    {
+        cleaner.clean();
+        runLoop.advance(1s);
+        return reports.take();
+    }
+    Lines found(const std::string& name, bool recursive)
+    {
+        Lines lines;
+        for (const auto& path : cleaner.itemsContainingKeywordsAtPath(root.path(name), recursive))
+            lines.push_back(launcher.shown(path));
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    }
+
+    TWFilesCleanerInfo info;
+    TWFilesCleaner cleaner {tools};
+    TWRecordingCleanerDelegate reports;
+};
+
+constexpr auto Started = "started: Deleting files and folders...";
+constexpr auto Success = "success: All files and folders have been deleted.";
+constexpr auto Failure = "failure: Some files and/or folders could not be deleted!";
+constexpr auto Terminated = "failure: The cleaner was terminated before its job was finished!";
+
+}
+
+TEST_F(TWFilesCleanerTest, EachKindDeletesWhatItSays)
+{
+    for (const auto* name : {"home/item/inside", "contents/.hidden", "top/Top SECRET.txt", "top/x/secret2", "deep/x/Secret3", "other"})
+        root.write(name, "x");
+    auto off = rule("other", TWItemItself);
+    off.active = false;
+    give({rule("~/item", 0), rule("contents", 1), rule("top", 2), off, rule("deep", 3), rule("other", 7), rule("home/no", 0)});
+    EXPECT_EQ(cleaner.validate(), "");
+    EXPECT_EQ(run(),
+        (Lines {Started, "- Item ROOT/home/no already deleted", "- Delete ROOT/home/item ...", "- Delete ROOT/contents/.hidden ...",
+            "- Delete ROOT/top/Top SECRET.txt ...", "- Delete ROOT/deep/x/Secret3 ...", Success, "finished"}));
+    EXPECT_TRUE(root.exists("top/x/secret2") && root.exists("other") && root.exists("contents"));
+}
+
+TEST_F(TWFilesCleanerTest, AFolderRuleWithoutAFolderEndsTheRunBeforeAnythingIsDeleted)
+{
+    root.write("item", "x");
+    for (int kind = 1; kind <= 3; ++kind) {
+        give({rule("item", 0), rule("none", kind)});
+        EXPECT_EQ(run(), (Lines {Started, "failure: Folder ROOT/none does not exist!", "finished"}));
+        give({rule("item", 0), rule("item", kind)});
+        EXPECT_EQ(run(), (Lines {Started, "failure: The specified path (ROOT/item) is not a folder!", "finished"}));
+    }
+    EXPECT_EQ(launcher.records, Lines());
+}
+
+TEST_F(TWFilesCleanerTest, SaysThatThereIsNothingOnlyWhileNothingAtAllWasFound)
+{
+    root.folder("empty");
+    root.write("full/x", "x");
+    give({rule("empty", 1), rule("empty", 2), rule("full", 1), rule("empty", 1), rule("empty", 3)});
+    const auto none = "- No files to delete in ROOT/empty";
+    EXPECT_EQ(run(), (Lines {Started, none, none, "- Delete ROOT/full/x ...", Success, "finished"}));
+    give({});
+    EXPECT_EQ(run(), (Lines {Started, Success, "finished"}));
+    give({rule("full", 7)});
+    EXPECT_EQ(run(), (Lines {Started, Success, "finished"}));
+}
+
+TEST_F(TWFilesCleanerTest, WarnsOfRulesThatCannotDoAnything)
+{
+    const std::string noRules = "The Files cleaner is checked but there are no active rules. You should either disable the cleaner, "
+                                "activate some rules, or add some of your own.";
+    const std::string noWords = "\n\nThe Files cleaner is setup to clear files and folders based keywords but there is nothing in the "
+                                "dictionary. Add some words in the dictionary or deactivate the cleaner.";
+    give({}, {});
+    EXPECT_EQ(cleaner.validate(), noRules);
+    auto off = rule("x", 2);
+    off.active = false;
+    give({off}, {});
+    EXPECT_EQ(cleaner.validate(), noRules + noWords);
+    give({rule("x", 0), off}, {});
+    EXPECT_EQ(cleaner.validate(), noWords) << "a rule that is switched off counts for this one";
+    cleaner.setIsActive(false);
+    EXPECT_EQ(cleaner.validate(), "");
+}
+
+TEST_F(TWFilesCleanerTest, TheSearchEntersNeitherLinksNorPackages)
+{
+    const TWHostileTree tree(root);
+    root.write("hostile/Foo.app/secret", "x");
+    root.write("hostile/Foo.app/folder/secret", "x");
+    root.write("hostile/secret \xFF name", "x");
+    root.write("hostile/secret folder/secret inside", "x");
+    root.link("hostile/link to secret", root.path("canary"));
+    give({}, {"secret", "inside"});
+    EXPECT_EQ(found("hostile", true),
+        (Lines {"ROOT/hostile/link to secret", "ROOT/hostile/secret folder", "ROOT/hostile/secret \xFF name"}));
+    auto lines = reports.take();
+    std::sort(lines.begin(), lines.end());
+    lines.resize(2); // then comes the unreadable folder, if it is one for this user
+    EXPECT_EQ(lines, (Lines {"- Skipping Bundle ROOT/hostile/Foo.app/folder", "- Skipping Bundle ROOT/hostile/Foo.app/secret"}));
+    // A link that a rule itself names is followed, once.
+    EXPECT_EQ(found("hostile/link to secret", true), Lines {"ROOT/hostile/link to secret/folder/inside"});
+}
+
+TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
+{
+    launcher.ending = TWRecordingLauncher::Ending::ByTest;
+    give({rule(root.write("one", "x").substr(root.path().size() + 1), 0), rule("home", 0), rule("two", 0)});
+    root.write("two", "x");
+    info.securelyDeleteFiles = true;
+    cleaner.setInfo(info);
+    cleaner.clean();
+    runLoop.runUntilIdle();
+    cleaner.cancel();
+    EXPECT_TRUE(cleaner.cancelled());
+    EXPECT_EQ(reports.take(), (Lines {Started, "- One-pass secure delete ROOT/one ...", Terminated, "finished"}));
+    launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    runLoop.advance(1s);
+    EXPECT_EQ(reports.take(),
+        (Lines {"- One-pass secure delete ROOT/home ...", "- One-pass secure delete ROOT/two ...",
+            "- The deletion tool /libexec/srm was ended by signal 15.", "- Could not delete ROOT/one",
+            "- Refused to delete \"ROOT/home\": it is the home folder.", "- Could not delete ROOT/home", Failure, "finished"}));
+    EXPECT_FALSE(root.exists("two"));
+}
+
+TEST(TWFilesRuleTest, AnEntryOfAnotherTypeMakesTheListUnreadable)
+{
+    const auto from = [](const char* key, TWValue value) {
+        TWDictionary record;
+        record.set(key, std::move(value));
+        return TWFilesRule::from(record);
+    };
+    EXPECT_EQ(from("Unknown", 1), (TWFilesRule {false, "", "", 0}));
+    EXPECT_EQ(from("Active", 1)->active, true);
+    EXPECT_EQ(from("WhatToDelete", true)->whatToDelete, 1);
+    for (const auto wraps : {std::int64_t(1) << 32, -(std::int64_t(1) << 32), (std::int64_t(1) << 32) + 1})
+        EXPECT_EQ(from("WhatToDelete", wraps)->whatToDelete, -1);
+    EXPECT_FALSE(from("Active", "yes") || from("FilePath", 1) || from("Description", false) || from("WhatToDelete", "0"));
+    const TWFilesRule rule {true, "Ä", "~/x", 3};
+    std::size_t bad = 0;
+    EXPECT_EQ(TWFilesRule::listFrom({rule.value()}, bad), std::vector {rule});
+    EXPECT_FALSE(TWFilesRule::listFrom({rule.value(), "text"}, bad));
+    EXPECT_EQ(bad, 2U);
+}

@@ -1,0 +1,76 @@
+#include "editors/TWDictionaryWindowController.h"
+
+#include "fakes/TWFakeMachine.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+struct View final : TWDictionaryView {
+    Lines calls;
+    void closeSheet() override { calls.emplace_back("close"); }
+    void openHelpAnchor(const std::string& anchor) override { calls.push_back("help " + anchor); }
+    void wordsChanged() override { calls.emplace_back("words"); }
+    void showProblem(const std::string&) override { calls.emplace_back("problem"); }
+};
+
+class TWDictionaryWindowControllerTest : public testing::Test, protected TWFakeMachine {
+protected:
+    TWDictionaryWindowControllerTest() { controller.setView(&view); }
+    const Lines& reload()
+    {
+        controller.loadDictionary();
+        return controller.wordDictionary();
+    }
+    static constexpr auto File = "home/.local/share/Tidewell/Dictionary.plist";
+
+    TWDataFolder folder {fileSystem, places, [this]() -> TWBundle& {
+                             bundle.infos["TWApplicationSupportFolder"] = "~/.local/share/Tidewell";
+                             return bundle;
+                         }()};
+    TWDictionaryWindowController controller {folder};
+    View view;
+};
+
+}
+
+TEST_F(TWDictionaryWindowControllerTest, WordsSurviveASaveAsTheyWereTyped)
+{
+    EXPECT_EQ(reload(), Lines());
+    const Lines words {"Größe", "", "b", "a", "b", " two words ", "\xF0\x9F\x92\xA7"};
+    controller.setWordDictionary(words);
+    controller.save();
+    EXPECT_EQ(TWDictionaryWindowController(folder).wordDictionary(), Lines());
+    EXPECT_NE(root.read(File).find("<data>"), std::string::npos);
+    controller.setWordDictionary({"unsaved"});
+    controller.cancel();
+    controller.help();
+    EXPECT_EQ(controller.wordDictionary(), Lines {"unsaved"}) << "until the editor is opened again";
+    EXPECT_EQ(reload(), words);
+    EXPECT_EQ(view.calls, (Lines {"words", "close", "close", "help Dictionary", "words"}));
+    controller.setWordDictionary({});
+    controller.save();
+    EXPECT_EQ(reload(), Lines());
+    EXPECT_EQ(controller.problem(), "");
+}
+
+TEST_F(TWDictionaryWindowControllerTest, AnElementThatIsNoWordKeepsTheWordsAndTheFile)
+{
+    controller.setWordDictionary({"kept"});
+    for (const auto* element : {"<string>text</string>", "<data>/w==</data>"}) {
+        const auto damaged = std::string("<plist version=\"1.0\"><array><data>YQ==</data>") + element + "</array></plist>";
+        root.write(File, damaged);
+        EXPECT_EQ(reload(), Lines {"kept"});
+        EXPECT_NE(controller.problem().find("entry 2 is not a word"), std::string::npos) << controller.problem();
+        EXPECT_EQ(root.read(File), damaged);
+    }
+    EXPECT_EQ(controller.write(), "");
+    EXPECT_TRUE(root.exists(File + std::string(".damaged")));
+    root.write(File, "broken");
+    EXPECT_EQ(reload(), Lines());
+    EXPECT_NE(controller.problem(), "");
+    std::filesystem::remove(folder.file("Dictionary.plist"));
+    root.write(File + std::string("/in the way"), "x");
+    controller.save();
+    EXPECT_EQ(view.calls.back(), "problem");
+}

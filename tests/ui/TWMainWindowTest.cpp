@@ -1,0 +1,158 @@
+#include "ui/TWMainWindow.h"
+
+#include "TWUITestSupport.h"
+#include "ui/TWSpinner.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QPushButton>
+#include <QTimer>
+
+using namespace TWUITest;
+
+namespace {
+
+class TWMainWindowTest : public testing::Test {
+protected:
+    TWMainWindowTest()
+    {
+        machine.root.write("home/.local/share/Trash/files/one", "1");
+        machine.root.write("home/.local/share/Trash/files/two", "2");
+        machine.root.write("home/.local/share/Tidewell/FilesRules.plist",
+            "<plist><array><dict><key>Active</key><true/></dict><dict/></array></plist>");
+        delegate = std::make_unique<TWTidewellAppDelegate>(machine.platform(), TWLaunchKind::Window);
+        delegate->settings().set(TWKey::FirstLaunchDone, true);
+        delegate->settings().set(TWKey::LogsCleaner, true);
+        window = std::make_unique<TWMainWindow>(*delegate);
+        delegate->applicationDidFinishLaunching();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
+
+    std::string line(const char* cleaner)
+    {
+        return child<QLabel>(*window, (cleaner + std::string("QuietLabel")).c_str())->text().toStdString();
+    }
+    std::string light(const char* cleaner)
+    {
+        return child<QWidget>(*window, (cleaner + std::string("Light")).c_str())->accessibleName().toStdString();
+    }
+    bool waitForLine(const char* cleaner, const std::string& text)
+    {
+        return QTest::qWaitFor([&] { return line(cleaner) == text; });
+    }
+    // Starts a run that stands at its first file.
+    void startRun()
+    {
+        QTest::mouseClick(child<QCheckBox>(*window, "trashCheckBox"), Qt::LeftButton, {}, {8, 8});
+        QTest::keyClick(window.get(), Qt::Key_Return);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return machine.tool.terminated != nullptr; }));
+    }
+    bool quits()
+    {
+        QTimer::singleShot(3000, qApp, [] { QCoreApplication::exit(1); });
+        return QApplication::exec() == 0;
+    }
+
+    Machine machine;
+    std::unique_ptr<TWTidewellAppDelegate> delegate;
+    std::unique_ptr<TWMainWindow> window;
+};
+
+TEST_F(TWMainWindowTest, RowsShowTheSettingsAndWhatTheCleanersWouldDo)
+{
+    EXPECT_TRUE(waitForLine("trash", "2 items, 8.2 KB")) << line("trash");
+    EXPECT_EQ(line("files"), "1 of 2 rules on");
+    EXPECT_EQ(line("logs"), "Comes in a later version");
+
+    auto* trash = child<QCheckBox>(*window, "trashCheckBox");
+    QTest::keyClick(trash, Qt::Key_Space);
+    EXPECT_TRUE(delegate->settings().boolean(TWKey::TrashCleaner));
+    EXPECT_TRUE(window->isChecked(TWCleanerPosition("trash")));
+    EXPECT_EQ(trash->accessibleName(), "Trash");
+    EXPECT_FALSE(window->isChecked(TWCleanerPosition("logs"))) << "not available, whatever the settings say";
+    EXPECT_FALSE(child<QCheckBox>(*window, "logsCheckBox")->isEnabled());
+
+    // Another process has emptied the Trash and changed the settings meanwhile.
+    std::filesystem::remove_all(machine.places.trash);
+    delegate->settings().set(TWKey::TrashCleaner, false);
+    window->refresh();
+    EXPECT_EQ(line("trash"), "The Trash is empty");
+    EXPECT_FALSE(trash->isChecked());
+    machine.root.write("home/.local/share/Trash/files", "no folder");
+    window->refresh();
+    EXPECT_EQ(line("trash"), "The Trash cannot be read");
+}
+
+TEST_F(TWMainWindowTest, LightsDifferInPictureAndName)
+{
+    std::vector<QImage> pictures;
+    std::vector<std::string> names;
+    for (const auto each : {TWLight::Off, TWLight::Yellow, TWLight::Green, TWLight::Red}) {
+        window->showLight(TWCleanerPosition("files"), each);
+        const auto picture = child<QWidget>(*window, "filesLight")->grab().toImage().convertToFormat(QImage::Format_Grayscale8);
+        EXPECT_FALSE(std::count(pictures.begin(), pictures.end(), picture)) << "without colour it looks like another";
+        pictures.push_back(picture);
+        names.push_back(light("files"));
+    }
+    EXPECT_EQ(names, (std::vector<std::string> {"Off", "Running", "Succeeded", "Failed"}));
+}
+
+TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgain)
+{
+    auto* clean = child<QPushButton>(*window, "cleanButton");
+    auto* stop = child<QPushButton>(*window, "stopButton");
+    EXPECT_FALSE(stop->isVisible());
+    startRun();
+    EXPECT_EQ(light("trash"), "Running");
+    EXPECT_TRUE(child<TWSpinner>(*window, "trashSpinner")->turning());
+    EXPECT_FALSE(clean->isEnabled());
+    EXPECT_TRUE(stop->isVisible());
+
+    machine.tool.finish();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return machine.tool.terminated != nullptr; }));
+    machine.tool.finish();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return clean->isEnabled(); }));
+    EXPECT_EQ(light("trash"), "Succeeded");
+    EXPECT_FALSE(child<TWSpinner>(*window, "trashSpinner")->turning());
+    EXPECT_TRUE(waitForLine("trash", "The Trash is empty"));
+    EXPECT_FALSE(stop->isVisible());
+}
+
+TEST_F(TWMainWindowTest, EscapeStopsARun)
+{
+    startRun();
+    QTest::keyClick(window.get(), Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !delegate->running(); }));
+    EXPECT_EQ(light("trash"), "Failed");
+    EXPECT_TRUE(waitForLine("trash", "1 item, 4.1 KB")) << line("trash");
+}
+
+TEST_F(TWMainWindowTest, ClosingDuringARunAsksAndThenStopsAndQuits)
+{
+    startRun();
+    EXPECT_FALSE(window->close());
+    EXPECT_FALSE(window->close()) << "and asks only once";
+    ASSERT_EQ(machine.alerts.alerts.size(), 1U);
+    EXPECT_EQ(machine.alerts.alerts[0].title, "Cleaning is still going on.");
+    machine.alerts.answer(TWAnswer::Alternate);
+    EXPECT_TRUE(delegate->running());
+
+    EXPECT_FALSE(window->close());
+    machine.alerts.answer(TWAnswer::Default);
+    EXPECT_TRUE(quits());
+    EXPECT_FALSE(delegate->running());
+}
+
+TEST_F(TWMainWindowTest, OnlyClosingTheMainWindowQuits)
+{
+    window->bringToFront(TWWindow::Results);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->isKeyWindow(TWWindow::Results); }));
+    QApplication::activeWindow()->close();
+    QTimer::singleShot(0, window.get(), [] { QApplication::activeWindow(); });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->isKeyWindow(TWWindow::Results); }));
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(window->close());
+    EXPECT_TRUE(quits());
+}
+
+}

@@ -1,0 +1,93 @@
+// Pictures of the sheets for the eye of a person: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter='TWSheetScreenshots.*'
+
+#include "TWSheetTestSupport.h"
+#include "ui/TWDictionarySheet.h"
+#include "ui/TWFilesSheet.h"
+
+#include <gtest/gtest.h>
+
+#include <QStyleFactory>
+#include <QTableView>
+#include <QTest>
+
+namespace {
+
+QPalette darkPalette()
+{
+    QPalette palette(QColor(53, 53, 53), QColor(42, 42, 42));
+    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    palette.setColor(QPalette::AlternateBase, QColor(44, 44, 44));
+    palette.setColor(QPalette::Highlight, QColor(61, 126, 201));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(120, 180, 255));
+    palette.setColor(QPalette::LinkVisited, QColor(190, 160, 255));
+    return palette;
+}
+
+void take(QWidget& widget, const QString& name)
+{
+    widget.show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&widget));
+    const auto scale = widget.devicePixelRatioF() > 1 ? "-2x" : "";
+    EXPECT_TRUE(widget.grab().save(QString("%1/%2%3.png").arg(qEnvironmentVariable("TIDEWELL_SCREENSHOTS"), name, scale)));
+}
+
+void takeFiles(const QString& theme)
+{
+    TWSheetTestWorld world;
+    world.folder.write("home/.cache/thumbnails/normal/a.png", std::string(123456, 'x'));
+    world.folder.write("home/.bash_history", "ls");
+    TWFilesSheet sheet(world.files, world.help, nullptr);
+    take(sheet, "files-empty" + theme);
+    sheet.hide();
+    world.files.applyDefaults();
+    for (const auto& rule : {TWFilesRule {true, "Everything!", "/", TWItemItself}, TWFilesRule {true, "My home", "~", TWItemItself},
+             TWFilesRule {true, "Old project", "~/Projects/Nobody knows where this went/and how deep it was/reports", TWFolderContents},
+             TWFilesRule {false, "From a newer version", "~/.cache/later", 7}})
+        world.files.settings()->push_back(rule);
+    world.files.reloadTable();
+    sheet.open();
+    world.files.reloadTable();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !world.files.note(18).text.empty(); }));
+    static_cast<QTableView*>(sheet.focusWidget())->selectRow(1);
+    take(sheet, "files" + theme);
+}
+
+void takeDictionary(const QString& theme)
+{
+    TWSheetTestWorld world;
+    TWDictionarySheet sheet(world.dictionary, world.help, nullptr);
+    take(sheet, "dictionary-empty" + theme);
+    std::vector<std::string> words {"invoice", "tax return", "\xC3\x84rzte", "", "a word that is so long that it cannot stand in one line of "
+                                                                     "this field, however wide the window is made by its user today"};
+    while (words.size() < 40)
+        words.push_back("word " + std::to_string(words.size() * words.size()));
+    world.dictionary.setWordDictionary(words);
+    sheet.hide();
+    sheet.show();
+    for (const auto key : {Qt::Key_Left, Qt::Key_Up, Qt::Key_Up})
+        QTest::keyClick(sheet.focusWidget(), key, key == Qt::Key_Up ? Qt::NoModifier : Qt::KeyboardModifiers());
+    QTest::keyClick(sheet.focusWidget(), Qt::Key_Right, Qt::ShiftModifier);
+    take(sheet, "dictionary" + theme);
+}
+
+TEST(TWSheetScreenshots, AreTaken)
+{
+    if (!qEnvironmentVariableIsSet("TIDEWELL_SCREENSHOTS"))
+        GTEST_SKIP() << "TIDEWELL_SCREENSHOTS names no folder";
+    auto& application = sheetTestApplication();
+    const auto before = application.palette();
+    application.setStyle(QStyleFactory::create("Fusion"));
+    for (const bool dark : {false, true}) {
+        application.setPalette(dark ? darkPalette() : before);
+        const QString theme = dark ? "-dark" : "";
+        takeFiles(theme);
+        takeDictionary(theme);
+        TWSheetTestWorld world;
+        world.help.openAnchor("Files");
+        take(world.help, "help" + theme);
+    }
+    application.setPalette(before);
+}
+
+}
