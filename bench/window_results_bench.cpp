@@ -4,11 +4,12 @@
 //   burst   our results window, all lines in one turn: the same
 //   memory  our results window: bytes for each line beyond its text
 
+#include "platform/linux/TWLinuxPlaces.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "ui/TWResultsWindow.h"
 
 #include <QApplication>
-#include <QTableView>
+#include <QHeaderView>
 #include <QTableWidget>
 #include <QTimer>
 
@@ -39,6 +40,11 @@ public:
     Widget()
         : table_(0, 1)
     {
+        // Nothing that costs without need: the scrolling is to be measured.
+        table_.horizontalHeader()->hide();
+        table_.horizontalHeader()->setStretchLastSection(true);
+        table_.verticalHeader()->hide();
+        table_.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
         table_.resize(720, 420);
         table_.show();
     }
@@ -63,7 +69,7 @@ class Ours final : public Shown {
 public:
     Ours()
         : controller_(runLoop_)
-        , window_(controller_, QString())
+        , window_(controller_, QString::fromStdString(TWLinuxPlaces().resources + "/icons"))
     {
         window_.show();
     }
