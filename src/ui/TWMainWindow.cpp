@@ -152,6 +152,7 @@ void TWMainWindow::paintEvent(QPaintEvent* event)
 
 void TWMainWindow::afterFirstPaint()
 {
+    QApplication::setWindowIcon(QIcon::fromTheme("tidewell", QIcon(resource("tidewell.svg"))));
     for (auto* row : rows_)
         row->loadIcon(resource("icons"));
     refreshTrashLine();

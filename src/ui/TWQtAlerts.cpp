@@ -2,9 +2,11 @@
 
 #include "ui/TWQtText.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyle>
 
 namespace {
 
@@ -25,8 +27,24 @@ QPushButton* addButton(QMessageBox& box, const std::string& text, QMessageBox::B
 // The texts are never markup, whatever file names they hold. The box itself sees to that for its first text only.
 void showPlainly(const QMessageBox& box)
 {
-    for (auto* label : box.findChildren<QLabel*>())
+    for (auto* label : box.findChildren<QLabel*>()) {
         label->setTextFormat(Qt::PlainText);
+        if (label->text() == box.text()) {
+            auto bold = label->font();
+            bold.setBold(true);
+            label->setFont(bold);
+        }
+    }
+}
+
+void setIcon(QMessageBox& box, const TWAlert& alert)
+{
+    const auto ours = QApplication::windowIcon();
+    const int size = box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
+    if (!alert.alternateButton.empty())
+        box.setIcon(QMessageBox::Warning);
+    else if (!ours.isNull())
+        box.setIconPixmap(ours.pixmap(QSize(size, size), box.devicePixelRatioF()));
 }
 
 }
@@ -37,7 +55,7 @@ void TWQtAlerts::show(const TWAlert& alert, std::function<void(TWAnswer)> answer
     box->setObjectName("alertMessageBox");
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowTitle(window_ ? window_->windowTitle() : TWQtText::exact(alert.title));
-    box->setIcon(alert.alternateButton.empty() ? QMessageBox::Information : QMessageBox::Warning);
+    setIcon(*box, alert);
     box->setText(TWQtText::exact(alert.title));
     box->setInformativeText(TWQtText::exact(alert.text));
     showPlainly(*box);

@@ -13,7 +13,9 @@ constexpr double FontScale = 0.9;
 // Of the palette's text colour: subdued, and still of more than 4.5 to 1 contrast wherever the palette's own is good.
 constexpr double Opacity = 0.72;
 
-constexpr int FewestCharacters = 12;
+// So that the window keeps its width while the texts change.
+constexpr int FewestCharacters = 26;
+constexpr int UsualCharacters = 38;
 
 }
 
@@ -27,7 +29,7 @@ TWQuietLabel::TWQuietLabel(QWidget* parent)
 QSize TWQuietLabel::sizeHint() const
 {
     const QFontMetrics metrics(smallFont());
-    return {metrics.horizontalAdvance(text()) + 1, metrics.height()};
+    return {metrics.averageCharWidth() * UsualCharacters, metrics.height()};
 }
 
 QSize TWQuietLabel::minimumSizeHint() const

@@ -29,6 +29,7 @@ protected:
         window = std::make_unique<TWResultsWindow>(controller, resourceFolder() + "/icons");
         table = child<QTableView>(*window, "resultsTableView");
         window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
     }
     std::string saved()
     {
@@ -45,7 +46,7 @@ protected:
 
 TEST_F(TWResultsWindowTest, LinesAreBlackOnTheColourOfTheirKindInEveryTheme)
 {
-    const TWResultsModel model(controller, "", nullptr);
+    const TWResultsModel model(controller, resourceFolder() + "/icons", nullptr);
     const auto of = [&](int row, int role) { return model.index(row, 0).data(role); };
     EXPECT_EQ(of(0, Qt::BackgroundRole).value<QColor>(), QColor(255, 255, 255));
     EXPECT_EQ(of(1, Qt::BackgroundRole).value<QColor>().rgb(), qRgb(182, 255, 0));
