@@ -20,7 +20,8 @@ constexpr int SheetHeight = 24;
 
 }
 
-TWDictionarySheet::TWDictionarySheet(TWDictionaryWindowController& controller, TWHelpWindow& helpWindow, QWidget* parent)
+TWDictionarySheet::TWDictionarySheet(
+    TWDictionaryWindowController& controller, TWHelpWindow& helpWindow, QWidget* parent)
     : QDialog(parent, Qt::Sheet)
     , controller_(controller)
     , helpWindow_(helpWindow)
@@ -64,8 +65,10 @@ QWidget* TWDictionarySheet::createButtons()
     auto* saveButton = set(QDialogButtonBox::Save, "savePushButton", tr("Save"));
     saveButton->setDefault(true);
     connect(saveButton, &QPushButton::clicked, this, &TWDictionarySheet::save);
-    connect(set(QDialogButtonBox::Cancel, "cancelPushButton", tr("Cancel")), &QPushButton::clicked, this, &QDialog::reject);
-    connect(set(QDialogButtonBox::Help, "helpPushButton", tr("Help")), &QPushButton::clicked, this, [this] { controller_.help(); });
+    connect(
+        set(QDialogButtonBox::Cancel, "cancelPushButton", tr("Cancel")), &QPushButton::clicked, this, &QDialog::reject);
+    connect(set(QDialogButtonBox::Help, "helpPushButton", tr("Help")), &QPushButton::clicked, this,
+        [this] { controller_.help(); });
     return box;
 }
 

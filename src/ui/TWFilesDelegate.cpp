@@ -75,7 +75,8 @@ void TWFilesDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, painter, option.widget);
 }
 
-QWidget* TWFilesDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const
+QWidget* TWFilesDelegate::createEditor(
+    QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
     if (index.column() == TWFilesTableModel::WhatToDelete)
         return createPopUp(parent, index);

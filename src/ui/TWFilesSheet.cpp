@@ -50,7 +50,8 @@ TWFilesSheet::TWFilesSheet(TWFilesWindowController& controller, TWHelpWindow& he
     setObjectName("filesSheet");
     setWindowTitle(tr("Files"));
     setWindowModality(Qt::WindowModal);
-    auto* introduction = new QLabel(tr("The Files cleaner carries out every active rule. Changes count at once; OK also saves them."));
+    auto* introduction
+        = new QLabel(tr("The Files cleaner carries out every active rule. Changes count at once; OK also saves them."));
     introduction->setObjectName("introductionLabel");
     introduction->setWordWrap(true);
     createTable();
@@ -91,8 +92,10 @@ QLayout* TWFilesSheet::createRuleButtons()
     addMenu_ = new QMenu(this);
     addMenu_->setObjectName("addMenu");
     addMenu_->setAccessibleName(tr("Add a rule"));
-    connect(addMenu_->addAction(tr("Choose a &File...")), &QAction::triggered, this, [this] { openChooser(QFileDialog::ExistingFile); });
-    connect(addMenu_->addAction(tr("Choose a Fol&der...")), &QAction::triggered, this, [this] { openChooser(QFileDialog::Directory); });
+    connect(addMenu_->addAction(tr("Choose a &File...")), &QAction::triggered, this,
+        [this] { openChooser(QFileDialog::ExistingFile); });
+    connect(addMenu_->addAction(tr("Choose a Fol&der...")), &QAction::triggered, this,
+        [this] { openChooser(QFileDialog::Directory); });
     // Queued: a menu hides before it says what was chosen.
     connect(addMenu_, &QMenu::aboutToHide, this, [this] {
         QTimer::singleShot(0, this, [this] {
@@ -216,7 +219,8 @@ void TWFilesSheet::showSelection()
 {
     const int row = selectedRow();
     removeButton_->setEnabled(row != -1);
-    noteLabel_->setText(row == -1 ? QString() : model_->index(row, TWFilesTableModel::Note).data(Qt::AccessibleTextRole).toString());
+    noteLabel_->setText(
+        row == -1 ? QString() : model_->index(row, TWFilesTableModel::Note).data(Qt::AccessibleTextRole).toString());
 }
 
 void TWFilesSheet::choosePath(
@@ -259,9 +263,10 @@ std::optional<std::string> TWFilesSheet::pathBytes(const QString& path)
 {
     const auto encoded = QFile::encodeName(path);
     const bool exact = !path.contains(QChar::ReplacementCharacter) && QFile::decodeName(encoded) == path;
-    messageBar_->setText(exact ? QString()
-                               : tr("The name \"%1\" is not valid UTF-8, so a rule cannot hold it. Choose the folder around it instead.")
-                                     .arg(path));
+    messageBar_->setText(exact
+            ? QString()
+            : tr("The name \"%1\" is not valid UTF-8, so a rule cannot hold it. Choose the folder around it instead.")
+                  .arg(path));
     if (!exact)
         return std::nullopt;
     return TWPath::withoutTrailingSlashes(encoded.toStdString());
@@ -277,6 +282,7 @@ void TWFilesSheet::addDropped(const QList<QUrl>& files)
         controller_.add();
         // Where Add makes an empty rule, nobody asked for the path.
         if (const auto path = std::exchange(droppedPath_, std::nullopt))
-            model_->setData(model_->index(selectedRow(), TWFilesTableModel::Path), TWQtText::exact(*path), Qt::EditRole);
+            model_->setData(
+                model_->index(selectedRow(), TWFilesTableModel::Path), TWQtText::exact(*path), Qt::EditRole);
     }
 }

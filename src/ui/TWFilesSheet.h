@@ -14,8 +14,8 @@ class TWFilesTableModel;
 class TWHelpWindow;
 class TWMessageBar;
 
-// The sheet of the Files editor. Edits act on the live list at once: OK saves them, closing the sheet any other way keeps them in
-// memory only.
+// The sheet of the Files editor. Edits act on the live list at once: OK saves them, closing the sheet any other way
+// keeps them in memory only.
 class TWFilesSheet final : public QDialog, private TWFilesView {
     Q_OBJECT
 
@@ -35,7 +35,8 @@ private:
     void notesChanged() override;
     int selectedRow() const override;
     void selectRow(int row) override;
-    void choosePath(const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) override;
+    void choosePath(
+        const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) override;
 
     void createTable();
     QLayout* createRuleButtons();

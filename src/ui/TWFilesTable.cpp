@@ -83,7 +83,8 @@ void TWFilesTable::paintEvent(QPaintEvent* event)
         return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Text));
-    painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, tr("No rules yet. Press + to choose a file or folder."));
+    painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
+        tr("No rules yet. Press + to choose a file or folder."));
 }
 
 void TWFilesTable::dragEnterEvent(QDragEnterEvent* event)

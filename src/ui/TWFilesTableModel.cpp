@@ -48,7 +48,7 @@ QVariant TWFilesTableModel::headerData(int section, Qt::Orientation orientation,
         return int(Qt::AlignLeft | Qt::AlignVCenter);
     if (role != Qt::DisplayRole)
         return {};
-    const QString titles[] = {tr("Active"), tr("Name"), tr("Path"), tr("What to delete"), tr("Matches now")};
+    const QString titles[] = { tr("Active"), tr("Name"), tr("Path"), tr("What to delete"), tr("Matches now") };
     return titles[section];
 }
 

@@ -48,7 +48,7 @@ TWHelpWindow::TWHelpWindow(const TWBundle& bundle)
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(createButtons());
     layout->addWidget(browser_, 1);
-    for (const auto key : {QKeySequence::Close, QKeySequence::Cancel})
+    for (const auto key : { QKeySequence::Close, QKeySequence::Cancel })
         connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
     resize(PageWidth * fontMetrics().averageCharWidth(), PageHeight * fontMetrics().lineSpacing());
     browser_->setFocus();

@@ -4,7 +4,8 @@
 
 #include <QTextBrowser>
 
-// The help pages, which lie in the folder "help" of the resources. Has no parent, so that it can be read beside a sheet.
+// The help pages, which lie in the folder "help" of the resources. Has no parent, so that it can be read beside a
+// sheet.
 class TWHelpWindow final : public QWidget {
     Q_OBJECT
 

@@ -28,8 +28,8 @@ QString shown(const QString& word)
 
 QColor mixed(const QColor& ground, const QColor& tint, float share)
 {
-    return QColor::fromRgbF(ground.redF() * (1 - share) + tint.redF() * share, ground.greenF() * (1 - share) + tint.greenF() * share,
-        ground.blueF() * (1 - share) + tint.blueF() * share);
+    return QColor::fromRgbF(ground.redF() * (1 - share) + tint.redF() * share,
+        ground.greenF() * (1 - share) + tint.greenF() * share, ground.blueF() * (1 - share) + tint.blueF() * share);
 }
 
 }
@@ -90,7 +90,8 @@ void TWTokenField::discardTyping()
     backToInput();
 }
 
-// Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for Return.
+// Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for
+// Return.
 void TWTokenField::splitTyped(const QString& typed)
 {
     if (editing_ != None || !TWTypedWords::hasSeparator(typed))
@@ -247,12 +248,12 @@ bool TWTokenField::inputKey(QKeyEvent& event)
     case Qt::Key_Escape:
         if (editing_ == None)
             return false;
-    {
-        const int token = std::exchange(editing_, None);
-        input_->clear();
-        choose(token);
-        return true;
-    }
+        {
+            const int token = std::exchange(editing_, None);
+            input_->clear();
+            choose(token);
+            return true;
+        }
     case Qt::Key_Left:
     case Qt::Key_Up:
     case Qt::Key_Backspace:
@@ -389,7 +390,7 @@ void TWTokenField::arrange()
     if (editing_ != None)
         widths[static_cast<std::size_t>(editing_)] = typed;
     const int boxHeight = fontMetrics().height() + 8;
-    layout_.arrange(widths, {viewport()->width(), boxHeight, Gap});
+    layout_.arrange(widths, { viewport()->width(), boxHeight, Gap });
     verticalScrollBar()->setRange(0, std::max(0, layout_.height() - viewport()->height()));
     verticalScrollBar()->setPageStep(viewport()->height());
     verticalScrollBar()->setSingleStep(boxHeight + Gap);
@@ -444,7 +445,8 @@ void TWTokenField::paintEvent(QPaintEvent* event)
     const int scrolled = verticalScrollBar()->value();
     painter.translate(0, -scrolled);
     const auto damaged = event->rect().translated(0, scrolled);
-    for (int token = layout_.firstBelow(damaged.top()); token < count() && layout_.box(token).top() <= damaged.bottom(); ++token) {
+    for (int token = layout_.firstBelow(damaged.top()); token < count() && layout_.box(token).top() <= damaged.bottom();
+         ++token) {
         if (token == editing_)
             paintFrame(painter, token);
         else
@@ -474,7 +476,8 @@ void TWTokenField::paintToken(QPainter& painter, int token) const
         outline.setStyle(Qt::DashLine);
         text.setAlphaF(selected ? 1 : EmptyOpacity);
     }
-    const auto ground = word.isEmpty() ? colors.color(QPalette::Base) : mixed(colors.color(QPalette::Base), highlight, TokenTint);
+    const auto ground
+        = word.isEmpty() ? colors.color(QPalette::Base) : mixed(colors.color(QPalette::Base), highlight, TokenTint);
     if (token == current_)
         outline.setColor(colors.color(QPalette::Text));
     painter.setPen(outline);

@@ -9,10 +9,10 @@
 
 class QLineEdit;
 
-// A list of words, each shown as a token, edited like a text. Comma or Return ends a word; tokens are chosen with the mouse or the
-// arrow keys, edited with a double click, F2 or Return, removed with Delete or Backspace. Tokens are painted and are no widgets, so
-// that ten thousand cost no more than those in sight. The keyboard belongs to one line edit all the time: it stands behind the last
-// token, or in the place of the token being edited.
+// A list of words, each shown as a token, edited like a text. Comma or Return ends a word; tokens are chosen with the
+// mouse or the arrow keys, edited with a double click, F2 or Return, removed with Delete or Backspace. Tokens are
+// painted and are no widgets, so that ten thousand cost no more than those in sight. The keyboard belongs to one line
+// edit all the time: it stands behind the last token, or in the place of the token being edited.
 class TWTokenField final : public QAbstractScrollArea {
     Q_OBJECT
 

@@ -31,7 +31,8 @@ int TWTokenLayout::boxAt(const QPoint& point) const
 
 int TWTokenLayout::firstBelow(int y) const
 {
-    const auto found = std::partition_point(boxes_.begin(), boxes_.end(), [y](const QRect& box) { return box.bottom() < y; });
+    const auto found
+        = std::partition_point(boxes_.begin(), boxes_.end(), [y](const QRect& box) { return box.bottom() < y; });
     return static_cast<int>(found - boxes_.begin());
 }
 

@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <QComboBox>
+#include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
-#include <QDropEvent>
 #include <QTableView>
 #include <QTest>
 #include <QToolButton>
@@ -82,14 +82,14 @@ protected:
     }
 
     TWSheetTestWorld world;
-    TWFilesSheet sheet {world.files, world.help, nullptr};
+    TWFilesSheet sheet{ world.files, world.help, nullptr };
     QTableView* table = find<QTableView>("filesTableView");
 };
 
 TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
 {
     const auto live = world.files.settings();
-    world.files.addRule({true, "Old", "~/old", TWItemItself});
+    world.files.addRule({ true, "Old", "~/old", TWItemItself });
     open();
     table->setCurrentIndex(table->model()->index(0, Path));
     QTest::keyClick(table, Qt::Key_Space);
@@ -100,13 +100,13 @@ TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
     edit(0, Name, "nameLineEdit", "New name");
     edit(0, Path, "pathLineEdit", "~/new, with blanks");
     pick(0, TWItemsWithKeywordsDeep);
-    const TWFilesRule expected {true, "New name", "~/new, with blanks", TWItemsWithKeywordsDeep};
-    EXPECT_EQ(*live, std::vector {expected});
+    const TWFilesRule expected{ true, "New name", "~/new, with blanks", TWItemsWithKeywordsDeep };
+    EXPECT_EQ(*live, std::vector{ expected });
 }
 
 TEST_F(TWFilesSheetTest, KeepsWhatAnEditorCannotShow)
 {
-    const TWFilesRule odd {false, "Odd", "/tmp/\xFF\nname", 7};
+    const TWFilesRule odd{ false, "Odd", "/tmp/\xFF\nname", 7 };
     world.files.addRule(odd);
     open();
     EXPECT_EQ(cell(0, WhatToDelete), "Nothing (kind 7)");
@@ -115,7 +115,7 @@ TEST_F(TWFilesSheetTest, KeepsWhatAnEditorCannotShow)
     QTest::keyClick(table, Qt::Key_F2);
     QTest::keyClick(find<QLineEdit>("pathLineEdit"), Qt::Key_Return);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !sheet.findChild<QLineEdit*>(); }));
-    EXPECT_EQ(world.files.rules(), std::vector {odd});
+    EXPECT_EQ(world.files.rules(), std::vector{ odd });
     pick(0, TWFolderContents);
     EXPECT_EQ(world.files.rules()[0].whatToDelete, TWFolderContents);
 }
@@ -159,7 +159,7 @@ TEST_F(TWFilesSheetTest, ChoosesALinkAndNotItsTarget)
     chooser->findChild<QLineEdit*>("fileNameEdit")->setText("link");
     QMetaObject::invokeMethod(chooser, "accept");
     ASSERT_TRUE(QTest::qWaitFor([&] { return world.files.rules().size() == 1; }));
-    const TWFilesRule expected {true, "link", "~/link", TWItemItself};
+    const TWFilesRule expected{ true, "link", "~/link", TWItemItself };
     EXPECT_EQ(world.files.rules()[0], expected);
 }
 
@@ -167,22 +167,22 @@ TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnly)
 {
     open();
     const auto home = QString::fromStdString(world.places.home);
-    drop({QUrl::fromLocalFile(home + "/by hand")});
+    drop({ QUrl::fromLocalFile(home + "/by hand") });
     world.settings.set(TWKey::ManualFilesRuleCreation, false);
-    drop({QUrl::fromLocalFile(home + "/a b/"), QUrl("https://example.org/c")});
+    drop({ QUrl::fromLocalFile(home + "/a b/"), QUrl("https://example.org/c") });
     ASSERT_EQ(world.files.rules().size(), 2U);
     EXPECT_EQ(world.files.rules()[0].filePath, world.places.home + "/by hand");
     EXPECT_EQ(world.files.rules()[1].filePath, "~/a b");
-    drop({QUrl::fromEncoded("file:///tmp/bad%FFname")});
+    drop({ QUrl::fromEncoded("file:///tmp/bad%FFname") });
     EXPECT_EQ(world.files.rules().size(), 2U);
     EXPECT_TRUE(find<QLabel>("messageLabel")->text().contains("not valid UTF-8"));
 }
 
 TEST_F(TWFilesSheetTest, AsksBeforeItRestoresTheDefaults)
 {
-    world.files.addRule({true, "Mine", "~/mine", TWItemItself});
+    world.files.addRule({ true, "Mine", "~/mine", TWItemItself });
     open();
-    world.alerts.script = {TWAnswer::Alternate, TWAnswer::Default};
+    world.alerts.script = { TWAnswer::Alternate, TWAnswer::Default };
     press("restoreDefaultsPushButton");
     EXPECT_EQ(world.files.rules().size(), 1U);
     press("restoreDefaultsPushButton");
@@ -198,9 +198,9 @@ TEST_F(TWFilesSheetTest, SavesWithOKOnlyAndCountsWhileOpen)
 {
     const auto saved = world.dataFolder.file("FilesRules.plist");
     world.home.write("three/bytes", "123");
-    world.files.addRule({true, "There", "~/three", TWFolderContents});
-    world.files.addRule({true, "Missing", "~/none", TWFolderContents});
-    world.files.addRule({true, "Refused", "/", TWItemItself});
+    world.files.addRule({ true, "There", "~/three", TWFolderContents });
+    world.files.addRule({ true, "Missing", "~/none", TWFolderContents });
+    world.files.addRule({ true, "Refused", "/", TWItemItself });
     open();
     EXPECT_TRUE(QTest::qWaitFor([&] { return cell(1, Note).contains("would stop here"); }));
     EXPECT_TRUE(cell(0, Note).startsWith("1 item, "));
@@ -224,7 +224,7 @@ TEST_F(TWFilesSheetTest, LooksAtTheRowsInSightOnlyHoweverLongTheListIs)
 {
     auto& rules = *world.files.settings();
     for (int row = 0; row < 5000; ++row)
-        rules.push_back({true, "Rule", "~/item" + std::to_string(row), TWItemItself});
+        rules.push_back({ true, "Rule", "~/item" + std::to_string(row), TWItemItself });
     world.files.reloadTable();
     open();
     sheet.grab();

@@ -1,4 +1,5 @@
-// Pictures of the sheets for the eye of a person: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter='TWSheetScreenshots.*'
+// Pictures of the sheets for the eye of a person: TIDEWELL_SCREENSHOTS=FOLDER tests_ui
+// --gtest_filter='TWSheetScreenshots.*'
 
 #include "TWSheetTestSupport.h"
 #include "ui/TWDictionarySheet.h"
@@ -29,7 +30,8 @@ void take(QWidget& widget, const QString& name)
     widget.show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(&widget));
     const auto scale = widget.devicePixelRatioF() > 1 ? "-2x" : "";
-    EXPECT_TRUE(widget.grab().save(QString("%1/%2%3.png").arg(qEnvironmentVariable("TIDEWELL_SCREENSHOTS"), name, scale)));
+    EXPECT_TRUE(
+        widget.grab().save(QString("%1/%2%3.png").arg(qEnvironmentVariable("TIDEWELL_SCREENSHOTS"), name, scale)));
 }
 
 void takeFiles(const QString& theme)
@@ -43,11 +45,12 @@ void takeFiles(const QString& theme)
     world.files.applyDefaults();
     auto& rules = *world.files.settings();
     rules.resize(8);
-    rules.push_back({true, "Old project", "~/Projects/Nobody knows where this went/and how deep it was/reports", TWFolderContents});
-    rules.push_back({false, "Papers", "~/Documents", TWItemsWithKeywordsDeep});
-    rules.push_back({false, "From a newer version", "~/.cache/later", 7});
-    rules.push_back({true, "My home", "~", TWItemItself});
-    rules.push_back({true, "Everything!", "/", TWItemItself});
+    rules.push_back({ true, "Old project", "~/Projects/Nobody knows where this went/and how deep it was/reports",
+        TWFolderContents });
+    rules.push_back({ false, "Papers", "~/Documents", TWItemsWithKeywordsDeep });
+    rules.push_back({ false, "From a newer version", "~/.cache/later", 7 });
+    rules.push_back({ true, "My home", "~", TWItemItself });
+    rules.push_back({ true, "Everything!", "/", TWItemItself });
     world.files.reloadTable();
     sheet.open();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !world.files.note(8).text.empty(); }));
@@ -60,14 +63,15 @@ void takeDictionary(const QString& theme)
     TWSheetTestWorld world;
     TWDictionarySheet sheet(world.dictionary, world.help, nullptr);
     take(sheet, "dictionary-empty" + theme);
-    std::vector<std::string> words {"invoice", "tax return", "\xC3\x84rzte", "", "a word that is so long that it cannot stand in one line of "
-                                                                     "this field, however wide the window is made by its user today"};
+    std::vector<std::string> words{ "invoice", "tax return", "\xC3\x84rzte", "",
+        "a word that is so long that it cannot stand in one line of "
+        "this field, however wide the window is made by its user today" };
     while (words.size() < 40)
         words.push_back("word " + std::to_string(words.size() * words.size()));
     world.dictionary.setWordDictionary(words);
     sheet.hide();
     sheet.show();
-    for (const auto key : {Qt::Key_Left, Qt::Key_Up, Qt::Key_Up})
+    for (const auto key : { Qt::Key_Left, Qt::Key_Up, Qt::Key_Up })
         QTest::keyClick(sheet.focusWidget(), key, key == Qt::Key_Up ? Qt::NoModifier : Qt::KeyboardModifiers());
     QTest::keyClick(sheet.focusWidget(), Qt::Key_Right, Qt::ShiftModifier);
     take(sheet, "dictionary" + theme);
@@ -83,7 +87,7 @@ TEST(TWSheetScreenshots, AreTaken)
 {
     if (!qEnvironmentVariableIsSet("TIDEWELL_SCREENSHOTS"))
         GTEST_SKIP() << "TIDEWELL_SCREENSHOTS names no folder";
-    for (const bool dark : {false, true}) {
+    for (const bool dark : { false, true }) {
         QApplication::setPalette(dark ? darkPalette() : QPalette(QColor(239, 239, 239)));
         const QString theme = dark ? "-dark" : "-light";
         takeFiles(theme);

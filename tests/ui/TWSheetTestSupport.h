@@ -16,7 +16,7 @@ struct TWSheetTestWorld {
     // Every look of the guard at a path comes by here.
     struct MountTable final : TWMountTable {
         int asked = 0;
-        std::vector<std::string> points {"/"};
+        std::vector<std::string> points{ "/" };
         const std::vector<std::string>& mountPoints() override
         {
             ++asked;
@@ -38,16 +38,16 @@ struct TWSheetTestWorld {
     TWTemporaryFolder home;
     TWPosixFileSystem fileSystem;
     TWPlaces places = placesIn(home.path());
-    TWFileBundle bundle {fileSystem, QCoreApplication::applicationDirPath().toStdString() + "/../share/tidewell"};
+    TWFileBundle bundle{ fileSystem, QCoreApplication::applicationDirPath().toStdString() + "/../share/tidewell" };
     MountTable mountTable;
     TWFakeAlerts alerts;
     TWQtRunLoop runLoop;
     TWFakeUserDefaults userDefaults;
-    TWSettings settings {userDefaults};
-    TWDataFolder dataFolder {fileSystem, places, bundle};
-    TWDeletionGuard guard {places, fileSystem, mountTable, dataFolder.path()};
-    TWDictionaryWindowController dictionary {dataFolder};
-    TWFilesWindowController files {
-        {settings, dataFolder, bundle, fileSystem, places, runLoop, alerts, guard, dictionary}};
-    TWHelpWindow help {bundle};
+    TWSettings settings{ userDefaults };
+    TWDataFolder dataFolder{ fileSystem, places, bundle };
+    TWDeletionGuard guard{ places, fileSystem, mountTable, dataFolder.path() };
+    TWDictionaryWindowController dictionary{ dataFolder };
+    TWFilesWindowController files{ { settings, dataFolder, bundle, fileSystem, places, runLoop, alerts, guard,
+        dictionary } };
+    TWHelpWindow help{ bundle };
 };

@@ -45,11 +45,11 @@ protected:
 TEST_F(TWTokenFieldTest, EndsWordsAtCommaAndReturnAsTyped)
 {
     type("tax return, Bills,,  two");
-    EXPECT_EQ(field.words(), QStringList({"tax return", "Bills", ""}));
+    EXPECT_EQ(field.words(), QStringList({ "tax return", "Bills", "" }));
     key(Qt::Key_Return);
     type("Bills");
     key(Qt::Key_Return);
-    EXPECT_EQ(field.words(), QStringList({"tax return", "Bills", "", " two", "Bills"}));
+    EXPECT_EQ(field.words(), QStringList({ "tax return", "Bills", "", " two", "Bills" }));
     EXPECT_EQ(input->text(), "");
     EXPECT_EQ(edits, 5);
     key(Qt::Key_Return);
@@ -60,7 +60,7 @@ TEST_F(TWTokenFieldTest, SplitsWhatIsPastedAndKeepsTensOfThousands)
 {
     type("pre");
     paste("fix, b\r\nc d\n\n e,");
-    EXPECT_EQ(field.words(), QStringList({"prefix", "b", "c d", "", " e"}));
+    EXPECT_EQ(field.words(), QStringList({ "prefix", "b", "c d", "", " e" }));
     EXPECT_EQ(edits, 1);
     type(" f,");
     EXPECT_EQ(field.words().last(), "f");
@@ -74,12 +74,12 @@ TEST_F(TWTokenFieldTest, SplitsWhatIsPastedAndKeepsTensOfThousands)
 
 TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
 {
-    field.setWords({"one", "two", "three"});
+    field.setWords({ "one", "two", "three" });
     QTest::mouseDClick(field.viewport(), Qt::LeftButton, {}, field.tokenRect(1).center());
     EXPECT_EQ(input->text(), "two");
     type("2,zwei");
     key(Qt::Key_Return);
-    EXPECT_EQ(field.words(), QStringList({"one", "2", "zwei", "three"}));
+    EXPECT_EQ(field.words(), QStringList({ "one", "2", "zwei", "three" }));
     key(Qt::Key_F2);
     EXPECT_EQ(input->text(), "zwei");
     type("gone");
@@ -89,14 +89,14 @@ TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
     key(Qt::Key_Return);
     key(Qt::Key_Backspace);
     click(3);
-    EXPECT_EQ(field.words(), QStringList({"one", "", "zwei", "three"})) << "emptied is empty, not removed";
+    EXPECT_EQ(field.words(), QStringList({ "one", "", "zwei", "three" })) << "emptied is empty, not removed";
     key(Qt::Key_Delete);
-    EXPECT_EQ(field.words(), QStringList({"one", "", "zwei"}));
+    EXPECT_EQ(field.words(), QStringList({ "one", "", "zwei" }));
 }
 
 TEST_F(TWTokenFieldTest, SelectsAndRemovesSeveral)
 {
-    field.setWords({"0", "1", "2", "3", "4", "5", "6"});
+    field.setWords({ "0", "1", "2", "3", "4", "5", "6" });
     click(1);
     click(3, Qt::ShiftModifier);
     click(5, Qt::ControlModifier);
@@ -104,14 +104,14 @@ TEST_F(TWTokenFieldTest, SelectsAndRemovesSeveral)
     EXPECT_EQ(QApplication::clipboard()->text(), "1\n2\n3\n5");
     click(2, Qt::ControlModifier);
     key(Qt::Key_Backspace);
-    EXPECT_EQ(field.words(), QStringList({"0", "2", "4", "6"}));
+    EXPECT_EQ(field.words(), QStringList({ "0", "2", "4", "6" }));
     EXPECT_EQ(field.accessibleDescription(), "4 word(s); selected: 2");
     type("x,");
     EXPECT_EQ(field.words().last(), "x") << "typing goes on at the end";
     key(Qt::Key_Left);
     key(Qt::Key_Left, Qt::ShiftModifier);
     key(Qt::Key_Delete);
-    EXPECT_EQ(field.words(), QStringList({"0", "2", "4"}));
+    EXPECT_EQ(field.words(), QStringList({ "0", "2", "4" }));
     key(Qt::Key_End);
     key(Qt::Key_Backspace);
     EXPECT_EQ(field.words().size(), 3) << "the first Backspace only selects";
@@ -125,7 +125,7 @@ TEST_F(TWTokenFieldTest, WrapsAndScrollsToWhereTheKeysAre)
     QStringList words;
     for (int word = 0; word < 300; ++word)
         words.append("some word");
-    field.setWords(words + QStringList {QString(500, 'w')});
+    field.setWords(words + QStringList{ QString(500, 'w') });
     EXPECT_LE(field.tokenRect(300).width(), field.viewport()->width());
     key(Qt::Key_Left);
     EXPECT_TRUE(field.viewport()->rect().contains(field.tokenRect(300)));
@@ -149,7 +149,7 @@ protected:
     void press(const char* button) { sheet.findChild<QPushButton*>(button)->click(); }
 
     TWSheetTestWorld world;
-    TWDictionarySheet sheet {world.dictionary, world.help, nullptr};
+    TWDictionarySheet sheet{ world.dictionary, world.help, nullptr };
     QLineEdit* input = sheet.findChild<QLineEdit*>("wordLineEdit");
 };
 
@@ -171,7 +171,7 @@ TEST_F(TWDictionarySheetTest, SavesWithReturnIncludingTheUnfinishedWord)
     press("savePushButton");
     EXPECT_FALSE(sheet.isVisible());
     world.dictionary.loadDictionary();
-    EXPECT_EQ(world.dictionary.wordDictionary(), (std::vector<std::string> {"one", "two"}));
+    EXPECT_EQ(world.dictionary.wordDictionary(), (std::vector<std::string>{ "one", "two" }));
 }
 
 TEST_F(TWDictionarySheetTest, StaysOpenWithTheProblemWhenSavingFails)
@@ -184,7 +184,7 @@ TEST_F(TWDictionarySheetTest, StaysOpenWithTheProblemWhenSavingFails)
     EXPECT_TRUE(sheet.isVisible());
     const auto reason = QString::fromStdString("could not be saved (" + TWErrorText(ENOTDIR));
     EXPECT_TRUE(sheet.findChild<QLabel*>("messageLabel")->text().contains(reason));
-    EXPECT_EQ(world.dictionary.wordDictionary(), std::vector<std::string> {"word"});
+    EXPECT_EQ(world.dictionary.wordDictionary(), std::vector<std::string>{ "word" });
 }
 
 TEST(TWHelpWindowTest, EveryLinkOfEveryPageLeadsSomewhere)
@@ -192,14 +192,15 @@ TEST(TWHelpWindowTest, EveryLinkOfEveryPageLeadsSomewhere)
     TWSheetTestWorld world;
     EXPECT_EQ(world.help.windowTitle().toStdString(), world.bundle.info("CFBundleHelpBookName"));
     auto* browser = world.help.findChild<QTextBrowser*>("helpTextBrowser");
-    for (const auto* page : {"index", "Files", "Dictionary", "Cleaning"}) {
+    for (const auto* page : { "index", "Files", "Dictionary", "Cleaning" }) {
         world.help.openAnchor(page);
         EXPECT_TRUE(browser->source().path().endsWith(QString(page) + ".html"));
         EXPECT_FALSE(browser->documentTitle().isEmpty()) << page;
         for (auto block = browser->document()->begin(); block.isValid(); block = block.next()) {
             for (const auto& format : block.textFormats()) {
                 const auto link = format.format.anchorHref();
-                EXPECT_TRUE(link.isEmpty() || QFile::exists(browser->source().resolved(link).path())) << link.toStdString();
+                EXPECT_TRUE(link.isEmpty() || QFile::exists(browser->source().resolved(link).path()))
+                    << link.toStdString();
             }
         }
     }
