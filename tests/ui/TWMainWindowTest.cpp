@@ -27,6 +27,7 @@ protected:
         window = std::make_unique<TWMainWindow>(*delegate);
         delegate->applicationDidFinishLaunching();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !line("trash").empty(); })) << "what waits for the first paint";
     }
 
     std::string line(const char* cleaner)

@@ -21,13 +21,26 @@ QPalette darkPalette()
     return palette;
 }
 
+QPalette highContrastPalette()
+{
+    QPalette palette(Qt::white, Qt::black, Qt::white, Qt::black, Qt::white, Qt::white, Qt::white, Qt::black, Qt::black);
+    palette.setColor(QPalette::Highlight, Qt::yellow);
+    palette.setColor(QPalette::HighlightedText, Qt::black);
+    return palette;
+}
+
+QPalette paletteNamed(const std::string& name)
+{
+    return name == "dark" ? darkPalette() : name == "contrast" ? highContrastPalette() : QPalette(QColor(239, 239, 239));
+}
+
 class TWScreenshots : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
     {
         if (!qEnvironmentVariableIsSet("TIDEWELL_SCREENSHOTS"))
             GTEST_SKIP();
-        QApplication::setPalette(GetParam() == std::string("dark") ? darkPalette() : QPalette(QColor(239, 239, 239)));
+        QApplication::setPalette(paletteNamed(GetParam()));
     }
     void TearDown() override { QApplication::setPalette(QPalette()); }
 
@@ -79,6 +92,6 @@ TEST_P(TWScreenshots, AllWindows)
     grab(*child<QMessageBox>(window, "alertMessageBox"), "welcome");
 }
 
-INSTANTIATE_TEST_SUITE_P(Palettes, TWScreenshots, testing::Values("light", "dark"));
+INSTANTIATE_TEST_SUITE_P(Palettes, TWScreenshots, testing::Values("light", "dark", "contrast"));
 
 }
