@@ -1,6 +1,7 @@
 // Deletes every entry of a folder as the program does, by a queue of child processes: delete_bench MODE FOLDER
 //   queue          nothing else
 //   ballast        while this process holds one gigabyte of memory
+//   window         while the results window shows a line for each
 //   synchronously  one call of the deleter for each, waiting for its end
 // Prints the seconds that the deletions took.
 
@@ -10,8 +11,9 @@
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/posix/TWPosixFileSystem.h"
 #include "platform/qt/TWQtRunLoop.h"
+#include "ui/TWResultsWindow.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 
 #include <cstdio>
 #include <string_view>
@@ -30,11 +32,14 @@ std::vector<std::string> entriesOf(const TWFileSystem& fileSystem, const std::st
 class Queue final : private TWFileDeleteQueueDelegate {
 public:
     Queue(const TWDeletionTools& tools, std::vector<std::string> paths)
-        : queue_(tools)
+        : messages_(tools.runLoop)
+        , queue_(tools)
     {
         queue_.setDelegate(this);
         queue_.addFilesFromArray(std::move(paths));
     }
+
+    TWResultsWindowController& messages() { return messages_; }
 
     void run()
     {
@@ -43,8 +48,10 @@ public:
     }
 
 private:
+    void fileDeleteQueueProgressed(const std::string& message) override { messages_.addMessage(message, TWMessageType::Information); }
     void fileDeleteQueueDone() override { QCoreApplication::exit(); }
 
+    TWResultsWindowController messages_;
     TWFileDeleteQueue queue_;
 };
 
@@ -62,7 +69,9 @@ int main(int count, char** arguments)
     if (count != 3)
         return 2;
     const std::string_view mode = arguments[1];
-    const QCoreApplication application(count, arguments);
+    const bool showing = mode == "window";
+    const std::unique_ptr<QCoreApplication> application(
+        showing ? new QApplication(count, arguments) : new QCoreApplication(count, arguments));
     const TWPosixFileSystem fileSystem;
     const auto places = TWLinuxPlaces();
     TWLinuxMountTable mountTable;
@@ -71,13 +80,20 @@ int main(int count, char** arguments)
     TWLinuxProcessLauncher launcher(runLoop);
     const TWDeletionTools tools {runLoop, launcher, fileSystem, guard, places};
 
-    auto paths = entriesOf(fileSystem, arguments[2]);
+    const auto paths = entriesOf(fileSystem, arguments[2]);
+    Queue queue(tools, paths);
+    std::unique_ptr<TWResultsWindow> window;
+    if (showing) {
+        window = std::make_unique<TWResultsWindow>(queue.messages(), QString::fromStdString(places.resources + "/icons"));
+        window->show();
+        QCoreApplication::processEvents();
+    }
     const std::string ballast(mode == "ballast" ? std::size_t(1) << 30 : 0, 'x');
     const auto start = TWRunLoop::Clock::now();
     if (mode == "synchronously")
         deleteSynchronously(tools, paths);
     else
-        Queue(tools, std::move(paths)).run();
+        queue.run();
     std::printf("%.6f\n", std::chrono::duration<double>(TWRunLoop::Clock::now() - start).count());
     // Looked at only now, so that it is held until here.
     return ballast.empty() || ballast.back() == 'x' ? 0 : 1;

@@ -1,16 +1,17 @@
 #!/usr/bin/env python3
-"""search.py [PROGRAM] [--entries N] [--rounds N]: how fast the search for words is, against a bare walk and against fdfind.
+"""How fast the search for words is, against a bare walk and against fdfind.
 
-Makes five home-like trees in a throwaway folder below /tmp, runs the cases in turn, round after round, and prints the
-medians with their ratios and goals. PROGRAM is build/bench/bin/search_bench unless told."""
-import argparse
+Makes five home-like trees in a throwaway folder, runs the cases in turn, round after round, and prints the medians with their
+ratios and goals."""
 import os
 import random
-import shutil
 import statistics
 import subprocess
-import tempfile
 import time
+
+from benching import Goals, PROGRAMS, options, rotated_rounds, medians, throwaway_folder
+
+PROGRAM = f"{PROGRAMS}/search_bench"
 
 TREES = 5
 DEEPEST = 14
@@ -100,13 +101,7 @@ def measure_searches(program, folder, lists, trees, rounds):
     found, expected = line_count(cases["10 words"]), line_count(cases["fdfind, 10 words"])
     if found != expected:
         raise SystemExit(f"found {found} items, fdfind {expected}")
-    times = {name: [] for name in cases}
-    for turn in range(rounds):
-        order = list(cases)
-        order = order[turn % len(order):] + order[:turn % len(order)]
-        for name in order:
-            times[name].append(seconds(cases[name]))
-    return found, {name: statistics.median(values) for name, values in times.items()}
+    return found, medians(rotated_rounds({name: lambda command=command: seconds(command) for name, command in cases.items()}, rounds))
 
 
 def measure_matching(program, lists, names, rounds):
@@ -118,40 +113,34 @@ def measure_matching(program, lists, names, rounds):
     return {count: [statistics.median(column) for column in zip(*rows)] for count, rows in results.items()}
 
 
-def report(found, times, matching):
+def report(goals, found, times, matching):
     print(f"{'search, ' + str(found) + ' found':34}{'seconds':>10}")
     for name, value in times.items():
-        print(f"{name:34}{value:10.3f}")
-    print(f"\n{'ratio':34}{'measured':>10}{'goal':>8}")
+        print(f"  {name:32}{value:10.3f}")
     for name, other, goal in [("10 words", "bare walk", 1.2), ("10 words", "fdfind, 10 words", 0.75),
                               ("10,000 words", "1 word", 1.5)]:
-        ratio = times[name] / times[other]
-        print(f"{name + ' / ' + other:34}{ratio:10.2f}{goal:8}  {'' if ratio <= goal else 'MISSED'}")
-    print(f"\n{'matching alone':34}{'build ms':>10}{'ns/name':>10}   goal 50, 150")
+        goals.at_most(f"{name}, of {other}", goal, times[name] / times[other])
+    print(f"\n{'matching alone':34}{'build ms':>10}{'ns/name':>10}")
     for count, (build, name_time, _) in matching.items():
-        missed = "" if build < 50 and name_time < 150 else "MISSED"
-        print(f"{count:>6} words{'':22}{build:10.2f}{name_time:10.1f}  {missed}")
+        print(f"{count:>8} words{'':20}{build:10.2f}{name_time:10.1f}")
+    goals.at_most("building for the most words, ms", 50, max(build for build, _, _ in matching.values()))
+    goals.at_most("matching a name, any number of words, ns", 150, max(name_time for _, name_time, _ in matching.values()))
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../build/bench/bin/search_bench")
-    parser.add_argument("program", nargs="?", default=beside)
-    parser.add_argument("--entries", type=int, default=1_000_000)
-    parser.add_argument("--rounds", type=int, default=7)
-    options = parser.parse_args()
-    folder = tempfile.mkdtemp(prefix="tidewell-search-")
-    try:
+    quick = options(__doc__).quick
+    goals = Goals(quick)
+    entries, rounds = (20_000, 1) if quick else (1_000_000, 7)
+    with throwaway_folder() as folder:
         trees = [f"{folder}/tree{number}" for number in range(TREES)]
         for number, tree in enumerate(trees):
-            make_tree(tree, options.entries // TREES, number)
+            make_tree(tree, entries // TREES, number)
         lists = {count: write_lines(f"{folder}/words{count}", word_list(count)) for count in WORD_COUNTS}
         rng = random.Random(99)
         names = write_lines(f"{folder}/names", [file_name(rng, number) for number in range(200_000)])
-        found, times = measure_searches(options.program, folder, lists, trees, options.rounds)
-        report(found, times, measure_matching(options.program, lists, names, options.rounds))
-    finally:
-        shutil.rmtree(folder)
+        found, times = measure_searches(PROGRAM, folder, lists, trees, rounds)
+        report(goals, found, times, measure_matching(PROGRAM, lists, names, rounds))
+    goals.end()
 
 
 if __name__ == "__main__":

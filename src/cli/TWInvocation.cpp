@@ -27,6 +27,7 @@ constexpr auto Remedy = "%@ Try \"tidewell --help\".\n";
 constexpr auto NoSuchCleaner = "There is no cleaner \"%@\". The cleaners are: %@.";
 constexpr auto LaterCleaner = "The cleaner \"%@\" comes in a later version.";
 constexpr auto NoSuchKind = "There is no kind of rule \"%@\". The kinds are: item, contents, keywords, keywords-deep.";
+constexpr auto NoSandboxFolder = "--sandbox needs the name of a folder.";
 constexpr auto VersionText = "Tidewell 1.0\n";
 
 std::string cleanerNames()
@@ -59,6 +60,19 @@ std::int32_t kindNamed(const std::string& name)
     throw CLI::ValidationError(TWText::fill(NoSuchKind, {name}));
 }
 
+// CLI11 makes the two values a and b of "[a,b]". A byte at the end that no argument can hold prevents that.
+void protect(std::string& word)
+{
+    if (word.starts_with('[') && word.ends_with(']'))
+        word.push_back('\0');
+}
+
+void unprotect(std::string& word)
+{
+    if (word.ends_with('\0'))
+        word.pop_back();
+}
+
 class Parser {
 public:
     explicit Parser(TWInvocation& invocation)
@@ -83,9 +97,19 @@ public:
     void parse(std::vector<std::string> words)
     {
         std::reverse(words.begin(), words.end()); // CLI11 takes them from the back
+        for (auto& word : words)
+            protect(word);
         app_.parse(std::move(words));
-        if (!sandbox_.empty())
+        for (auto* text : {&sandbox_, &description_, &what_, &invocation_.path, &invocation_.key, &invocation_.value})
+            unprotect(*text);
+        for (auto* list : {&invocation_.words, &only_})
+            std::for_each(list->begin(), list->end(), unprotect);
+        if (app_.count("--sandbox") > 0) {
+            // An empty shell variable must not lead out into the real home.
+            if (sandbox_.empty())
+                throw CLI::ValidationError(NoSandboxFolder);
             invocation_.sandbox = sandbox_;
+        }
         if (!description_.empty())
             invocation_.description = description_;
         invocation_.whatToDelete = kindNamed(what_);
@@ -146,9 +170,8 @@ private:
         command(*words, "clear", "Remove all words", Command::Words, Action::Clear);
         auto* add = command(*words, "add", "Add words at the end", Command::Words, Action::Add);
         auto* remove = command(*words, "remove", "Remove words, each wherever it stands", Command::Words, Action::Remove);
-        // No extra arguments, or CLI11 would make the two words a and b of "[a,b]".
         for (auto* sub : {add, remove})
-            sub->add_option("WORD", invocation_.words)->required()->allow_extra_args(false);
+            sub->add_option("WORD", invocation_.words)->required();
     }
 
     void addFiles()
@@ -197,7 +220,9 @@ TWParsedInvocation TWParseCommandLine(const std::vector<std::string>& words, con
         return result;
     } catch (const CLI::ParseError& error) {
         result.status = TWStatus::WrongUse;
-        std::string text = TWText::oneLine(error.what());
+        std::string text = error.what();
+        std::erase(text, '\0');
+        text = TWText::oneLine(text);
         if (!text.empty() && text.back() != '.')
             text += ".";
         result.err = TWText::fill(Remedy, {text});

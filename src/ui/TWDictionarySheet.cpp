@@ -46,7 +46,6 @@ TWDictionarySheet::TWDictionarySheet(TWDictionaryWindowController& controller, T
     connect(field_, &TWTokenField::wordsEdited, this, &TWDictionarySheet::wordsEdited);
     field_->setFocus();
     controller_.setView(this);
-    wordsChanged();
 }
 
 TWDictionarySheet::~TWDictionarySheet()

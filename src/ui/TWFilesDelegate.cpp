@@ -10,10 +10,15 @@ namespace {
 
 constexpr float QuietOpacity = 0.72F;
 
+bool isDark(const QPalette& palette)
+{
+    return palette.color(QPalette::Base).lightness() < 128;
+}
+
 // Amber that is readable on the palette's ground.
 QColor warningColor(const QPalette& palette)
 {
-    return palette.color(QPalette::Base).lightness() < 128 ? QColor(255, 204, 102) : QColor(133, 66, 0);
+    return isDark(palette) ? QColor(255, 204, 102) : QColor(133, 66, 0);
 }
 
 void showNote(QStyleOptionViewItem& option, bool warning)
@@ -45,7 +50,10 @@ int TWFilesDelegate::arrowWidth(const QWidget* widget)
 void TWFilesDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
-    if (index.column() == TWFilesTableModel::Path)
+    // Styles frame a check box in a darker shade of the window, which a dark table swallows.
+    if (index.column() == TWFilesTableModel::Active && isDark(option->palette))
+        option->palette.setColor(QPalette::Window, option->palette.color(QPalette::Text));
+    else if (index.column() == TWFilesTableModel::Path)
         option->textElideMode = Qt::ElideMiddle;
     else if (index.column() == TWFilesTableModel::Note)
         showNote(*option, index.data(TWFilesTableModel::WarningRole).toBool());
@@ -63,7 +71,7 @@ void TWFilesDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     const int inset = (option.rect.height() - option.fontMetrics.height() * 2 / 3) / 2;
     arrow.rect.adjust(0, inset, 0, -inset);
     if (option.state & QStyle::State_Selected)
-        arrow.palette.setColor(QPalette::ButtonText, option.palette.color(QPalette::HighlightedText));
+        arrow.palette.setColor(QPalette::WindowText, option.palette.color(QPalette::HighlightedText));
     option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, painter, option.widget);
 }
 

@@ -21,8 +21,8 @@
 namespace {
 
 // In characters and lines of text.
-constexpr int SheetWidth = 150;
-constexpr int SheetHeight = 30;
+constexpr int SheetWidth = 180;
+constexpr int SheetHeight = 34;
 
 QToolButton* smallButton(const QString& sign, const QString& objectName, const QString& name)
 {
@@ -62,7 +62,7 @@ TWFilesSheet::TWFilesSheet(TWFilesWindowController& controller, TWHelpWindow& he
     layout->addWidget(createSheetButtons());
     resize(SheetWidth * fontMetrics().averageCharWidth(), SheetHeight * fontMetrics().lineSpacing());
     table_->setFocus();
-    updateButtons();
+    showSelection();
     controller_.setView(this);
 }
 
@@ -76,7 +76,8 @@ void TWFilesSheet::createTable()
 {
     table_->setModel(model_);
     table_->setUpColumns();
-    connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &TWFilesSheet::updateButtons);
+    connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &TWFilesSheet::showSelection);
+    connect(model_, &QAbstractItemModel::dataChanged, this, &TWFilesSheet::showSelection);
     connect(table_, &TWFilesTable::filesDropped, this, &TWFilesSheet::addDropped);
     // Of the table alone, so that it still deletes characters where a cell is being edited.
     auto* deleteKey = new QShortcut(QKeySequence::Delete, table_, nullptr, nullptr, Qt::WidgetShortcut);
@@ -107,10 +108,16 @@ QLayout* TWFilesSheet::createRuleButtons()
         finishEditing();
         controller_.remove();
     });
+    noteLabel_ = new QLabel;
+    noteLabel_->setObjectName("noteLabel");
+    noteLabel_->setTextFormat(Qt::PlainText);
+    noteLabel_->setWordWrap(true);
+    // Two lines, so that nothing moves when the selection does.
+    noteLabel_->setFixedHeight(2 * fontMetrics().lineSpacing());
     auto* layout = new QHBoxLayout;
     layout->addWidget(addButton_);
     layout->addWidget(removeButton_);
-    layout->addStretch();
+    layout->addWidget(noteLabel_, 1);
     return layout;
 }
 
@@ -174,13 +181,14 @@ void TWFilesSheet::reloadTable()
     if (row >= 0)
         table_->setCurrentIndex(model_->index(row, TWFilesTableModel::Name));
     table_->verticalScrollBar()->setValue(scrolled);
-    updateButtons();
+    showSelection();
 }
 
 void TWFilesSheet::notesChanged()
 {
     const int left = table_->columnViewportPosition(TWFilesTableModel::Note);
     table_->viewport()->update(left, 0, table_->columnWidth(TWFilesTableModel::Note), table_->viewport()->height());
+    showSelection();
 }
 
 int TWFilesSheet::selectedRow() const
@@ -203,9 +211,12 @@ void TWFilesSheet::finishEditing()
         table_->setFocus();
 }
 
-void TWFilesSheet::updateButtons()
+// The note stands below the table once more, in full and without a mouse.
+void TWFilesSheet::showSelection()
 {
-    removeButton_->setEnabled(selectedRow() != -1);
+    const int row = selectedRow();
+    removeButton_->setEnabled(row != -1);
+    noteLabel_->setText(row == -1 ? QString() : model_->index(row, TWFilesTableModel::Note).data(Qt::AccessibleTextRole).toString());
 }
 
 void TWFilesSheet::choosePath(

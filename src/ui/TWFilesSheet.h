@@ -6,6 +6,7 @@
 #include <QFileDialog>
 #include <QPointer>
 
+class QLabel;
 class QMenu;
 class QToolButton;
 class TWFilesTable;
@@ -40,7 +41,7 @@ private:
     QLayout* createRuleButtons();
     QWidget* createSheetButtons();
     void finishEditing();
-    void updateButtons();
+    void showSelection();
     void openChooser(QFileDialog::FileMode);
     void answerPath(std::optional<std::string> path);
     std::optional<std::string> pathBytes(const QString& path);
@@ -53,6 +54,7 @@ private:
     TWMessageBar* messageBar_;
     QToolButton* addButton_ = nullptr;
     QToolButton* removeButton_ = nullptr;
+    QLabel* noteLabel_ = nullptr;
     QMenu* addMenu_ = nullptr;
 
     // While a path is being chosen.

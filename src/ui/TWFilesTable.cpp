@@ -5,6 +5,7 @@
 
 #include <QDropEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr int RowPadding = 10;
 constexpr int CellPadding = 16;
+constexpr int NameWidth = 30; // in characters
 
 // As a copy only: a file manager that took it for a move would delete the file.
 void acceptFiles(QDropEvent& event)
@@ -56,10 +58,22 @@ void TWFilesTable::setUpColumns()
     const int character = fontMetrics().averageCharWidth();
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     horizontalHeader()->setSectionResizeMode(TWFilesTableModel::Path, QHeaderView::Stretch);
+    horizontalHeader()->setSectionResizeMode(TWFilesTableModel::Note, QHeaderView::Stretch);
     setColumnWidth(TWFilesTableModel::Active, fontMetrics().horizontalAdvance(tr("Active")) + CellPadding);
-    setColumnWidth(TWFilesTableModel::Name, 26 * character);
+    setColumnWidth(TWFilesTableModel::Name, NameWidth * character);
     setColumnWidth(TWFilesTableModel::WhatToDelete, widestKind + CellPadding + TWFilesDelegate::arrowWidth(this));
-    setColumnWidth(TWFilesTableModel::Note, 34 * character);
+}
+
+// The space bar checks the rule whichever of its cells is the current one.
+void TWFilesTable::keyPressEvent(QKeyEvent* event)
+{
+    const auto active = currentIndex().siblingAtColumn(TWFilesTableModel::Active);
+    if (event->key() != Qt::Key_Space || !active.isValid()) {
+        QTableView::keyPressEvent(event);
+        return;
+    }
+    const bool checked = active.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+    model()->setData(active, checked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
 }
 
 void TWFilesTable::paintEvent(QPaintEvent* event)

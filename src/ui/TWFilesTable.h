@@ -17,6 +17,7 @@ signals:
     void filesDropped(const QList<QUrl>& files);
 
 protected:
+    void keyPressEvent(QKeyEvent*) override;
     void paintEvent(QPaintEvent*) override;
     void dragEnterEvent(QDragEnterEvent*) override;
     void dragMoveEvent(QDragMoveEvent*) override;

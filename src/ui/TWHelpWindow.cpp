@@ -16,6 +16,9 @@ constexpr auto IndexPage = "index";
 constexpr int PageWidth = 90;
 constexpr int PageHeight = 36;
 
+constexpr int PageMargin = 18;
+constexpr auto PageStyle = "p, li { line-height: 125%; } li { margin-bottom: 4px; } h2 { margin-top: 20px; }";
+
 QPushButton* pageButton(const QString& text, const QString& objectName, const QString& name)
 {
     auto* button = new QPushButton(text);
@@ -40,7 +43,8 @@ TWHelpWindow::TWHelpWindow(const TWBundle& bundle)
     browser_->setObjectName("helpTextBrowser");
     browser_->setAccessibleName(tr("Help page"));
     browser_->setOpenExternalLinks(true);
-    browser_->document()->setDocumentMargin(16);
+    browser_->document()->setDocumentMargin(PageMargin);
+    browser_->document()->setDefaultStyleSheet(PageStyle);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(createButtons());
     layout->addWidget(browser_, 1);

@@ -1,6 +1,7 @@
 #include "ui/TWTokenField.h"
 
 #include "ui/TWQtText.h"
+#include "ui/TWTypedWords.h"
 
 #include <QClipboard>
 #include <QEvent>
@@ -9,7 +10,6 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <QToolTip>
 
@@ -20,33 +20,6 @@ constexpr int Padding = 9; // beside a token's text
 constexpr int NarrowestInput = 180;
 constexpr float TokenTint = 0.22F;
 constexpr float EmptyOpacity = 0.72F;
-
-const QRegularExpression& separator()
-{
-    static const QRegularExpression expression(",|\\r\\n|\\n|\\r|\\x{2028}|\\x{2029}");
-    return expression;
-}
-
-// The words of a typed or pasted text. One blank after a comma belongs to the comma; all other blanks belong to the words.
-QStringList split(const QString& text, bool afterComma, bool& endsWithComma)
-{
-    QStringList words;
-    qsizetype begin = 0;
-    const auto take = [&](qsizetype end) {
-        const bool blank = afterComma && begin < end && text[begin] == ' ';
-        words.append(text.mid(begin + blank, end - begin - blank));
-    };
-    for (auto matches = separator().globalMatch(text); matches.hasNext();) {
-        const auto match = matches.next();
-        take(match.capturedStart());
-        afterComma = match.capturedView() == u",";
-        begin = match.capturedEnd();
-    }
-    if (begin < text.size())
-        take(text.size());
-    endsWithComma = afterComma && begin == text.size();
-    return words;
-}
 
 QString shown(const QString& word)
 {
@@ -85,13 +58,15 @@ TWTokenField::TWTokenField(QWidget* parent)
         if (current_ == None)
             reveal(layout_.box(editing_ == None ? count() : editing_));
     });
-    setWords({});
+    measure();
 }
 
 void TWTokenField::setWords(const QStringList& words)
 {
     discardTyping();
     afterComma_ = false;
+    if (words == words_)
+        return;
     words_ = words;
     measure();
 }
@@ -100,13 +75,12 @@ void TWTokenField::finishTyping()
 {
     if (editing_ == None && input_->text().isEmpty())
         return;
-    bool endsWithComma = false;
-    auto words = split(input_->text(), afterComma_ && editing_ == None, endsWithComma);
+    auto words = TWTypedWords(input_->text(), afterComma_ && editing_ == None).words;
     // A token that was cleared while editing is an empty word.
     if (words.isEmpty())
         words.append(QString());
     afterComma_ = false;
-    insertTyped(std::move(words));
+    insertTyped(words);
 }
 
 void TWTokenField::discardTyping()
@@ -119,55 +93,74 @@ void TWTokenField::discardTyping()
 // Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for Return.
 void TWTokenField::splitTyped(const QString& typed)
 {
-    if (editing_ != None || !typed.contains(separator()))
+    if (editing_ != None || !TWTypedWords::hasSeparator(typed))
         return;
-    bool endsWithComma = false;
-    auto words = split(typed, afterComma_, endsWithComma);
-    insertTyped(std::move(words));
-    afterComma_ = endsWithComma;
+    const TWTypedWords cut(typed, afterComma_);
+    insertTyped(cut.words);
+    afterComma_ = cut.endsWithComma;
 }
 
-void TWTokenField::insertTyped(QStringList words)
+// The line edit would take long to lay out a long text.
+bool TWTokenField::paste()
+{
+    const auto pasted = QGuiApplication::clipboard()->text();
+    if (editing_ != None || !TWTypedWords::hasSeparator(pasted))
+        return false;
+    auto text = input_->text();
+    const int begin = input_->hasSelectedText() ? input_->selectionStart() : input_->cursorPosition();
+    splitTyped(text.replace(begin, input_->selectedText().size(), pasted));
+    return true;
+}
+
+void TWTokenField::insertTyped(const QStringList& words)
 {
     const int edited = std::exchange(editing_, None);
     input_->clear();
     const int place = edited == None ? count() : edited;
-    const int last = place + static_cast<int>(words.size()) - 1;
-    if (edited != None)
+    std::vector<int> widths;
+    for (const auto& word : words)
+        widths.push_back(widthOf(word));
+    if (edited != None) {
         words_.removeAt(place);
-    const auto after = words_.mid(place);
-    words_ = words_.mid(0, place) + words + after;
-    this->edited();
+        widths_.erase(widths_.begin() + place);
+    }
+    words_ = words_.mid(0, place) + words + words_.mid(place);
+    widths_.insert(widths_.begin() + place, widths.begin(), widths.end());
+    wordsChanged();
     if (edited == None)
         reveal(layout_.box(count()));
     else
-        choose(last);
+        choose(place + static_cast<int>(words.size()) - 1);
 }
 
 void TWTokenField::removeSelected()
 {
     if (selected_.empty())
         return;
-    QStringList kept;
+    QStringList words;
+    std::vector<int> widths;
     for (int token = 0; token < count(); ++token) {
-        if (!selected_.contains(token))
-            kept.append(words_[token]);
+        if (selected_.contains(token))
+            continue;
+        words.append(words_[token]);
+        widths.push_back(widths_[static_cast<std::size_t>(token)]);
     }
     const int next = *selected_.begin();
-    words_ = kept;
-    edited();
+    words_ = words;
+    widths_ = widths;
+    wordsChanged();
     if (next < count())
         choose(next);
     else
         backToInput();
 }
 
-// The numbers of the tokens have changed.
-void TWTokenField::edited()
+// By the user. The tokens have other numbers now.
+void TWTokenField::wordsChanged()
 {
     selected_.clear();
     current_ = anchor_ = None;
-    measure();
+    arrange();
     emit wordsEdited();
 }
 
@@ -268,6 +261,8 @@ bool TWTokenField::inputKey(QKeyEvent& event)
         choose(count() - 1);
         return true;
     default:
+        if (event.matches(QKeySequence::Paste))
+            return paste();
         if (!empty || count() == 0 || !event.matches(QKeySequence::SelectAll))
             return false;
         chooseAll();
@@ -294,9 +289,11 @@ bool TWTokenField::tokenKey(QKeyEvent& event)
         choose(token, event.modifiers() & Qt::ShiftModifier);
     } else {
         // What is typed goes to the input behind the last token.
-        if ((!event.text().isEmpty() && event.text()[0].isPrint()) || event.matches(QKeySequence::Paste))
-            backToInput();
-        return false;
+        const bool typing = !event.text().isEmpty() && event.text()[0].isPrint();
+        if (!typing && !event.matches(QKeySequence::Paste))
+            return false;
+        backToInput();
+        return inputKey(event);
     }
     return true;
 }
@@ -381,7 +378,6 @@ void TWTokenField::measure()
     widths_.reserve(words_.size());
     for (const auto& word : words_)
         widths_.push_back(widthOf(word));
-    input_->setPlaceholderText(words_.isEmpty() ? tr("Type a word and press Return.") : QString());
     arrange();
 }
 
@@ -404,11 +400,12 @@ void TWTokenField::arrange()
 
 void TWTokenField::placeInput()
 {
+    input_->setPlaceholderText(words_.isEmpty() ? tr("Type a word and press Return.") : QString());
     auto rect = tokenRect(editing_ == None ? count() : editing_);
     if (editing_ == None)
         rect.setRight(viewport()->width() - Gap);
     else
-        rect.adjust(Padding / 2, 2, -Padding / 2, -2);
+        rect.adjust(Padding / 2, 3, -Padding / 2, -3);
     input_->setGeometry(rect);
 }
 

@@ -61,9 +61,10 @@ private:
     void updateDescription();
 
     void splitTyped(const QString& typed);
-    void insertTyped(QStringList words);
+    bool paste();
+    void insertTyped(const QStringList& words);
     void removeSelected();
-    void edited();
+    void wordsChanged();
     void beginEditing(int token);
 
     void choose(int token, Qt::KeyboardModifiers = Qt::NoModifier);

@@ -1,5 +1,5 @@
 #include "fakes/TWFakeApplication.h"
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 
 #include <gtest/gtest.h>
 
@@ -42,38 +42,16 @@ TEST_F(TWLaunchTest, TheFirstLaunchMakesEverythingAndGreetsOnce)
 TEST_F(TWLaunchTest, TheEditorsSeeTheVersionOfTheLaunchBeforeThisOne)
 {
     root.write("home/.local/share/Tidewell/FilesRules.plist", "<plist version=\"1.0\"><array/></plist>");
-    userDefaults.values = {{"LastLaunchedVersion", "0.9"}, {"FirstLaunchDone", true}};
+    userDefaults.values = {{"LastLaunchedVersion", "0.9"}, {"AutoQuit", true}};
     const auto command = start(TWLaunchKind::Command);
-    command->prepareForCommand();
-    EXPECT_EQ(command->filesWindowController().rules().size(), 0U) << "a command merges nothing";
-    EXPECT_EQ(stored("LastLaunchedVersion"), "0.9");
+    command->prepareForCommand(); // is no launch
+    EXPECT_EQ(command->filesWindowController().rules().size(), 0U);
+    EXPECT_TRUE(alerts.alerts.empty() && view.lines.empty() && !command->settings().boolean(TWKey::AutoQuit));
+    EXPECT_NE(stored("UUID"), "");
     const auto window = start();
     EXPECT_EQ(window->filesWindowController().rules().size(), 1U);
     EXPECT_EQ(stored("LastLaunchedVersion"), "0.9");
     window->applicationDidFinishLaunching();
     EXPECT_EQ(stored("LastLaunchedVersion"), "1.0");
     EXPECT_EQ(start()->filesWindowController().rules().size(), 0U) << "once per version";
-}
-
-TEST_F(TWLaunchTest, ACommandNeitherStampsNorGreetsNorQuits)
-{
-    userDefaults.values = {{"ShowResults", true}, {"AutoQuit", true}, {"BounceDockIcon", true}};
-    const auto command = start(TWLaunchKind::Command);
-    command->prepareForCommand();
-    EXPECT_NE(stored("UUID"), "");
-    EXPECT_FALSE(userDefaults.value("LastLaunchedVersion") || userDefaults.value("FirstLaunchDone"));
-    EXPECT_TRUE(alerts.alerts.empty() && view.lines.empty());
-    for (const auto key : {TWKey::ShowResults, TWKey::AutoQuit, TWKey::BounceDockIcon})
-        EXPECT_FALSE(command->settings().boolean(key));
-}
-
-TEST_F(TWLaunchTest, SaysWhatIsBroken)
-{
-    std::filesystem::remove(root.path("resources/org.tidewell.Tidewell.plist"));
-    root.write("home/.local/share/Tidewell/Dictionary.plist", "broken");
-    root.write("home/.local/share/Tidewell/FilesRules.plist", "broken");
-    userDefaults.problemLine = "settings";
-    TWExpectedLog log;
-    EXPECT_EQ(start()->problems().size(), 3U);
-    EXPECT_EQ(log.lines.size(), 1U);
 }

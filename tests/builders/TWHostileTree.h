@@ -3,9 +3,9 @@
 #include "builders/TWTemporaryFolder.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <numeric>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -51,16 +51,11 @@ public:
         std::vector<std::string> lines;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root_.path("canary"))) {
             const auto name = entry.path().string().substr(root_.path().size() + 1);
-            const bool link = entry.is_symlink();
-            lines.push_back(name + (link ? " -> " + std::filesystem::read_symlink(entry).string()
-                    : entry.is_directory()                ? "/"
-                                                          : ": " + root_.read(name)));
+            const auto target = entry.is_symlink() ? std::filesystem::read_symlink(entry).string() : "";
+            lines.push_back(name + (entry.is_directory() ? "/" : " -> " + target + ": " + root_.read(name)) + "\n");
         }
         std::sort(lines.begin(), lines.end());
-        std::string digest;
-        for (const auto& line : lines)
-            digest += line + "\n";
-        return digest;
+        return std::accumulate(lines.begin(), lines.end(), std::string());
     }
 
 private:
@@ -77,12 +72,9 @@ private:
     }
     void makeNames() const
     {
-        root_.write("hostile/invalid \xFF\xC3( UTF-8", "x");
-        root_.write("hostile/new\nline", "x");
-        root_.write("hostile/-rf", "x");
-        root_.write("hostile/--no-preserve-root", "x");
-        root_.write("hostile/ $(touch canary); 'quoted\" *", "x");
-        root_.write("hostile/" + std::string(255, 'n'), "x");
+        for (const auto& name : {std::string("invalid \xFF\xC3( UTF-8"), std::string("new\nline"), std::string("-rf"),
+                 std::string("--no-preserve-root"), std::string(" $(touch canary); 'quoted\" *"), std::string(255, 'n')})
+            root_.write("hostile/" + name, "x");
     }
 
     // Longer than any path that a system call takes.

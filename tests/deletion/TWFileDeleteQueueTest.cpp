@@ -1,7 +1,6 @@
 #include "deletion/TWFileDeleteQueue.h"
 
-#include "builders/TWHostileTree.h"
-#include "fakes/TWFakeDeletion.h"
+#include "fakes/TWFakeMachine.h"
 
 #include <functional>
 
@@ -11,23 +10,23 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class TWFileDeleteQueueTest : public testing::Test, protected TWFakeDeletion, protected TWFileDeleteQueueDelegate {
+class TWFileDeleteQueueTest : public testing::Test, protected TWFakeMachine, protected TWFileDeleteQueueDelegate {
 protected:
     TWFileDeleteQueueTest() { renew(); }
-    void renew(TWFileDeleteQueue::Announcing announcing = TWFileDeleteQueue::Announcing::EveryPath)
+    void renew()
     {
-        queue = std::make_unique<TWFileDeleteQueue>(tools, announcing);
+        queue = std::make_unique<TWFileDeleteQueue>(tools);
         queue->setDelegate(this);
     }
     void fileDeleteQueueProgressed(const std::string& message) override
     {
         lines.push_back(launcher.shown(message));
-        onProgress();
+        onCall();
     }
     void fileDeleteQueueDone() override
     {
         lines.emplace_back("done");
-        onDone();
+        onCall();
     }
     void addFiles(const Lines& names)
     {
@@ -43,8 +42,7 @@ protected:
 
     std::unique_ptr<TWFileDeleteQueue> queue;
     Lines lines;
-    std::function<void()> onProgress = [] { };
-    std::function<void()> onDone = [] { };
+    std::function<void()> onCall = [] { };
 };
 
 }
@@ -59,15 +57,10 @@ TEST_F(TWFileDeleteQueueTest, DeletesInOrderDuplicatesIncluded)
         (Lines {"7-pass secure delete ROOT/b ...", "7-pass secure delete ROOT/a ...", "7-pass secure delete ROOT/b ...",
             "7-pass secure delete ROOT/never existed ...", "done"}));
     EXPECT_TRUE(queue->verify());
-    EXPECT_EQ(takeLines(), Lines());
-}
-
-TEST_F(TWFileDeleteQueueTest, AnEmptyQueueIsDoneAtOnce)
-{
+    renew();
     queue->deleteFiles(TWAuthorization::No);
-    EXPECT_EQ(takeLines(), Lines {"done"});
+    EXPECT_EQ(takeLines(), Lines {"done"}) << "an empty queue is done at once, without a line";
     EXPECT_TRUE(queue->verify());
-    EXPECT_FALSE(queue->running());
 }
 
 TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonDirectlyBefore)
@@ -88,25 +81,12 @@ TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonDirectlyBefore)
     EXPECT_FALSE(root.exists("gone"));
 }
 
-TEST_F(TWFileDeleteQueueTest, TerminateCutsShortOnlyThePathInProgress)
-{
-    launcher.ending = TWRecordingLauncher::Ending::ByTest;
-    addFiles({"1", "2", "3"});
-    queue->deleteFiles(TWAuthorization::No);
-    queue->deleteFiles(TWAuthorization::Yes); // while running: nothing but the flag
-    queue->terminate();
-    launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
-    runLoop.advance(1s);
-    EXPECT_EQ(takeLines(), (Lines {"Delete ROOT/1 ...", "Delete ROOT/2 ...", "Delete ROOT/3 ...", "done"}));
-    EXPECT_FALSE(queue->verify());
-    EXPECT_EQ(takeLines(), (Lines {"The deletion tool /bin/rm was ended by signal 15.", "Could not delete ROOT/1"}));
-}
-
 TEST_F(TWFileDeleteQueueTest, StopStartsNothingFurtherAndCountsTheRest)
 {
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
     addFiles({"1", "2", "3", "4"});
     queue->deleteFiles(TWAuthorization::No);
+    queue->deleteFiles(TWAuthorization::Yes); // while running: nothing but the flag
     launcher.endAll();
     queue->stop();
     EXPECT_TRUE(queue->running()) << "until the child has ended";
@@ -120,35 +100,18 @@ TEST_F(TWFileDeleteQueueTest, StopStartsNothingFurtherAndCountsTheRest)
 
 TEST_F(TWFileDeleteQueueTest, MayBeDestroyedInEveryOneOfItsCalls)
 {
-    const auto build = [&] {
+    launcher.deletes = false;
+    const Lines all {"Delete ROOT/1 ...", "Delete ROOT/2 ...", "done", "Could not delete ROOT/1", "Could not delete ROOT/2"};
+    for (std::size_t calls = 1; calls < all.size(); ++calls) {
         renew();
         addFiles({"1", "2"});
-        onProgress = onDone = [] { };
-    };
-    const auto destroy = [&] { queue.reset(); };
-    build();
-    onProgress = destroy;
-    run();
-    EXPECT_EQ(takeLines(), Lines {"Delete ROOT/1 ..."});
-    build();
-    onDone = destroy;
-    run();
-    EXPECT_EQ(takeLines(), (Lines {"Delete ROOT/1 ...", "Delete ROOT/2 ...", "done"}));
-    build();
-    launcher.deletes = false;
-    run();
-    takeLines();
-    onProgress = destroy;
-    queue->verify();
-    EXPECT_EQ(takeLines(), Lines {"Could not delete ROOT/1"});
-}
-
-TEST_F(TWFileDeleteQueueTest, AQuietQueueSpeaksOnlyOfWhatIsLeft)
-{
-    renew(TWFileDeleteQueue::Announcing::OnlyWhatIsLeft);
-    addFiles({"1"});
-    launcher.deletes = false;
-    run();
-    queue->verify();
-    EXPECT_EQ(takeLines(), (Lines {"done", "Could not delete ROOT/1"}));
+        onCall = [&] {
+            if (lines.size() == calls)
+                queue.reset();
+        };
+        run();
+        if (queue)
+            queue->verify();
+        EXPECT_EQ(takeLines(), Lines(all.begin(), all.begin() + std::ptrdiff_t(calls)));
+    }
 }

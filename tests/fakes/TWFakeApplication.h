@@ -11,7 +11,6 @@ struct TWFakeApplication : TWFakeMachine {
 
     TWFakeApplication()
     {
-        bundle.infos["TWApplicationSupportFolder"] = "~/.local/share/Tidewell";
         root.write("resources/org.tidewell.Tidewell.plist", "<plist version=\"1.0\"><dict/></plist>");
         root.write("resources/Welcome.txt", "Welcome.");
         root.write("resources/FilesRules.plist",

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "builders/TWTemporaryFolder.h"
+#include "deletion/TWFileDeleter.h"
 #include "fakes/TWFakeRunLoop.h"
 #include "fakes/TWFakes.h"
 #include "fakes/TWRecordingLauncher.h"
-#include "platform/TWPlaces.h"
 #include "platform/posix/TWPosixFileSystem.h"
 
-// A whole user's machine below a throwaway folder: real files, everything else a fake. Its home, trash, resources and data folder
-// lie where they do on Linux.
+// A whole user's machine below a throwaway folder: real files where they lie on Linux, everything else a fake.
 struct TWFakeMachine {
     TWTemporaryFolder root;
     TWFakeRunLoop runLoop;
@@ -16,15 +15,19 @@ struct TWFakeMachine {
     TWPosixFileSystem fileSystem;
     TWFakeMountTable mountTable;
     TWFakeUserDefaults userDefaults;
-    TWFakeBundle bundle;
+    TWFakeBundle bundle {root.folder("resources")};
     TWFakeLocks locks;
     TWFakeAlerts alerts;
     TWFakeNotifier notifier;
-    TWPlaces places;
+    TWPlaces places = makePlaces(root);
     std::string dataFolder = root.path("home/.local/share/Tidewell");
+    TWDeletionGuard guard {places, fileSystem, mountTable, dataFolder};
+    TWDeletionTools tools {runLoop, launcher, fileSystem, guard, places};
 
-    TWFakeMachine()
+private:
+    static TWPlaces makePlaces(const TWTemporaryFolder& root)
     {
+        TWPlaces places;
         places.home = root.folder("home");
         places.configHome = root.path("home/.config");
         places.dataHome = root.folder("home/.local/share");
@@ -33,9 +36,10 @@ struct TWFakeMachine {
         places.temporaryFolder = root.folder("tmp");
         places.systemLogs = root.folder("var/log");
         places.trash = root.path("home/.local/share/Trash");
-        places.resources = bundle.resources = root.folder("resources");
+        places.resources = root.path("resources");
         places.rm = "/bin/rm";
         places.srm = "/libexec/srm";
         places.eject = "/libexec/eject";
+        return places;
     }
 };

@@ -6,6 +6,7 @@
 #include "platform/TWMountTable.h"
 #include "platform/TWNotifier.h"
 #include "platform/TWUserDefaults.h"
+#include "support/TWLog.h"
 
 #include <deque>
 #include <map>
@@ -15,20 +16,14 @@
 struct TWFakeUserDefaults final : TWUserDefaults {
     std::map<std::string, TWValue> values;
     std::string problemLine;
-    int synchronized = 0;
 
     std::optional<TWValue> value(const std::string& key) const override
     {
-        const auto found = values.find(key);
-        return found == values.end() ? std::nullopt : std::optional(found->second);
+        return values.count(key) ? std::optional(values.at(key)) : std::nullopt;
     }
     void setValue(const std::string& key, const TWValue& value) override { values[key] = value; }
     void removeValue(const std::string& key) override { values.erase(key); }
-    std::string synchronize() override
-    {
-        ++synchronized;
-        return "";
-    }
+    std::string synchronize() override { return ""; }
     std::string problem() const override { return problemLine; }
     std::string file() const override { return "/settings"; }
 };
@@ -100,14 +95,26 @@ private:
 };
 
 struct TWFakeBundle final : TWBundle {
-    std::map<std::string, std::string> infos {{"CFBundleVersion", "1.0"}};
-    std::string resources;
+    std::string resources; // the folder
+    std::map<std::string, std::string> infos {
+        {"CFBundleVersion", "1.0"}, {"TWApplicationSupportFolder", "~/.local/share/Tidewell"}};
 
-    std::string info(const std::string& key) const override
+    explicit TWFakeBundle(std::string folder)
+        : resources(std::move(folder))
     {
-        const auto found = infos.find(key);
-        return found == infos.end() ? "" : found->second;
     }
+    std::string info(const std::string& key) const override { return infos.count(key) ? infos.at(key) : ""; }
     std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
     std::string identifier() const override { return "org.tidewell.Tidewell"; }
+};
+
+// Takes the log lines as long as it lives; without it they fail the test.
+struct TWExpectedLog {
+    std::vector<std::string> lines;
+
+    TWExpectedLog()
+    {
+        TWLog::setSink([this](std::string_view line) { lines.emplace_back(line); });
+    }
+    ~TWExpectedLog() { TWLog::setSink({}); }
 };

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <map>
+#include <numeric>
 
 // Launches nothing: records command lines, and deletes what a deletion tool would, below one folder only.
 class TWRecordingLauncher final : public TWProcessLauncher {
@@ -28,10 +29,8 @@ public:
     std::unique_ptr<TWChildProcess> launch(
         const std::string& path, const std::vector<std::string>& arguments, Terminated terminated) override
     {
-        std::string line = path;
-        for (const auto& argument : arguments)
-            line += " " + argument;
-        records.push_back(shown(std::move(line)));
+        const auto join = [](const std::string& line, const std::string& argument) { return line + " " + argument; };
+        records.push_back(shown(std::accumulate(arguments.begin(), arguments.end(), path, join)));
         auto child = std::make_shared<Child>(Child {arguments.empty() ? "" : arguments.back(), std::move(terminated)});
         running_.push_back(child);
         if (ending == Ending::OnALaterTurn)

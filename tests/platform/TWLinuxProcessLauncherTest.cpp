@@ -2,14 +2,13 @@
 
 #include "builders/TWHostileTree.h"
 #include "deletion/TWFileDeleteQueue.h"
+#include "fakes/TWFakeRunLoop.h"
 #include "fakes/TWFakes.h"
 #include "platform/posix/TWPosixFileSystem.h"
 
 #include <cerrno>
 #include <csignal>
-#include <gtest/gtest.h>
 #include <optional>
-#include <poll.h>
 #include <sys/wait.h>
 
 
@@ -18,53 +17,6 @@ namespace {
 using namespace std::chrono_literals;
 using Kind = TWTermination::Kind;
 using Arguments = std::vector<std::string>;
-
-// The little of a real run loop that the launcher needs.
-class PollLoop final : public TWRunLoop {
-public:
-    Clock::time_point now() const override { return Clock::now(); }
-    std::unique_ptr<TWRunLoopHandle> after(Duration, std::function<void()> call) override { return add(-1, std::move(call)); }
-    std::unique_ptr<TWRunLoopHandle> every(Duration, std::function<void()>) override { std::abort(); }
-    void post(std::function<void()>) override { std::abort(); }
-    std::unique_ptr<TWRunLoopHandle> inBackground(Work, std::function<void()>) override { std::abort(); }
-    std::unique_ptr<TWRunLoopHandle> whenReadable(int descriptor, std::function<void()> call) override
-    {
-        return add(descriptor, std::move(call));
-    }
-    void turn(Duration longest) override
-    {
-        for (const auto& task : std::vector(tasks_)) {
-            pollfd wanted {task->descriptor, POLLIN, 0};
-            const bool timer = task->descriptor < 0;
-            if (!task->ended && (timer || poll(&wanted, 1, static_cast<int>(longest.count())) == 1)) {
-                task->ended = timer;
-                task->call();
-            }
-        }
-        std::erase_if(tasks_, [](const auto& task) { return task->ended; });
-    }
-
-private:
-    struct Task {
-        int descriptor;
-        std::function<void()> call;
-        bool ended = false;
-    };
-    struct Handle final : TWRunLoopHandle {
-        explicit Handle(std::shared_ptr<Task> given)
-            : task(std::move(given))
-        {
-        }
-        ~Handle() override { task->ended = true; }
-        std::shared_ptr<Task> task;
-    };
-    std::unique_ptr<TWRunLoopHandle> add(int descriptor, std::function<void()> call)
-    {
-        tasks_.push_back(std::make_shared<Task>(Task {descriptor, std::move(call)}));
-        return std::make_unique<Handle>(tasks_.back());
-    }
-    std::vector<std::shared_ptr<Task>> tasks_;
-};
 
 class TWLinuxProcessLauncherTest : public testing::Test {
 protected:
@@ -77,11 +29,17 @@ protected:
         });
         EXPECT_FALSE(ended) << "the termination call came within the launch";
     }
+    void turnUntil(const std::function<bool()>& condition)
+    {
+        for (int turns = 0; !condition(); ++turns) {
+            ASSERT_LT(turns, 20'000) << "waited for nothing";
+            loop.turn(0ms);
+            std::this_thread::sleep_for(1ms);
+        }
+    }
     TWTermination wait()
     {
-        for (const auto patience = loop.now() + 20s; !ended && loop.now() < patience;)
-            loop.turn(50ms);
-        EXPECT_TRUE(ended);
+        turnUntil([this] { return ended.has_value(); });
         return ended.value_or(TWTermination {Kind::NotLaunched, -1, "never ended"});
     }
     TWTermination run(const std::string& path, const Arguments& arguments)
@@ -101,7 +59,7 @@ protected:
     TWTermination runShell(const std::string& script) { return run("/bin/sh", {"-c", script}); }
 
     TWTemporaryFolder root;
-    PollLoop loop;
+    TWFakeRunLoop loop; // with real descriptors
     TWLinuxProcessLauncher launcher {loop};
     std::unique_ptr<TWChildProcess> child;
     std::optional<TWTermination> ended;
@@ -127,6 +85,8 @@ TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
     EXPECT_EQ(exited.kind, Kind::Exited);
     EXPECT_EQ(exited.code, 3);
     EXPECT_EQ(exited.output, "said\ncomplained\n");
+    // One that talks a lot is neither blocked nor remembered.
+    EXPECT_EQ(runShell("head -c 10000000 /dev/zero | tr '\\0' e >&2").output, std::string(4096, 'e'));
     const auto signalled = runShell("kill -SEGV $$");
     EXPECT_EQ(signalled.kind, Kind::Signalled);
     EXPECT_EQ(signalled.code, SIGSEGV);
@@ -138,13 +98,6 @@ TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
     }
     EXPECT_EQ(run("/bin/rm", {"-rf", root.write("-file", "x")}).code, 0);
     EXPECT_FALSE(root.exists("-file"));
-}
-
-TEST_F(TWLinuxProcessLauncherTest, AChildThatTalksAlotIsNeitherBlockedNorRemembered)
-{
-    const auto termination = runShell("head -c 10000000 /dev/zero | tr '\\0' e >&2");
-    EXPECT_EQ(termination.kind, Kind::Exited);
-    EXPECT_EQ(termination.output, std::string(4096, 'e'));
 }
 
 TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)
@@ -179,11 +132,8 @@ TEST_F(TWLinuxProcessLauncherTest, TerminateAndKillEndAChildOnce)
     EXPECT_EQ(wait().code, SIGTERM);
     child->kill(); // of one that has ended already
     start("/bin/sh", {"-c", "trap '' TERM; echo ready > \"$0\"; while :; do sleep 0.01; done", root.path("ready")});
-    while (root.read("ready").empty())
-        loop.turn(10ms);
-    child->terminate();
-    loop.turn(50ms);
-    EXPECT_FALSE(ended);
+    turnUntil([this] { return !root.read("ready").empty(); });
+    child->terminate(); // which it does not hear
     child->kill();
     EXPECT_EQ(wait().code, SIGKILL);
 }
@@ -195,26 +145,8 @@ TEST_F(TWLinuxProcessLauncherTest, ADestroyedChildIsSilentEndedAndCollected)
     start(root.path("missing"), {});
     child.reset();
     // No child is left, not even a dead one, once the sleeper has been collected.
-    const auto patience = loop.now() + 5s;
-    while (waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0 && loop.now() < patience)
-        loop.turn(5ms);
-    EXPECT_EQ(errno, ECHILD);
+    turnUntil([] { return waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0; });
     EXPECT_FALSE(ended);
-}
-
-TEST_F(TWLinuxProcessLauncherTest, AChildMayBeDestroyedAndAnotherLaunchedInTheTerminationCall)
-{
-    int ends = 0;
-    std::function<void(const TWTermination&)> next = [&](const TWTermination&) {
-        child.reset();
-        if (++ends < 50)
-            child = launcher.launch("/bin/true", {}, next);
-        else
-            ended = TWTermination {};
-    };
-    child = launcher.launch("/bin/true", {}, next);
-    wait();
-    EXPECT_EQ(ends, 50);
 }
 
 // The whole way, with the real tool: everything goes but what the user may not delete, and that is named.
@@ -239,8 +171,7 @@ TEST_F(TWLinuxProcessLauncherTest, AQueueDeletesTheHostileTreeAndNothingElse)
     queue.setDelegate(&recorder);
     queue.addFilesFromArray(paths);
     queue.deleteFiles(TWAuthorization::No);
-    for (const auto patience = loop.now() + 20s; queue.running() && loop.now() < patience;)
-        loop.turn(50ms);
+    turnUntil([&] { return !queue.running(); });
     EXPECT_EQ(tree.canaryDigest(), canary);
 
     std::vector<std::string> expected;

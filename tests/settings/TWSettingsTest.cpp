@@ -29,21 +29,10 @@ TEST(TWSettingsTest, ReadsWhatIsStoredByTheTypeOfTheKey)
         EXPECT_EQ(settings.boolean(TWKey::AutoQuit), row.boolean) << shown;
         EXPECT_EQ(settings.integer(TWKey::AutoQuitMode), row.integer) << shown;
     }
-    defaults.values["UUID"] = 5;
-    EXPECT_FALSE(settings.hasValue(TWKey::UUID));
-    EXPECT_EQ(settings.string(TWKey::UUID), "");
-}
-
-TEST(TWSettingsTest, OverridesHoldForThisProcessOnly)
-{
-    TWFakeUserDefaults defaults;
-    TWSettings settings(defaults);
-    settings.set(TWKey::AutoQuit, true);
     settings.override(TWKey::AutoQuit, false);
-    EXPECT_FALSE(settings.boolean(TWKey::AutoQuit));
+    settings.set(TWKey::AutoQuit, true);
+    EXPECT_FALSE(settings.boolean(TWKey::AutoQuit)) << "for this process only";
     EXPECT_EQ(defaults.values.at("AutoQuit"), TWValue(true));
-    settings.reset(TWKey::AutoQuit);
-    EXPECT_TRUE(defaults.values.empty());
 }
 
 TEST(TWSettingsTest, EveryKeyHasAShippedDefaultThatDeletesNothing)
@@ -65,27 +54,25 @@ TEST(TWSettingsTest, EveryKeyHasAShippedDefaultThatDeletesNothing)
 
 class TWDataFolderTest : public testing::Test, protected TWFakeMachine {
 protected:
-    TWDataFolderTest() { bundle.infos["TWApplicationSupportFolder"] = "~/.local/share/Tidewell"; }
-    void put(const std::string& name, const std::string& text) { root.write("home/.local/share/Tidewell/" + name, text); }
+    void put(const std::string& text) { root.write("home/.local/share/Tidewell/L.plist", text); }
     std::string get(const std::string& name) { return root.read("home/.local/share/Tidewell/" + name); }
-    const TWDataFolder& folder() { return *(folder_ ? folder_ : folder_ = std::make_unique<TWDataFolder>(fileSystem, places, bundle)); }
+    TWListFile read() { return folder.read(folder.file("L.plist")); }
 
-private:
-    std::unique_ptr<TWDataFolder> folder_;
+    TWDataFolder folder {fileSystem, places, bundle};
 };
 
 TEST_F(TWDataFolderTest, TellsAMissingListFromOneThatCannotBeRead)
 {
-    EXPECT_EQ(folder().path(), dataFolder);
+    EXPECT_EQ(folder.path(), dataFolder);
     const auto problem = [&](const std::string& text) {
-        put("L.plist", text);
-        const auto file = folder().read(folder().file("L.plist"));
+        put(text);
+        const auto file = read();
         EXPECT_FALSE(file.missing || file.records);
         EXPECT_EQ(file.problem.substr(0, 10 + dataFolder.size()), "The list \"" + dataFolder);
         EXPECT_EQ(get("L.plist"), text) << "left untouched";
         return file.problem;
     };
-    EXPECT_TRUE(folder().read(folder().file("L.plist")).missing);
+    EXPECT_TRUE(read().missing);
     problem("");
     problem("<plist><array>");
     EXPECT_NE(problem("<plist version=\"1.0\"><dict/></plist>").find("it does not hold a list"), std::string::npos);
@@ -93,29 +80,29 @@ TEST_F(TWDataFolderTest, TellsAMissingListFromOneThatCannotBeRead)
     for (int level = 0; level < 100'000; ++level)
         deep += "<array>";
     problem("<plist version=\"1.0\">" + deep);
-    std::filesystem::remove(folder().file("L.plist"));
-    std::filesystem::create_directory(folder().file("L.plist"));
-    EXPECT_FALSE(folder().read(folder().file("L.plist")).problem.empty());
+    std::filesystem::remove(folder.file("L.plist"));
+    std::filesystem::create_directory(folder.file("L.plist"));
+    EXPECT_FALSE(read().problem.empty());
 }
 
 TEST_F(TWDataFolderTest, KeepsEveryDamagedFileBeforeItIsReplaced)
 {
     for (const auto* text : {"first", "second"}) {
-        put("L.plist", text);
-        EXPECT_EQ(folder().write("L.plist", {1, "two"}, TWOldFile::KeepAsDamaged), "");
+        put(text);
+        EXPECT_EQ(folder.write("L.plist", {1, "two"}, TWOldFile::KeepAsDamaged), "");
     }
     EXPECT_EQ(get("L.plist.damaged"), "first");
     EXPECT_EQ(get("L.plist.damaged.2"), "second");
-    EXPECT_EQ(folder().read(folder().file("L.plist")).records, (TWValue::Array {1, "two"}));
+    EXPECT_EQ(read().records, (TWValue::Array {1, "two"}));
 }
 
 TEST_F(TWDataFolderTest, AFailedWriteLeavesTheOldFile)
 {
-    put("L.plist", "old");
-    EXPECT_NE(folder().write("L.plist", {"not \xFF text"}, TWOldFile::Replace), "");
+    put("old");
+    EXPECT_NE(folder.write("L.plist", {"not \xFF text"}, TWOldFile::Replace), "");
     EXPECT_EQ(get("L.plist"), "old");
-    std::filesystem::create_directories(folder().file("folder/x"));
-    const auto problem = folder().write("folder", {}, TWOldFile::Replace);
+    std::filesystem::create_directories(folder.file("folder/x"));
+    const auto problem = folder.write("folder", {}, TWOldFile::Replace);
     EXPECT_EQ(launcher.shown(problem),
         "The list \"ROOT/home/.local/share/Tidewell/folder\" could not be saved (Is a directory). The file on disk is as it was; please "
         "make room or check the permissions.");

@@ -91,12 +91,16 @@ TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
     const auto live = world.files.settings();
     world.files.addRule({true, "Old", "~/old", TWItemItself});
     open();
-    table->setCurrentIndex(table->model()->index(0, Active));
+    table->setCurrentIndex(table->model()->index(0, Path));
     QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_FALSE(world.files.rules()[0].active);
+    const auto checkBox = table->visualRect(table->model()->index(0, Active));
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, checkBox.topLeft() + QPoint(10, checkBox.height() / 2));
+    EXPECT_TRUE(world.files.rules()[0].active);
     edit(0, Name, "nameLineEdit", "New name");
     edit(0, Path, "pathLineEdit", "~/new, with blanks");
     pick(0, TWItemsWithKeywordsDeep);
-    const TWFilesRule expected {false, "New name", "~/new, with blanks", TWItemsWithKeywordsDeep};
+    const TWFilesRule expected {true, "New name", "~/new, with blanks", TWItemsWithKeywordsDeep};
     EXPECT_EQ(*live, std::vector {expected});
 }
 

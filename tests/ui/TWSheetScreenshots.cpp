@@ -41,15 +41,17 @@ void takeFiles(const QString& theme)
     take(sheet, "files-empty" + theme);
     sheet.hide();
     world.files.applyDefaults();
-    for (const auto& rule : {TWFilesRule {true, "Everything!", "/", TWItemItself}, TWFilesRule {true, "My home", "~", TWItemItself},
-             TWFilesRule {true, "Old project", "~/Projects/Nobody knows where this went/and how deep it was/reports", TWFolderContents},
-             TWFilesRule {false, "From a newer version", "~/.cache/later", 7}})
-        world.files.settings()->push_back(rule);
+    auto& rules = *world.files.settings();
+    rules.resize(8);
+    rules.push_back({true, "Old project", "~/Projects/Nobody knows where this went/and how deep it was/reports", TWFolderContents});
+    rules.push_back({false, "Papers", "~/Documents", TWItemsWithKeywordsDeep});
+    rules.push_back({false, "From a newer version", "~/.cache/later", 7});
+    rules.push_back({true, "My home", "~", TWItemItself});
+    rules.push_back({true, "Everything!", "/", TWItemItself});
     world.files.reloadTable();
     sheet.open();
-    world.files.reloadTable();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !world.files.note(18).text.empty(); }));
-    static_cast<QTableView*>(sheet.focusWidget())->selectRow(1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !world.files.note(8).text.empty(); }));
+    sheet.findChild<QTableView*>()->selectRow(8);
     take(sheet, "files" + theme);
 }
 
@@ -69,6 +71,11 @@ void takeDictionary(const QString& theme)
         QTest::keyClick(sheet.focusWidget(), key, key == Qt::Key_Up ? Qt::NoModifier : Qt::KeyboardModifiers());
     QTest::keyClick(sheet.focusWidget(), Qt::Key_Right, Qt::ShiftModifier);
     take(sheet, "dictionary" + theme);
+    QTest::keyClick(sheet.focusWidget(), Qt::Key_F2);
+    take(sheet, "dictionary-editing" + theme);
+    world.folder.write("home/.config/Tidewell/Dictionary.plist", "no list");
+    world.dictionary.loadDictionary();
+    take(sheet, "dictionary-problem" + theme);
 }
 
 TEST(TWSheetScreenshots, AreTaken)

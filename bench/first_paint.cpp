@@ -1,0 +1,38 @@
+// Loaded into a Qt program from outside (LD_PRELOAD): ends it with status 0 as soon as one of its windows has been painted.
+
+#include <QApplication>
+#include <QEvent>
+#include <QWidget>
+
+#include <climits>
+#include <cstdlib>
+
+namespace {
+
+class FirstPaint final : public QObject {
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        const auto* widget = qobject_cast<QWidget*>(object);
+        // What lies inside the window is painted before the next event is served.
+        if (event->type() == QEvent::Paint && widget && widget->isWindow())
+            QCoreApplication::postEvent(this, new QEvent(QEvent::User), INT_MAX);
+        return false;
+    }
+
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::User)
+            std::_Exit(0);
+        return QObject::event(event);
+    }
+};
+
+void watch()
+{
+    static FirstPaint firstPaint;
+    qApp->installEventFilter(&firstPaint);
+}
+
+}
+
+Q_COREAPP_STARTUP_FUNCTION(watch)

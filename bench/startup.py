@@ -1,0 +1,49 @@
+#!/usr/bin/env python3
+"""Starting: a command beside bleachbit --version, and the window, up to its first paint, beside a minimal one."""
+import contextlib
+import shutil
+import subprocess
+
+from benching import Goals, PROGRAMS, TIDEWELL, environment, medians, options, print_times, rotated_rounds, seconds, throwaway_folder
+
+
+@contextlib.contextmanager
+def display():
+    """The variables of a screen in memory; without Xvfb, Qt's own one."""
+    if not shutil.which("Xvfb"):
+        yield {"QT_QPA_PLATFORM": "offscreen"}
+        return
+    server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24"],
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    try:
+        yield {"QT_QPA_PLATFORM": "xcb", "DISPLAY": f":{server.stdout.readline().strip()}"}
+    finally:
+        server.terminate()
+        server.wait()
+
+
+def compare(title, commands, surroundings, rounds):
+    """Our command comes first."""
+    times = medians(rotated_rounds({" ".join(command).rsplit("/")[-1]: lambda command=command: seconds(command, surroundings)
+                                    for command in commands}, rounds))
+    print_times(f"{title}, {rounds} rounds", times, "ms", 1000, ours=next(iter(times)))
+    ours, other = times.values()
+    return ours / other
+
+
+def main():
+    quick = options(__doc__).quick
+    goals = Goals(quick)
+    with throwaway_folder() as folder:
+        ratio = compare("command", [[TIDEWELL, "paths"], ["bleachbit", "--version"]], environment(folder), 3 if quick else 21)
+        goals.at_most("of bleachbit", 0.15, ratio)
+        with display() as screen:
+            surroundings = environment(folder, LD_PRELOAD=f"{PROGRAMS}/first_paint.so", **screen)
+            seconds([TIDEWELL], surroundings)  # the very first launch greets
+            ratio = compare(f"window, {screen['QT_QPA_PLATFORM']}, first paint",
+                            [[TIDEWELL], [f"{PROGRAMS}/window_minimal_bench"]], surroundings, 3 if quick else 11)
+            goals.at_most("of the minimal window", 1.5, ratio)
+    goals.end()
+
+
+main()

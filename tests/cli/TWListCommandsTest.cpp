@@ -1,0 +1,145 @@
+#include "TWProgramTest.h"
+
+#include <sys/mount.h>
+
+namespace {
+
+const std::string Rules = "home/.local/share/Tidewell/FilesRules.plist";
+
+constexpr auto OneRule = R"(<plist version="1.0"><array><dict><key>Active</key><true/><key>Description</key><string>mine</string>)"
+                         R"(<key>FilePath</key><string>~/mine</string><key>WhatToDelete</key><integer>0</integer></dict></array></plist>)";
+
+class TWListCommandsTest : public TWProgramTest {
+protected:
+    std::string out(const Words& words)
+    {
+        const auto result = run(words);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return result.out;
+    }
+};
+
+TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
+{
+    const std::vector<Words> table {{"nonsense"}, {"--nonsense"}, {"clean", "extra"}, {"clean", "--only"}, {"clean", "--only", "nonsense"},
+        {"clean", "--only", "logs"}, {"clean", "--only", ""}, {"clean", "clean"}, {"--sandbox"}, {"clean", "--only", "trash", "--sandbox", ""}, {"settings"}, {"settings", "get", "NoKey"},
+        {"settings", "get", "\xff\n"}, {"settings", "set", "TrashCleaner"}, {"settings", "set", "TrashCleaner", "maybe"},
+        {"settings", "set", "AutoQuitMode", "99999999999"}, {"words", "add"}, {"words", "add", "\xff"}, {"files", "add"},
+        {"files", "add", ""}, {"files", "add", "x", "--what", "nonsense"}, {"files", "add", "x", "--what", "1"}, {"files", "remove", "0"},
+        {"files", "on", "1x"}, {"files", "off", "99999999999999999999"}, {"files", "off", "4000"}, {"demo", home_}};
+    folder_.write("home/not empty", "");
+    for (const auto& words : table) {
+        const auto result = run(words);
+        const auto shown = words.back() + " -> " + result.out + result.err;
+        EXPECT_EQ(result.status, 2) << shown;
+        EXPECT_EQ(result.out, "") << shown;
+        EXPECT_EQ(lines(result.err).size(), 1U) << shown;
+    }
+    EXPECT_FALSE(folder_.exists(Rules) || folder_.exists(Data + std::string("Dictionary.plist")));
+}
+
+TEST_F(TWListCommandsTest, WordsStayExactlyAsTheyWereGiven)
+{
+    EXPECT_EQ(out({"words", "list", "--json"}), "");
+    out({"words", "add", "[a,b]", "x,y", "clear", "\xC3\x84rger", "-5"});
+    out({"words", "add", "--", "--json"});
+    EXPECT_EQ(out({"words", "list"}), "[a,b]\nx,y\nclear\n\xC3\x84rger\n-5\n--json\n");
+    out({"words", "remove", "clear", "[a,b]"});
+    EXPECT_EQ(run({"words", "remove", "x,y", "absent"}).status, 1);
+    EXPECT_EQ(out({"--json", "words", "list"}), "{\"word\":\"x,y\"}\n{\"word\":\"\xC3\x84rger\"}\n{\"word\":\"-5\"}\n{\"word\":\"--json\"}\n");
+    out({"words", "clear"});
+    EXPECT_EQ(out({"words", "list", "--json"}), "");
+}
+
+TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
+{
+    folder_.write(Rules, OneRule);
+    out({"files", "add", home_ + "/[a,b]/", "--what", "keywords-deep", "--description", "two\nlines", "--off"});
+    out({"files", "add", "--", "-rf"});
+    out({"files", "off", "1"});
+    out({"files", "on", "2"});
+    out({"files", "remove", "3"});
+    EXPECT_EQ(out({"files", "list"}), "1   off  item          ~/mine  (mine)\n2   on   keywords-deep ~/[a,b]  (two\u240Alines)\n");
+    EXPECT_EQ(lines(out({"files", "list", "--json"})).back(),
+        R"({"Active":true,"Description":"two\nlines","FilePath":"~/[a,b]","WhatToDelete":3})");
+
+    out({"settings", "set", "TrashCleaner", "On"});
+    out({"settings", "set", "AutoQuitMode", "-3"});
+    EXPECT_EQ(out({"settings", "get", "TrashCleaner"}) + out({"settings", "get", "AutoQuitMode"}), "true\n-3\n");
+    out({"settings", "reset", "TrashCleaner"});
+    EXPECT_EQ(out({"settings", "get", "TrashCleaner", "--json"}),
+        "{\"key\":\"TrashCleaner\",\"value\":false,\"meaning\":\"empty the Trash in a run\"}\n");
+    // Only the window's start is a launch.
+    EXPECT_EQ(out({"settings", "get", "LastLaunchedVersion"}) + out({"settings", "get", "FirstLaunchDone"}), "\nfalse\n");
+}
+
+TEST_F(TWListCommandsTest, CommandsAtTheSameTimeLoseNothing)
+{
+    std::vector<Child> children;
+    for (int number = 0; number < 8; ++number)
+        children.push_back(start({"words", "add", "word" + std::to_string(number)}));
+    for (const auto& child : children)
+        EXPECT_EQ(wait(child).status, 0);
+    auto words = lines(out({"words", "list"}));
+    std::sort(words.begin(), words.end());
+    EXPECT_EQ(words, (Lines {"word0", "word1", "word2", "word3", "word4", "word5", "word6", "word7"}));
+}
+
+TEST_F(TWListCommandsTest, DamagedFilesAreNamedAndKept)
+{
+    folder_.write(Rules, "damaged rules");
+    folder_.write(Settings, "]\nTrashCleaner=true\n");
+    const auto listed = run({"files", "list"});
+    EXPECT_NE(listed.err.find(Rules), std::string::npos) << listed.err;
+    EXPECT_NE(listed.err.find(Settings), std::string::npos) << listed.err;
+    EXPECT_EQ(listed.out.find("  on  "), std::string::npos) << listed.out;
+    EXPECT_EQ(run({"clean", "--only", "files", "--yes"}).status, 0);
+    EXPECT_EQ(folder_.read(Rules), "damaged rules");
+    EXPECT_EQ(folder_.read(Settings), "]\nTrashCleaner=true\n");
+
+    EXPECT_EQ(run({"settings", "set", "FilesCleaner", "true"}).status, 0);
+    EXPECT_EQ(run({"files", "add", "/x"}).status, 0);
+    EXPECT_EQ(folder_.read(Rules + ".damaged"), "damaged rules");
+    EXPECT_EQ(folder_.read(Settings + std::string(".damaged")), "]\nTrashCleaner=true\n");
+    EXPECT_EQ(out({"settings", "get", "TrashCleaner"}) + out({"settings", "get", "FilesCleaner"}), "true\ntrue\n");
+    // A second time: the first damaged file stays too.
+    folder_.write(Settings, "again");
+    EXPECT_EQ(run({"settings", "set", "FilesCleaner", "true"}).status, 0);
+    EXPECT_EQ(folder_.read(Settings + std::string(".damaged.2")), "again");
+}
+
+TEST_F(TWListCommandsTest, HomeThatCanHoldNothing)
+{
+    home_ = "/dev/null/home";
+    for (const Words& words : {Words {"words", "add", "x"}, {"files", "add", "/x"}, {"settings", "set", "TrashCleaner", "true"}}) {
+        const auto result = run(words);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(lines(result.err).size(), 1U) << result.err;
+    }
+    EXPECT_EQ(run({"words", "list"}).status, 0);
+    EXPECT_EQ(run({"clean"}).status, 3);
+}
+
+TEST_F(TWListCommandsTest, FullDiskLeavesWhatWasThere)
+{
+    if (!machineMayBeChanged())
+        GTEST_SKIP() << "NOT TESTED: a full disk needs root and TIDEWELL_TEST_MACHINE=1";
+    ASSERT_EQ(mount("tidewell-test", home_.c_str(), "tmpfs", 0, "size=64k"), 0);
+    out({"words", "add", "first"});
+    const auto settings = folder_.read(Settings);
+    trash("a");
+    folder_.write("home/filler", std::string(1 << 16, 'x'));
+    for (const Words& words : {Words {"words", "add", std::string(9000, 'w')}, {"settings", "set", "TrashCleaner", "true"}}) {
+        const auto result = run(words);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find("could not be saved"), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(out({"words", "list"}), "first\n");
+    EXPECT_EQ(folder_.read(Settings), settings);
+    EXPECT_EQ(run({"clean", "--only", "trash"}).status, 0);
+    EXPECT_FALSE(folder_.exists("home" + std::string(Trash) + "/files/a"));
+    EXPECT_EQ(umount(home_.c_str()), 0);
+}
+
+}
