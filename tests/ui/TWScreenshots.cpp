@@ -6,6 +6,7 @@
 #include "ui/TWResultsWindow.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QMessageBox>
 #include <QPalette>
 
@@ -44,26 +45,28 @@ protected:
     }
     void TearDown() override { QApplication::setPalette(QPalette()); }
 
-    static void grab(QWidget& window, const char* name)
+    void grab(QWidget& window, const char* name)
     {
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
-        QTest::qWait(200);
+        QElapsedTimer spinning;
+        spinning.start();
+        EXPECT_TRUE(machine.waitFor([&] { return spinning.elapsed() > 200; }));
         const auto scale = window.devicePixelRatioF() > 1 ? "-2x" : "";
         const auto file = QString("%1/%2-%3%4.png").arg(qEnvironmentVariable("TIDEWELL_SCREENSHOTS"), name, GetParam(), scale);
         EXPECT_TRUE(window.grab().save(file));
     }
+
+    Machine machine;
 };
 
 TEST_P(TWScreenshots, AllWindows)
 {
-    Machine machine;
     for (const auto* name : {"a", "b", "c"})
         machine.root.write(std::string("home/.local/share/Trash/files/") + name, std::string(800'000, 'x'));
     const std::string rule = "<dict><key>Active</key><true/></dict>";
     machine.root.write("home/.local/share/Tidewell/FilesRules.plist", "<plist><array>" + rule + rule + "<dict/></array></plist>");
-    TWTidewellAppDelegate delegate(machine.platform(), TWLaunchKind::Window);
-    delegate.settings().set(TWKey::FirstLaunchDone, true);
+    TWTidewellAppDelegate delegate(machine.platform, TWLaunchKind::Window);
     delegate.settings().set(TWKey::TrashCleaner, true);
     delegate.settings().set(TWKey::FilesCleaner, true);
     TWMainWindow window(delegate);
@@ -72,7 +75,7 @@ TEST_P(TWScreenshots, AllWindows)
     delegate.clean();
     grab(window, "main-running");
     delegate.stop();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !delegate.running(); }));
+    EXPECT_TRUE(machine.waitFor([&] { return !delegate.running(); }));
     window.showLight(TWCleanerPosition("files"), TWLight::Green);
     grab(window, "main-ended");
 
