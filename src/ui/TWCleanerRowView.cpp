@@ -92,10 +92,11 @@ void TWCleanerRowView::nameChild(QWidget* child, const char* ending, const QStri
     child->setAccessibleName(accessibleName);
 }
 
-void TWCleanerRowView::loadIcon(const QString& fallbackFolder)
+void TWCleanerRowView::showPictures(const QString& fallbackFolder)
 {
     const auto name = QLatin1String(row_.icon);
     icon_->setIcon(QIcon::fromTheme(name, QIcon(fallbackFolder + '/' + name + ".svg")));
+    showLight(shownLight_);
 }
 
 bool TWCleanerRowView::isChecked() const
@@ -117,6 +118,7 @@ void TWCleanerRowView::setLine(const QString& line)
 
 void TWCleanerRowView::showLight(TWLight light)
 {
+    shownLight_ = light;
     const auto index = static_cast<std::size_t>(light);
     const auto name = tr(LightNames[index]);
     light_->setIcon(lightIcons_[index]);

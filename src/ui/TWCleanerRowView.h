@@ -14,7 +14,7 @@ class TWIconView;
 class TWQuietLabel;
 class TWSpinner;
 
-// The pictures of the lights, by TWLight. Read from their files when they are first painted.
+// The pictures of the lights, by TWLight.
 using TWLightIcons = std::array<QIcon, 4>;
 
 // One cleaner's row in the main window: icon, check box, the quiet line that says what the cleaner will do now, spinner, light and,
@@ -27,8 +27,8 @@ public:
 
     TWCleanerRowView(const TWCleanerRow&, Editable, const TWLightIcons&, QWidget* parent);
 
-    // The icon of the theme, or else our own in the folder.
-    void loadIcon(const QString& fallbackFolder);
+    // Once there are pictures of the lights. The cleaner's icon is that of the theme, or else our own in the folder.
+    void showPictures(const QString& fallbackFolder);
 
     bool isChecked() const;
     void setChecked(bool);
@@ -52,5 +52,6 @@ private:
     TWQuietLabel* line_;
     TWSpinner* spinner_;
     TWIconView* light_;
+    TWLight shownLight_ = TWLight::Off;
     QPushButton* editButton_;
 };

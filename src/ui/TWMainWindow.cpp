@@ -44,8 +44,6 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
 {
     setObjectName("mainWindow");
     setWindowTitle(TWQtText::exact(delegate_.platform().bundle.info("CFBundleName")));
-    for (std::size_t light = 0; light < lightIcons_.size(); ++light)
-        lightIcons_[light] = QIcon(resource(LightFiles[light]));
     auto* column = new QVBoxLayout;
     column->setContentsMargins(Margin, Margin, Margin, Margin);
     column->setSpacing(RowSpacing);
@@ -142,7 +140,7 @@ QAction* TWMainWindow::addAction(QMenu* menu, const char* name, const QString& t
     return action;
 }
 
-// Looking for icons and counting read many files, so they wait until the window can be seen.
+// Pictures and counting take reading many files and loading plugins, so they wait until the window can be seen.
 void TWMainWindow::paintEvent(QPaintEvent* event)
 {
     QMainWindow::paintEvent(event);
@@ -152,9 +150,11 @@ void TWMainWindow::paintEvent(QPaintEvent* event)
 
 void TWMainWindow::afterFirstPaint()
 {
+    for (std::size_t light = 0; light < lightIcons_.size(); ++light)
+        lightIcons_[light] = QIcon(resource(LightFiles[light]));
     QApplication::setWindowIcon(QIcon::fromTheme("tidewell", QIcon(resource("tidewell.svg"))));
     for (auto* row : rows_)
-        row->loadIcon(resource("icons"));
+        row->showPictures(resource("icons"));
     refreshTrashLine();
 }
 

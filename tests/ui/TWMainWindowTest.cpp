@@ -21,32 +21,25 @@ protected:
         itemSize = machine.fileSystem.facts(machine.root.write("home/.local/share/Trash/files/two", "2"))->bytes;
         machine.root.write("home/.local/share/Tidewell/FilesRules.plist",
             "<plist><array><dict><key>Active</key><true/></dict><dict/></array></plist>");
-        delegate = std::make_unique<TWTidewellAppDelegate>(machine.platform(), TWLaunchKind::Window);
-        delegate->settings().set(TWKey::FirstLaunchDone, true);
-        delegate->settings().set(TWKey::LogsCleaner, true);
+        machine.userDefaults.values["LogsCleaner"] = true;
+        delegate = std::make_unique<TWTidewellAppDelegate>(machine.platform, TWLaunchKind::Window);
         window = std::make_unique<TWMainWindow>(*delegate);
         delegate->applicationDidFinishLaunching();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        EXPECT_TRUE(machine.waitFor([this] { return !line("trash").empty(); })) << "what waits for the first paint";
     }
 
-    std::string line(const char* cleaner)
+    std::string line(const std::string& cleaner) { return child<QLabel>(*window, cleaner + "QuietLabel")->text().toStdString(); }
+    std::string light(const std::string& cleaner)
     {
-        return child<QLabel>(*window, (cleaner + std::string("QuietLabel")).c_str())->text().toStdString();
-    }
-    std::string light(const char* cleaner)
-    {
-        return child<QWidget>(*window, (cleaner + std::string("Light")).c_str())->accessibleName().toStdString();
-    }
-    bool waitForLine(const char* cleaner, const std::string& text)
-    {
-        return QTest::qWaitFor([&] { return line(cleaner) == text; });
+        return child<QWidget>(*window, cleaner + "Light")->accessibleName().toStdString();
     }
     // Starts a run that stands at its first file.
     void startRun()
     {
         QTest::mouseClick(child<QCheckBox>(*window, "trashCheckBox"), Qt::LeftButton, {}, {8, 8});
         QTest::keyClick(window.get(), Qt::Key_Return);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return machine.tool.terminated != nullptr; }));
+        ASSERT_TRUE(machine.waitFor([&] { return machine.launcher.running() == 1; }));
     }
     bool quits()
     {
@@ -62,7 +55,8 @@ protected:
 
 TEST_F(TWMainWindowTest, RowsShowTheSettingsAndWhatTheCleanersWouldDo)
 {
-    EXPECT_TRUE(waitForLine("trash", "2 items, " + TWText::size(2 * itemSize))) << line("trash");
+    machine.runLoop.runUntilIdle();
+    EXPECT_EQ(line("trash"), "2 items, " + TWText::size(2 * itemSize));
     EXPECT_EQ(line("files"), "1 of 2 rules on");
     EXPECT_EQ(line("logs"), "Comes in a later version");
 
@@ -110,13 +104,12 @@ TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgain)
     EXPECT_FALSE(clean->isEnabled());
     EXPECT_TRUE(stop->isVisible());
 
-    machine.tool.finish();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return machine.tool.terminated != nullptr; }));
-    machine.tool.finish();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return clean->isEnabled(); }));
+    machine.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    machine.launcher.endAll();
+    EXPECT_TRUE(machine.waitFor([&] { return clean->isEnabled(); }));
     EXPECT_EQ(light("trash"), "Succeeded");
     EXPECT_FALSE(child<TWSpinner>(*window, "trashSpinner")->turning());
-    EXPECT_TRUE(waitForLine("trash", "The Trash is empty"));
+    EXPECT_EQ(line("trash"), "The Trash is empty");
     EXPECT_FALSE(stop->isVisible());
 }
 
@@ -124,9 +117,9 @@ TEST_F(TWMainWindowTest, EscapeStopsARun)
 {
     startRun();
     QTest::keyClick(window.get(), Qt::Key_Escape);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !delegate->running(); }));
+    EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
     EXPECT_EQ(light("trash"), "Failed");
-    EXPECT_TRUE(waitForLine("trash", "1 item, " + TWText::size(itemSize))) << line("trash");
+    EXPECT_EQ(machine.launcher.records.back(), "terminate");
 }
 
 TEST_F(TWMainWindowTest, ClosingDuringARunAsksAndThenStopsAndQuits)
@@ -141,16 +134,16 @@ TEST_F(TWMainWindowTest, ClosingDuringARunAsksAndThenStopsAndQuits)
 
     EXPECT_FALSE(window->close());
     machine.alerts.answer(TWAnswer::Default);
-    EXPECT_TRUE(quits());
-    EXPECT_FALSE(delegate->running());
+    EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
+    EXPECT_EQ(machine.launcher.records.size(), 2U) << "nothing further was begun";
 }
 
 TEST_F(TWMainWindowTest, OnlyClosingTheMainWindowQuits)
 {
     window->bringToFront(TWWindow::Results);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return window->isKeyWindow(TWWindow::Results); }));
+    EXPECT_TRUE(machine.waitFor([&] { return window->isKeyWindow(TWWindow::Results); }));
     QApplication::activeWindow()->close();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->isKeyWindow(TWWindow::Results); }));
+    EXPECT_TRUE(machine.waitFor([&] { return !window->isKeyWindow(TWWindow::Results); }));
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(window->close());
     EXPECT_TRUE(quits());

@@ -6,6 +6,7 @@
 #include "ui/TWResultsWindow.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QMessageBox>
 #include <QPalette>
 
@@ -21,36 +22,51 @@ QPalette darkPalette()
     return palette;
 }
 
+QPalette highContrastPalette()
+{
+    QPalette palette(Qt::white, Qt::black, Qt::white, Qt::black, Qt::white, Qt::white, Qt::white, Qt::black, Qt::black);
+    palette.setColor(QPalette::Highlight, Qt::yellow);
+    palette.setColor(QPalette::HighlightedText, Qt::black);
+    return palette;
+}
+
+QPalette paletteNamed(const std::string& name)
+{
+    return name == "dark" ? darkPalette() : name == "contrast" ? highContrastPalette() : QPalette(QColor(239, 239, 239));
+}
+
 class TWScreenshots : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
     {
         if (!qEnvironmentVariableIsSet("TIDEWELL_SCREENSHOTS"))
             GTEST_SKIP();
-        QApplication::setPalette(GetParam() == std::string("dark") ? darkPalette() : QPalette(QColor(239, 239, 239)));
+        QApplication::setPalette(paletteNamed(GetParam()));
     }
     void TearDown() override { QApplication::setPalette(QPalette()); }
 
-    static void grab(QWidget& window, const char* name)
+    void grab(QWidget& window, const char* name)
     {
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
-        QTest::qWait(200);
+        QElapsedTimer spinning;
+        spinning.start();
+        EXPECT_TRUE(machine.waitFor([&] { return spinning.elapsed() > 200; }));
         const auto scale = window.devicePixelRatioF() > 1 ? "-2x" : "";
         const auto file = QString("%1/%2-%3%4.png").arg(qEnvironmentVariable("TIDEWELL_SCREENSHOTS"), name, GetParam(), scale);
         EXPECT_TRUE(window.grab().save(file));
     }
+
+    Machine machine;
 };
 
 TEST_P(TWScreenshots, AllWindows)
 {
-    Machine machine;
     for (const auto* name : {"a", "b", "c"})
         machine.root.write(std::string("home/.local/share/Trash/files/") + name, std::string(800'000, 'x'));
     const std::string rule = "<dict><key>Active</key><true/></dict>";
     machine.root.write("home/.local/share/Tidewell/FilesRules.plist", "<plist><array>" + rule + rule + "<dict/></array></plist>");
-    TWTidewellAppDelegate delegate(machine.platform(), TWLaunchKind::Window);
-    delegate.settings().set(TWKey::FirstLaunchDone, true);
+    TWTidewellAppDelegate delegate(machine.platform, TWLaunchKind::Window);
     delegate.settings().set(TWKey::TrashCleaner, true);
     delegate.settings().set(TWKey::FilesCleaner, true);
     TWMainWindow window(delegate);
@@ -59,7 +75,7 @@ TEST_P(TWScreenshots, AllWindows)
     delegate.clean();
     grab(window, "main-running");
     delegate.stop();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !delegate.running(); }));
+    EXPECT_TRUE(machine.waitFor([&] { return !delegate.running(); }));
     window.showLight(TWCleanerPosition("files"), TWLight::Green);
     grab(window, "main-ended");
 
@@ -79,6 +95,6 @@ TEST_P(TWScreenshots, AllWindows)
     grab(*child<QMessageBox>(window, "alertMessageBox"), "welcome");
 }
 
-INSTANTIATE_TEST_SUITE_P(Palettes, TWScreenshots, testing::Values("light", "dark"));
+INSTANTIATE_TEST_SUITE_P(Palettes, TWScreenshots, testing::Values("light", "dark", "contrast"));
 
 }

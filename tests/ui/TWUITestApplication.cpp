@@ -11,6 +11,8 @@ class Application final : public testing::Environment {
 public:
     void SetUp() override
     {
+        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
         QApplication::setStyle("Fusion");
         application_ = std::make_unique<QApplication>(argumentCount_, arguments_);
     }
