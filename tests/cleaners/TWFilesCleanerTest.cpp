@@ -140,6 +140,22 @@ TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
     EXPECT_FALSE(root.exists("two"));
 }
 
+TEST_F(TWFilesCleanerTest, ReallySearchesBesideTheMainThread)
+{
+    TWFakeRunLoop threaded(TWFakeRunLoop::Background::Thread);
+    TWRecordingLauncher children(threaded, root.path());
+    TWFilesCleaner beside({threaded, children, fileSystem, guard, places});
+    beside.setDelegate(&reports);
+    give({rule("missing", 0), rule("full", 3)});
+    root.write("full/deep/secret", "x");
+    beside.setInfo(info);
+    beside.clean(); // given up by the next one
+    beside.clean();
+    threaded.advance(1s);
+    EXPECT_EQ(reports.take(),
+        (Lines {Started, Started, "- Item ROOT/missing already deleted", "- Delete ROOT/full/deep/secret ...", Success, "finished"}));
+}
+
 TEST(TWFilesRuleTest, AnEntryOfAnotherTypeMakesTheListUnreadable)
 {
     const auto from = [](const char* key, TWValue value) {
