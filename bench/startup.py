@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Starting: a command beside bleachbit --version, and the window, up to its first paint, beside a minimal one."""
 import contextlib
 import shutil
