@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Deleting many paths, one child process each, beside the bare loop of spawning and waiting, find and BleachBit."""
 import os
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Property lists from file to file, beside Python's plistlib.
 
 Both read the same file and write what they read to another, which is flushed to the disk and renamed into place. The rounds

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Showing 100,000 results lines, beside a table that scrolls to every one of them."""
 import statistics
 

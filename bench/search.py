@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """How fast the search for words is, against a bare walk and against fdfind.
 
 Makes five home-like trees in a throwaway folder, runs the cases in turn, round after round, and prints the medians with their

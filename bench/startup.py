@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Starting: a command beside bleachbit --version, and the window, up to its first paint, beside a minimal one."""
 import contextlib
 import shutil
@@ -8,18 +8,25 @@ from benching import Goals, PROGRAMS, TIDEWELL, environment, medians, options, p
 
 
 @contextlib.contextmanager
-def display():
-    """The variables of a screen in memory; without Xvfb, Qt's own one."""
-    if not shutil.which("Xvfb"):
-        yield {"QT_QPA_PLATFORM": "offscreen"}
-        return
-    server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24"],
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+def server(*command):
+    """Runs a server of the desktop for a while; where it can be reached is the line that it prints."""
+    child = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     try:
-        yield {"QT_QPA_PLATFORM": "xcb", "DISPLAY": f":{server.stdout.readline().strip()}"}
+        yield child.stdout.readline().strip()
     finally:
-        server.terminate()
-        server.wait()
+        child.terminate()
+        child.wait()
+
+
+@contextlib.contextmanager
+def desktop():
+    """The variables of a session with a screen and a bus of its own; without Xvfb, on Qt's own screen in memory."""
+    with server("dbus-daemon", "--session", "--nofork", "--print-address") as bus:
+        if not shutil.which("Xvfb"):
+            yield {"DBUS_SESSION_BUS_ADDRESS": bus, "QT_QPA_PLATFORM": "offscreen"}
+            return
+        with server("Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24") as number:
+            yield {"DBUS_SESSION_BUS_ADDRESS": bus, "QT_QPA_PLATFORM": "xcb", "DISPLAY": f":{number}"}
 
 
 def compare(title, commands, surroundings, rounds):
@@ -37,7 +44,7 @@ def main():
     with throwaway_folder() as folder:
         ratio = compare("command", [[TIDEWELL, "paths"], ["bleachbit", "--version"]], environment(folder), 3 if quick else 21)
         goals.at_most("of bleachbit", 0.15, ratio)
-        with display() as screen:
+        with desktop() as screen:
             surroundings = environment(folder, LD_PRELOAD=f"{PROGRAMS}/first_paint.so", **screen)
             seconds([TIDEWELL], surroundings)  # the very first launch greets
             ratio = compare(f"window, {screen['QT_QPA_PLATFORM']}, first paint",

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Deleting one path that holds a large tree, beside rm -rf and BleachBit."""
 import os
 import sys
