@@ -1,6 +1,7 @@
 #include "editors/TWRuleNotes.h"
 
 #include "cleaners/TWFilesCleaner.h"
+#include "support/TWPath.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -74,6 +75,9 @@ void TWRuleNotes::count(const std::vector<TWFilesRule>& rules, const std::vector
 {
     std::vector<TWFilesRule> wanted;
     for (const auto& rule : rules) {
+        // A rule for the home folder or one above it is refused, and counting it would take as long as all the others together.
+        if (rule.whatToDelete == TWItemItself && TWPath::isAtOrBelow(places_.home, places_.standardize(rule.filePath)))
+            continue;
         if (!rule.filePath.empty() && !counted_.contains({rule.filePath, rule.whatToDelete}))
             wanted.push_back(rule);
     }
