@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
-
 namespace {
 
 class TWLaunchTest : public testing::Test, protected TWFakeApplication {
@@ -24,7 +22,8 @@ TEST_F(TWLaunchTest, TheFirstLaunchMakesEverythingAndGreetsOnce)
     start()->applicationDidFinishLaunching();
     EXPECT_TRUE(root.exists("home/.local/share/Tidewell"));
     const auto identifier = stored("UUID");
-    EXPECT_TRUE(std::regex_match(identifier, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"))) << identifier;
+    EXPECT_EQ(identifier.size(), 36U);
+    EXPECT_EQ(identifier.find_first_not_of("0123456789ABCDEF-"), std::string::npos) << identifier;
     EXPECT_EQ(view.lines, std::vector<std::string> {"front main"});
     ASSERT_EQ(alerts.alerts.size(), 1U);
     EXPECT_EQ(alerts.alerts[0].title + "|" + alerts.alerts[0].text + "|" + alerts.alerts[0].defaultButton,
