@@ -14,6 +14,7 @@
 #include "platform/qt/TWQtNotifier.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "platform/qt/TWQtUserDefaults.h"
+#include "support/TWLog.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 #include "ui/TWQtAlerts.h"
@@ -233,6 +234,13 @@ int runWindow(const TWPosixFileSystem& fileSystem, const TWPlaces& places, const
     return status;
 }
 
+// Qt's own warnings, less the one that a machine without a login session gives at every start.
+void writeQtMessage(QtMsgType, const QMessageLogContext&, const QString& message)
+{
+    if (!message.startsWith("QStandardPaths:"))
+        TWLog::write(message.toStdString());
+}
+
 // The sandbox's root as a real path, made when missing; nothing when that fails.
 std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std::string& folder)
 {
@@ -266,6 +274,7 @@ std::optional<std::string> demoFolder(const TWFileSystem& fileSystem, const std:
 
 int main(int argumentCount, char** arguments)
 {
+    qInstallMessageHandler(writeQtMessage);
     const std::vector<std::string> words(arguments + std::min(argumentCount, 1), arguments + argumentCount);
     auto parsed = TWParseCommandLine(words, workingFolder());
     if (!parsed.invocation)

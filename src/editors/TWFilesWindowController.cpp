@@ -36,22 +36,27 @@ TWFilesWindowController::TWFilesWindowController(const Context& context)
 void TWFilesWindowController::awakeFromNib(TWLaunchKind kind)
 {
     const auto saved = context_.dataFolder.file(FileName);
-    if (!context_.fileSystem.exists(saved)) {
+    // A link that leads nowhere is no saved list either.
+    if (!context_.fileSystem.facts(saved, TWLinkAtEnd::Follow) && context_.dataFolder.read(saved).missing) {
         loadRules(defaultRules(), Existing::Replace);
     } else {
         problem_ = loadRules(saved, Existing::Replace);
-        if (!problem_.empty()) {
-            // Differs on purpose: the defaults are shown in its place, and none of them is on.
-            loadRules(defaultRules(), Existing::Replace);
-            for (auto& each : *filesArray_)
-                each.active = false;
-        }
+        if (!problem_.empty())
+            showDefaultsSwitchedOff();
     }
     auto lastVersion = context_.settings.string(TWKey::LastLaunchedVersion);
     if (lastVersion.empty())
         lastVersion = VersionBeforeAny;
     if (kind == TWLaunchKind::Window && problem_.empty() && lastVersion != context_.bundle.info("CFBundleVersion"))
         loadRules(defaultRules(), Existing::Skip);
+}
+
+// Differs on purpose: what stands in the place of a list that cannot be read deletes nothing.
+void TWFilesWindowController::showDefaultsSwitchedOff()
+{
+    loadRules(defaultRules(), Existing::Replace);
+    for (auto& each : *filesArray_)
+        each.active = false;
 }
 
 std::string TWFilesWindowController::loadRules(const std::string& path, Existing existing)

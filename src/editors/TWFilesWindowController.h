@@ -98,6 +98,7 @@ public:
 
 private:
     std::string defaultRules() const;
+    void showDefaultsSwitchedOff();
     TWFilesRule& rule(int row) { return (*filesArray_)[static_cast<std::size_t>(row)]; }
     void ruleChanged();
     void countNotes();

@@ -93,8 +93,11 @@ std::string TWSettings::string(TWKey key) const
     return value && value->string() ? *value->string() : "";
 }
 
+// What is stored already is not written again: writing waits for the disk.
 void TWSettings::set(TWKey key, const TWValue& value)
 {
+    if (stored(row(key)) == value)
+        return;
     userDefaults_.setValue(row(key).name, value);
 }
 
@@ -126,16 +129,21 @@ std::optional<TWValue> TWSettings::parse(TWKeyType type, const std::string& text
     return TWValue(integer);
 }
 
+std::optional<TWValue> TWSettings::stored(const TWKeyRow& row) const
+{
+    auto value = userDefaults_.value(row.name);
+    if (value && value->string())
+        value = parse(row.type, *value->string());
+    return value && fits(*value, row.type) ? value : std::nullopt;
+}
+
 std::optional<TWValue> TWSettings::find(TWKey key) const
 {
     const auto& found = row(key);
     if (const auto override = overrides_.find(key); override != overrides_.end())
         return override->second;
-    auto stored = userDefaults_.value(found.name);
-    if (stored && stored->string())
-        stored = parse(found.type, *stored->string());
-    if (stored && fits(*stored, found.type))
-        return stored;
+    if (const auto value = stored(found))
+        return value;
     const auto* registered = registered_.find(found.name);
     return registered && fits(*registered, found.type) ? std::optional(*registered) : std::nullopt;
 }

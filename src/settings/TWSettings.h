@@ -75,6 +75,7 @@ public:
     static std::optional<TWValue> parse(TWKeyType, const std::string& text);
 
 private:
+    std::optional<TWValue> stored(const TWKeyRow&) const;
     std::optional<TWValue> find(TWKey) const;
 
     TWUserDefaults& userDefaults_;

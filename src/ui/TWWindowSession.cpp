@@ -4,6 +4,8 @@
 #include "ui/TWFilesSheet.h"
 #include "ui/TWHelpWindow.h"
 
+#include <QApplication>
+
 TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate)
     : delegate_(delegate)
     , mainWindow_(delegate)
@@ -19,6 +21,9 @@ void TWWindowSession::activate()
 {
     mainWindow_.bringToFront(TWWindow::Main);
     mainWindow_.activate();
+    // What waits for an answer stays in front.
+    if (auto* sheet = QApplication::activeModalWidget())
+        sheet->activateWindow();
 }
 
 void TWWindowSession::clean()

@@ -1,6 +1,8 @@
 #include "platform/linux/TWLinuxProcessLauncher.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
@@ -124,8 +126,12 @@ public:
     void ended()
     {
         int status = 0;
-        if (waitpid(process_, &status, WNOHANG) != process_)
+        const pid_t collected = waitpid(process_, &status, WNOHANG);
+        if (collected == 0)
             return;
+        // Where whoever started us has SIGCHLD ignored, the system collects children itself and their status is lost.
+        if (collected < 0)
+            status = 0;
         process_ = -1;
         drainOutput();
         const bool signalled = WIFSIGNALED(status);
