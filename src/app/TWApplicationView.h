@@ -23,8 +23,13 @@ public:
     // Clean can be pressed again, and Stop cannot; or the reverse.
     virtual void setCleanEnabled(bool) = 0;
 
+    // Shows the window above the others and gives it the keyboard.
     virtual void bringToFront(TWWindow) = 0;
+
+    // The window has the keyboard.
     virtual bool isKeyWindow(TWWindow) const = 0;
+
+    // Makes this program the one that the user works with.
     virtual void activate() = 0;
     virtual void requestUserAttention() = 0;
 

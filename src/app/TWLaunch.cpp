@@ -58,10 +58,11 @@ void TWTidewellAppDelegate::applicationDidFinishLaunching()
     // A damaged settings file is left untouched until the user changes a setting.
     const bool damaged = !platform_.userDefaults.problem().empty();
     dataFolder_.make();
-    if (!damaged) {
+    if (!damaged)
         stampUUID();
+    // While the rules cannot be read, new default rules still have to be merged into them at a later launch.
+    if (!damaged && filesWindowController_.problem().empty())
         settings_.set(TWKey::LastLaunchedVersion, platform_.bundle.info("CFBundleVersion"));
-    }
     createCleaners();
     platform_.notifier.setClicked([this] { growlNotificationWasClicked(); });
     if (!view_->isKeyWindow(TWWindow::QuickCleanup))

@@ -94,6 +94,7 @@ void TWTidewellAppDelegate::clean()
     view_->setCleanEnabled(false);
     for (int position = 0; position < TWCleanerCount; ++position)
         view_->showLight(position, TWLight::Off);
+    const auto before = activeFlags();
     prepareCleaners();
     const auto text = warnings();
     if (text.empty()) {
@@ -102,7 +103,15 @@ void TWTidewellAppDelegate::clean()
     }
     asking_ = true;
     platform_.alerts.show(
-        {WarningTitle, text, WarningContinue, WarningCancel}, [this](TWAnswer answer) { answered(answer); });
+        {WarningTitle, text, WarningContinue, WarningCancel}, [this, before](TWAnswer answer) { answered(answer, before); });
+}
+
+std::vector<bool> TWTidewellAppDelegate::activeFlags() const
+{
+    std::vector<bool> flags;
+    for (const auto& cleaner : cleanerArray_)
+        flags.push_back(cleaner->isActive());
+    return flags;
 }
 
 bool TWTidewellAppDelegate::anyCleanerChecked() const
@@ -157,13 +166,17 @@ std::string TWTidewellAppDelegate::warnings()
     return joined;
 }
 
-void TWTidewellAppDelegate::answered(TWAnswer answer)
+void TWTidewellAppDelegate::answered(TWAnswer answer, const std::vector<bool>& activeBefore)
 {
     asking_ = false;
-    if (answer == TWAnswer::Default)
+    if (answer == TWAnswer::Default) {
         runFirstCleaner();
-    else
-        backToIdle(TWRunOutcome::NothingRun);
+        return;
+    }
+    // A run that was going on before the question goes on as it was.
+    for (std::size_t position = 0; running_ && position < cleanerArray_.size(); ++position)
+        cleanerArray_[position]->setIsActive(activeBefore[position]);
+    backToIdle(TWRunOutcome::NothingRun);
 }
 
 void TWTidewellAppDelegate::runFirstCleaner()
@@ -178,12 +191,14 @@ void TWTidewellAppDelegate::runFirstCleaner()
 
 void TWTidewellAppDelegate::runCurrentCleaner()
 {
-    cleanerArray_[static_cast<std::size_t>(currentCleanerIndex_)]->clean();
+    auto& cleaner = *cleanerArray_[static_cast<std::size_t>(currentCleanerIndex_)];
+    atWork_.insert(&cleaner);
+    cleaner.clean();
 }
 
 void TWTidewellAppDelegate::stop()
 {
-    if (!running_ || asking_)
+    if (!running_)
         return;
     stopping_ = true;
     // All of them: after a second start during a run more than one may be at work.
@@ -220,11 +235,14 @@ void TWTidewellAppDelegate::cleanerFailure(TWCleaner& cleaner)
     view_->stopSpinning(positionOf(cleaner));
 }
 
-// Kept on purpose: the index alone decides what comes next, not the cleaner that has finished.
-void TWTidewellAppDelegate::cleanerFinished(TWCleaner&)
+// Kept on purpose: the index alone decides what comes next, not the cleaner that has finished. After a second start during a run more
+// than one may be at work; the run ends with the last of them.
+void TWTidewellAppDelegate::cleanerFinished(TWCleaner& cleaner)
 {
+    atWork_.erase(&cleaner);
     if (stopping_ || currentCleanerIndex_ == TWCleanerCount - 1) {
-        endRun();
+        if (atWork_.empty())
+            endRun();
         return;
     }
     ++currentCleanerIndex_;
@@ -262,7 +280,8 @@ void TWTidewellAppDelegate::backToIdle(TWRunOutcome outcome)
         running_ = false;
     if (!running_ && !asking_)
         cleaningLock_.reset();
-    view_->setCleanEnabled(true);
+    // While a run goes on, Stop stays in its place.
+    view_->setCleanEnabled(!running_);
     view_->cleaningEnded(outcome);
 }
 

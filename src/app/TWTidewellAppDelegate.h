@@ -9,6 +9,8 @@
 #include "settings/TWDataFolder.h"
 #include "settings/TWLaunchKind.h"
 
+#include <set>
+
 // Owns the controllers and the cleaners, and drives the cleaning run. Main thread.
 //
 // Life: constructed (settings registered, editors loaded), then once applicationDidFinishLaunching() for the window or
@@ -69,7 +71,8 @@ private:
     void refuse(const TWAlert&);
     void prepareCleaners();
     std::string warnings();
-    void answered(TWAnswer);
+    std::vector<bool> activeFlags() const;
+    void answered(TWAnswer, const std::vector<bool>& activeBefore);
     void runFirstCleaner();
     void runCurrentCleaner();
     void endRun();
@@ -96,5 +99,6 @@ private:
     bool stopping_ = false;
     bool asking_ = false; // an alert of clean() waits for its answer
     int currentCleanerIndex_ = 0;
+    std::set<const TWCleaner*> atWork_; // begun and not finished
     std::unique_ptr<TWHeldLock> cleaningLock_;
 };

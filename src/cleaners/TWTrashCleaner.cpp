@@ -56,6 +56,7 @@ void TWTrashCleaner::clean()
     reportStarted();
     recordsQueue_.reset();
     fileDeleteQueue_ = makeQueue(TWFileDeleteQueue::Announcing::EveryPath);
+    records_ = recordNames();
     auto plan = this->plan();
     if (!plan.problem.empty())
         reportProgress(plan.problem);
@@ -111,6 +112,20 @@ std::unique_ptr<TWFileDeleteQueue> TWTrashCleaner::makeQueue(TWFileDeleteQueue::
     return queue;
 }
 
+std::vector<std::string> TWTrashCleaner::recordNames() const
+{
+    std::vector<std::string> names;
+    const std::string trash(TWPath::parent(tools_.places.standardize(info_)));
+    if (const auto open = tools_.fileSystem.openFolder(trash + "/info", TWLinkAtEnd::DoNotFollow)) {
+        for (const auto& entry : open->entries()) {
+            if (entry.name.ends_with(RecordEnding) && entry.name.size() > RecordEnding.size())
+                names.emplace_back(entry.name);
+        }
+    }
+    return names;
+}
+
+// A record that came during the run belongs to an item that is just being thrown away: the record is written first.
 std::vector<std::string> TWTrashCleaner::recordsWithoutItem() const
 {
     std::vector<std::string> records;
@@ -119,12 +134,9 @@ std::vector<std::string> TWTrashCleaner::recordsWithoutItem() const
         return records;
     const auto items = tools_.places.standardize(info_);
     const std::string trash(TWPath::parent(items));
-    if (const auto open = tools_.fileSystem.openFolder(trash + "/info", TWLinkAtEnd::DoNotFollow)) {
-        for (const auto& entry : open->entries()) {
-            const auto item = entry.name.substr(0, entry.name.size() - std::min(entry.name.size(), RecordEnding.size()));
-            if (entry.name.ends_with(RecordEnding) && !item.empty() && !tools_.fileSystem.exists(items + "/" + std::string(item)))
-                records.push_back(trash + "/info/" + std::string(entry.name));
-        }
+    for (const auto& name : records_) {
+        if (!tools_.fileSystem.exists(items + "/" + name.substr(0, name.size() - RecordEnding.size())))
+            records.push_back(trash + "/info/" + name);
     }
     if (const auto sizes = trash + "/" + SizesFile; tools_.fileSystem.exists(sizes))
         records.push_back(sizes);

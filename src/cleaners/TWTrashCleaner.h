@@ -30,11 +30,13 @@ private:
     void fileDeleteQueueProgressed(const std::string& message) override;
     void fileDeleteQueueDone() override;
     std::unique_ptr<TWFileDeleteQueue> makeQueue(TWFileDeleteQueue::Announcing);
+    std::vector<std::string> recordNames() const;
     std::vector<std::string> recordsWithoutItem() const;
 
     TWDeletionTools tools_;
     const TWSettings& settings_;
     std::string info_;
+    std::vector<std::string> records_; // names of the records that were there when the job began
     std::unique_ptr<TWFileDeleteQueue> fileDeleteQueue_;
     std::unique_ptr<TWFileDeleteQueue> recordsQueue_; // follows fileDeleteQueue_ in every job
 };

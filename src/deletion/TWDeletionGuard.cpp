@@ -10,6 +10,8 @@ namespace {
 constexpr auto Refused = "Refused to delete \"%@\": %@";
 constexpr auto Empty = "the path is empty.";
 constexpr auto Relative = "the path does not begin with \"/\" or \"~\".";
+constexpr auto NotAPath = "no path can hold a byte of 0.";
+constexpr auto CannotTell = "the folders on the way to it could not be looked at.";
 constexpr auto OutsideSandbox = "it lies outside the sandbox.";
 constexpr auto SandboxItself = "it is the sandbox itself.";
 constexpr auto Root = "it is the whole file system.";
@@ -18,6 +20,7 @@ constexpr auto InsideSystem = "it belongs to the system.";
 constexpr auto Home = "it is the home folder.";
 constexpr auto AboveHome = "the home folder lies inside it.";
 constexpr auto DataFolder = "it is the folder where Tidewell keeps its settings.";
+constexpr auto InsideDataFolder = "it belongs to the settings of Tidewell.";
 constexpr auto AboveDataFolder = "the folder where Tidewell keeps its settings lies inside it.";
 constexpr auto NoMountTable = "the list of mounted volumes could not be read.";
 constexpr auto MountPoint = "a volume is mounted there.";
@@ -49,6 +52,7 @@ TWDeletionGuard::TWDeletionGuard(
     , mountTable_(mountTable)
     , home_(realFolder(fileSystem, places.home))
     , dataFolder_(realFolder(fileSystem, dataFolder))
+    , settingsFolder_(realFolder(fileSystem, places.configHome + "/Tidewell"))
 {
 }
 
@@ -64,10 +68,15 @@ const char* TWDeletionGuard::reason(const std::string& path) const
         return Empty;
     if (path.front() != '/')
         return Relative;
+    // The deletion tool would get only what stands before it.
+    if (path.find('\0') != std::string::npos)
+        return NotAPath;
     const auto real = fileSystem_.realPath(path);
-    // A folder on the way is missing: there is nothing that could be deleted, and the deletion tool will find the same.
+    if (!real && places_.sandboxed() && !TWPath::isAtOrBelow(path, places_.sandboxRoot))
+        return OutsideSandbox;
+    // When a folder on the way is missing, there is nothing that could be deleted, and the deletion tool will find the same.
     if (!real)
-        return places_.sandboxed() && !TWPath::isAtOrBelow(path, places_.sandboxRoot) ? OutsideSandbox : nullptr;
+        return fileSystem_.exists(path) ? CannotTell : nullptr;
     if (places_.sandboxed() && *real == places_.sandboxRoot)
         return SandboxItself;
     if (places_.sandboxed() && !TWPath::isAtOrBelow(*real, places_.sandboxRoot))
@@ -89,6 +98,8 @@ const char* TWDeletionGuard::reasonAtRealPath(const std::string& path) const
         return home_ == path ? Home : AboveHome;
     if (TWPath::isAtOrBelow(dataFolder_, path))
         return dataFolder_ == path ? DataFolder : AboveDataFolder;
+    if (TWPath::isAtOrBelow(path, dataFolder_) || TWPath::isAtOrBelow(path, settingsFolder_))
+        return InsideDataFolder;
     const auto& mountPoints = mountTable_.mountPoints();
     if (mountPoints.empty())
         return NoMountTable;

@@ -7,6 +7,7 @@
 #include <string>
 
 // Says no to deletions that nobody can have meant: it is asked once more for every single path, by the deleter itself.
+// Main thread.
 class TWDeletionGuard final {
 public:
     TWDeletionGuard(const TWPlaces&, const TWFileSystem&, TWMountTable&, const std::string& dataFolder);
@@ -27,4 +28,5 @@ private:
     // Real paths, found once: these folders may be reached through links.
     const std::string home_;
     const std::string dataFolder_;
+    const std::string settingsFolder_; // of the settings file
 };

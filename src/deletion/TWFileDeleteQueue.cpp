@@ -34,6 +34,7 @@ void TWFileDeleteQueue::deleteFiles(TWAuthorization authorization)
     running_ = true;
     stopped_ = false;
     problems_.clear();
+    notices_.clear();
     deleteNextFile();
 }
 
@@ -60,38 +61,42 @@ void TWFileDeleteQueue::fileDeleterDone()
 {
     if (!fileDeleter_.problem().empty())
         problems_[deleteIndex_ - 1] = fileDeleter_.problem();
+    if (!fileDeleter_.notice().empty())
+        notices_[deleteIndex_ - 1] = fileDeleter_.notice();
     deleteNextFile();
 }
 
 bool TWFileDeleteQueue::verify()
 {
-    const auto lines = linesAboutWhatIsLeft();
+    std::vector<std::string> lines;
+    const bool nothingLeft = findWhatIsLeft(lines);
     const std::weak_ptr<const int> life = life_;
     for (const auto& line : lines) {
         report(line);
         if (life.expired())
             break;
     }
-    return lines.empty();
+    return nothingLeft;
 }
 
-std::vector<std::string> TWFileDeleteQueue::linesAboutWhatIsLeft() const
+bool TWFileDeleteQueue::findWhatIsLeft(std::vector<std::string>& lines) const
 {
-    std::vector<std::string> lines;
+    bool nothingLeft = true;
     const auto started = stopped_ ? deleteIndex_ : files_.size();
     for (std::size_t index = 0; index < started; ++index) {
-        if (!fileSystem_.exists(files_[index]))
-            continue;
-        if (const auto problem = problems_.find(index); problem != problems_.end())
-            lines.push_back(problem->second);
-        lines.push_back(TWText::fill(CouldNotDelete, {files_[index]}));
+        const bool left = fileSystem_.exists(files_[index]);
+        const auto& remarks = left ? problems_ : notices_;
+        if (const auto remark = remarks.find(index); remark != remarks.end())
+            lines.push_back(remark->second);
+        if (left)
+            lines.push_back(TWText::fill(CouldNotDelete, {files_[index]}));
+        nothingLeft = nothingLeft && !left;
     }
-    std::size_t untouched = 0;
-    for (std::size_t index = started; index < files_.size(); ++index)
-        untouched += fileSystem_.exists(files_[index]);
+    // These were never touched, so nobody needs to look: a stop has to be quick.
+    const auto untouched = files_.size() - started;
     if (untouched > 0)
         lines.push_back(TWText::fill(NotStarted, {TWText::count(untouched, "item was", "items were")}));
-    return lines;
+    return nothingLeft && untouched == 0;
 }
 
 void TWFileDeleteQueue::terminate()

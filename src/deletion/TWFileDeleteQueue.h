@@ -35,7 +35,8 @@ public:
     // Starts with the first path, or reports being done at once when there is none. While running it only notes the authorization.
     void deleteFiles(TWAuthorization);
 
-    // True when no path of the list exists any more. Reports each one that does, with the reason before it where one is known. Of a
+    // True when no path of the list exists any more. Reports each one that does, with the reason before it where one is known, and what
+    // the tool had to say of one that is gone. Of a
     // stopped queue the paths that were never started are reported together, as one number.
     bool verify();
 
@@ -53,7 +54,7 @@ private:
     void fileDeleterDone() override;
     void deleteNextFile();
     void report(const std::string& message);
-    std::vector<std::string> linesAboutWhatIsLeft() const;
+    bool findWhatIsLeft(std::vector<std::string>& lines) const;
 
     const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // to notice being destroyed by the delegate
     const TWFileSystem& fileSystem_;
@@ -66,5 +67,7 @@ private:
     bool stopped_ = false;
     std::size_t deleteIndex_ = 0; // of the next path to start
     std::vector<std::string> files_;
-    std::unordered_map<std::size_t, std::string> problems_; // by index, of the few paths that have one
+    // By index, of the few paths that have one.
+    std::unordered_map<std::size_t, std::string> problems_; // said when the path is still there
+    std::unordered_map<std::size_t, std::string> notices_; // said when it is gone
 };

@@ -39,6 +39,12 @@ const ModeRow& rowFor(TWSecureMode mode)
     return AnyOtherMode;
 }
 
+std::string toolsFirstLine(const TWTermination& termination)
+{
+    const auto firstLine = termination.output.substr(0, termination.output.find('\n'));
+    return firstLine.empty() ? "" : TWText::fill(ToolSaid, {firstLine});
+}
+
 std::string problemText(const TWTermination& termination, const std::string& launchPath)
 {
     switch (termination.kind) {
@@ -49,8 +55,7 @@ std::string problemText(const TWTermination& termination, const std::string& lau
     case TWTermination::Kind::Exited:
         break;
     }
-    const auto firstLine = termination.output.substr(0, termination.output.find('\n'));
-    return firstLine.empty() ? "" : TWText::fill(ToolSaid, {firstLine});
+    return toolsFirstLine(termination);
 }
 
 }
@@ -79,6 +84,7 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     const auto& row = rowFor(mode);
     // Differs on purpose: some paths are refused, see TWDeletionGuard.
     problem_ = tools_.guard.objection(path);
+    notice_.clear();
     if (problem_.empty()) {
         launchPath_ = mode == TWPlainDelete ? tools_.places.rm : tools_.places.srm;
         std::vector<std::string> arguments {"-rf"};
@@ -89,8 +95,10 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     } else {
         refusal_ = tools_.runLoop.after(0ms, [this] { finish(); });
     }
-    while (waiting == TWWaiting::UntilDone && deleting_)
-        tools_.runLoop.turn(100ms);
+    auto& runLoop = tools_.runLoop;
+    const std::weak_ptr<const int> life = life_;
+    while (waiting == TWWaiting::UntilDone && !life.expired() && deleting_)
+        runLoop.turn(100ms);
     return row.label;
 }
 
@@ -108,6 +116,8 @@ void TWFileDeleter::terminate()
 void TWFileDeleter::doneRunning(const TWTermination& termination)
 {
     problem_ = problemText(termination, launchPath_);
+    if (termination.kind == TWTermination::Kind::Exited && termination.code == 0)
+        notice_ = toolsFirstLine(termination);
     finish();
 }
 

@@ -58,15 +58,20 @@ public:
     // killed, its own first line. "" when nothing is known.
     const std::string& problem() const { return problem_; }
 
+    // What the tool had to say although it ended well: that a file with several names was not overwritten. "" usually.
+    const std::string& notice() const { return notice_; }
+
 private:
     std::string deleteFileWithoutAuthorization(const std::string& path, TWSecureMode, TWWaiting);
     void doneRunning(const TWTermination&);
     void finish();
 
+    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // to notice being destroyed by the delegate
     TWDeletionTools tools_;
     TWFileDeleterDelegate* delegate_ = nullptr;
     bool deleting_ = false;
     std::string problem_;
+    std::string notice_;
     std::string launchPath_;
     std::unique_ptr<TWChildProcess> task_;
     std::unique_ptr<TWRunLoopHandle> refusal_;

@@ -33,5 +33,7 @@ std::string TWPlaces::standardize(const std::string& path) const
 
 std::string TWPlaces::abbreviate(const std::string& path) const
 {
-    return TWPath::abbreviateTilde(path, home);
+    const auto abbreviated = TWPath::abbreviateTilde(path, home);
+    // Where a folder like ~/.cache has been moved elsewhere, what still lies at its usual place has no short form.
+    return standardize(abbreviated) == TWPath::standardize(path, home) ? abbreviated : path;
 }

@@ -26,6 +26,7 @@ struct TWPlaces {
     // "~/.local/state" lead to where the user has moved those folders), then standardised.
     std::string standardize(const std::string& path) const;
 
-    // The reverse, for storing and showing: a path at or below the home folder begins with "~".
+    // The reverse, for storing and showing: a path at or below the home folder begins with "~", unless standardize() would then lead
+    // elsewhere.
     std::string abbreviate(const std::string& path) const;
 };
