@@ -21,6 +21,7 @@
 #include "ui/TWWindowSession.h"
 
 #include <QApplication>
+#include <QCryptographicHash>
 
 #include <csignal>
 #include <cstdio>
@@ -40,6 +41,8 @@ constexpr auto DemoPlace = "Tidewell makes a world of its own under %@ and clean
 constexpr auto DemoLeft = "\nHave a look at what is left: find %@/home. Delete the folder when you like.\n";
 constexpr auto NoDisplay = "There is no display for a window. Try \"tidewell clean\", \"tidewell demo\" or \"tidewell --help\".\n";
 constexpr auto ListsBusy = "Another Tidewell command is changing the lists. Please try again.\n";
+constexpr auto NotListening = "Tidewell: commands cannot reach this window (no socket could be made in %@). Please do not change lists with commands "
+                              "while it is open.";
 
 constexpr auto SettingsFile = "/Tidewell/Tidewell.conf";
 constexpr auto ListsLock = ".lists.lock";
@@ -157,9 +160,20 @@ std::unique_ptr<TWHeldLock> lockLists(TWLocks& locks, const std::string& path, b
     return std::move(result.lock);
 }
 
-int runListCommand(System& system, const TWInvocation& invocation, const TWDataFolder& dataFolder, const std::vector<std::string>& words)
+// Beside the lists or, where no socket can be, in the session's folder.
+TWQtHandover handoverFor(const TWPlaces& places, const TWDataFolder& dataFolder)
 {
-    if (const auto answer = TWQtHandover(dataFolder.file(WindowSocket)).handOver(words, workingFolder()))
+    std::vector<std::string> paths {dataFolder.file(WindowSocket)};
+    const auto hash = QCryptographicHash::hash(QByteArray::fromStdString(dataFolder.path()), QCryptographicHash::Sha256);
+    if (!places.runtimeFolder.empty())
+        paths.push_back(places.runtimeFolder + "/tidewell-" + hash.toHex().left(16).toStdString() + ".socket");
+    return TWQtHandover(paths);
+}
+
+int runListCommand(System& system, const TWPlaces& places, const TWInvocation& invocation, const TWDataFolder& dataFolder, const std::vector<std::string>& words)
+{
+    const auto handover = handoverFor(places, dataFolder);
+    if (const auto answer = handover.handOver(words, workingFolder()))
         return print(*answer);
     std::unique_ptr<TWHeldLock> lock;
     if (invocation.changesLists()) {
@@ -168,6 +182,9 @@ int runListCommand(System& system, const TWInvocation& invocation, const TWDataF
         lock = lockLists(system.locks(), dataFolder.file(ListsLock), busy);
         if (busy)
             return print({TWStatus::NothingRun, "", ListsBusy});
+        // It may have been a window that held the lock while it began.
+        if (const auto answer = handover.handOver(words, workingFolder()))
+            return print(*answer);
     }
     // Read only now, so that nothing is lost that another command has written meanwhile.
     TWTerminal terminal(invocation);
@@ -213,19 +230,31 @@ int runWindow(const TWPosixFileSystem& fileSystem, const TWPlaces& places, const
     if (!hasDisplay())
         return print({TWStatus::WrongUse, "", NoDisplay});
     QApplication application(argumentCount, arguments);
-    TWQtHandover handover(dataFolder.file(WindowSocket));
+    auto handover = handoverFor(places, dataFolder);
     if (const auto answer = handover.handOver({}, "/"))
         return print(*answer);
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(bundle.identifier()));
     System system(fileSystem, places, bundle, settingsFile);
+    // From before the lists are read until commands come to this window: none can write in between.
+    dataFolder.make();
+    bool busy = false;
+    auto lock = lockLists(system.locks(), dataFolder.file(ListsLock), busy);
+    if (busy)
+        return print({TWStatus::NothingRun, "", ListsBusy});
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
     TWWindowSession session(delegate);
     alerts.setWindow(&session.mainWindow());
     const StopSignals stopping(system.runLoop(), [&] { session.mainWindow().close(); });
+    if (!handover.listen([&](const auto& words, const auto& folder) { return carryOut(session, delegate, words, folder); })) {
+        // Another window has come first, or no socket can be made.
+        if (const auto answer = handover.handOver({}, "/"))
+            return print(*answer);
+        TWLog::write(TWText::fill(NotListening, {dataFolder.path()}));
+    }
+    lock.reset();
     delegate.applicationDidFinishLaunching();
-    handover.listen([&](const auto& words, const auto& folder) { return carryOut(session, delegate, words, folder); });
     TWQtApplicationService service({[&] { session.activate(); }, [&] { session.clean(); }});
     if (!places.sandboxed())
         service.offer(QString::fromStdString(bundle.identifier()));
@@ -312,7 +341,7 @@ int main(int argumentCount, char** arguments)
     QCoreApplication application(argumentCount, arguments);
     System system(fileSystem, places, bundle, settingsFile);
     if (invocation.concernsLists())
-        return runListCommand(system, invocation, dataFolder, words);
+        return runListCommand(system, places, invocation, dataFolder, words);
     const int status = runClean(system, invocation, application);
     if (demo && !invocation.json)
         print({0, TWText::fill(DemoLeft, {root}), ""});
