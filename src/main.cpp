@@ -26,6 +26,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <sys/signalfd.h>
 #include <thread>
 #include <unistd.h>
@@ -36,6 +38,8 @@ using namespace std::chrono_literals;
 using Command = TWInvocation::Command;
 
 constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
+constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the link or choose another folder.\n";
+constexpr auto NotUTF8 = "The folder \"%@\" cannot be used, since its name is not valid UTF-8. Please choose another one.\n";
 constexpr auto DemoNotEmpty = "The folder \"%@\" is not empty. Please name a new or an empty one for the demonstration.\n";
 constexpr auto DemoPlace = "Tidewell makes a world of its own under %@ and cleans it. Nothing outside of it is touched.\n\n";
 constexpr auto DemoLeft = "\nHave a look at what is left: find %@/home. Delete the folder when you like.\n";
@@ -50,9 +54,18 @@ constexpr auto WindowSocket = ".window.socket";
 
 int print(const TWCommandResult& result)
 {
-    std::fwrite(result.out.data(), 1, result.out.size(), stdout);
+    const bool written = TWWriteToOutput(result.out);
     std::fwrite(result.err.data(), 1, result.err.size(), stderr);
-    return result.status;
+    return written ? result.status : std::max(result.status, TWStatus::Failure);
+}
+
+// A file opened later must not become the standard output by taking its place.
+void fillStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", O_RDWR); // takes the lowest free one, this one
+    }
 }
 
 std::string workingFolder()
@@ -224,6 +237,34 @@ TWCommandResult carryOut(TWWindowSession& session, TWTidewellAppDelegate& delega
     return result;
 }
 
+// A window that is told to end does so without a question: it stops a run and waits for its end. Told again, it does not wait.
+class EndOnSignal {
+public:
+    EndOnSignal(TWRunLoop& runLoop, TWTidewellAppDelegate& delegate)
+        : runLoop_(runLoop)
+        , delegate_(delegate)
+    {
+    }
+
+    void signalled()
+    {
+        delegate_.stop();
+        if (waiting_ || !delegate_.running()) {
+            QCoreApplication::exit(0);
+            return;
+        }
+        waiting_ = runLoop_.every(20ms, [this] {
+            if (!delegate_.running())
+                QCoreApplication::exit(0);
+        });
+    }
+
+private:
+    TWRunLoop& runLoop_;
+    TWTidewellAppDelegate& delegate_;
+    std::unique_ptr<TWRunLoopHandle> waiting_;
+};
+
 int runWindow(const TWPosixFileSystem& fileSystem, const TWPlaces& places, const TWFileBundle& bundle, const TWDataFolder& dataFolder,
     const std::string& settingsFile, int& argumentCount, char** arguments)
 {
@@ -246,7 +287,8 @@ int runWindow(const TWPosixFileSystem& fileSystem, const TWPlaces& places, const
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
     TWWindowSession session(delegate);
     alerts.setWindow(&session.mainWindow());
-    const StopSignals stopping(system.runLoop(), [&] { session.mainWindow().close(); });
+    EndOnSignal ending(system.runLoop(), delegate);
+    const StopSignals stopping(system.runLoop(), [&] { ending.signalled(); });
     if (!handover.listen([&](const auto& words, const auto& folder) { return carryOut(session, delegate, words, folder); })) {
         // Another window has come first, or no socket can be made.
         if (const auto answer = handover.handOver({}, "/"))
@@ -270,6 +312,13 @@ void writeQtMessage(QtMsgType, const QMessageLogContext&, const QString& message
         TWLog::write(message.toStdString());
 }
 
+// "--sandbox=~/x" comes with the tilde, which no shell expands there.
+void expandHome(std::string& path)
+{
+    if (path.starts_with('~') || path.starts_with('$'))
+        path = TWLinuxPlaces().standardize(path);
+}
+
 // The sandbox's root as a real path, made when missing; nothing when that fails.
 std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std::string& folder)
 {
@@ -279,6 +328,21 @@ std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std
         return root;
     print({TWStatus::Failure, "", TWText::fill(NoSandbox, {folder, TWErrorText(error)})});
     return std::nullopt;
+}
+
+// A link on the way to what is read and written in a sandbox that leads out of it, or nobody knows where; "" when there is none.
+std::string linkOutOfSandbox(const TWPlaces& places, const TWDataFolder& dataFolder, const std::string& settingsFile)
+{
+    if (!places.sandboxed())
+        return "";
+    for (std::string path : {places.home, settingsFile, dataFolder.file("FilesRules.plist"), dataFolder.file("Dictionary.plist")}) {
+        for (std::error_code error; path.size() > places.sandboxRoot.size(); path = TWPath::parent(path)) {
+            if (std::filesystem::is_symlink(path, error)
+                && !TWPath::isAtOrBelow(std::filesystem::canonical(path, error).string(), places.sandboxRoot))
+                return path;
+        }
+    }
+    return "";
 }
 
 // The folder of the demonstration, or nothing after having said why.
@@ -303,6 +367,8 @@ std::optional<std::string> demoFolder(const TWFileSystem& fileSystem, const std:
 
 int main(int argumentCount, char** arguments)
 {
+    fillStandardDescriptors();
+    std::signal(SIGPIPE, SIG_IGN);
     qInstallMessageHandler(writeQtMessage);
     const std::vector<std::string> words(arguments + std::min(argumentCount, 1), arguments + argumentCount);
     auto parsed = TWParseCommandLine(words, workingFolder());
@@ -312,10 +378,16 @@ int main(int argumentCount, char** arguments)
 
     const TWPosixFileSystem fileSystem;
     const bool demo = invocation.command == Command::Demo;
+    if (invocation.sandbox)
+        expandHome(*invocation.sandbox);
+    if (demo)
+        expandHome(invocation.path);
     if (demo && !(invocation.sandbox = demoFolder(fileSystem, invocation.path)))
         return invocation.path.empty() ? TWStatus::Failure : TWStatus::WrongUse;
     std::string root;
     if (invocation.sandbox) {
+        if (!TWText::isValidUTF8(*invocation.sandbox))
+            return print({TWStatus::WrongUse, "", TWText::fill(NotUTF8, {TWText::oneLine(*invocation.sandbox)})});
         const auto made = sandboxRoot(fileSystem, *invocation.sandbox);
         if (!made)
             return TWStatus::Failure;
@@ -327,6 +399,11 @@ int main(int argumentCount, char** arguments)
     const auto settingsFile = places.configHome + SettingsFile;
     if (invocation.command == Command::Paths)
         return print(TWPrintPaths(places, dataFolder.path(), settingsFile, invocation.json));
+    // The settings file could not be reached.
+    if (!TWText::isValidUTF8(settingsFile))
+        return print({root.empty() ? TWStatus::Failure : TWStatus::WrongUse, "", TWText::fill(NotUTF8, {TWText::oneLine(places.configHome)})});
+    if (const auto link = linkOutOfSandbox(places, dataFolder, settingsFile); !link.empty())
+        return print({TWStatus::WrongUse, "", TWText::fill(SandboxLeaks, {root, TWText::oneLine(link)})});
     if (demo) {
         if (const auto problem = TWMakeDemoWorld(fileSystem, places, dataFolder.path(), settingsFile); !problem.empty())
             return print({TWStatus::Failure, "", problem + "\n"});
