@@ -21,10 +21,13 @@
 #include "ui/TWWindowSession.h"
 
 #include <QApplication>
+#include <QCryptographicHash>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <sys/signalfd.h>
 #include <thread>
 #include <unistd.h>
@@ -35,11 +38,15 @@ using namespace std::chrono_literals;
 using Command = TWInvocation::Command;
 
 constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
+constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the link or choose another folder.\n";
+constexpr auto NotUTF8 = "The folder \"%@\" cannot be used, since its name is not valid UTF-8. Please choose another one.\n";
 constexpr auto DemoNotEmpty = "The folder \"%@\" is not empty. Please name a new or an empty one for the demonstration.\n";
 constexpr auto DemoPlace = "Tidewell makes a world of its own under %@ and cleans it. Nothing outside of it is touched.\n\n";
 constexpr auto DemoLeft = "\nHave a look at what is left: find %@/home. Delete the folder when you like.\n";
 constexpr auto NoDisplay = "There is no display for a window. Try \"tidewell clean\", \"tidewell demo\" or \"tidewell --help\".\n";
 constexpr auto ListsBusy = "Another Tidewell command is changing the lists. Please try again.\n";
+constexpr auto NotListening = "Tidewell: commands cannot reach this window (no socket could be made in %@). Please do not change lists with commands "
+                              "while it is open.";
 
 constexpr auto SettingsFile = "/Tidewell/Tidewell.conf";
 constexpr auto ListsLock = ".lists.lock";
@@ -47,9 +54,18 @@ constexpr auto WindowSocket = ".window.socket";
 
 int print(const TWCommandResult& result)
 {
-    std::fwrite(result.out.data(), 1, result.out.size(), stdout);
+    const bool written = TWWriteToOutput(result.out);
     std::fwrite(result.err.data(), 1, result.err.size(), stderr);
-    return result.status;
+    return written ? result.status : std::max(result.status, TWStatus::Failure);
+}
+
+// A file opened later must not become the standard output by taking its place.
+void fillStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", O_RDWR); // takes the lowest free one, this one
+    }
 }
 
 std::string workingFolder()
@@ -157,9 +173,20 @@ std::unique_ptr<TWHeldLock> lockLists(TWLocks& locks, const std::string& path, b
     return std::move(result.lock);
 }
 
-int runListCommand(System& system, const TWInvocation& invocation, const TWDataFolder& dataFolder, const std::vector<std::string>& words)
+// Beside the lists or, where no socket can be, in the session's folder.
+TWQtHandover handoverFor(const TWPlaces& places, const TWDataFolder& dataFolder)
 {
-    if (const auto answer = TWQtHandover(dataFolder.file(WindowSocket)).handOver(words, workingFolder()))
+    std::vector<std::string> paths {dataFolder.file(WindowSocket)};
+    const auto hash = QCryptographicHash::hash(QByteArray::fromStdString(dataFolder.path()), QCryptographicHash::Sha256);
+    if (!places.runtimeFolder.empty())
+        paths.push_back(places.runtimeFolder + "/tidewell-" + hash.toHex().left(16).toStdString() + ".socket");
+    return TWQtHandover(paths);
+}
+
+int runListCommand(System& system, const TWPlaces& places, const TWInvocation& invocation, const TWDataFolder& dataFolder, const std::vector<std::string>& words)
+{
+    const auto handover = handoverFor(places, dataFolder);
+    if (const auto answer = handover.handOver(words, workingFolder()))
         return print(*answer);
     std::unique_ptr<TWHeldLock> lock;
     if (invocation.changesLists()) {
@@ -168,6 +195,9 @@ int runListCommand(System& system, const TWInvocation& invocation, const TWDataF
         lock = lockLists(system.locks(), dataFolder.file(ListsLock), busy);
         if (busy)
             return print({TWStatus::NothingRun, "", ListsBusy});
+        // It may have been a window that held the lock while it began.
+        if (const auto answer = handover.handOver(words, workingFolder()))
+            return print(*answer);
     }
     // Read only now, so that nothing is lost that another command has written meanwhile.
     TWTerminal terminal(invocation);
@@ -207,25 +237,66 @@ TWCommandResult carryOut(TWWindowSession& session, TWTidewellAppDelegate& delega
     return result;
 }
 
+// A window that is told to end does so without a question: it stops a run and waits for its end. Told again, it does not wait.
+class EndOnSignal {
+public:
+    EndOnSignal(TWRunLoop& runLoop, TWTidewellAppDelegate& delegate)
+        : runLoop_(runLoop)
+        , delegate_(delegate)
+    {
+    }
+
+    void signalled()
+    {
+        delegate_.stop();
+        if (waiting_ || !delegate_.running()) {
+            QCoreApplication::exit(0);
+            return;
+        }
+        waiting_ = runLoop_.every(20ms, [this] {
+            if (!delegate_.running())
+                QCoreApplication::exit(0);
+        });
+    }
+
+private:
+    TWRunLoop& runLoop_;
+    TWTidewellAppDelegate& delegate_;
+    std::unique_ptr<TWRunLoopHandle> waiting_;
+};
+
 int runWindow(const TWPosixFileSystem& fileSystem, const TWPlaces& places, const TWFileBundle& bundle, const TWDataFolder& dataFolder,
     const std::string& settingsFile, int& argumentCount, char** arguments)
 {
     if (!hasDisplay())
         return print({TWStatus::WrongUse, "", NoDisplay});
     QApplication application(argumentCount, arguments);
-    TWQtHandover handover(dataFolder.file(WindowSocket));
+    auto handover = handoverFor(places, dataFolder);
     if (const auto answer = handover.handOver({}, "/"))
         return print(*answer);
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(bundle.identifier()));
     System system(fileSystem, places, bundle, settingsFile);
+    // From before the lists are read until commands come to this window: none can write in between.
+    dataFolder.make();
+    bool busy = false;
+    auto lock = lockLists(system.locks(), dataFolder.file(ListsLock), busy);
+    if (busy)
+        return print({TWStatus::NothingRun, "", ListsBusy});
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
     TWWindowSession session(delegate);
     alerts.setWindow(&session.mainWindow());
-    const StopSignals stopping(system.runLoop(), [&] { session.mainWindow().close(); });
+    EndOnSignal ending(system.runLoop(), delegate);
+    const StopSignals stopping(system.runLoop(), [&] { ending.signalled(); });
+    if (!handover.listen([&](const auto& words, const auto& folder) { return carryOut(session, delegate, words, folder); })) {
+        // Another window has come first, or no socket can be made.
+        if (const auto answer = handover.handOver({}, "/"))
+            return print(*answer);
+        TWLog::write(TWText::fill(NotListening, {dataFolder.path()}));
+    }
+    lock.reset();
     delegate.applicationDidFinishLaunching();
-    handover.listen([&](const auto& words, const auto& folder) { return carryOut(session, delegate, words, folder); });
     TWQtApplicationService service({[&] { session.activate(); }, [&] { session.clean(); }});
     if (!places.sandboxed())
         service.offer(QString::fromStdString(bundle.identifier()));
@@ -241,6 +312,13 @@ void writeQtMessage(QtMsgType, const QMessageLogContext&, const QString& message
         TWLog::write(message.toStdString());
 }
 
+// "--sandbox=~/x" comes with the tilde, which no shell expands there.
+void expandHome(std::string& path)
+{
+    if (path.starts_with('~') || path.starts_with('$'))
+        path = TWLinuxPlaces().standardize(path);
+}
+
 // The sandbox's root as a real path, made when missing; nothing when that fails.
 std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std::string& folder)
 {
@@ -250,6 +328,21 @@ std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std
         return root;
     print({TWStatus::Failure, "", TWText::fill(NoSandbox, {folder, TWErrorText(error)})});
     return std::nullopt;
+}
+
+// A link on the way to what is read and written in a sandbox that leads out of it, or nobody knows where; "" when there is none.
+std::string linkOutOfSandbox(const TWPlaces& places, const TWDataFolder& dataFolder, const std::string& settingsFile)
+{
+    if (!places.sandboxed())
+        return "";
+    for (std::string path : {places.home, settingsFile, dataFolder.file("FilesRules.plist"), dataFolder.file("Dictionary.plist")}) {
+        for (std::error_code error; path.size() > places.sandboxRoot.size(); path = TWPath::parent(path)) {
+            if (std::filesystem::is_symlink(path, error)
+                && !TWPath::isAtOrBelow(std::filesystem::canonical(path, error).string(), places.sandboxRoot))
+                return path;
+        }
+    }
+    return "";
 }
 
 // The folder of the demonstration, or nothing after having said why.
@@ -274,6 +367,8 @@ std::optional<std::string> demoFolder(const TWFileSystem& fileSystem, const std:
 
 int main(int argumentCount, char** arguments)
 {
+    fillStandardDescriptors();
+    std::signal(SIGPIPE, SIG_IGN);
     qInstallMessageHandler(writeQtMessage);
     const std::vector<std::string> words(arguments + std::min(argumentCount, 1), arguments + argumentCount);
     auto parsed = TWParseCommandLine(words, workingFolder());
@@ -283,10 +378,16 @@ int main(int argumentCount, char** arguments)
 
     const TWPosixFileSystem fileSystem;
     const bool demo = invocation.command == Command::Demo;
+    if (invocation.sandbox)
+        expandHome(*invocation.sandbox);
+    if (demo)
+        expandHome(invocation.path);
     if (demo && !(invocation.sandbox = demoFolder(fileSystem, invocation.path)))
         return invocation.path.empty() ? TWStatus::Failure : TWStatus::WrongUse;
     std::string root;
     if (invocation.sandbox) {
+        if (!TWText::isValidUTF8(*invocation.sandbox))
+            return print({TWStatus::WrongUse, "", TWText::fill(NotUTF8, {TWText::oneLine(*invocation.sandbox)})});
         const auto made = sandboxRoot(fileSystem, *invocation.sandbox);
         if (!made)
             return TWStatus::Failure;
@@ -298,6 +399,11 @@ int main(int argumentCount, char** arguments)
     const auto settingsFile = places.configHome + SettingsFile;
     if (invocation.command == Command::Paths)
         return print(TWPrintPaths(places, dataFolder.path(), settingsFile, invocation.json));
+    // The settings file could not be reached.
+    if (!TWText::isValidUTF8(settingsFile))
+        return print({root.empty() ? TWStatus::Failure : TWStatus::WrongUse, "", TWText::fill(NotUTF8, {TWText::oneLine(places.configHome)})});
+    if (const auto link = linkOutOfSandbox(places, dataFolder, settingsFile); !link.empty())
+        return print({TWStatus::WrongUse, "", TWText::fill(SandboxLeaks, {root, TWText::oneLine(link)})});
     if (demo) {
         if (const auto problem = TWMakeDemoWorld(fileSystem, places, dataFolder.path(), settingsFile); !problem.empty())
             return print({TWStatus::Failure, "", problem + "\n"});
@@ -312,7 +418,7 @@ int main(int argumentCount, char** arguments)
     QCoreApplication application(argumentCount, arguments);
     System system(fileSystem, places, bundle, settingsFile);
     if (invocation.concernsLists())
-        return runListCommand(system, invocation, dataFolder, words);
+        return runListCommand(system, places, invocation, dataFolder, words);
     const int status = runClean(system, invocation, application);
     if (demo && !invocation.json)
         print({0, TWText::fill(DemoLeft, {root}), ""});

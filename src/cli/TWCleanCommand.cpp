@@ -21,6 +21,10 @@ TWCleanCommand::TWCleanCommand(TWTidewellAppDelegate& delegate, TWTerminal& term
 
 void TWCleanCommand::start(std::function<void(int)> ended)
 {
+    if (interrupted_) {
+        ended(TWStatus::Interrupted);
+        return;
+    }
     ended_ = std::move(ended);
     terminal_.setEnded([this](TWRunOutcome outcome) { finish(outcome); });
     delegate_.prepareForCommand();
@@ -30,6 +34,7 @@ void TWCleanCommand::start(std::function<void(int)> ended)
 void TWCleanCommand::interrupt()
 {
     interrupted_ = true;
+    terminal_.endQuestion();
     delegate_.stop();
 }
 
@@ -42,5 +47,5 @@ void TWCleanCommand::finish(TWRunOutcome outcome)
     else if (outcome == TWRunOutcome::NothingRun)
         ended_(TWStatus::NothingRun);
     else
-        ended_(outcome == TWRunOutcome::Succeeded ? TWStatus::Success : TWStatus::Failure);
+        ended_(outcome == TWRunOutcome::Succeeded && terminal_.outputWritten() ? TWStatus::Success : TWStatus::Failure);
 }

@@ -199,9 +199,13 @@ private:
     bool version_ = false;
 };
 
+// "" is what stands before the first slash of an absolute path. "~name" and "$NAME" are names like any other.
+constexpr std::string_view Beginnings[] = {"", "~", "$XDG_CONFIG_HOME", "$XDG_DATA_HOME", "$XDG_STATE_HOME", "$XDG_CACHE_HOME"};
+
 void makeAbsolute(std::string& path, const std::string& workingFolder)
 {
-    if (!path.empty() && path.front() != '/' && path.front() != '~' && path.front() != '$')
+    const std::string_view first = std::string_view(path).substr(0, path.find('/'));
+    if (std::find(std::begin(Beginnings), std::end(Beginnings), first) == std::end(Beginnings))
         path = TWPath::standardize(workingFolder + "/" + path, "");
 }
 

@@ -3,6 +3,7 @@
 #include "cli/TWJSON.h"
 #include "support/TWText.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
@@ -12,6 +13,8 @@ namespace {
 constexpr auto Question = "%@? [y/N] ";
 constexpr auto NotAsked = "Nothing was run: there is no terminal to ask at. Add --yes to continue anyway.\n";
 constexpr auto NotConfirmed = "Nothing was run.\n";
+
+constexpr auto NotWritten = "Tidewell: the output could not be written (%@).\n";
 
 constexpr const char* Colours[] = {"", "\033[32m", "\033[31m"};
 constexpr auto NoColour = "\033[0m";
@@ -35,6 +38,14 @@ std::string lineFor(const TWMessage& message, bool json, bool coloured)
 
 }
 
+bool TWWriteToOutput(const std::string& text)
+{
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return true;
+    std::fputs(TWText::fill(NotWritten, {TWErrorText(errno)}).c_str(), stderr);
+    return false;
+}
+
 TWTerminal::TWTerminal(const TWInvocation& invocation)
     : invocation_(invocation)
     , coloured_(wantsColours())
@@ -45,24 +56,48 @@ void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answer
 {
     std::fprintf(stderr, "%s %s\n", alert.title.c_str(), alert.text.c_str());
     // With one button there is nothing to ask.
-    const bool goOn = alert.alternateButton.empty() || confirmed(alert);
-    answered(goOn ? TWAnswer::Default : TWAnswer::Alternate);
+    if (alert.alternateButton.empty() || invocation_.yes) {
+        answered(TWAnswer::Default);
+        return;
+    }
+    answered_ = std::move(answered);
+    if (isatty(STDIN_FILENO)) {
+        ask(alert);
+        return;
+    }
+    std::fputs(NotAsked, stderr);
+    answer(TWAnswer::Alternate);
 }
 
-bool TWTerminal::confirmed(const TWAlert& alert) const
+// The run loop goes on meanwhile, so that the question can be interrupted.
+void TWTerminal::ask(const TWAlert& alert)
 {
-    if (invocation_.yes)
-        return true;
-    if (!isatty(STDIN_FILENO)) {
-        std::fputs(NotAsked, stderr);
-        return false;
-    }
     std::fputs(TWText::fill(Question, {alert.defaultButton}).c_str(), stderr);
-    char answer[16] = "";
-    const bool yes = std::fgets(answer, sizeof answer, stdin) && (answer[0] == 'y' || answer[0] == 'Y');
+    prompt_ = delegate_->platform().runLoop.whenReadable(STDIN_FILENO, [this] { readAnswer(); });
+}
+
+void TWTerminal::readAnswer()
+{
+    char line[4096]; // as long as a terminal's line can be
+    const bool yes = read(STDIN_FILENO, line, sizeof line) > 0 && (line[0] == 'y' || line[0] == 'Y');
     if (!yes)
         std::fputs(NotConfirmed, stderr);
-    return yes;
+    answer(yes ? TWAnswer::Default : TWAnswer::Alternate);
+}
+
+void TWTerminal::endQuestion()
+{
+    if (!prompt_)
+        return;
+    std::fprintf(stderr, "\n%s", NotConfirmed);
+    answer(TWAnswer::Alternate);
+}
+
+void TWTerminal::answer(TWAnswer given)
+{
+    prompt_.reset();
+    if (const auto answered = std::exchange(answered_, nullptr))
+        answered(given);
 }
 
 void TWTerminal::messagesAdded(std::size_t count)
@@ -71,8 +106,9 @@ void TWTerminal::messagesAdded(std::size_t count)
     const auto& messages = delegate_->resultsWindowController().messages();
     for (; printed_ < count; ++printed_)
         lines += lineFor(messages[printed_], invocation_.json, coloured_);
-    std::fwrite(lines.data(), 1, lines.size(), stdout);
-    std::fflush(stdout);
+    // Said once; the run goes on, since it is known what is to be deleted.
+    if (outputWritten_)
+        outputWritten_ = TWWriteToOutput(lines);
 }
 
 // The switches stand for the check boxes; --only has taken their place already.

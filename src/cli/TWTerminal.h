@@ -3,6 +3,9 @@
 #include "app/TWTidewellAppDelegate.h"
 #include "cli/TWInvocation.h"
 
+// Brings the text to standard output. False, after one line on standard error, when it could not be written completely.
+bool TWWriteToOutput(const std::string&);
+
 // A cleaning seen from a terminal: results lines on standard output, alerts on standard error and at the prompt. Main thread.
 class TWTerminal final : public TWApplicationView, public TWResultsView, public TWAlerts {
 public:
@@ -13,6 +16,12 @@ public:
 
     // Called once, when the run is over or was not begun.
     void setEnded(std::function<void(TWRunOutcome)> ended) { ended_ = std::move(ended); }
+
+    // Answers the question at the prompt, if there is one, with no.
+    void endQuestion();
+
+    // False once results could not be written.
+    bool outputWritten() const { return outputWritten_; }
 
     void show(const TWAlert&, std::function<void(TWAnswer)> answered) override;
 
@@ -32,11 +41,16 @@ public:
     void cleaningEnded(TWRunOutcome) override;
 
 private:
-    bool confirmed(const TWAlert&) const;
+    void ask(const TWAlert&);
+    void readAnswer();
+    void answer(TWAnswer);
 
     const TWInvocation& invocation_;
     TWTidewellAppDelegate* delegate_ = nullptr;
     std::function<void(TWRunOutcome)> ended_;
+    std::function<void(TWAnswer)> answered_; // while a question is at the prompt
+    std::unique_ptr<TWRunLoopHandle> prompt_;
     std::size_t printed_ = 0;
+    bool outputWritten_ = true;
     const bool coloured_;
 };

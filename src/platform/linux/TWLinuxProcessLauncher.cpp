@@ -9,6 +9,7 @@
 #include <sys/epoll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -175,15 +176,22 @@ private:
     // touches nothing of ours; the process number stays taken until it is collected.
     void abandon()
     {
-        std::thread([process = process_] {
-            for (int attempt = 0; attempt < 100; ++attempt) {
-                if (waitpid(process, nullptr, WNOHANG) != 0)
-                    return;
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
-            ::kill(process, SIGKILL);
-            waitpid(process, nullptr, 0);
-        }).detach();
+        try {
+            std::thread(collect, process_, 100).detach();
+        } catch (const std::system_error&) { // no more threads are to be had
+            collect(process_, 1);
+        }
+    }
+
+    static void collect(pid_t process, int milliseconds)
+    {
+        for (int attempt = 0; attempt < milliseconds; ++attempt) {
+            if (waitpid(process, nullptr, WNOHANG) != 0)
+                return;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ::kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
     }
 
     void signal(int number)

@@ -32,6 +32,7 @@ std::string systemPath(const std::string& path)
 struct Place {
     TWDescriptor holder;
     std::string path;
+    int error = 0; // errno, when the way there could not be gone
 
     int folder() const { return holder.isOpen() ? holder.get() : AT_FDCWD; }
 };
@@ -39,16 +40,17 @@ struct Place {
 // A path longer than the system takes is reached in parts: what lies so deep must not count as gone.
 Place placeOf(const std::string& path)
 {
-    Place place{ TWDescriptor(), systemPath(path) };
+    Place place{ TWDescriptor(), systemPath(path), 0 };
     while (place.path.size() >= PATH_MAX) {
         const std::size_t slash = place.path.rfind('/', PATH_MAX - 1);
         if (slash == std::string::npos || slash == 0)
             break;
         const std::string upper = place.path.substr(0, slash);
         place.path.erase(0, place.path.find_first_not_of('/', slash));
-        place.holder = TWDescriptor(openat(place.folder(), upper.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-        if (!place.holder.isOpen())
-            return { TWDescriptor(), std::string() };
+        const int opened = openat(place.folder(), upper.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        if (opened < 0)
+            return { TWDescriptor(), std::string(), errno };
+        place.holder = TWDescriptor(opened);
     }
     return place;
 }
@@ -56,6 +58,10 @@ Place placeOf(const std::string& path)
 bool askStatus(const Place& place, TWLinkAtEnd link, struct stat& found)
 {
     const int flags = link == TWLinkAtEnd::Follow ? 0 : AT_SYMLINK_NOFOLLOW;
+    if (place.error != 0) {
+        errno = place.error;
+        return false;
+    }
     return fstatat(place.folder(), place.path.c_str(), &found, flags) == 0;
 }
 
@@ -148,6 +154,10 @@ bool TWPosixFileSystem::exists(const std::string& path) const
 static std::unique_ptr<TWPosixOpenFolder> openPosixFolder(const std::string& path, TWLinkAtEnd link)
 {
     const Place place = placeOf(path);
+    if (place.error != 0) {
+        errno = place.error;
+        return nullptr;
+    }
     const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (link == TWLinkAtEnd::Follow ? 0 : O_NOFOLLOW);
     return TWPosixOpenFolder::list(
         TWDescriptor(openat(place.folder(), place.path.c_str(), flags)), TWPath::lastComponent(place.path));

@@ -18,7 +18,7 @@ constexpr std::string_view PackageEndings[] = { ".app", ".bundle", ".framework",
 bool endsAsPackage(std::string_view name)
 {
     return std::ranges::any_of(PackageEndings, [name](std::string_view ending) {
-        return name.size() >= ending.size()
+        return name.size() > ending.size()
             && strncasecmp(name.data() + name.size() - ending.size(), ending.data(), ending.size()) == 0;
     });
 }

@@ -4,10 +4,11 @@
 
 #include <QLocalServer>
 
-// Over a local socket that only the user can reach, one per data folder.
+// Over a local socket that only the user can reach, one per data folder. Where the first path cannot be used (too long for a socket,
+// or in a folder that cannot be written) both sides take the next one.
 class TWQtHandover final : public TWHandover {
 public:
-    explicit TWQtHandover(std::string socketPath);
+    explicit TWQtHandover(std::vector<std::string> socketPaths);
 
     bool listen(CarryOut) override;
     std::optional<TWCommandResult> handOver(
@@ -16,7 +17,7 @@ public:
 private:
     void serve();
 
-    const std::string socketPath_;
+    const std::vector<std::string> socketPaths_;
     QLocalServer server_;
     CarryOut carryOut_;
 };

@@ -38,9 +38,11 @@ void TWQtNotifier::post(const TWNotification& notification)
     if (!connectOnce())
         return;
     QVariantMap hints {{"desktop-entry", "org.tidewell.Tidewell"}, {"category", "transfer.complete"}};
+    // Replaces the one before, so that the only one on the screen is the one whose clicks are ours.
+    const auto previous = latestIdentifier();
     hints["urgency"] = QVariant::fromValue(notification.sticky ? CriticalUrgency : NormalUrgency);
     auto message = QDBusMessage::createMethodCall(Service, Path, Service, "Notify");
-    message.setArguments({"Tidewell", 0U, notification.warning ? "dialog-warning" : "",
+    message.setArguments({"Tidewell", previous, notification.warning ? "dialog-warning" : "",
         QString::fromStdString(notification.title), QString::fromStdString(notification.text).toHtmlEscaped(),
         QStringList {"default", tr("Show results")}, hints, notification.sticky ? 0 : -1});
     latest_ = QDBusConnection::sessionBus().asyncCall(message, Delivery);
@@ -49,9 +51,15 @@ void TWQtNotifier::post(const TWNotification& notification)
 // Clicks on other programs' notifications come here too; the service numbers them all.
 void TWQtNotifier::actionInvoked(uint identifier, const QString& action)
 {
-    if (!latest_ || action != "default" || !clicked_)
-        return;
-    const QDBusPendingReply<uint> reply = *latest_;
-    if (reply.isFinished() && reply.isValid() && reply.value() == identifier)
+    if (action == "default" && clicked_ && identifier != 0 && identifier == latestIdentifier())
         clicked_();
+}
+
+// 0, which stands for none, while the service has not answered.
+uint TWQtNotifier::latestIdentifier() const
+{
+    if (!latest_)
+        return 0;
+    const QDBusPendingReply<uint> reply = *latest_;
+    return reply.isFinished() && reply.isValid() ? reply.value() : 0;
 }

@@ -23,6 +23,7 @@ private slots:
 
 private:
     bool connectOnce();
+    uint latestIdentifier() const;
 
     std::function<void()> clicked_;
     bool connected_ = false;

@@ -4,6 +4,8 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <system_error>
+
 namespace {
 
 // Owns a Qt object whose signal calls the owner's function. Deleted later, because the handle is often destroyed within that call.
@@ -57,8 +59,10 @@ TWQtRunLoop::~TWQtRunLoop()
 {
     for (auto& worker : workers_)
         worker.cancellation->cancel();
-    for (auto& worker : workers_)
-        worker.thread.join();
+    for (auto& worker : workers_) {
+        if (worker.thread.joinable())
+            worker.thread.join();
+    }
 }
 
 std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::after(Duration delay, std::function<void()> call)
@@ -80,16 +84,21 @@ std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::inBackground(Work work, std::funct
 {
     const auto cancellation = std::make_shared<TWCancellation>();
     const auto worker = workers_.insert(workers_.end(), {cancellation, {}});
-    // Hops to the worker's thread, and back by posting.
-    worker->thread = std::thread([this, worker, cancellation, work = std::move(work), finished = std::move(finished)] {
+    const auto run = [this, worker, cancellation, work = std::move(work), finished = std::move(finished)] {
         work(cancellation);
         post([this, worker, cancellation, finished] {
-            worker->thread.join();
+            if (worker->thread.joinable())
+                worker->thread.join();
             workers_.erase(worker);
             if (!cancellation->cancelled())
                 finished();
         });
-    });
+    };
+    try {
+        worker->thread = std::thread(run); // hops to the worker's thread, and back by posting
+    } catch (const std::system_error&) { // no more threads are to be had: slower, but done
+        run();
+    }
     return std::make_unique<CancellationHandle>(cancellation);
 }
 
