@@ -5,6 +5,7 @@
 #include "support/TWText.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -104,23 +105,38 @@ TWCommandResult listWords(const std::vector<std::string>& words, bool json)
     return {TWStatus::Success, out, words.empty() && !json ? NoWords : ""};
 }
 
-TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvocation& invocation)
+// Gives the first word to remove that is not there; the others are changed all the same.
+std::optional<std::string> changeWords(std::vector<std::string>& words, const TWInvocation& invocation)
 {
-    auto words = dictionary.wordDictionary();
-    if (invocation.action == Action::List)
-        return listWords(words, invocation.json);
+    std::optional<std::string> absent;
     if (invocation.action == Action::Clear)
         words.clear();
     for (const auto& word : invocation.words) {
-        if (!TWText::isValidUTF8(word))
-            return wrongUse(WordNotText);
         if (invocation.action == Action::Add)
             words.push_back(word);
-        else if (std::erase(words, word) == 0)
-            return {TWStatus::Failure, "", TWText::fill(NoSuchWord, {TWText::oneLine(word)})};
+        else if (std::erase(words, word) == 0 && !absent)
+            absent = word;
     }
-    dictionary.setWordDictionary(std::move(words));
-    return saved(dictionary.write());
+    return absent;
+}
+
+// The words shown in a window may be others than the saved ones: each list gets the change for itself.
+TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvocation& invocation)
+{
+    if (invocation.action == Action::List)
+        return listWords(dictionary.wordDictionary(), invocation.json);
+    if (!std::all_of(invocation.words.begin(), invocation.words.end(), TWText::isValidUTF8))
+        return wrongUse(WordNotText);
+    auto words = dictionary.savedWords();
+    if (const auto absent = changeWords(words, invocation))
+        return {TWStatus::Failure, "", TWText::fill(NoSuchWord, {TWText::oneLine(*absent)})};
+    const auto problem = dictionary.write(words);
+    if (problem.empty()) {
+        auto shown = dictionary.wordDictionary();
+        changeWords(shown, invocation);
+        dictionary.replaceWords(std::move(shown));
+    }
+    return saved(problem);
 }
 
 // ---- files

@@ -63,12 +63,26 @@ TWTokenField::TWTokenField(QWidget* parent)
 
 void TWTokenField::setWords(const QStringList& words)
 {
-    discardTyping();
-    afterComma_ = false;
     if (words == words_)
         return;
+    backToInput();
+    editing_ = placeOfEdited(words);
     words_ = words;
     measure();
+}
+
+// Of the edited token among other words: behind as many of its like as before.
+int TWTokenField::placeOfEdited(const QStringList& words) const
+{
+    if (editing_ == None)
+        return None;
+    const auto& edited = words_[editing_];
+    auto before = words_.mid(0, editing_).count(edited);
+    for (int place = 0; place < words.size(); ++place) {
+        if (words[place] == edited && before-- == 0)
+            return place;
+    }
+    return None;
 }
 
 void TWTokenField::finishTyping()
@@ -86,6 +100,7 @@ void TWTokenField::finishTyping()
 void TWTokenField::discardTyping()
 {
     editing_ = None;
+    afterComma_ = false;
     input_->clear();
     backToInput();
 }

@@ -165,6 +165,17 @@ TEST_F(TWDictionarySheetTest, CancelKeepsEndedWordsUntilTheNextOpening)
     EXPECT_EQ(sheet.findChild<QLabel*>("countLabel")->text(), "0 words");
 }
 
+TEST_F(TWDictionarySheetTest, ShowsWhatACommandChangesAndKeepsTheTyping)
+{
+    QTest::keyClicks(input, "a,b,");
+    QTest::keyClick(input, Qt::Key_Left);
+    QTest::keyClick(input, Qt::Key_F2);
+    QTest::keyClicks(input, "B");
+    world.dictionary.replaceWords({ "b", "c" });
+    QTest::keyClick(input, Qt::Key_Return);
+    EXPECT_EQ(world.dictionary.wordDictionary(), (std::vector<std::string>{ "B", "c" }));
+}
+
 TEST_F(TWDictionarySheetTest, SavesWithReturnIncludingTheUnfinishedWord)
 {
     QTest::keyClicks(input, "one,two");
