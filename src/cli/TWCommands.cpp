@@ -69,6 +69,26 @@ std::string settingLine(const TWSettings& settings, const TWKeyRow& row, bool js
     return name + value + "  " + row.meaning + "\n";
 }
 
+void store(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValue>& value)
+{
+    if (value)
+        settings.set(row.key, *value);
+    else
+        settings.reset(row.key);
+}
+
+// Without a value the setting goes back to its default. What could not be saved does not hold in the window either.
+TWCommandResult changeSetting(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValue>& value)
+{
+    auto& defaults = settings.userDefaults();
+    const auto before = defaults.value(row.name);
+    store(settings, row, value);
+    const auto problem = defaults.synchronize();
+    if (!problem.empty() && defaults.value(row.name) != before)
+        store(settings, row, before);
+    return saved(problem);
+}
+
 TWCommandResult runSettings(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
     auto& settings = delegate.settings();
@@ -83,16 +103,13 @@ TWCommandResult runSettings(TWTidewellAppDelegate& delegate, const TWInvocation&
         return wrongUse(TWText::fill(NoSuchKey, {TWText::oneLine(invocation.key)}));
     if (invocation.action == Action::Get)
         return printed(invocation.json ? settingLine(settings, *row, true) : settingText(settings, *row) + "\n");
-    if (invocation.action == Action::Reset) {
-        settings.reset(row->key);
-    } else {
-        const auto value = TWSettings::parse(row->type, invocation.value);
-        if (!value)
-            return wrongUse(
-                TWText::fill(row->type == TWKeyType::Boolean ? NotABoolean : NotANumber, {row->name, TWText::oneLine(invocation.value)}));
-        settings.set(row->key, *value);
-    }
-    return saved(settings.userDefaults().synchronize());
+    if (invocation.action == Action::Reset)
+        return changeSetting(settings, *row, std::nullopt);
+    const auto value = TWSettings::parse(row->type, invocation.value);
+    if (!value)
+        return wrongUse(
+            TWText::fill(row->type == TWKeyType::Boolean ? NotABoolean : NotANumber, {row->name, TWText::oneLine(invocation.value)}));
+    return changeSetting(settings, *row, value);
 }
 
 // ---- words
@@ -171,6 +188,15 @@ TWCommandResult listRules(const std::vector<TWFilesRule>& rules, bool json)
     return {TWStatus::Success, out, rules.empty() && !json ? NoRules : ""};
 }
 
+// A change that could not be saved is taken back: it must not delete anything from the window.
+TWCommandResult saveRules(TWFilesWindowController& files, std::vector<TWFilesRule> before)
+{
+    const auto problem = files.write();
+    if (!problem.empty())
+        files.replaceRules(std::move(before));
+    return saved(problem);
+}
+
 TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
     if (invocation.path.empty())
@@ -183,8 +209,10 @@ TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& inv
     rule.description = invocation.description.value_or(std::string(TWPath::lastComponent(path)));
     rule.filePath = delegate.platform().places.abbreviate(path);
     rule.whatToDelete = invocation.whatToDelete;
-    delegate.filesWindowController().addRule(std::move(rule));
-    return saved(delegate.filesWindowController().write());
+    auto& files = delegate.filesWindowController();
+    auto before = files.rules();
+    files.addRule(std::move(rule));
+    return saveRules(files, std::move(before));
 }
 
 TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
@@ -194,9 +222,10 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
         return listRules(files.rules(), invocation.json);
     if (invocation.action == Action::Add)
         return addRule(delegate, invocation);
+    auto before = files.rules();
     if (invocation.action == Action::Defaults) {
         files.applyDefaults();
-        return saved(files.write());
+        return saveRules(files, std::move(before));
     }
     const int row = invocation.number - 1;
     if (row < 0 || row >= static_cast<int>(files.rules().size()))
@@ -206,7 +235,7 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
     else
         files.setActive(row, invocation.action == Action::On);
     files.reloadTable();
-    return saved(files.write());
+    return saveRules(files, std::move(before));
 }
 
 }

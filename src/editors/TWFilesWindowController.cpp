@@ -80,6 +80,12 @@ std::string TWFilesWindowController::loadRules(const std::string& path, Existing
     return problem;
 }
 
+void TWFilesWindowController::replaceRules(std::vector<TWFilesRule> rules)
+{
+    *filesArray_ = std::move(rules);
+    ruleChanged();
+}
+
 void TWFilesWindowController::addRule(TWFilesRule rule)
 {
     filesArray_->push_back(std::move(rule));

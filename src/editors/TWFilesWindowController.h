@@ -66,6 +66,9 @@ public:
     // leaves the list as it is; the answer is then one line about it, else "".
     std::string loadRules(const std::string& path, Existing);
 
+    // Other rules in the place of all, such as those from before a change that could not be saved.
+    void replaceRules(std::vector<TWFilesRule>);
+
     // At the end of the list; selected and scrolled to.
     void addRule(TWFilesRule);
 
