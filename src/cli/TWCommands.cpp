@@ -21,6 +21,7 @@ constexpr auto NoSuchWord = "The dictionary does not hold \"%@\".\n";
 constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
 constexpr auto NoPath = "A rule needs the path of a file or folder.\n";
 constexpr auto PathNotText = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
+constexpr auto KeptAsDamaged = "It was written anew now; the old file was kept as \"%@.damaged\" (and a number when that was taken).\n";
 
 TWCommandResult wrongUse(std::string err)
 {
@@ -238,10 +239,20 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
     return saveRules(files, std::move(before));
 }
 
+std::string fileOf(TWTidewellAppDelegate& delegate, TWInvocation::Command command)
+{
+    if (command == TWInvocation::Command::Settings)
+        return delegate.settings().userDefaults().file();
+    return command == TWInvocation::Command::Words ? delegate.dictionaryWindowController().file()
+                                                   : delegate.filesWindowController().file();
+}
+
 }
 
 TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
+    // Asked before: writing the file ends its problem.
+    const auto problems = delegate.problems();
     TWCommandResult result;
     if (invocation.command == TWInvocation::Command::Settings)
         result = runSettings(delegate, invocation);
@@ -249,8 +260,12 @@ TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvoca
         result = runWords(delegate.dictionaryWindowController(), invocation);
     else
         result = runFiles(delegate, invocation);
-    for (const auto& problem : delegate.problems())
+    for (const auto& problem : problems)
         result.err += problem + "\n";
+    const auto file = fileOf(delegate, invocation.command);
+    // A problem also ends when somebody has repaired the file meanwhile.
+    if (delegate.problems().size() < problems.size() && delegate.platform().fileSystem.exists(file + ".damaged"))
+        result.err += TWText::fill(KeptAsDamaged, {TWText::oneLine(file)});
     return result;
 }
 

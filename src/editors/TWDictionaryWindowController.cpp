@@ -37,7 +37,7 @@ void TWDictionaryWindowController::replaceWords(std::vector<std::string> words)
 // Nothing when an element is no word.
 std::optional<std::vector<std::string>> TWDictionaryWindowController::readWords()
 {
-    const auto path = dataFolder_.file(FileName);
+    const auto path = this->file();
     const auto file = dataFolder_.read(path);
     problem_ = file.problem;
     std::vector<std::string> words;
@@ -50,6 +50,11 @@ std::optional<std::vector<std::string>> TWDictionaryWindowController::readWords(
         words.push_back(data->bytes);
     }
     return words;
+}
+
+std::string TWDictionaryWindowController::file() const
+{
+    return dataFolder_.file(FileName);
 }
 
 std::string TWDictionaryWindowController::write(const std::vector<std::string>& words)

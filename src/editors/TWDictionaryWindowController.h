@@ -54,6 +54,8 @@ public:
     void cancel();
     void help();
 
+    std::string file() const;
+
     // One line when the file is there but could not be read, else "".
     const std::string& problem() const { return problem_; }
 

@@ -96,6 +96,8 @@ public:
     void sheetClosed();
     TWRuleNote note(int row);
 
+    std::string file() const;
+
     // One line when the saved list is there but could not be read, else "".
     const std::string& problem() const { return problem_; }
 
