@@ -89,6 +89,11 @@ void TWTokenField::finishTyping()
 {
     if (editing_ == None && input_->text().isEmpty())
         return;
+    // A word from a file may hold a comma: it is cut only when it was changed.
+    if (editing_ != None && input_->text() == words_[editing_]) {
+        leaveEdited();
+        return;
+    }
     auto words = TWTypedWords(input_->text(), afterComma_ && editing_ == None).words;
     // A token that was cleared while editing is an empty word.
     if (words.isEmpty())
@@ -103,6 +108,15 @@ void TWTokenField::discardTyping()
     afterComma_ = false;
     input_->clear();
     backToInput();
+    arrange(); // clearing what is empty tells nobody
+}
+
+// The token stays as it was, and is selected.
+void TWTokenField::leaveEdited()
+{
+    const int token = editing_;
+    discardTyping();
+    choose(token);
 }
 
 // Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for
@@ -263,12 +277,8 @@ bool TWTokenField::inputKey(QKeyEvent& event)
     case Qt::Key_Escape:
         if (editing_ == None)
             return false;
-        {
-            const int token = std::exchange(editing_, None);
-            input_->clear();
-            choose(token);
-            return true;
-        }
+        leaveEdited();
+        return true;
     case Qt::Key_Left:
     case Qt::Key_Up:
     case Qt::Key_Backspace:

@@ -69,6 +69,7 @@ private:
     void wordsChanged();
     int placeOfEdited(const QStringList& words) const;
     void beginEditing(int token);
+    void leaveEdited();
 
     void choose(int token, Qt::KeyboardModifiers = Qt::NoModifier);
     void chooseAll();

@@ -74,6 +74,11 @@ TEST_F(TWTokenFieldTest, SplitsWhatIsPastedAndKeepsTensOfThousands)
 
 TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
 {
+    field.setWords({ "Meier, Hans" });
+    key(Qt::Key_Left);
+    key(Qt::Key_F2);
+    key(Qt::Key_Return);
+    EXPECT_EQ(field.words(), QStringList("Meier, Hans")) << "not edited";
     field.setWords({ "one", "two", "three" });
     QTest::mouseDClick(field.viewport(), Qt::LeftButton, {}, field.tokenRect(1).center());
     EXPECT_EQ(input->text(), "two");
