@@ -5,6 +5,7 @@
 #include "support/TWText.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -20,6 +21,7 @@ constexpr auto NoSuchWord = "The dictionary does not hold \"%@\".\n";
 constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
 constexpr auto NoPath = "A rule needs the path of a file or folder.\n";
 constexpr auto PathNotText = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
+constexpr auto KeptAsDamaged = "It was written anew now; the old file was kept as \"%@.damaged\" (and a number when that was taken).\n";
 
 TWCommandResult wrongUse(std::string err)
 {
@@ -68,6 +70,26 @@ std::string settingLine(const TWSettings& settings, const TWKeyRow& row, bool js
     return name + value + "  " + row.meaning + "\n";
 }
 
+void store(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValue>& value)
+{
+    if (value)
+        settings.set(row.key, *value);
+    else
+        settings.reset(row.key);
+}
+
+// Without a value the setting goes back to its default. What could not be saved does not hold in the window either.
+TWCommandResult changeSetting(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValue>& value)
+{
+    auto& defaults = settings.userDefaults();
+    const auto before = defaults.value(row.name);
+    store(settings, row, value);
+    const auto problem = defaults.synchronize();
+    if (!problem.empty() && defaults.value(row.name) != before)
+        store(settings, row, before);
+    return saved(problem);
+}
+
 TWCommandResult runSettings(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
     auto& settings = delegate.settings();
@@ -82,16 +104,13 @@ TWCommandResult runSettings(TWTidewellAppDelegate& delegate, const TWInvocation&
         return wrongUse(TWText::fill(NoSuchKey, {TWText::oneLine(invocation.key)}));
     if (invocation.action == Action::Get)
         return printed(invocation.json ? settingLine(settings, *row, true) : settingText(settings, *row) + "\n");
-    if (invocation.action == Action::Reset) {
-        settings.reset(row->key);
-    } else {
-        const auto value = TWSettings::parse(row->type, invocation.value);
-        if (!value)
-            return wrongUse(
-                TWText::fill(row->type == TWKeyType::Boolean ? NotABoolean : NotANumber, {row->name, TWText::oneLine(invocation.value)}));
-        settings.set(row->key, *value);
-    }
-    return saved(settings.userDefaults().synchronize());
+    if (invocation.action == Action::Reset)
+        return changeSetting(settings, *row, std::nullopt);
+    const auto value = TWSettings::parse(row->type, invocation.value);
+    if (!value)
+        return wrongUse(
+            TWText::fill(row->type == TWKeyType::Boolean ? NotABoolean : NotANumber, {row->name, TWText::oneLine(invocation.value)}));
+    return changeSetting(settings, *row, value);
 }
 
 // ---- words
@@ -104,23 +123,38 @@ TWCommandResult listWords(const std::vector<std::string>& words, bool json)
     return {TWStatus::Success, out, words.empty() && !json ? NoWords : ""};
 }
 
-TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvocation& invocation)
+// Gives the first word to remove that is not there; the others are changed all the same.
+std::optional<std::string> changeWords(std::vector<std::string>& words, const TWInvocation& invocation)
 {
-    auto words = dictionary.wordDictionary();
-    if (invocation.action == Action::List)
-        return listWords(words, invocation.json);
+    std::optional<std::string> absent;
     if (invocation.action == Action::Clear)
         words.clear();
     for (const auto& word : invocation.words) {
-        if (!TWText::isValidUTF8(word))
-            return wrongUse(WordNotText);
         if (invocation.action == Action::Add)
             words.push_back(word);
-        else if (std::erase(words, word) == 0)
-            return {TWStatus::Failure, "", TWText::fill(NoSuchWord, {TWText::oneLine(word)})};
+        else if (std::erase(words, word) == 0 && !absent)
+            absent = word;
     }
-    dictionary.setWordDictionary(std::move(words));
-    return saved(dictionary.write());
+    return absent;
+}
+
+// The words shown in a window may be others than the saved ones: each list gets the change for itself.
+TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvocation& invocation)
+{
+    if (invocation.action == Action::List)
+        return listWords(dictionary.wordDictionary(), invocation.json);
+    if (!std::all_of(invocation.words.begin(), invocation.words.end(), TWText::isValidUTF8))
+        return wrongUse(WordNotText);
+    auto words = dictionary.savedWords();
+    if (const auto absent = changeWords(words, invocation))
+        return {TWStatus::Failure, "", TWText::fill(NoSuchWord, {TWText::oneLine(*absent)})};
+    const auto problem = dictionary.write(words);
+    if (problem.empty()) {
+        auto shown = dictionary.wordDictionary();
+        changeWords(shown, invocation);
+        dictionary.replaceWords(std::move(shown));
+    }
+    return saved(problem);
 }
 
 // ---- files
@@ -155,6 +189,15 @@ TWCommandResult listRules(const std::vector<TWFilesRule>& rules, bool json)
     return {TWStatus::Success, out, rules.empty() && !json ? NoRules : ""};
 }
 
+// A change that could not be saved is taken back: it must not delete anything from the window.
+TWCommandResult saveRules(TWFilesWindowController& files, std::vector<TWFilesRule> before)
+{
+    const auto problem = files.write();
+    if (!problem.empty())
+        files.replaceRules(std::move(before));
+    return saved(problem);
+}
+
 TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
     if (invocation.path.empty())
@@ -167,8 +210,10 @@ TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& inv
     rule.description = invocation.description.value_or(std::string(TWPath::lastComponent(path)));
     rule.filePath = delegate.platform().places.abbreviate(path);
     rule.whatToDelete = invocation.whatToDelete;
-    delegate.filesWindowController().addRule(std::move(rule));
-    return saved(delegate.filesWindowController().write());
+    auto& files = delegate.filesWindowController();
+    auto before = files.rules();
+    files.addRule(std::move(rule));
+    return saveRules(files, std::move(before));
 }
 
 TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
@@ -178,9 +223,10 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
         return listRules(files.rules(), invocation.json);
     if (invocation.action == Action::Add)
         return addRule(delegate, invocation);
+    auto before = files.rules();
     if (invocation.action == Action::Defaults) {
         files.applyDefaults();
-        return saved(files.write());
+        return saveRules(files, std::move(before));
     }
     const int row = invocation.number - 1;
     if (row < 0 || row >= static_cast<int>(files.rules().size()))
@@ -190,13 +236,23 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
     else
         files.setActive(row, invocation.action == Action::On);
     files.reloadTable();
-    return saved(files.write());
+    return saveRules(files, std::move(before));
+}
+
+std::string fileOf(TWTidewellAppDelegate& delegate, TWInvocation::Command command)
+{
+    if (command == TWInvocation::Command::Settings)
+        return delegate.settings().userDefaults().file();
+    return command == TWInvocation::Command::Words ? delegate.dictionaryWindowController().file()
+                                                   : delegate.filesWindowController().file();
 }
 
 }
 
 TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
+    // Asked before: writing the file ends its problem.
+    const auto problems = delegate.problems();
     TWCommandResult result;
     if (invocation.command == TWInvocation::Command::Settings)
         result = runSettings(delegate, invocation);
@@ -204,8 +260,12 @@ TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvoca
         result = runWords(delegate.dictionaryWindowController(), invocation);
     else
         result = runFiles(delegate, invocation);
-    for (const auto& problem : delegate.problems())
+    for (const auto& problem : problems)
         result.err += problem + "\n";
+    const auto file = fileOf(delegate, invocation.command);
+    // A problem also ends when somebody has repaired the file meanwhile.
+    if (delegate.problems().size() < problems.size() && delegate.platform().fileSystem.exists(file + ".damaged"))
+        result.err += TWText::fill(KeptAsDamaged, {TWText::oneLine(file)});
     return result;
 }
 

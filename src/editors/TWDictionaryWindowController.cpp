@@ -18,7 +18,26 @@ TWDictionaryWindowController::TWDictionaryWindowController(const TWDataFolder& d
 
 void TWDictionaryWindowController::loadDictionary()
 {
-    const auto path = dataFolder_.file(FileName);
+    replaceWords(savedWords());
+}
+
+// What stands in the place of words that could not be understood is what the user sees.
+std::vector<std::string> TWDictionaryWindowController::savedWords()
+{
+    return readWords().value_or(words_);
+}
+
+void TWDictionaryWindowController::replaceWords(std::vector<std::string> words)
+{
+    words_ = std::move(words);
+    if (view_)
+        view_->wordsChanged();
+}
+
+// Nothing when an element is no word.
+std::optional<std::vector<std::string>> TWDictionaryWindowController::readWords()
+{
+    const auto path = this->file();
     const auto file = dataFolder_.read(path);
     problem_ = file.problem;
     std::vector<std::string> words;
@@ -26,21 +45,22 @@ void TWDictionaryWindowController::loadDictionary()
         const auto* data = element.data();
         if (!data || !TWText::isValidUTF8(data->bytes)) {
             problem_ = TWText::fill(NotAWord, {path, std::to_string(words.size() + 1)});
-            break;
+            return std::nullopt;
         }
         words.push_back(data->bytes);
     }
-    const bool allWords = !file.records || words.size() == file.records->size();
-    if (allWords)
-        words_ = std::move(words);
-    if (view_)
-        view_->wordsChanged();
+    return words;
 }
 
-std::string TWDictionaryWindowController::write()
+std::string TWDictionaryWindowController::file() const
+{
+    return dataFolder_.file(FileName);
+}
+
+std::string TWDictionaryWindowController::write(const std::vector<std::string>& words)
 {
     TWValue::Array elements;
-    for (const auto& word : words_)
+    for (const auto& word : words)
         elements.emplace_back(TWData {word});
     auto problem = dataFolder_.write(FileName, elements, problem_.empty() ? TWOldFile::Replace : TWOldFile::KeepAsDamaged);
     if (problem.empty())

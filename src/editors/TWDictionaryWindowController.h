@@ -3,12 +3,13 @@
 #include "editors/TWEditorView.h"
 #include "settings/TWDataFolder.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 class TWDictionaryView : public TWEditorView {
 public:
-    // The words were replaced by loading.
+    // The words were replaced, by loading or by a command. What is being typed stays.
     virtual void wordsChanged() = 0;
 
     // The words could not be saved; the sheet stays open.
@@ -39,17 +40,28 @@ public:
     // Writes the file and closes the sheet.
     void save();
 
+    // For a command, which changes the file's words, whatever is shown: those words, read now. The shown ones stay.
+    std::vector<std::string> savedWords();
+
+    // The shown words become others than the view's; it is told.
+    void replaceWords(std::vector<std::string> words);
+
     // Writes the file only. "" or one line that names the file and the remedy.
-    std::string write();
+    std::string write() { return write(words_); }
+    std::string write(const std::vector<std::string>& words);
 
     // Closes the sheet. Kept on purpose: the words stay as they are shown until the editor is opened again.
     void cancel();
     void help();
 
+    std::string file() const;
+
     // One line when the file is there but could not be read, else "".
     const std::string& problem() const { return problem_; }
 
 private:
+    std::optional<std::vector<std::string>> readWords();
+
     const TWDataFolder& dataFolder_;
     TWDictionaryView* view_ = nullptr;
     std::vector<std::string> words_;

@@ -35,7 +35,7 @@ TWFilesWindowController::TWFilesWindowController(const Context& context)
 
 void TWFilesWindowController::awakeFromNib(TWLaunchKind kind)
 {
-    const auto saved = context_.dataFolder.file(FileName);
+    const auto saved = file();
     // A link that leads nowhere is no saved list either.
     if (!context_.fileSystem.facts(saved, TWLinkAtEnd::Follow) && context_.dataFolder.read(saved).missing) {
         loadRules(defaultRules(), Existing::Replace);
@@ -80,6 +80,12 @@ std::string TWFilesWindowController::loadRules(const std::string& path, Existing
     return problem;
 }
 
+void TWFilesWindowController::replaceRules(std::vector<TWFilesRule> rules)
+{
+    *filesArray_ = std::move(rules);
+    ruleChanged();
+}
+
 void TWFilesWindowController::addRule(TWFilesRule rule)
 {
     filesArray_->push_back(std::move(rule));
@@ -107,6 +113,11 @@ std::string TWFilesWindowController::write()
     if (problem.empty())
         problem_.clear();
     return problem;
+}
+
+std::string TWFilesWindowController::file() const
+{
+    return context_.dataFolder.file(FileName);
 }
 
 void TWFilesWindowController::restoreDefaults()

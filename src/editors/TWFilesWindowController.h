@@ -66,6 +66,9 @@ public:
     // leaves the list as it is; the answer is then one line about it, else "".
     std::string loadRules(const std::string& path, Existing);
 
+    // Other rules in the place of all, such as those from before a change that could not be saved.
+    void replaceRules(std::vector<TWFilesRule>);
+
     // At the end of the list; selected and scrolled to.
     void addRule(TWFilesRule);
 
@@ -92,6 +95,8 @@ public:
     void sheetOpened();
     void sheetClosed();
     TWRuleNote note(int row);
+
+    std::string file() const;
 
     // One line when the saved list is there but could not be read, else "".
     const std::string& problem() const { return problem_; }

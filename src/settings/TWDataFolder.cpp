@@ -11,7 +11,7 @@ constexpr auto Unreadable = "The list \"%@\" could not be read (%@). It is left 
 constexpr auto NoList = "it does not hold a list";
 constexpr auto TooLong = "it is longer than 32 MB";
 constexpr auto Unwritable = "The list \"%@\" could not be saved (%@). The file on disk is as it was; please make room or check the permissions.";
-constexpr auto NotRepresentable = "a text in it is not valid UTF-8";
+constexpr auto NotRepresentable = "a text in it is not valid UTF-8, or it is too long";
 constexpr auto NotKept = "the damaged file could not be kept as \"%@\": %@";
 
 // A list of 100,000 rules takes a tenth of this.
@@ -62,7 +62,10 @@ TWListFile TWDataFolder::read(const std::string& path) const
 std::string TWDataFolder::write(const std::string& name, const TWValue::Array& records, TWOldFile oldFile) const
 {
     const auto path = file(name);
-    const auto bytes = TWPropertyList::write(records, TWPropertyListFormat::XML);
+    auto bytes = TWPropertyList::write(records, TWPropertyListFormat::XML);
+    // XML has no control characters, but names of files do. Whoever reads tells the format by the first bytes.
+    if (!bytes)
+        bytes = TWPropertyList::write(records, TWPropertyListFormat::Binary);
     if (!bytes)
         return TWText::fill(Unwritable, {path, NotRepresentable});
     const auto problem = oldFile == TWOldFile::KeepAsDamaged ? keepDamaged(path) : "";

@@ -2,7 +2,6 @@
 
 #include "platform/TWBundle.h"
 #include "platform/TWFileSystem.h"
-#include "platform/TWLock.h"
 #include "platform/TWPlaces.h"
 #include "plist/TWValue.h"
 

@@ -74,8 +74,10 @@ QWidget* TWDictionarySheet::createButtons()
 
 void TWDictionarySheet::showEvent(QShowEvent* event)
 {
-    if (!event->spontaneous())
+    if (!event->spontaneous()) {
+        field_->discardTyping();
         wordsChanged();
+    }
     QDialog::showEvent(event);
 }
 

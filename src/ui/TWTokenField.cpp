@@ -63,18 +63,37 @@ TWTokenField::TWTokenField(QWidget* parent)
 
 void TWTokenField::setWords(const QStringList& words)
 {
-    discardTyping();
-    afterComma_ = false;
     if (words == words_)
         return;
+    backToInput();
+    editing_ = placeOfEdited(words);
     words_ = words;
     measure();
+}
+
+// Of the edited token among other words: behind as many of its like as before.
+int TWTokenField::placeOfEdited(const QStringList& words) const
+{
+    if (editing_ == None)
+        return None;
+    const auto& edited = words_[editing_];
+    auto before = words_.mid(0, editing_).count(edited);
+    for (int place = 0; place < words.size(); ++place) {
+        if (words[place] == edited && before-- == 0)
+            return place;
+    }
+    return None;
 }
 
 void TWTokenField::finishTyping()
 {
     if (editing_ == None && input_->text().isEmpty())
         return;
+    // A word from a file may hold a comma: it is cut only when it was changed.
+    if (editing_ != None && input_->text() == words_[editing_]) {
+        leaveEdited();
+        return;
+    }
     auto words = TWTypedWords(input_->text(), afterComma_ && editing_ == None).words;
     // A token that was cleared while editing is an empty word.
     if (words.isEmpty())
@@ -86,8 +105,18 @@ void TWTokenField::finishTyping()
 void TWTokenField::discardTyping()
 {
     editing_ = None;
+    afterComma_ = false;
     input_->clear();
     backToInput();
+    arrange(); // clearing what is empty tells nobody
+}
+
+// The token stays as it was, and is selected.
+void TWTokenField::leaveEdited()
+{
+    const int token = editing_;
+    discardTyping();
+    choose(token);
 }
 
 // Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for
@@ -248,12 +277,8 @@ bool TWTokenField::inputKey(QKeyEvent& event)
     case Qt::Key_Escape:
         if (editing_ == None)
             return false;
-        {
-            const int token = std::exchange(editing_, None);
-            input_->clear();
-            choose(token);
-            return true;
-        }
+        leaveEdited();
+        return true;
     case Qt::Key_Left:
     case Qt::Key_Up:
     case Qt::Key_Backspace:

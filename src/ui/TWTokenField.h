@@ -21,6 +21,8 @@ public:
 
     // In order, with duplicates and empty words. What is typed but not ended yet is no word.
     const QStringList& words() const { return words_; }
+
+    // The word being typed or edited stays as it is; the edited one is a new word when its token is gone.
     void setWords(const QStringList&);
 
     // Ends the word being typed or edited.
@@ -65,7 +67,9 @@ private:
     void insertTyped(const QStringList& words);
     void removeSelected();
     void wordsChanged();
+    int placeOfEdited(const QStringList& words) const;
     void beginEditing(int token);
+    void leaveEdited();
 
     void choose(int token, Qt::KeyboardModifiers = Qt::NoModifier);
     void chooseAll();

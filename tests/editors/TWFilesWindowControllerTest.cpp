@@ -125,10 +125,13 @@ TEST_F(TWFilesWindowControllerTest, AddsRemovesAndRestoresWhenAsked)
     EXPECT_EQ(rules(), (Lines {"Old ~/Documents/Old", " "}));
     controller->restoreDefaults();
     EXPECT_EQ(rules(), (Lines {"shipped ~/a", "shipped ~/b"}));
+    controller->setDescription(0, "\x1B\x01\xEF\xBF\xBE");
+    EXPECT_EQ(controller->write(), "");
+    EXPECT_EQ(load()[0], "\x1B\x01\xEF\xBF\xBE ~/a");
     controller->setDescription(0, "\xFF");
     controller->ok();
     EXPECT_EQ(alerts.alerts.back().title, "The rules could not be saved.");
-    EXPECT_EQ(load(), (Lines {"Old ~/Documents/Old", " "}));
+    EXPECT_EQ(load()[1], "shipped ~/b");
 }
 
 TEST_F(TWFilesWindowControllerTest, NotesSayWhatARuleFindsAndWhatIsWrongWithIt)

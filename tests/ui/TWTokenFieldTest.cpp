@@ -74,6 +74,11 @@ TEST_F(TWTokenFieldTest, SplitsWhatIsPastedAndKeepsTensOfThousands)
 
 TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
 {
+    field.setWords({ "Meier, Hans" });
+    key(Qt::Key_Left);
+    key(Qt::Key_F2);
+    key(Qt::Key_Return);
+    EXPECT_EQ(field.words(), QStringList("Meier, Hans")) << "not edited";
     field.setWords({ "one", "two", "three" });
     QTest::mouseDClick(field.viewport(), Qt::LeftButton, {}, field.tokenRect(1).center());
     EXPECT_EQ(input->text(), "two");
@@ -163,6 +168,17 @@ TEST_F(TWDictionarySheetTest, CancelKeepsEndedWordsUntilTheNextOpening)
     world.dictionary.loadDictionary();
     sheet.open();
     EXPECT_EQ(sheet.findChild<QLabel*>("countLabel")->text(), "0 words");
+}
+
+TEST_F(TWDictionarySheetTest, ShowsWhatACommandChangesAndKeepsTheTyping)
+{
+    QTest::keyClicks(input, "a,b,");
+    QTest::keyClick(input, Qt::Key_Left);
+    QTest::keyClick(input, Qt::Key_F2);
+    QTest::keyClicks(input, "B");
+    world.dictionary.replaceWords({ "b", "c" });
+    QTest::keyClick(input, Qt::Key_Return);
+    EXPECT_EQ(world.dictionary.wordDictionary(), (std::vector<std::string>{ "B", "c" }));
 }
 
 TEST_F(TWDictionarySheetTest, SavesWithReturnIncludingTheUnfinishedWord)
