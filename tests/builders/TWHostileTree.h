@@ -3,13 +3,8 @@
 #include "builders/TWTemporaryFolder.h"
 
 #include <algorithm>
-#include <cstring>
-#include <fcntl.h>
 #include <numeric>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 #include <vector>
 
 // A folder with everything in it that has ever led a deletion astray, and beside it a canary folder at which all of it points and
@@ -26,7 +21,7 @@ public:
         makeNames();
         makeDeepPath();
         mkfifo(root.path("hostile/fifo").c_str(), 0600);
-        makeSocket(root.path("hostile/socket"));
+        mknod(root.path("hostile/socket").c_str(), S_IFSOCK | 0600, 0);
         root.write("hostile/unreadable/file", "x");
         chmod(root.path("hostile/unreadable").c_str(), 0);
         root.write("hostile/read-only/file", "x");
@@ -77,27 +72,14 @@ private:
             root_.write("hostile/" + name, "x");
     }
 
-    // Longer than any path that a system call takes.
+    // Longer than any path that a system call takes, hence made from the inside out.
     void makeDeepPath() const
     {
-        const std::string name(200, 'd');
-        int folder = open(root_.folder("hostile/deep").c_str(), O_PATH);
+        std::filesystem::rename(root_.folder("made"), root_.folder("hostile") + "/deep");
         for (int level = 0; level < 100; ++level) {
-            mkdirat(folder, name.c_str(), 0700);
-            const int next = openat(folder, name.c_str(), O_PATH);
-            close(folder);
-            folder = next;
+            std::filesystem::rename(root_.path("hostile/deep"), root_.folder("made") + "/" + std::string(200, 'd'));
+            std::filesystem::rename(root_.path("made"), root_.path("hostile/deep"));
         }
-        close(folder);
-    }
-    static void makeSocket(const std::string& path)
-    {
-        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address {};
-        address.sun_family = AF_UNIX;
-        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-        bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-        close(socket);
     }
 
     const TWTemporaryFolder& root_;

@@ -9,9 +9,8 @@
 // A throwaway folder below /tmp, removed with all that is in it; links in it are never followed.
 class TWTemporaryFolder final {
 public:
-    TWTemporaryFolder()
+    explicit TWTemporaryFolder(std::string made = "/tmp/tidewell-test-XXXXXX")
     {
-        std::string made = "/tmp/tidewell-test-XXXXXX";
         if (!mkdtemp(made.data()))
             std::abort();
         path_ = std::filesystem::canonical(made).string();

@@ -70,10 +70,6 @@ TEST_P(TWCleanerContractTest, StartsHasOneOutcomeAndFinishes)
     EXPECT_EQ(stage.cleaner->validate(), "");
     stage.cleanAndTurn(0);
     EXPECT_EQ(stage.reports.lines, Lines {"finished"});
-    Stage silent(row);
-    silent.cleaner->setDelegate(nullptr);
-    silent.cleanAndTurn(EnoughTurns);
-    EXPECT_EQ(silent.launcher.records.size(), 2U) << "the job does not need a delegate";
 }
 
 TEST_P(TWCleanerContractTest, MayBeStoppedDestroyedOrStartedAgainAtAnyMoment)

@@ -56,15 +56,6 @@ TEST_F(TWTrashCleanerTest, AnItemThatStaysKeepsItsRecordAndOtherRecordsGoQuietly
             "/bin/rm -rf ROOT/trash/info/folder.trashinfo", "/bin/rm -rf ROOT/trash/info/orphan.trashinfo"}));
 }
 
-TEST_F(TWTrashCleanerTest, TheFullSecureModeHoldsForItemsAndRecords)
-{
-    root.write("trash/files/a", "x");
-    root.write("trash/info/a.trashinfo", "x");
-    userDefaults.values = {{"SecurelyDeleteFiles", true}, {"SecurelyDeleteFilesMode", 2}};
-    EXPECT_EQ(run()[1], "- 35-pass secure delete ROOT/trash/files/a ...");
-    EXPECT_EQ(launcher.records, (Lines {"/libexec/srm -rf ROOT/trash/files/a", "/libexec/srm -rf ROOT/trash/info/a.trashinfo"}));
-}
-
 TEST_F(TWTrashCleanerTest, WithoutAReadableFolderNothingIsDeletedAndTheReasonIsSaid)
 {
     EXPECT_EQ(run(), (Lines {Started, Success, "finished"})) << "no Trash at all";

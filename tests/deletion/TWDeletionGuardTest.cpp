@@ -6,16 +6,11 @@ namespace {
 
 class TWDeletionGuardTest : public testing::Test, protected TWFakeMachine {
 protected:
-    struct Row {
-        std::string path;
-        std::string reason; // "" when the path may be deleted
-    };
-    void expect(const TWDeletionGuard& asked, const std::vector<Row>& rows)
+    // Paths and reasons; "" when the path may be deleted.
+    void expect(const TWDeletionGuard& asked, const std::vector<std::pair<std::string, std::string>>& rows)
     {
-        for (const auto& row : rows) {
-            const auto* reason = asked.reason(row.path);
-            EXPECT_EQ(reason ? reason : "", row.reason) << row.path;
-        }
+        for (const auto& [path, reason] : rows)
+            EXPECT_EQ(asked.reason(path) ? asked.reason(path) : "", reason) << path;
     }
 };
 

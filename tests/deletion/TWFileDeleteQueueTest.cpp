@@ -2,6 +2,7 @@
 
 #include "fakes/TWFakeMachine.h"
 
+#include <cerrno>
 #include <functional>
 
 using namespace std::chrono_literals;
@@ -68,15 +69,18 @@ TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonDirectlyBefore)
     addFiles({"kept", "gone", "silent"});
     queue->addFile(places.home);
     queue->addFile(root.link("dangling", "nowhere"));
-    launcher.failures[root.path("kept")] = {TWTermination::Kind::Exited, 1, "rm: cannot remove\n"};
-    launcher.failures[root.path("silent")] = {TWTermination::Kind::Exited, 1, ""};
-    launcher.failures[root.path("dangling")] = {TWTermination::Kind::Exited, 1, ""};
+    using Kind = TWTermination::Kind;
+    launcher.failures[root.path("kept")] = {Kind::Exited, 1, "rm: cannot remove\nrm: second line"};
+    launcher.failures[root.path("silent")] = {Kind::Exited, 1, ""};
+    launcher.failures[root.path("dangling")] = {Kind::NotLaunched, ENOENT, ""};
     run();
     takeLines();
     EXPECT_FALSE(queue->verify());
     EXPECT_EQ(takeLines(),
         (Lines {"The deletion tool said: rm: cannot remove", "Could not delete ROOT/kept", "Could not delete ROOT/silent",
             "Refused to delete \"ROOT/home\": it is the home folder.", "Could not delete ROOT/home",
+            "The deletion tool /bin/rm could not be started (No such file or directory). Please install Tidewell and the package "
+            "coreutils again.",
             "Could not delete ROOT/dangling"}));
     EXPECT_FALSE(root.exists("gone"));
 }
@@ -101,9 +105,11 @@ TEST_F(TWFileDeleteQueueTest, StopStartsNothingFurtherAndCountsTheRest)
 TEST_F(TWFileDeleteQueueTest, MayBeDestroyedInEveryOneOfItsCalls)
 {
     launcher.deletes = false;
-    const Lines all {"Delete ROOT/1 ...", "Delete ROOT/2 ...", "done", "Could not delete ROOT/1", "Could not delete ROOT/2"};
+    const Lines all {"Delete ROOT/home ...", "Delete ROOT/1 ...", "Delete ROOT/2 ...", "done",
+        "Refused to delete \"ROOT/home\": it is the home folder.", "Could not delete ROOT/home", "Could not delete ROOT/1"};
     for (std::size_t calls = 1; calls < all.size(); ++calls) {
         renew();
+        queue->addFile(places.home);
         addFiles({"1", "2"});
         onCall = [&] {
             if (lines.size() == calls)

@@ -1,33 +1,25 @@
 #include "deletion/TWFileDeleter.h"
 
 #include "fakes/TWFakeMachine.h"
-
-#include <cerrno>
+#include "support/TWLog.h"
 
 using namespace std::chrono_literals;
 
 namespace {
 
 using Lines = std::vector<std::string>;
-using Kind = TWTermination::Kind;
 
 class TWFileDeleterTest : public testing::Test, protected TWFakeMachine, protected TWFileDeleterDelegate {
 protected:
-    TWFileDeleterTest() { deleter->setDelegate(this); }
-    void fileDeleterDone() override
-    {
-        ++doneCalls;
-        if (destroysInDone)
-            deleter.reset();
-    }
+    TWFileDeleterTest() { deleter.setDelegate(this); }
+    void fileDeleterDone() override { ++doneCalls; }
     std::string deleteFile(const std::string& path, TWSecureMode mode = TWPlainDelete, TWWaiting waiting = TWWaiting::Asynchronously)
     {
-        return deleter->deleteFile(path, mode, waiting, TWAuthorization::Yes);
+        return deleter.deleteFile(path, mode, waiting, TWAuthorization::Yes);
     }
 
-    std::unique_ptr<TWFileDeleter> deleter = std::make_unique<TWFileDeleter>(tools);
+    TWFileDeleter deleter {tools};
     int doneCalls = 0;
-    bool destroysInDone = false;
 };
 
 }
@@ -54,24 +46,26 @@ TEST_F(TWFileDeleterTest, WhileBusyItRefusesLoudlyAndIsNotDisturbedByOthers)
     other.deleteFile(root.path("other"), TWPlainDelete, TWWaiting::Asynchronously, TWAuthorization::No);
     launcher.endAll();
     EXPECT_EQ(deleteFile(root.path("first")), "Delete");
-    TWExpectedLog log;
+    Lines log;
+    TWLog::setSink([&log](std::string_view line) { log.emplace_back(line); });
     EXPECT_EQ(deleteFile(root.path("second")), "");
-    ASSERT_EQ(log.lines.size(), 1U);
-    EXPECT_EQ(log.lines[0].substr(0, 55), "TWFileDeleter: A deletion request was made while a dele");
+    ASSERT_EQ(log.size(), 1U);
+    EXPECT_EQ(log[0].substr(0, 55), "TWFileDeleter: A deletion request was made while a dele");
+    TWLog::setSink({});
     EXPECT_EQ(launcher.running(), 1U);
-    EXPECT_TRUE(doneCalls == 0 && deleter->deleting());
+    EXPECT_TRUE(doneCalls == 0 && deleter.deleting());
     launcher.endAll();
-    EXPECT_TRUE(doneCalls == 1 && !deleter->deleting());
+    EXPECT_TRUE(doneCalls == 1 && !deleter.deleting());
 }
 
 TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
 {
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
-    deleter->terminate();
+    deleter.terminate();
     for (const bool deaf : {false, true}) {
         launcher.deaf = deaf;
         deleteFile(root.path("file"));
-        deleter->terminate();
+        deleter.terminate();
         EXPECT_EQ(doneCalls, 0) << "always on a later turn";
         runLoop.advance(1s);
         EXPECT_EQ(doneCalls, 1);
@@ -79,41 +73,5 @@ TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
     }
     EXPECT_EQ(launcher.records,
         (Lines {"/bin/rm -rf ROOT/file", "terminate", "/bin/rm -rf ROOT/file", "terminate", "kill"}));
-    EXPECT_EQ(deleter->problem(), "The deletion tool /bin/rm was ended by signal 9.");
-}
-
-TEST_F(TWFileDeleterTest, SaysWhyADeletionMayHaveFailed)
-{
-    const auto problem = [&](const TWTermination& termination) {
-        launcher.failures[root.path("file")] = termination;
-        deleteFile(root.path("file"), TWPlainDelete, TWWaiting::UntilDone);
-        return deleter->problem();
-    };
-    EXPECT_EQ(problem({Kind::NotLaunched, ENOENT, ""}),
-        "The deletion tool /bin/rm could not be started (No such file or directory). Please install Tidewell and the package "
-        "coreutils again.");
-    EXPECT_EQ(problem({Kind::Signalled, 11, "half"}), "The deletion tool /bin/rm was ended by signal 11.");
-    EXPECT_EQ(problem({Kind::Exited, 1, "rm: no\nrm: second"}), "The deletion tool said: rm: no");
-    EXPECT_EQ(problem({}), "");
-}
-
-TEST_F(TWFileDeleterTest, DestroyingItEndsTheChildAndIsSilent)
-{
-    launcher.ending = TWRecordingLauncher::Ending::ByTest;
-    for (const auto& path : {root.path("file"), places.home}) {
-        for (const bool inDone : {false, true}) {
-            deleter = std::make_unique<TWFileDeleter>(tools);
-            deleter->setDelegate(this);
-            destroysInDone = inDone;
-            doneCalls = 0;
-            deleteFile(path);
-            if (!inDone)
-                deleter.reset();
-            launcher.endAll();
-            runLoop.advance(1s);
-            EXPECT_EQ(doneCalls, inDone);
-            EXPECT_FALSE(deleter);
-        }
-    }
-    EXPECT_EQ(launcher.records, (Lines {"/bin/rm -rf ROOT/file", "destroyed", "/bin/rm -rf ROOT/file"}));
+    EXPECT_EQ(deleter.problem(), "The deletion tool /bin/rm was ended by signal 9.");
 }

@@ -115,11 +115,10 @@ TEST_F(TWFilesWindowControllerTest, AddsRemovesAndRestoresWhenAsked)
     userDefaults.values["ManualFilesRuleCreation"] = true;
     controller->add();
     EXPECT_EQ(rules(), (Lines {"mine ~/x", "Old ~/Documents/Old", " "}));
-    EXPECT_EQ(view.calls, (Lines {"select 1", "select 2"}));
     view.selected = 0;
     controller->remove();
     controller->ok();
-    EXPECT_EQ(view.calls.back(), "close");
+    EXPECT_EQ(view.calls, (Lines {"select 1", "select 2", "close"}));
     alerts.script = {TWAnswer::Alternate, TWAnswer::Default};
     controller->restoreDefaults();
     EXPECT_EQ(rules(), (Lines {"Old ~/Documents/Old", " "}));
@@ -136,31 +135,24 @@ TEST_F(TWFilesWindowControllerTest, AddsRemovesAndRestoresWhenAsked)
 
 TEST_F(TWFilesWindowControllerTest, NotesSayWhatARuleFindsAndWhatIsWrongWithIt)
 {
-    root.write("home/folder/secret", "x");
-    root.write("home/folder/other", "x");
+    for (const auto* name : {"secret", "other"})
+        root.write(std::string("home/folder/") + name, "x");
     save({"~/folder", "~/folder", "~/none", "~/none", "", "~"});
     load();
     controller->setWhatToDelete(1, TWItemsWithKeywords);
     controller->setWhatToDelete(3, TWFolderContents);
-    const auto notes = [&] {
-        Lines lines;
-        for (int row = 0; row < 6; ++row)
-            lines.push_back((controller->note(row).warning ? "! " : "") + controller->note(row).text.substr(0, 20));
-        return lines;
-    };
     dictionary.setWordDictionary({"secret"});
-    EXPECT_EQ(notes()[0], "") << "nothing is counted while the sheet is closed";
+    EXPECT_EQ(controller->note(0).text, "") << "nothing is counted while the sheet is closed";
     controller->sheetOpened();
     runLoop.runUntilIdle();
     EXPECT_GT(view.notes, 0);
-    auto found = notes();
-    found[0].resize(8);
-    found[1].resize(7);
-    EXPECT_EQ(found,
-        (Lines {"3 items,", "1 item,", "Nothing there now", "! Folder " + root.path().substr(0, 13), "! No path yet: this ru",
-            "! Will be refused: it "}));
+    const char* expected[] = {"3 items,", "1 item,", "Nothing there now", "! Folder ", "! No path yet", "! Will be refused"};
+    for (int row = 0; row < 6; ++row) {
+        const auto note = controller->note(row);
+        EXPECT_TRUE(((note.warning ? "! " : "") + note.text).starts_with(expected[row])) << note.text;
+    }
     dictionary.setWordDictionary({});
-    EXPECT_EQ(notes()[1], "! There are no words i");
+    EXPECT_TRUE(controller->note(1).warning && controller->note(1).text.starts_with("There are no words"));
     controller->sheetOpened();
     controller->sheetClosed();
     const int before = view.notes;

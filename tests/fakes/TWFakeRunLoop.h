@@ -5,24 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <mutex>
 #include <poll.h>
 #include <thread>
 #include <vector>
 
-// A run loop whose clock belongs to the test. Nothing happens but in turn(), runUntilIdle() and advance().
+// A run loop whose clock belongs to the test. Nothing happens but in turn(), runUntilIdle() and advance(), where work in the
+// background has its turn as well.
 class TWFakeRunLoop final : public TWRunLoop {
 public:
-    // What inBackground() does: the work runs on a later turn of the main thread, or really beside it.
-    enum class Background { LaterTurn, Thread };
-
-    explicit TWFakeRunLoop(Background background = Background::LaterTurn)
-        : background_(background)
-    {
-    }
-    ~TWFakeRunLoop() override { std::for_each(threads_.begin(), threads_.end(), [](auto& thread) { thread.join(); }); }
-
     Clock::time_point now() const override { return now_; }
     std::unique_ptr<TWRunLoopHandle> after(Duration time, std::function<void()> call) override
     {
@@ -40,24 +31,17 @@ public:
     {
         const std::lock_guard lock(mutex_);
         posted_.push_back(std::move(call));
-        arrived_.notify_one();
     }
     std::unique_ptr<TWRunLoopHandle> inBackground(Work work, std::function<void()> finished) override
     {
         auto task = std::make_shared<Task>(Task {std::move(finished)});
-        auto run = [this, task, work = std::move(work)] {
+        post([this, task, work = std::move(work)] {
             work(task->cancellation);
-            post([this, task] {
-                --working_;
+            post([task] {
                 if (!task->cancellation->cancelled())
                     task->call();
             });
-        };
-        ++working_;
-        if (background_ == Background::Thread)
-            threads_.emplace_back(std::move(run));
-        else
-            post(std::move(run));
+        });
         return std::make_unique<Handle>(task);
     }
 
@@ -66,15 +50,14 @@ public:
     {
         if (serve())
             return;
-        if (working_ == 0)
-            moveClock(now_ + longest);
+        moveClock(now_ + longest);
         serve();
     }
 
     // Until nothing is waiting at this moment of the clock, background work included.
     void runUntilIdle()
     {
-        while (serve() || working_ > 0) { }
+        while (serve()) { }
     }
     void advance(Duration time)
     {
@@ -111,9 +94,7 @@ private:
     {
         std::vector<std::function<void()>> posted;
         {
-            std::unique_lock lock(mutex_);
-            if (background_ == Background::Thread && working_ > 0)
-                arrived_.wait_for(lock, std::chrono::milliseconds(10), [this] { return !posted_.empty(); });
+            const std::lock_guard lock(mutex_);
             posted.swap(posted_);
         }
         std::erase_if(tasks_, [](const auto& task) { return task->cancellation->cancelled(); });
@@ -148,12 +129,8 @@ private:
         now_ = std::max(now_, latest);
     }
 
-    const Background background_;
     Clock::time_point now_ {std::chrono::hours(1)};
-    int working_ = 0;
     std::vector<std::shared_ptr<Task>> tasks_;
-    std::vector<std::thread> threads_;
     std::mutex mutex_;
-    std::condition_variable arrived_;
     std::vector<std::function<void()>> posted_;
 };

@@ -6,7 +6,6 @@
 #include "platform/TWMountTable.h"
 #include "platform/TWNotifier.h"
 #include "platform/TWUserDefaults.h"
-#include "support/TWLog.h"
 
 #include <deque>
 #include <map>
@@ -106,15 +105,4 @@ struct TWFakeBundle final : TWBundle {
     std::string info(const std::string& key) const override { return infos.count(key) ? infos.at(key) : ""; }
     std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
     std::string identifier() const override { return "org.tidewell.Tidewell"; }
-};
-
-// Takes the log lines as long as it lives; without it they fail the test.
-struct TWExpectedLog {
-    std::vector<std::string> lines;
-
-    TWExpectedLog()
-    {
-        TWLog::setSink([this](std::string_view line) { lines.emplace_back(line); });
-    }
-    ~TWExpectedLog() { TWLog::setSink({}); }
 };

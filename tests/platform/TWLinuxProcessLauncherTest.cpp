@@ -2,15 +2,12 @@
 
 #include "builders/TWHostileTree.h"
 #include "deletion/TWFileDeleteQueue.h"
-#include "fakes/TWFakeRunLoop.h"
-#include "fakes/TWFakes.h"
-#include "platform/posix/TWPosixFileSystem.h"
+#include "fakes/TWFakeMachine.h"
 
 #include <cerrno>
 #include <csignal>
 #include <optional>
 #include <sys/wait.h>
-
 
 namespace {
 
@@ -18,12 +15,13 @@ using namespace std::chrono_literals;
 using Kind = TWTermination::Kind;
 using Arguments = std::vector<std::string>;
 
-class TWLinuxProcessLauncherTest : public testing::Test {
+// The fake run loop waits for real descriptors.
+class TWLinuxProcessLauncherTest : public testing::Test, protected TWFakeMachine {
 protected:
     void start(const std::string& path, const Arguments& arguments)
     {
         ended.reset();
-        child = launcher.launch(path, arguments, [this](const TWTermination& termination) {
+        child = linuxLauncher.launch(path, arguments, [this](const TWTermination& termination) {
             EXPECT_FALSE(ended) << "the termination call came twice";
             ended = termination;
         });
@@ -33,7 +31,7 @@ protected:
     {
         for (int turns = 0; !condition(); ++turns) {
             ASSERT_LT(turns, 20'000) << "waited for nothing";
-            loop.turn(0ms);
+            runLoop.turn(0ms);
             std::this_thread::sleep_for(1ms);
         }
     }
@@ -50,17 +48,13 @@ protected:
     static int inheritableDescriptors()
     {
         int count = 0;
-        for (int descriptor = 0; descriptor < 1024; ++descriptor) {
-            const int flags = fcntl(descriptor, F_GETFD);
-            count += flags >= 0 && !(flags & FD_CLOEXEC);
-        }
+        for (int descriptor = 0; descriptor < 1024; ++descriptor)
+            count += (fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0; // a closed one has all bits
         return count;
     }
     TWTermination runShell(const std::string& script) { return run("/bin/sh", {"-c", script}); }
 
-    TWTemporaryFolder root;
-    TWFakeRunLoop loop; // with real descriptors
-    TWLinuxProcessLauncher launcher {loop};
+    TWLinuxProcessLauncher linuxLauncher {runLoop};
     std::unique_ptr<TWChildProcess> child;
     std::optional<TWTermination> ended;
 };
@@ -156,18 +150,12 @@ TEST_F(TWLinuxProcessLauncherTest, AQueueDeletesTheHostileTreeAndNothingElse)
         void fileDeleteQueueProgressed(const std::string& message) override { lines.push_back(message); }
         std::vector<std::string> lines;
     } recorder;
-    TWPlaces places;
-    places.home = root.folder("home");
-    places.rm = "/bin/rm";
-    TWPosixFileSystem fileSystem;
-    TWFakeMountTable mountTable;
-    const TWDeletionGuard guard(places, fileSystem, mountTable, root.path("home/data"));
     const TWHostileTree tree(root);
     const auto canary = tree.canaryDigest();
     const auto paths = tree.paths();
     EXPECT_EQ(paths.size(), 18U);
 
-    TWFileDeleteQueue queue({loop, launcher, fileSystem, guard, places});
+    TWFileDeleteQueue queue({runLoop, linuxLauncher, fileSystem, guard, places});
     queue.setDelegate(&recorder);
     queue.addFilesFromArray(paths);
     queue.deleteFiles(TWAuthorization::No);

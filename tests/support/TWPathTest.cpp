@@ -26,16 +26,12 @@ TEST(TWPath, TildeStandsForTheHomeOnlyAsAWholeComponent)
     EXPECT_EQ(abbreviateTilde("/x", ""), "/x");
 }
 
-TEST(TWPath, StandardizesWithoutLeavingTheRoot)
+TEST(TWPath, StandardizesWithoutLeavingTheRootAndTellsAFolderFromItsNamesakes)
 {
     EXPECT_EQ(standardize("~/a/./b//../c/", "/home/u"), "/home/u/a/c");
     EXPECT_EQ(standardize("/../../etc", "/h"), "/etc");
     EXPECT_EQ(standardize("/a/..", "/h"), "/");
     EXPECT_EQ(standardize("../a/../../b", "/h"), "../../b");
-}
-
-TEST(TWPath, AFolderDoesNotHoldItsNamesakes)
-{
     EXPECT_TRUE(isAtOrBelow("/a", "/a"));
     EXPECT_TRUE(isAtOrBelow("/a", "/"));
     EXPECT_FALSE(isAtOrBelow("/ab", "/a"));

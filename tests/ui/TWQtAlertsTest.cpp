@@ -33,22 +33,15 @@ protected:
     std::vector<TWAnswer> answers;
 };
 
-TEST_F(TWQtAlertsTest, TextsArePlainAndTheSheetBelongsToTheWindow)
+TEST_F(TWQtAlertsTest, TextsArePlainAndEveryWayToCloseAnswersOnce)
 {
+    using enum TWAnswer;
     auto& box = show("Cancel");
     EXPECT_EQ(box.windowModality(), Qt::WindowModal);
     for (const auto* label : box.findChildren<QLabel*>())
         EXPECT_EQ(label->textFormat(), Qt::PlainText);
     EXPECT_EQ(child<QPushButton>(box, "defaultButton")->text(), "Go && do");
-    EXPECT_TRUE(child<QPushButton>(box, "defaultButton")->isDefault());
-    window.reset();
-    EXPECT_TRUE(answers.empty()) << "nobody has answered";
-}
-
-TEST_F(TWQtAlertsTest, EveryWayToCloseAnswersOnce)
-{
-    using enum TWAnswer;
-    QTest::mouseClick(child<QPushButton>(show("Cancel"), "alternateButton"), Qt::LeftButton);
+    QTest::mouseClick(child<QPushButton>(box, "alternateButton"), Qt::LeftButton);
     ASSERT_TRUE(closed());
     QTest::keyClick(&show("Cancel"), Qt::Key_Return);
     ASSERT_TRUE(closed());
@@ -58,6 +51,8 @@ TEST_F(TWQtAlertsTest, EveryWayToCloseAnswersOnce)
     ASSERT_TRUE(closed());
     QTest::keyClick(&show(""), Qt::Key_Escape);
     ASSERT_TRUE(closed());
+    show("Cancel");
+    window.reset(); // and nobody has answered
     EXPECT_EQ(answers, (std::vector {Alternate, Default, Alternate, Alternate, Default}));
 }
 

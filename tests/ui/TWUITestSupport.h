@@ -1,7 +1,10 @@
 #pragma once
 
 #include "app/TWTidewellAppDelegate.h"
+#include "editors/TWDictionaryWindowController.h"
 #include "fakes/TWFakeMachine.h"
+#include "platform/qt/TWQtRunLoop.h"
+#include "ui/TWHelpWindow.h"
 
 #include <QCoreApplication>
 #include <QLabel>
@@ -37,6 +40,18 @@ struct Machine : TWFakeMachine {
             return condition();
         });
     }
+};
+
+// The two editors on that machine, with the run loop and the threads that users have. Alerts are answered at once.
+struct Editors : Machine {
+    Editors() { alerts.leavesOpen = false; }
+
+    TWQtRunLoop qtRunLoop;
+    TWSettings settings {userDefaults};
+    TWDataFolder folder {fileSystem, places, bundle};
+    TWDictionaryWindowController dictionary {folder};
+    TWFilesWindowController files {{settings, folder, bundle, fileSystem, places, qtRunLoop, alerts, guard, dictionary}};
+    TWHelpWindow help {bundle};
 };
 
 template <typename Widget>
