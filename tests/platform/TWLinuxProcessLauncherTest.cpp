@@ -4,6 +4,7 @@
 #include "deletion/TWFileDeleteQueue.h"
 #include "fakes/TWFakeMachine.h"
 
+#include <fcntl.h>
 #include <cerrno>
 #include <csignal>
 #include <optional>

@@ -28,7 +28,10 @@ void addInstallation(TWPlaces& places)
     char program[4096];
     const auto length = readlink("/proc/self/exe", program, sizeof program);
     const std::string path(program, length > 0 ? static_cast<std::size_t>(length) : 0);
-    const std::string prefix(TWPath::parent(TWPath::parent(path)));
+    // bin/tidewell, or libexec/tidewell/tidewell-window.
+    const auto folder = TWPath::parent(path);
+    const auto above = TWPath::parent(folder);
+    const std::string prefix(folder.ends_with("/libexec/tidewell") ? TWPath::parent(above) : above);
     places.resources = prefix + "/share/tidewell";
     places.rm = "/bin/rm";
     places.srm = prefix + "/libexec/tidewell/srm";
