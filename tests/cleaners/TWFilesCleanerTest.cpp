@@ -140,6 +140,15 @@ TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
     EXPECT_FALSE(root.exists("two"));
 }
 
+TEST_F(TWFilesCleanerTest, ReportsALongListInSeveralTurns)
+{
+    give(std::vector<TWFilesRule>(2500, rule("no", 0)));
+    std::vector<std::size_t> counts;
+    for (cleaner.clean(); reports.count("finished") == 0; counts.push_back(reports.count("- ")))
+        runLoop.turn(0ms);
+    EXPECT_EQ(counts, (std::vector<std::size_t> {0, 1000, 2000, 2500}));
+}
+
 TEST_F(TWFilesCleanerTest, ReallySearchesBesideTheMainThread)
 {
     TWFakeRunLoop threaded(TWFakeRunLoop::Background::Thread);
