@@ -188,8 +188,9 @@ TEST_F(TWFilesSheetTest, AsksBeforeItRestoresTheDefaults)
     press("restoreDefaultsPushButton");
     EXPECT_EQ(world.alerts.alerts.size(), 2U);
     EXPECT_GE(table->model()->rowCount(), 15);
+    std::set<std::string> paths;
     for (const auto& rule : world.files.rules()) {
-        EXPECT_FALSE(rule.filePath.empty());
+        EXPECT_TRUE(!rule.filePath.empty() && paths.insert(rule.filePath).second) << rule.filePath;
         EXPECT_TRUE(!rule.active || rule.whatToDelete == TWItemItself) << rule.filePath;
     }
 }
