@@ -3,6 +3,7 @@
 #include "support/TWText.h"
 
 #include <algorithm>
+#include <deque>
 #include <mutex>
 
 namespace {
@@ -23,6 +24,7 @@ constexpr auto Success = "All files and folders have been deleted.";
 constexpr auto Failure = "Some files and/or folders could not be deleted!";
 
 constexpr std::size_t NamesBetweenQuestions = 512;
+constexpr std::size_t LinesPerTurn = 1000; // so that the window stays awake
 
 // Walks a folder, and the folders below it, with a stack of its own: a tree may be deeper than the thread's stack.
 class KeywordSearch final {
@@ -108,7 +110,8 @@ private:
     std::vector<std::string> found_;
 };
 
-std::vector<std::string> contentsOf(const TWFileSystem& fileSystem, const std::string& path, const TWFilesCleaner::Progress& progress)
+std::vector<std::string> contentsOf(const TWFileSystem& fileSystem, const std::string& path, const TWFilesCleaner::Progress& progress,
+    const TWCancellation& cancellation)
 {
     std::vector<std::string> contents;
     int error = 0;
@@ -117,8 +120,11 @@ std::vector<std::string> contentsOf(const TWFileSystem& fileSystem, const std::s
         progress(TWText::fill(Unreadable, {path, TWErrorText(error)}));
         return contents;
     }
-    for (const auto& entry : folder->entries())
+    for (const auto& entry : folder->entries()) {
+        if (contents.size() % NamesBetweenQuestions == NamesBetweenQuestions - 1 && cancellation.cancelled())
+            break;
         contents.push_back(path + "/" + std::string(entry.name));
+    }
     return contents;
 }
 
@@ -131,20 +137,27 @@ struct TWFilesCleaner::Expansion {
     {
         const std::lock_guard lock(mutex);
         lines.push_back(std::move(line));
-        return lines.size() == 1;
+        return !std::exchange(onItsWay, true);
     }
 
-    std::vector<std::string> take()
+    // As many as one turn can report. True when the caller has to come again for the rest.
+    bool take(std::vector<std::string>& taken)
     {
         const std::lock_guard lock(mutex);
-        return std::exchange(lines, {});
+        const auto end = lines.begin() + static_cast<std::ptrdiff_t>(std::min(lines.size(), LinesPerTurn));
+        taken.assign(std::make_move_iterator(lines.begin()), std::make_move_iterator(end));
+        lines.erase(lines.begin(), end);
+        onItsWay = !lines.empty();
+        return onItsWay;
     }
 
     TWFilesPlan plan; // the worker's until it has ended
+    bool planned = false; // the main thread's
 
 private:
     std::mutex mutex;
-    std::vector<std::string> lines;
+    std::deque<std::string> lines;
+    bool onItsWay = false; // a call to drain
 };
 
 TWFilesCleaner::TWFilesCleaner(const TWDeletionTools& tools)
@@ -160,7 +173,19 @@ TWFilesCleaner::~TWFilesCleaner() = default;
 void TWFilesCleaner::setInfo(TWFilesCleanerInfo info)
 {
     info_ = std::move(info);
-    setKeywords(info_.wordDictionary);
+    keywordsMade_ = false;
+}
+
+void TWFilesCleaner::makeKeywords()
+{
+    if (!std::exchange(keywordsMade_, true))
+        setKeywords(info_.wordDictionary);
+}
+
+bool TWFilesCleaner::stringContainsKeywords(std::string_view text)
+{
+    makeKeywords();
+    return TWCleaner::stringContainsKeywords(text);
 }
 
 std::string TWFilesCleaner::validate()
@@ -186,8 +211,7 @@ void TWFilesCleaner::clean()
         return;
     }
     setCancelled(false);
-    background_.reset();
-    expansion_.reset();
+    endExpansion();
     reportStarted();
     fileDeleteQueue_ = std::make_unique<TWFileDeleteQueue>(tools_);
     fileDeleteQueue_->setDelegate(this);
@@ -207,7 +231,7 @@ void TWFilesCleaner::clean()
 void TWFilesCleaner::expand(std::vector<TWFilesRule> rules)
 {
     expansion_ = std::make_shared<Expansion>();
-    auto work = [this, rules = std::move(rules), keywords = keywords(), places = tools_.places, &fileSystem = tools_.fileSystem,
+    auto work = [this, rules = std::move(rules), words = info_.wordDictionary, places = tools_.places, &fileSystem = tools_.fileSystem,
                     &runLoop = tools_.runLoop, expansion = expansion_](const std::shared_ptr<const TWCancellation>& cancellation) {
         const auto progress = [&](std::string line) {
             if (!expansion->add(std::move(line)))
@@ -218,31 +242,50 @@ void TWFilesCleaner::expand(std::vector<TWFilesRule> rules)
                     drainProgress();
             });
         };
-        const TWKeywordMatcher none({});
-        expansion->plan = plan(rules, keywords ? *keywords : none, places, fileSystem, progress, *cancellation);
+        const bool search = std::any_of(rules.begin(), rules.end(), [](const auto& rule) { return rule.needsKeywords(); });
+        const TWKeywordMatcher keywords(search ? words : std::vector<std::string>());
+        expansion->plan = plan(rules, keywords, places, fileSystem, progress, *cancellation);
     };
     background_ = tools_.runLoop.inBackground(std::move(work), [this] { expanded(); });
 }
 
 void TWFilesCleaner::drainProgress()
 {
+    draining_.reset();
     // A report may end this job or begin another.
     const auto expansion = expansion_;
-    for (auto& line : expansion->take()) {
+    std::vector<std::string> lines;
+    const bool more = expansion->take(lines);
+    for (auto& line : lines) {
         if (expansion_ == expansion)
             reportProgress(std::move(line));
     }
+    if (expansion_ != expansion)
+        return;
+    if (more)
+        draining_ = tools_.runLoop.after(TWRunLoop::Duration(0), [this] { drainProgress(); });
+    else if (expansion->planned)
+        deletePlanned();
 }
 
 void TWFilesCleaner::expanded()
 {
-    const auto expansion = expansion_;
-    drainProgress();
-    if (expansion_ != expansion)
-        return;
-    auto plan = std::move(expansion->plan);
+    expansion_->planned = true;
+    if (!draining_)
+        drainProgress();
+}
+
+void TWFilesCleaner::endExpansion()
+{
     background_.reset();
+    draining_.reset();
     expansion_.reset();
+}
+
+void TWFilesCleaner::deletePlanned()
+{
+    auto plan = std::move(expansion_->plan);
+    endExpansion();
     if (plan.failure) {
         reportFailure(*plan.failure);
         done();
@@ -257,6 +300,8 @@ TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TW
 {
     TWFilesPlan plan;
     for (const auto& rule : rules) {
+        if (cancellation.cancelled())
+            break;
         const bool needsFolder = rule.whatToDelete == TWFolderContents || rule.needsKeywords();
         if (!rule.active || (rule.whatToDelete != TWItemItself && !needsFolder))
             continue;
@@ -274,7 +319,7 @@ TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TW
             return plan;
         }
         auto found = rule.whatToDelete == TWFolderContents
-            ? contentsOf(fileSystem, path, progress)
+            ? contentsOf(fileSystem, path, progress, cancellation)
             : KeywordSearch(keywords, progress, cancellation).run(fileSystem, path, rule.whatToDelete == TWItemsWithKeywordsDeep);
         plan.paths.insert(plan.paths.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
         // Kept on purpose: this looks at everything found so far, not at this rule's share.
@@ -286,10 +331,10 @@ TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TW
 
 std::vector<std::string> TWFilesCleaner::itemsContainingKeywordsAtPath(const std::string& path, bool recursive)
 {
-    const TWKeywordMatcher none({});
+    makeKeywords();
     const Progress progress = [this](std::string line) { reportProgress(std::move(line)); };
     const TWCancellation never;
-    return KeywordSearch(keywords() ? *keywords() : none, progress, never).run(tools_.fileSystem, path, recursive);
+    return KeywordSearch(*keywords(), progress, never).run(tools_.fileSystem, path, recursive);
 }
 
 void TWFilesCleaner::fileDeleteQueueProgressed(const std::string& message)
@@ -317,8 +362,7 @@ void TWFilesCleaner::verify()
 void TWFilesCleaner::cancel()
 {
     setCancelled(true);
-    background_.reset();
-    expansion_.reset();
+    endExpansion();
     if (fileDeleteQueue_)
         fileDeleteQueue_->terminate();
     reportFailure(TWTerminatedMessage);

@@ -39,6 +39,9 @@ public:
     void cancel();
     void stop() override;
 
+    // As every cleaner's. A run searches beside the main thread; only these two make the search here, when first asked.
+    bool stringContainsKeywords(std::string_view text);
+
     // Full paths of the items in the folder whose names contain a keyword. A matching folder is taken whole; with recursive, folders
     // that do not match are searched in turn, but never a link or a file package.
     std::vector<std::string> itemsContainingKeywordsAtPath(const std::string& path, bool recursive);
@@ -54,11 +57,16 @@ private:
     void fileDeleteQueueDone() override;
     void expand(std::vector<TWFilesRule> rules);
     void drainProgress();
+    void makeKeywords();
+    void endExpansion();
+    void deletePlanned();
     void expanded();
 
     TWDeletionTools tools_;
     TWFilesCleanerInfo info_;
+    bool keywordsMade_ = false; // of info_
     std::shared_ptr<Expansion> expansion_; // of the job that is going on
     std::unique_ptr<TWRunLoopHandle> background_;
+    std::unique_ptr<TWRunLoopHandle> draining_; // the next turn of a long report
     std::unique_ptr<TWFileDeleteQueue> fileDeleteQueue_; // a new one for each job
 };

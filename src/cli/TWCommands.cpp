@@ -225,8 +225,8 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
         return addRule(delegate, invocation);
     auto before = files.rules();
     if (invocation.action == Action::Defaults) {
-        files.applyDefaults();
-        return saveRules(files, std::move(before));
+        const auto problem = files.applyDefaults();
+        return problem.empty() ? saveRules(files, std::move(before)) : saved(problem);
     }
     const int row = invocation.number - 1;
     if (row < 0 || row >= static_cast<int>(files.rules().size()))

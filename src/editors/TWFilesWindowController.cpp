@@ -13,10 +13,12 @@ constexpr auto HelpAnchor = "Files";
 constexpr auto VersionBeforeAny = "1.0";
 constexpr auto NotARule = "The list \"%@\" could not be read (entry %@ is not a Files rule). It is left untouched; please repair it, or "
                           "move it away to start anew.";
+constexpr auto NoDefaults = "The default rules \"%@\" could not be read. Please install Tidewell again.";
 constexpr auto DefaultsTitle = "Are you sure you want to apply the default set of rules?";
 constexpr auto DefaultsText = "The current set of rules will be overwritten. This operation is not undoable.";
 constexpr auto Yes = "Yes";
 constexpr auto No = "No";
+constexpr auto NotAppliedTitle = "The default rules could not be applied.";
 constexpr auto ChooseTitle = "Select a file or folder";
 constexpr auto ChoosePrompt = "Choose";
 constexpr auto NotSavedTitle = "The rules could not be saved.";
@@ -123,15 +125,21 @@ std::string TWFilesWindowController::file() const
 void TWFilesWindowController::restoreDefaults()
 {
     context_.alerts.show({DefaultsTitle, DefaultsText, Yes, No}, [this](TWAnswer answer) {
-        if (answer == TWAnswer::Default)
-            applyDefaults();
+        if (answer != TWAnswer::Default)
+            return;
+        if (const auto problem = applyDefaults(); !problem.empty())
+            context_.alerts.show({NotAppliedTitle, problem, OK, ""}, [](TWAnswer) { });
     });
 }
 
-void TWFilesWindowController::applyDefaults()
+std::string TWFilesWindowController::applyDefaults()
 {
-    loadRules(defaultRules(), Existing::Replace);
+    const auto path = defaultRules();
+    // Reading a file that is missing is no problem elsewhere.
+    if (!context_.fileSystem.exists(path) || !loadRules(path, Existing::Replace).empty())
+        return TWText::fill(NoDefaults, {path});
     ruleChanged();
+    return "";
 }
 
 void TWFilesWindowController::add()
@@ -204,6 +212,7 @@ void TWFilesWindowController::sheetOpened()
 void TWFilesWindowController::sheetClosed()
 {
     sheetIsOpen_ = false;
+    counting_.reset();
     notes_.clear();
 }
 
@@ -225,6 +234,10 @@ void TWFilesWindowController::ruleChanged()
 
 void TWFilesWindowController::countNotes()
 {
-    if (sheetIsOpen_)
-        notes_.count(rules(), context_.dictionary.wordDictionary());
+    notes_.forgetRefusals();
+    if (!sheetIsOpen_)
+        return;
+    // Many edits within one turn begin one count.
+    counting_ = context_.runLoop.after(
+        TWRunLoop::Duration(0), [this] { notes_.count(rules(), context_.dictionary.wordDictionary()); });
 }

@@ -86,10 +86,15 @@ public:
     void setDescription(int row, const std::string& description);
     void setFilePath(int row, const std::string& path);
     void setWhatToDelete(int row, std::int32_t whatToDelete);
-    void applyDefaults();
+
+    // "" or one line about default rules that could not be read; the list is then as it was.
+    std::string applyDefaults();
 
     // "" or one line that names the file and the remedy.
     std::string write();
+
+    // Where a choice of files begins.
+    const std::string& homeFolder() const { return context_.places.home; }
 
     // While the sheet is open, what each rule matches is counted in the background.
     void sheetOpened();
@@ -98,7 +103,7 @@ public:
 
     std::string file() const;
 
-    // One line when the saved list is there but could not be read, else "".
+    // One line when the saved list is there but could not be read, else "". While there is one, no default rules were merged.
     const std::string& problem() const { return problem_; }
 
 private:
@@ -114,4 +119,5 @@ private:
     std::string problem_;
     bool sheetIsOpen_ = false;
     TWRuleNotes notes_;
+    std::unique_ptr<TWRunLoopHandle> counting_; // begins on the next turn
 };

@@ -78,7 +78,7 @@ void TWRuleNotes::count(const std::vector<TWFilesRule>& rules, const std::vector
         // A rule for the home folder or one above it is refused, and counting it would take as long as all the others together.
         if (rule.whatToDelete == TWItemItself && TWPath::isAtOrBelow(places_.home, places_.standardize(rule.filePath)))
             continue;
-        if (!rule.filePath.empty() && !counted_.contains({rule.filePath, rule.whatToDelete}))
+        if (mistake(rule, words).empty() && !counted_.contains({rule.filePath, rule.whatToDelete}))
             wanted.push_back(rule);
     }
     auto progress = std::make_shared<Progress>();
@@ -104,6 +104,7 @@ void TWRuleNotes::clear()
 {
     counting_.reset();
     counted_.clear();
+    refusals_.clear();
 }
 
 void TWRuleNotes::take(Progress& progress)
@@ -117,25 +118,41 @@ void TWRuleNotes::take(Progress& progress)
     changed_();
 }
 
-TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::string>& words) const
+TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::string>& words)
 {
     if (auto text = mistake(rule, words); !text.empty())
         return {std::move(text), true};
+    if (isGuarded(rule) && !refusal(rule).empty())
+        return {refusal(rule), true};
     const auto found = counted_.find({rule.filePath, rule.whatToDelete});
     return found == counted_.end() ? TWRuleNote() : found->second;
 }
 
+// The guard judges the path itself only where the rule deletes it, or where it is none.
+bool TWRuleNotes::isGuarded(const TWFilesRule& rule) const
+{
+    const auto path = places_.standardize(rule.filePath);
+    return path.empty() || path.front() != '/' || rule.whatToDelete == TWItemItself;
+}
+
+// Asks the disk, and is asked at every repaint: the answer is kept.
+const std::string& TWRuleNotes::refusal(const TWFilesRule& rule)
+{
+    const auto [place, added] = refusals_.try_emplace({rule.filePath, rule.whatToDelete});
+    if (const auto* reason = added ? guard_.reason(places_.standardize(rule.filePath)) : nullptr)
+        place->second = TWText::fill(Refused, {reason});
+    return place->second;
+}
+
+// What the rule's text alone says, without a look at the disk.
 std::string TWRuleNotes::mistake(const TWFilesRule& rule, const std::vector<std::string>& words) const
 {
     if (rule.filePath.empty())
         return NoPath;
-    const auto path = places_.standardize(rule.filePath);
-    if (path.empty() || path.front() != '/' || rule.whatToDelete == TWItemItself) {
-        const auto* reason = guard_.reason(path);
-        return reason ? TWText::fill(Refused, {reason}) : "";
-    }
+    if (isGuarded(rule))
+        return "";
     if (rule.whatToDelete == TWFolderContents)
-        return path == places_.home ? WholeHome : "";
+        return places_.standardize(rule.filePath) == places_.home ? WholeHome : "";
     if (!rule.needsKeywords())
         return NotAKind;
     if (std::all_of(words.begin(), words.end(), [](const auto& word) { return word.empty(); }))

@@ -23,10 +23,13 @@ public:
     // Counts the rules that have not been counted yet; what is still being counted for an earlier list is given up.
     void count(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);
 
+    // The list has changed: whether the guard refuses a rule is asked anew, once for each.
+    void forgetRefusals() { refusals_.clear(); }
+
     // Ends the counting and forgets everything.
     void clear();
 
-    TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words) const;
+    TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words);
 
 private:
     // All that a count depends on besides the words.
@@ -34,6 +37,8 @@ private:
     struct Progress;
 
     std::string mistake(const TWFilesRule&, const std::vector<std::string>& words) const;
+    bool isGuarded(const TWFilesRule&) const;
+    const std::string& refusal(const TWFilesRule&);
     void take(Progress&);
 
     TWRunLoop& runLoop_;
@@ -42,5 +47,6 @@ private:
     const TWDeletionGuard& guard_;
     std::function<void()> changed_;
     std::map<Key, TWRuleNote> counted_;
+    std::map<Key, std::string> refusals_; // "" for a rule that is not refused
     std::unique_ptr<TWRunLoopHandle> counting_;
 };

@@ -154,7 +154,7 @@ void TWFilesSheet::showEvent(QShowEvent* event)
     QDialog::showEvent(event);
     if (event->spontaneous())
         return;
-    messageBar_->setText(TWQtText::shown(controller_.problem()));
+    showMessage({});
     controller_.sheetOpened();
 }
 
@@ -223,6 +223,14 @@ void TWFilesSheet::showSelection()
         row == -1 ? QString() : model_->index(row, TWFilesTableModel::Note).data(Qt::AccessibleTextRole).toString());
 }
 
+// What is wrong with the saved list is said before it, as long as it lasts.
+void TWFilesSheet::showMessage(const QString& message)
+{
+    auto lines = QStringList { TWQtText::shown(controller_.problem()), message };
+    lines.removeAll(QString());
+    messageBar_->setText(lines.join('\n'));
+}
+
 void TWFilesSheet::choosePath(
     const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)> chosen)
 {
@@ -238,7 +246,10 @@ void TWFilesSheet::choosePath(
 
 void TWFilesSheet::openChooser(QFileDialog::FileMode mode)
 {
-    chooser_ = new QFileDialog(this, chooserTitle_, QDir::homePath());
+    showMessage({});
+    // Not Qt's home, which in a sandbox is still the real one.
+    const auto home = QFile::decodeName(QByteArray::fromStdString(controller_.homeFolder()));
+    chooser_ = new QFileDialog(this, chooserTitle_, home);
     chooser_->setObjectName("chooserFileDialog");
     chooser_->setAttribute(Qt::WA_DeleteOnClose);
     chooser_->setFileMode(mode);
@@ -263,18 +274,19 @@ std::optional<std::string> TWFilesSheet::pathBytes(const QString& path)
 {
     const auto encoded = QFile::encodeName(path);
     const bool exact = !path.contains(QChar::ReplacementCharacter) && QFile::decodeName(encoded) == path;
-    messageBar_->setText(exact
-            ? QString()
-            : tr("The name \"%1\" is not valid UTF-8, so a rule cannot hold it. Choose the folder around it instead.")
-                  .arg(path));
-    if (!exact)
+    if (!exact) {
+        showMessage(
+            tr("The name \"%1\" is not valid UTF-8, so a rule cannot hold it. Choose the folder around it instead.")
+                .arg(path));
         return std::nullopt;
+    }
     return TWPath::withoutTrailingSlashes(encoded.toStdString());
 }
 
 void TWFilesSheet::addDropped(const QList<QUrl>& files)
 {
     finishEditing();
+    showMessage({});
     for (const auto& file : files) {
         droppedPath_ = file.isLocalFile() ? pathBytes(file.toLocalFile()) : std::nullopt;
         if (!droppedPath_)

@@ -43,6 +43,7 @@ private:
     QWidget* createSheetButtons();
     void finishEditing();
     void showSelection();
+    void showMessage(const QString& message);
     void openChooser(QFileDialog::FileMode);
     void answerPath(std::optional<std::string> path);
     std::optional<std::string> pathBytes(const QString& path);

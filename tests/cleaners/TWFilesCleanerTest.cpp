@@ -103,6 +103,36 @@ TEST_F(TWFilesCleanerTest, TheSearchEntersNeitherLinksNorPackages)
     EXPECT_EQ(found("hostile/link to secret", true), Lines {"ROOT/hostile/link to secret/folder/inside"});
 }
 
+TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
+{
+    launcher.ending = TWRecordingLauncher::Ending::ByTest;
+    root.write("one", "x");
+    root.write("two", "x");
+    info.securelyDeleteFiles = true;
+    give({rule("one", 0), rule("home", 0), rule("two", 0)});
+    cleaner.clean();
+    runLoop.runUntilIdle();
+    cleaner.cancel();
+    EXPECT_TRUE(cleaner.cancelled());
+    EXPECT_EQ(reports.take(), (Lines {Started, "- One-pass secure delete ROOT/one ...", Terminated, "finished"}));
+    launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    runLoop.advance(1s);
+    EXPECT_EQ(reports.take(),
+        (Lines {"- One-pass secure delete ROOT/home ...", "- One-pass secure delete ROOT/two ...",
+            "- The deletion tool /libexec/srm was ended by signal 15.", "- Could not delete ROOT/one",
+            "- Refused to delete \"ROOT/home\": it is the home folder.", "- Could not delete ROOT/home", Failure, "finished"}));
+    EXPECT_FALSE(root.exists("two"));
+}
+
+TEST_F(TWFilesCleanerTest, ReportsALongListInSeveralTurns)
+{
+    give(std::vector<TWFilesRule>(2500, rule("no", 0)));
+    std::vector<std::size_t> counts;
+    for (cleaner.clean(); reports.count("finished") == 0; counts.push_back(reports.count("- ")))
+        runLoop.turn(0ms);
+    EXPECT_EQ(counts, (std::vector<std::size_t> {0, 1000, 2000, 2500}));
+}
+
 TEST(TWFilesRuleTest, AnEntryOfAnotherTypeMakesTheListUnreadable)
 {
     const auto from = [](const char* key, TWValue value) {

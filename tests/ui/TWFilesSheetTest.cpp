@@ -139,8 +139,8 @@ TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnly)
     ASSERT_EQ(world.files.rules().size(), 2U);
     EXPECT_EQ(world.files.rules()[0].filePath, world.places.home + "/by hand");
     EXPECT_EQ(world.files.rules()[1].filePath, "~/a b");
-    drop({ QUrl::fromEncoded("file:///tmp/bad%FFname") });
-    EXPECT_EQ(world.files.rules().size(), 2U);
+    drop({ QUrl::fromEncoded("file:///tmp/bad%FFname"), QUrl::fromLocalFile(home + "/good") });
+    EXPECT_EQ(world.files.rules().size(), 3U);
     EXPECT_TRUE(child<QLabel>(sheet, "messageLabel")->text().contains("not valid UTF-8"));
 }
 
@@ -150,8 +150,9 @@ TEST_F(TWFilesSheetTest, RestoresDefaultsWhichSearchForNoWords)
     press("restoreDefaultsPushButton");
     EXPECT_EQ(world.alerts.alerts.size(), 1U);
     EXPECT_GE(table->model()->rowCount(), 15);
+    std::set<std::string> paths;
     for (const auto& rule : world.files.rules()) {
-        EXPECT_FALSE(rule.filePath.empty());
+        EXPECT_TRUE(!rule.filePath.empty() && paths.insert(rule.filePath).second) << rule.filePath;
         EXPECT_TRUE(!rule.active || rule.whatToDelete == TWItemItself) << rule.filePath;
     }
 }
