@@ -25,7 +25,7 @@ constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Pl
 constexpr auto NotUTF8 = "The folder \"%@\" cannot be used, since its name is not valid UTF-8. Please choose another one.\n";
 constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the link or choose another folder.\n";
 
-constexpr auto SettingsFile = "/Tidewell/Tidewell.conf";
+constexpr auto SettingsFile = "/Tidewell/Tidewell.plist";
 constexpr auto ListsLock = ".lists.lock";
 constexpr auto WindowSocket = ".window.socket";
 
@@ -168,7 +168,7 @@ TWStopSignals::~TWStopSignals()
 TWSystem::TWSystem(const TWWorld& world)
     : world_(world)
     , launcher_(runLoop_)
-    , userDefaults_(world.fileSystem, world.settingsFile)
+    , userDefaults_(world.fileSystem, runLoop_, world.settingsFile)
 {
     if (world.places.sandboxed())
         notifier_ = std::make_unique<TWSilentNotifier>();

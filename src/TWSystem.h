@@ -10,7 +10,7 @@
 #include "platform/posix/TWPosixLocks.h"
 #include "platform/qt/TWQtHandover.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "platform/qt/TWQtUserDefaults.h"
+#include "platform/posix/TWFileUserDefaults.h"
 #include "settings/TWDataFolder.h"
 
 // What the two programs have in common: `tidewell`, which carries out commands, and the one of the window. Main thread.
@@ -75,7 +75,7 @@ private:
     TWQtRunLoop runLoop_;
     TWLinuxProcessLauncher launcher_;
     TWLinuxMountTable mountTable_;
-    TWQtUserDefaults userDefaults_;
+    TWFileUserDefaults userDefaults_;
     TWPosixLocks locks_;
     std::unique_ptr<TWNotifier> notifier_;
 };

@@ -15,7 +15,6 @@ constexpr std::string_view OtherFiles[] = {".cache/thumbnails/normal/3f2a.png", 
     "Pictures/cat.jpg"};
 
 constexpr auto Record = "[Trash Info]\nPath=Documents/%@\nDeletionDate=2026-01-02T03:04:05\n";
-constexpr auto Settings = "[General]\nTrashCleaner=true\nFilesCleaner=true\n";
 
 class World {
 public:
@@ -35,9 +34,9 @@ public:
             problem_ = TWText::fill(NotWritten, {path, TWErrorText(error)});
     }
 
-    void writeList(const std::string& path, const TWValue::Array& records)
+    void writeList(const std::string& path, const TWValue& list)
     {
-        write(path, TWPropertyList::write(records, TWPropertyListFormat::XML).value_or(""));
+        write(path, TWPropertyList::write(list, TWPropertyListFormat::XML).value_or(""));
     }
 
     const std::string& problem() const { return problem_; }
@@ -68,7 +67,10 @@ std::string TWMakeDemoWorld(
     for (const auto file : OtherFiles)
         world.write(places.home + "/" + std::string(file), "A sample file of the demonstration.\n");
     world.writeList(dataFolder + "/FilesRules.plist", sampleRules());
-    world.writeList(dataFolder + "/Dictionary.plist", {TWData {"secret"}, TWData {"bank"}});
-    world.write(defaultsFile, Settings);
+    world.writeList(dataFolder + "/Dictionary.plist", TWValue::Array {TWData {"secret"}, TWData {"bank"}});
+    TWDictionary settings;
+    settings.set("TrashCleaner", true);
+    settings.set("FilesCleaner", true);
+    world.writeList(defaultsFile, settings);
     return world.problem();
 }

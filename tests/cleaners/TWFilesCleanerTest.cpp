@@ -45,6 +45,8 @@ protected:
 };
 
 constexpr auto Started = "started: Deleting files and folders...";
+constexpr auto Failure = "failure: Some files and/or folders could not be deleted!";
+constexpr auto Terminated = "failure: The cleaner was terminated before its job was finished!";
 constexpr auto Success = "success: All files and folders have been deleted.";
 
 }

@@ -111,7 +111,7 @@ TEST_F(TWListCommandsTest, DamagedFilesAreNamedAndKept)
 
 TEST_F(TWListCommandsTest, AFullDiskAndAnImpossibleHomeLeaveWhatWasThere)
 {
-    folder_.write(Settings, "[General]\nUUID=" + std::string(5000, 'u') + "\n");
+    folder_.write(Settings, "<plist><dict><key>UUID</key><string>" + std::string(5000, 'u') + "</string></dict></plist>");
     out({"words", "add", "first"});
     const auto settings = folder_.read(Settings);
     trash("a");

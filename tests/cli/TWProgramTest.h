@@ -40,7 +40,7 @@ protected:
 
     static constexpr auto Trash = "/.local/share/Trash";
     static constexpr auto Data = "home/.local/share/Tidewell/";
-    static constexpr auto Settings = "home/.config/Tidewell/Tidewell.conf";
+    static constexpr auto Settings = "home/.config/Tidewell/Tidewell.plist";
 
     TWTemporaryFolder folder_;
     std::string home_ = folder_.folder("home");

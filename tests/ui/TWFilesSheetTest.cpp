@@ -2,12 +2,16 @@
 
 #include "TWUITestSupport.h"
 
+#include <QAbstractButton>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QTableView>
+
+#include <set>
 
 using namespace TWUITest;
 

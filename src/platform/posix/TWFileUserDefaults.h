@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/TWFileSystem.h"
+#include "platform/TWRunLoop.h"
+#include "platform/TWUserDefaults.h"
+
+#include <map>
+
+// One property list of our own, a dictionary. Changes are written together on the next turn of the run loop, over what the file holds
+// by then, and never but whole: a write that fails leaves the old file.
+class TWFileUserDefaults final : public TWUserDefaults {
+public:
+    TWFileUserDefaults(const TWFileSystem&, TWRunLoop&, std::string file);
+
+    std::optional<TWValue> value(const std::string& key) const override;
+    void setValue(const std::string& key, const TWValue&) override;
+    void removeValue(const std::string& key) override;
+    std::string synchronize() override;
+    std::string problem() const override { return problem_; }
+    std::string file() const override { return file_; }
+
+private:
+    void read();
+    void change(const std::string& key, std::optional<TWValue>);
+    bool keepDamaged() const;
+    bool write();
+
+    const TWFileSystem& fileSystem_;
+    TWRunLoop& runLoop_;
+    const std::string file_;
+    TWDictionary stored_;
+    std::map<std::string, std::optional<TWValue>> changes_; // not written yet; nothing means removed
+    std::string problem_;
+    std::unique_ptr<TWRunLoopHandle> writing_;
+};
