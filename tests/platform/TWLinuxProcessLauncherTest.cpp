@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <optional>
 #include <sys/wait.h>
 
