@@ -11,8 +11,9 @@ class TWUserDefaults {
 public:
     virtual ~TWUserDefaults() = default;
 
-    // Booleans may come back as strings, since the file does not keep types.
+    // Of whatever type the file holds: it may have been written by hand.
     virtual std::optional<TWValue> value(const std::string& key) const = 0;
+    // Holds at once; written with the next synchronize(), or by itself a moment later.
     virtual void setValue(const std::string& key, const TWValue&) = 0;
     virtual void removeValue(const std::string& key) = 0;
 
