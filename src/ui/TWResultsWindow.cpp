@@ -41,7 +41,7 @@ TWResultsWindow::TWResultsWindow(TWResultsWindowController& controller, const QS
     , filter_(new TWResultsFilter(this))
 {
     setObjectName("resultsWindow");
-    setWindowTitle(tr("Tidewell Results"));
+    setWindowTitle(tr("Results"));
     setAttribute(Qt::WA_QuitOnClose, false);
     resize(720, 420);
     auto* column = new QVBoxLayout(this);
