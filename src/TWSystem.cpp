@@ -49,7 +49,7 @@ void writeQtMessage(QtMsgType, const QMessageLogContext&, const QString& message
 std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std::string& folder)
 {
     int error = fileSystem.makeFolders(folder + "/home");
-    const auto root = fileSystem.realPath(folder + "/.");
+    auto root = fileSystem.realPath(folder + "/.");
     if (error == 0 && root)
         return root;
     TWPrint({TWStatus::Failure, "", TWText::fill(NoSandbox, {folder, TWErrorText(error)})});

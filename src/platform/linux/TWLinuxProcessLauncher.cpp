@@ -194,7 +194,7 @@ private:
         waitpid(process, nullptr, 0);
     }
 
-    void signal(int number)
+    void signal(int number) const
     {
         if (process_ > 0)
             sendSignal(pidfd_, number);
@@ -239,7 +239,7 @@ std::unique_ptr<TWChildProcess> TWLinuxProcessLauncher::launch(
     return child;
 }
 
-bool TWLinuxProcessLauncher::watch(int descriptor, std::uint64_t tag)
+bool TWLinuxProcessLauncher::watch(int descriptor, std::uint64_t tag) const
 {
     epoll_event event {};
     event.events = EPOLLIN;

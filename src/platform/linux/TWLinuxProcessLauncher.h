@@ -20,7 +20,7 @@ private:
     class Child;
 
     void serveEvents();
-    bool watch(int descriptor, std::uint64_t tag);
+    bool watch(int descriptor, std::uint64_t tag) const;
 
     TWRunLoop& loop_;
     int epoll_ = -1;

@@ -6,7 +6,7 @@
 #include "platform/TWRunLoop.h"
 
 #include <fcntl.h>
-#include <limits.h>
+#include <climits>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr mode_t NewFolderMode = 0700;
 constexpr std::uint64_t BlockSize = 512; // the unit of st_blocks on every file system
-constexpr std::size_t CopySize = 64 * 1024;
+constexpr std::size_t CopySize = std::size_t {64} * 1024;
 constexpr int MostLinks = 40; // as the system itself follows
 
 // Trailing slashes cut. A NUL inside would make the system see another, shorter path: such a path becomes the empty
@@ -357,7 +357,7 @@ static int copyBytes(const TWDescriptor& from, TWDescriptor& to)
 int TWPosixFileSystem::copyFile(const std::string& from, const std::string& to) const
 {
     TWDescriptor source;
-    struct stat facts;
+    struct stat facts {};
     if (const int error = openForReading(from, source, facts))
         return error;
     const std::string copyPath = systemPath(to);
