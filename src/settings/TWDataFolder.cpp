@@ -1,5 +1,6 @@
 #include "settings/TWDataFolder.h"
 
+#include "platform/TWDamagedFile.h"
 #include "plist/TWPropertyList.h"
 #include "support/TWText.h"
 
@@ -78,12 +79,7 @@ std::string TWDataFolder::write(const std::string& name, const TWValue::Array& r
 
 std::string TWDataFolder::keepDamaged(const std::string& path) const
 {
-    // An earlier damaged file stays as it was: the next one gets a number.
-    std::string kept = path + ".damaged";
-    int error = fileSystem_.copyFile(path, kept);
-    for (int number = 2; error == EEXIST && number < 100; ++number) {
-        kept = path + ".damaged." + std::to_string(number);
-        error = fileSystem_.copyFile(path, kept);
-    }
+    std::string kept;
+    const int error = TWKeepDamagedFile(fileSystem_, path, kept);
     return error == 0 || error == ENOENT ? "" : TWText::fill(NotKept, {kept, TWErrorText(error)});
 }

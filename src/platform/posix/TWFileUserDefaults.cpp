@@ -1,5 +1,6 @@
 #include "platform/posix/TWFileUserDefaults.h"
 
+#include "platform/TWDamagedFile.h"
 #include "plist/TWPropertyList.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
@@ -76,7 +77,8 @@ std::string TWFileUserDefaults::synchronize()
 // False leaves the file as it is and the changes for a later try.
 bool TWFileUserDefaults::write()
 {
-    if (!problem_.empty() && !keepDamaged())
+    std::string kept;
+    if (!problem_.empty() && TWKeepDamagedFile(fileSystem_, file_, kept) != 0)
         return false;
     auto merged = stored_;
     for (const auto& [key, value] : changes_) {
@@ -93,13 +95,4 @@ bool TWFileUserDefaults::write()
     changes_.clear();
     problem_.clear();
     return true;
-}
-
-// An earlier damaged file stays as it was: the next one gets a number.
-bool TWFileUserDefaults::keepDamaged() const
-{
-    int error = fileSystem_.copyFile(file_, file_ + ".damaged");
-    for (int number = 2; error == EEXIST && number < 100; ++number)
-        error = fileSystem_.copyFile(file_, file_ + ".damaged." + std::to_string(number));
-    return error == 0;
 }

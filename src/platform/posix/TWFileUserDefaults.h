@@ -22,7 +22,6 @@ public:
 private:
     void read();
     void change(const std::string& key, std::optional<TWValue>);
-    bool keepDamaged() const;
     bool write();
 
     const TWFileSystem& fileSystem_;
