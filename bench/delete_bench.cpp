@@ -48,7 +48,10 @@ public:
     }
 
 private:
-    void fileDeleteQueueProgressed(const std::string& message) override { messages_.addMessage(message, TWMessageType::Information); }
+    void fileDeleteQueueProgressed(const std::string& message) override
+    {
+        messages_.addMessage(message, TWMessageType::Information);
+    }
     void fileDeleteQueueDone() override { QCoreApplication::exit(); }
 
     TWResultsWindowController messages_;
@@ -78,13 +81,14 @@ int main(int count, char** arguments)
     const TWDeletionGuard guard(places, fileSystem, mountTable, places.dataHome + "/Tidewell");
     TWQtRunLoop runLoop;
     TWLinuxProcessLauncher launcher(runLoop);
-    const TWDeletionTools tools {runLoop, launcher, fileSystem, guard, places};
+    const TWDeletionTools tools{ runLoop, launcher, fileSystem, guard, places };
 
     const auto paths = entriesOf(fileSystem, arguments[2]);
     Queue queue(tools, paths);
     std::unique_ptr<TWResultsWindow> window;
     if (showing) {
-        window = std::make_unique<TWResultsWindow>(queue.messages(), QString::fromStdString(places.resources + "/icons"));
+        window
+            = std::make_unique<TWResultsWindow>(queue.messages(), QString::fromStdString(places.resources + "/icons"));
         window->show();
         QCoreApplication::processEvents();
     }

@@ -1,4 +1,5 @@
-// Loaded into a Qt program from outside (LD_PRELOAD): ends it with status 0 as soon as one of its windows has been painted.
+// Loaded into a Qt program from outside (LD_PRELOAD): ends it with status 0 as soon as one of its windows has been
+// painted.
 
 #include <QApplication>
 #include <QEvent>

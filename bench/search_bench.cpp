@@ -52,8 +52,9 @@ void search(const char* words, const std::vector<std::string>& folders)
 {
     std::vector<TWFilesRule> rules;
     for (const auto& folder : folders)
-        rules.push_back({true, "", folder, TWItemsWithKeywordsDeep});
-    const auto plan = TWFilesCleaner::plan(rules, TWKeywordMatcher(linesOf(words)), TWPlaces(), TWPosixFileSystem(),
+        rules.push_back({ true, "", folder, TWItemsWithKeywordsDeep });
+    const auto plan = TWFilesCleaner::plan(
+        rules, TWKeywordMatcher(linesOf(words)), TWPlaces(), TWPosixFileSystem(),
         [](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }, TWCancellation());
     for (const auto& path : plan.paths)
         std::puts(path.c_str());
@@ -85,7 +86,7 @@ int main(int count, char** arguments)
             entries += walk(open(arguments[i], O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         std::printf("%zu\n", entries);
     } else if (mode == "search") {
-        search(arguments[2], {arguments + 3, arguments + count});
+        search(arguments[2], { arguments + 3, arguments + count });
     } else if (mode == "match" && count == 4) {
         match(arguments[2], arguments[3]);
     } else {

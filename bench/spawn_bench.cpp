@@ -1,5 +1,5 @@
-// The least that deleting by child processes costs: spawn_bench FOLDER... runs /bin/rm -rf once for each entry of the folders,
-// one after another, in the locale C, and does nothing else. Prints the seconds that the loop took.
+// The least that deleting by child processes costs: spawn_bench FOLDER... runs /bin/rm -rf once for each entry of the
+// folders, one after another, in the locale C, and does nothing else. Prints the seconds that the loop took.
 
 #include <chrono>
 #include <cstdio>
@@ -17,13 +17,14 @@ int main(int count, char** arguments)
             paths.push_back(entry.path());
 
     char program[] = "/bin/rm", option[] = "-rf", locale[] = "LC_ALL=C";
-    char* const environment[] = {locale, nullptr};
+    char* const environment[] = { locale, nullptr };
     const auto start = std::chrono::steady_clock::now();
     for (std::string& path : paths) {
-        char* const words[] = {program, option, path.data(), nullptr};
+        char* const words[] = { program, option, path.data(), nullptr };
         pid_t child;
         int status;
-        if (posix_spawn(&child, program, nullptr, nullptr, words, environment) != 0 || waitpid(child, &status, 0) != child || status != 0)
+        if (posix_spawn(&child, program, nullptr, nullptr, words, environment) != 0
+            || waitpid(child, &status, 0) != child || status != 0)
             return 1;
     }
     std::printf("%.6f\n", std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());

@@ -1,8 +1,7 @@
 // Shows 100,000 results lines: window_results_bench MODE prints numbers.
-//   widget  a QTableWidget that scrolls to each line, 100 lines in a turn of the event loop: seconds, longest turn in ms
-//   turns   our results window, 100 lines in a turn: the same
-//   burst   our results window, all lines in one turn: the same
-//   memory  our results window: bytes for each line beyond its text
+//   widget  a QTableWidget that scrolls to each line, 100 lines in a turn of the event loop: seconds, longest turn in
+//   ms turns   our results window, 100 lines in a turn: the same burst   our results window, all lines in one turn: the
+//   same memory  our results window: bytes for each line beyond its text
 
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/qt/TWQtRunLoop.h"

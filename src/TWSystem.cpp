@@ -22,8 +22,10 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
-constexpr auto NotUTF8 = "The folder \"%@\" cannot be used, since its name is not valid UTF-8. Please choose another one.\n";
-constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the link or choose another folder.\n";
+constexpr auto NotUTF8
+    = "The folder \"%@\" cannot be used, since its name is not valid UTF-8. Please choose another one.\n";
+constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
+                              "link or choose another folder.\n";
 
 constexpr auto SettingsFile = "/Tidewell/Tidewell.plist";
 constexpr auto ListsLock = ".lists.lock";
@@ -32,7 +34,7 @@ constexpr auto WindowSocket = ".window.socket";
 // A file opened later must not become the standard output by taking its place.
 void fillStandardDescriptors()
 {
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    for (const int descriptor : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
         if (fcntl(descriptor, F_GETFD) < 0)
             open("/dev/null", O_RDWR); // takes the lowest free one, this one
     }
@@ -52,18 +54,19 @@ std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std
     auto root = fileSystem.realPath(folder + "/.");
     if (error == 0 && root)
         return root;
-    TWPrint({TWStatus::Failure, "", TWText::fill(NoSandbox, {folder, TWErrorText(error)})});
+    TWPrint({ TWStatus::Failure, "", TWText::fill(NoSandbox, { folder, TWErrorText(error) }) });
     return std::nullopt;
 }
 
-// A link on the way to what is read and written in a sandbox that leads out of it, or nobody knows where; "" when there is none.
+// A link on the way to what is read and written in a sandbox that leads out of it, or nobody knows where; "" when there
+// is none.
 std::string linkOutOfSandbox(const TWWorld& world)
 {
     const auto& root = world.places.sandboxRoot;
     if (root.empty())
         return "";
-    for (std::string path : {world.places.home, world.settingsFile, world.dataFolder.file("FilesRules.plist"),
-             world.dataFolder.file("Dictionary.plist")}) {
+    for (std::string path : { world.places.home, world.settingsFile, world.dataFolder.file("FilesRules.plist"),
+             world.dataFolder.file("Dictionary.plist") }) {
         for (std::error_code error; path.size() > root.size(); path = TWPath::parent(path)) {
             if (std::filesystem::is_symlink(path, error)
                 && !TWPath::isAtOrBelow(std::filesystem::canonical(path, error).string(), root))
@@ -117,7 +120,7 @@ std::optional<TWPlaces> TWPlacesFor(const TWInvocation& invocation, int& status)
     auto folder = *invocation.sandbox;
     TWExpandHome(folder);
     if (!TWText::isValidUTF8(folder)) {
-        status = TWPrint({TWStatus::WrongUse, "", TWText::fill(NotUTF8, {TWText::oneLine(folder)})});
+        status = TWPrint({ TWStatus::WrongUse, "", TWText::fill(NotUTF8, { TWText::oneLine(folder) }) });
         return std::nullopt;
     }
     status = TWStatus::Failure;
@@ -137,9 +140,9 @@ std::string TWWorld::problem() const
 {
     // The settings file could not be reached.
     if (!TWText::isValidUTF8(settingsFile))
-        return TWText::fill(NotUTF8, {TWText::oneLine(places.configHome)});
+        return TWText::fill(NotUTF8, { TWText::oneLine(places.configHome) });
     const auto link = linkOutOfSandbox(*this);
-    return link.empty() ? "" : TWText::fill(SandboxLeaks, {places.sandboxRoot, TWText::oneLine(link)});
+    return link.empty() ? "" : TWText::fill(SandboxLeaks, { places.sandboxRoot, TWText::oneLine(link) });
 }
 
 void TWBlockStopSignals()
@@ -178,7 +181,8 @@ TWSystem::TWSystem(const TWWorld& world)
 
 TWPlatform TWSystem::platform(TWAlerts& alerts)
 {
-    return {runLoop_, launcher_, world_.fileSystem, mountTable_, world_.places, userDefaults_, world_.bundle, locks_, alerts, *notifier_};
+    return { runLoop_, launcher_, world_.fileSystem, mountTable_, world_.places, userDefaults_, world_.bundle, locks_,
+        alerts, *notifier_ };
 }
 
 std::unique_ptr<TWHeldLock> TWSystem::lockLists(bool& busy)
@@ -198,7 +202,7 @@ std::unique_ptr<TWHeldLock> TWSystem::lockLists(bool& busy)
 TWQtHandover TWSystem::handover() const
 {
     const auto& folder = world_.dataFolder;
-    std::vector<std::string> paths {folder.file(WindowSocket)};
+    std::vector<std::string> paths{ folder.file(WindowSocket) };
     const auto hash = QCryptographicHash::hash(QByteArray::fromStdString(folder.path()), QCryptographicHash::Sha256);
     if (!world_.places.runtimeFolder.empty())
         paths.push_back(world_.places.runtimeFolder + "/tidewell-" + hash.toHex().left(16).toStdString() + ".socket");

@@ -6,11 +6,11 @@
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/posix/TWFileBundle.h"
+#include "platform/posix/TWFileUserDefaults.h"
 #include "platform/posix/TWPosixFileSystem.h"
 #include "platform/posix/TWPosixLocks.h"
 #include "platform/qt/TWQtHandover.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "platform/posix/TWFileUserDefaults.h"
 #include "settings/TWDataFolder.h"
 
 // What the two programs have in common: `tidewell`, which carries out commands, and the one of the window. Main thread.
@@ -64,8 +64,8 @@ public:
     TWPlatform platform(TWAlerts&);
     TWRunLoop& runLoop() { return runLoop_; }
 
-    // Waits a moment for another command that is writing; a window that runs is asked instead, see TWHandover. Nothing, with busy
-    // false, where no lock can be made.
+    // Waits a moment for another command that is writing; a window that runs is asked instead, see TWHandover. Nothing,
+    // with busy false, where no lock can be made.
     std::unique_ptr<TWHeldLock> lockLists(bool& busy);
 
     TWQtHandover handover() const;

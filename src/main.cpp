@@ -1,5 +1,5 @@
-// Parses the command line and carries it out; the window is a program of its own, since loading its libraries takes longer than most
-// commands.
+// Parses the command line and carries it out; the window is a program of its own, since loading its libraries takes
+// longer than most commands.
 
 #include "TWSystem.h"
 #include "cli/TWCleanCommand.h"
@@ -19,10 +19,13 @@ namespace {
 
 using Command = TWInvocation::Command;
 
-constexpr auto NoWindow = "The program of the window, \"%@\", could not be started (%@). Please install Tidewell again.\n";
+constexpr auto NoWindow
+    = "The program of the window, \"%@\", could not be started (%@). Please install Tidewell again.\n";
 constexpr auto DemoNotMade = "The folder \"%@\" for the demonstration could not be made (%@). Please name one.\n";
-constexpr auto DemoNotEmpty = "The folder \"%@\" is not empty. Please name a new or an empty one for the demonstration.\n";
-constexpr auto DemoPlace = "Tidewell makes a world of its own under %@ and cleans it. Nothing outside of it is touched.\n\n";
+constexpr auto DemoNotEmpty
+    = "The folder \"%@\" is not empty. Please name a new or an empty one for the demonstration.\n";
+constexpr auto DemoPlace
+    = "Tidewell makes a world of its own under %@ and cleans it. Nothing outside of it is touched.\n\n";
 constexpr auto DemoLeft = "\nHave a look at what is left: find %@/home. Delete the folder when you like.\n";
 
 int runClean(TWSystem& system, const TWInvocation& invocation, QCoreApplication& application)
@@ -40,7 +43,8 @@ int runClean(TWSystem& system, const TWInvocation& invocation, QCoreApplication&
     return status >= 0 ? status : application.exec();
 }
 
-int runListCommand(TWSystem& system, const TWWorld& world, const TWInvocation& invocation, const std::vector<std::string>& words)
+int runListCommand(
+    TWSystem& system, const TWWorld& world, const TWInvocation& invocation, const std::vector<std::string>& words)
 {
     const auto handover = system.handover();
     if (const auto answer = handover.handOver(words, TWWorkingFolder()))
@@ -51,7 +55,7 @@ int runListCommand(TWSystem& system, const TWWorld& world, const TWInvocation& i
         bool busy = false;
         lock = system.lockLists(busy);
         if (busy)
-            return TWPrint({TWStatus::NothingRun, "", TWListsBusy});
+            return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
         // It may have been a window that held the lock while it began.
         if (const auto answer = handover.handOver(words, TWWorkingFolder()))
             return TWPrint(*answer);
@@ -75,12 +79,12 @@ std::optional<std::string> demoFolder(const TWFileSystem& fileSystem, const std:
         std::string folder = TWLinuxPlaces().temporaryFolder + "/tidewell-demo-XXXXXX";
         if (mkdtemp(folder.data()))
             return folder;
-        TWPrint({TWStatus::Failure, "", TWText::fill(DemoNotMade, {folder, TWErrorText(errno)})});
+        TWPrint({ TWStatus::Failure, "", TWText::fill(DemoNotMade, { folder, TWErrorText(errno) }) });
         return std::nullopt;
     }
     const auto open = fileSystem.openFolder(wanted, TWLinkAtEnd::Follow);
     if (fileSystem.exists(wanted) && (!open || !open->entries().empty())) {
-        TWPrint({TWStatus::WrongUse, "", TWText::fill(DemoNotEmpty, {wanted})});
+        TWPrint({ TWStatus::WrongUse, "", TWText::fill(DemoNotEmpty, { wanted }) });
         return std::nullopt;
     }
     return wanted;
@@ -91,7 +95,7 @@ int becomeWindow(char** arguments)
 {
     const auto program = std::string(TWPath::parent(TWLinuxPlaces().srm)) + "/tidewell-window";
     execv(program.c_str(), arguments);
-    return TWPrint({TWStatus::Failure, "", TWText::fill(NoWindow, {program, TWErrorText(errno)})});
+    return TWPrint({ TWStatus::Failure, "", TWText::fill(NoWindow, { program, TWErrorText(errno) }) });
 }
 
 }
@@ -102,7 +106,7 @@ int main(int argumentCount, char** arguments)
     const std::vector<std::string> words(arguments + std::min(argumentCount, 1), arguments + argumentCount);
     auto parsed = TWParseCommandLine(words, TWWorkingFolder());
     if (!parsed.invocation)
-        return TWPrint({parsed.status, parsed.out, parsed.err});
+        return TWPrint({ parsed.status, parsed.out, parsed.err });
     auto& invocation = *parsed.invocation;
     if (invocation.command == Command::Window)
         return becomeWindow(arguments);
@@ -122,12 +126,14 @@ int main(int argumentCount, char** arguments)
     if (invocation.command == Command::Paths)
         return TWPrint(TWPrintPaths(world.places, world.dataFolder.path(), world.settingsFile, invocation.json));
     if (const auto problem = world.problem(); !problem.empty())
-        return TWPrint({invocation.sandbox ? TWStatus::WrongUse : TWStatus::Failure, "", problem});
+        return TWPrint({ invocation.sandbox ? TWStatus::WrongUse : TWStatus::Failure, "", problem });
     if (demo) {
-        if (const auto problem = TWMakeDemoWorld(world.fileSystem, world.places, world.dataFolder.path(), world.settingsFile); !problem.empty())
-            return TWPrint({TWStatus::Failure, "", problem + "\n"});
+        if (const auto problem
+            = TWMakeDemoWorld(world.fileSystem, world.places, world.dataFolder.path(), world.settingsFile);
+            !problem.empty())
+            return TWPrint({ TWStatus::Failure, "", problem + "\n" });
         if (!invocation.json)
-            TWPrint({0, TWText::fill(DemoPlace, {world.places.sandboxRoot}), ""});
+            TWPrint({ 0, TWText::fill(DemoPlace, { world.places.sandboxRoot }), "" });
     }
     if (!invocation.concernsLists())
         TWBlockStopSignals();
@@ -137,6 +143,6 @@ int main(int argumentCount, char** arguments)
         return runListCommand(system, world, invocation, words);
     status = runClean(system, invocation, application);
     if (demo && !invocation.json)
-        TWPrint({0, TWText::fill(DemoLeft, {world.places.sandboxRoot}), ""});
+        TWPrint({ 0, TWText::fill(DemoLeft, { world.places.sandboxRoot }), "" });
     return status;
 }

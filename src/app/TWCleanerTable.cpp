@@ -47,8 +47,8 @@ void giveFilesInfo(TWCleaner& cleaner, const TWSettingsSources& sources)
     if (sources.settings.boolean(TWKey::UseAuthorization))
         info.useAuthorization = TWAuthorization::Yes;
     info.securelyDeleteFiles = sources.settings.boolean(TWKey::SecurelyDeleteFiles);
-    // Kept on purpose: in a run the Files cleaner sees only whether the low eight bits of the mode are 0, so every stronger mode
-    // reaches it as seven passes.
+    // Kept on purpose: in a run the Files cleaner sees only whether the low eight bits of the mode are 0, so every
+    // stronger mode reaches it as seven passes.
     info.securelyDeleteFilesMode = (sources.settings.integer(TWKey::SecurelyDeleteFilesMode) & 0xFF) != 0 ? 1 : 0;
     static_cast<TWFilesCleaner&>(cleaner).setInfo(std::move(info));
 }
@@ -57,16 +57,18 @@ void giveFilesInfo(TWCleaner& cleaner, const TWSettingsSources& sources)
 
 const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
 {
-    static const std::array<TWCleanerRow, TWCleanerCount> table {{
-        {"applications", "Applications", "application-exit", TWKey::ApplicationsCleaner, false, makeLater, giveNothing},
-        {"recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner, false, makeLater, giveNothing},
-        {"trash", "Trash", "user-trash-full", TWKey::TrashCleaner, true, makeTrash, giveTrashInfo},
-        {"volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner, false, makeLater, giveNothing},
-        {"clipboard", "Clipboard", "edit-paste", TWKey::ClipboardCleaner, false, makeLater, giveNothing},
-        {"files", "Files", "folder", TWKey::FilesCleaner, true, makeFiles, giveFilesInfo},
-        {"logs", "Logs", "text-x-generic", TWKey::LogsCleaner, false, makeLater, giveNothing},
-        {"safari-tabs", "Safari Tabs", "web-browser", TWKey::SafariTabsCleaner, false, makeLater, giveNothing},
-    }};
+    static const std::array<TWCleanerRow, TWCleanerCount> table{ {
+        { "applications", "Applications", "application-exit", TWKey::ApplicationsCleaner, false, makeLater,
+            giveNothing },
+        { "recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner, false, makeLater,
+            giveNothing },
+        { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, true, makeTrash, giveTrashInfo },
+        { "volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner, false, makeLater, giveNothing },
+        { "clipboard", "Clipboard", "edit-paste", TWKey::ClipboardCleaner, false, makeLater, giveNothing },
+        { "files", "Files", "folder", TWKey::FilesCleaner, true, makeFiles, giveFilesInfo },
+        { "logs", "Logs", "text-x-generic", TWKey::LogsCleaner, false, makeLater, giveNothing },
+        { "safari-tabs", "Safari Tabs", "web-browser", TWKey::SafariTabsCleaner, false, makeLater, giveNothing },
+    } };
     return table;
 }
 

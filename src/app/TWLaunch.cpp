@@ -18,12 +18,12 @@ constexpr std::size_t LongestResource = 1 << 20;
 std::string newUUID()
 {
     std::random_device random;
-    std::uint32_t words[4] = {random(), random(), random(), random()};
+    std::uint32_t words[4] = { random(), random(), random(), random() };
     words[1] = (words[1] & 0xFFFF0FFFU) | 0x4000U; // version: random
     words[2] = (words[2] & 0x3FFFFFFFU) | 0x80000000U; // variant
     char text[37];
-    std::snprintf(text, sizeof text, "%08X-%04X-%04X-%04X-%04X%08X", words[0], words[1] >> 16, words[1] & 0xFFFF, words[2] >> 16,
-        words[2] & 0xFFFF, words[3]);
+    std::snprintf(text, sizeof text, "%08X-%04X-%04X-%04X-%04X%08X", words[0], words[1] >> 16, words[1] & 0xFFFF,
+        words[2] >> 16, words[2] & 0xFFFF, words[3]);
     return text;
 }
 
@@ -36,7 +36,8 @@ void TWTidewellAppDelegate::registerDefaults()
     if (list.value && list.value->dictionary())
         settings_.registerDefaults(*list.value->dictionary());
     else
-        TWLog::write(TWText::fill("TWTidewellAppDelegate: Could not read %@. Please install Tidewell again.", {path}));
+        TWLog::write(
+            TWText::fill("TWTidewellAppDelegate: Could not read %@. Please install Tidewell again.", { path }));
 }
 
 void TWTidewellAppDelegate::stampUUID()
@@ -48,7 +49,7 @@ void TWTidewellAppDelegate::stampUUID()
 void TWTidewellAppDelegate::createCleaners()
 {
     for (const auto& row : TWCleanerTable()) {
-        cleanerArray_.push_back(row.create({deletion_, settings_}));
+        cleanerArray_.push_back(row.create({ deletion_, settings_ }));
         cleanerArray_.back()->setDelegate(this);
     }
 }
@@ -80,7 +81,7 @@ void TWTidewellAppDelegate::prepareForCommand()
     // As above.
     if (platform_.userDefaults.problem().empty())
         stampUUID();
-    for (const auto key : {TWKey::ShowResults, TWKey::AutoQuit, TWKey::BounceDockIcon})
+    for (const auto key : { TWKey::ShowResults, TWKey::AutoQuit, TWKey::BounceDockIcon })
         settings_.override(key, false);
     createCleaners();
 }
@@ -88,7 +89,7 @@ void TWTidewellAppDelegate::prepareForCommand()
 void TWTidewellAppDelegate::greet()
 {
     const auto text = platform_.fileSystem.read(platform_.bundle.resourcePath("Welcome.txt"), LongestResource).bytes;
-    platform_.alerts.show({WelcomeTitle, text, WelcomeButton, ""}, [](TWAnswer) { });
+    platform_.alerts.show({ WelcomeTitle, text, WelcomeButton, "" }, [](TWAnswer) {});
 }
 
 void TWTidewellAppDelegate::applicationWillTerminate()

@@ -4,14 +4,14 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// One frame of a usual screen: lines that come faster than this cannot be read anyway, and painting each costs more than deleting
-// a file.
+// One frame of a usual screen: lines that come faster than this cannot be read anyway, and painting each costs more
+// than deleting a file.
 constexpr auto Frame = 16ms;
 
 constexpr TWColour Colours[] = {
-    {1.0, 1.0, 1.0},
-    {0.714, 1.0, 0.0},
-    {1.0, 0.305, 0.258},
+    { 1.0, 1.0, 1.0 },
+    { 0.714, 1.0, 0.0 },
+    { 1.0, 0.305, 0.258 },
 };
 
 }
@@ -32,7 +32,7 @@ void TWResultsWindowController::addMessage(std::string text, TWMessageType type)
         runLoop_.post([this, text = std::move(text), type] { addMessage(text, type); });
         return;
     }
-    messages_.push_back({std::move(text), type});
+    messages_.push_back({ std::move(text), type });
     if (view_ && !pending_)
         pending_ = runLoop_.after(Frame, [this] { flush(); });
 }

@@ -23,7 +23,8 @@ public:
     // The list was emptied.
     virtual void messagesRemoved() = 0;
 
-    // The list has grown to that count; the last line is to be made visible. Told at most once per 16 ms, however many lines come.
+    // The list has grown to that count; the last line is to be made visible. Told at most once per 16 ms, however many
+    // lines come.
     virtual void messagesAdded(std::size_t count) = 0;
 
 protected:

@@ -12,10 +12,12 @@
 namespace {
 
 constexpr auto NoCleanerTitle = "No cleaner is activated.";
-constexpr auto NoCleanerText = "You must activate at least one cleaner for Tidewell to do something! Check the boxes beside the cleaners "
-                               "that you would like to use.";
+constexpr auto NoCleanerText
+    = "You must activate at least one cleaner for Tidewell to do something! Check the boxes beside the cleaners "
+      "that you would like to use.";
 constexpr auto BusyTitle = "Another cleaning is running.";
-constexpr auto BusyText = "Tidewell is already cleaning in another window or terminal. Please wait until it is done, then try again.";
+constexpr auto BusyText
+    = "Tidewell is already cleaning in another window or terminal. Please wait until it is done, then try again.";
 constexpr auto OK = "OK";
 constexpr auto CleaningUp = "Cleaning up NOW! (%@)";
 constexpr auto WarningTitle = "Wait!";
@@ -38,7 +40,7 @@ constexpr int AtEnd = 2;
 std::string dateText()
 {
     const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm parts {};
+    std::tm parts{};
     gmtime_r(&now, &parts);
     char text[40];
     std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S +0000", &parts);
@@ -52,11 +54,11 @@ TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunc
     , settings_(platform.userDefaults)
     , dataFolder_(platform.fileSystem, platform.places, platform.bundle)
     , guard_(platform.places, platform.fileSystem, platform.mountTable, dataFolder_.path())
-    , deletion_ {platform.runLoop, platform.launcher, platform.fileSystem, guard_, platform.places}
+    , deletion_{ platform.runLoop, platform.launcher, platform.fileSystem, guard_, platform.places }
     , resultsWindowController_(platform.runLoop)
     , dictionaryWindowController_(dataFolder_)
-    , filesWindowController_({settings_, dataFolder_, platform.bundle, platform.fileSystem, platform.places, platform.runLoop,
-          platform.alerts, guard_, dictionaryWindowController_})
+    , filesWindowController_({ settings_, dataFolder_, platform.bundle, platform.fileSystem, platform.places,
+          platform.runLoop, platform.alerts, guard_, dictionaryWindowController_ })
 {
     registerDefaults();
     // Differs on purpose: the run loop is not turned here, nothing can be waiting yet.
@@ -66,8 +68,8 @@ TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunc
 
 std::vector<std::string> TWTidewellAppDelegate::problems() const
 {
-    std::vector<std::string> problems {
-        platform_.userDefaults.problem(), dictionaryWindowController_.problem(), filesWindowController_.problem()};
+    std::vector<std::string> problems{ platform_.userDefaults.problem(), dictionaryWindowController_.problem(),
+        filesWindowController_.problem() };
     std::erase(problems, "");
     return problems;
 }
@@ -80,15 +82,15 @@ void TWTidewellAppDelegate::clean()
         return;
     allSuccess_ = true;
     if (!anyCleanerChecked()) {
-        refuse({NoCleanerTitle, NoCleanerText, OK, ""});
+        refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
         return;
     }
     if (!lockCleaning()) {
-        refuse({BusyTitle, BusyText, OK, ""});
+        refuse({ BusyTitle, BusyText, OK, "" });
         return;
     }
     resultsWindowController_.removeAllMessages();
-    addMessage(TWText::fill(CleaningUp, {dateText()}), TWMessageType::Information);
+    addMessage(TWText::fill(CleaningUp, { dateText() }), TWMessageType::Information);
     for (const auto& problem : problems())
         addMessage(problem, TWMessageType::Information);
     view_->setCleanEnabled(false);
@@ -102,8 +104,8 @@ void TWTidewellAppDelegate::clean()
         return;
     }
     asking_ = true;
-    platform_.alerts.show(
-        {WarningTitle, text, WarningContinue, WarningCancel}, [this, before](TWAnswer answer) { answered(answer, before); });
+    platform_.alerts.show({ WarningTitle, text, WarningContinue, WarningCancel },
+        [this, before](TWAnswer answer) { answered(answer, before); });
 }
 
 std::vector<bool> TWTidewellAppDelegate::activeFlags() const
@@ -123,8 +125,8 @@ bool TWTidewellAppDelegate::anyCleanerChecked() const
     return false;
 }
 
-// Differs on purpose: one cleaning at a time per data folder. Where no lock can be made, as in a home that cannot be written, there is
-// no other cleaning to fear either.
+// Differs on purpose: one cleaning at a time per data folder. Where no lock can be made, as in a home that cannot be
+// written, there is no other cleaning to fear either.
 bool TWTidewellAppDelegate::lockCleaning()
 {
     if (cleaningLock_)
@@ -150,7 +152,8 @@ void TWTidewellAppDelegate::prepareCleaners()
     const auto& table = TWCleanerTable();
     for (std::size_t position = 0; position < table.size(); ++position)
         cleanerArray_[position]->setIsActive(settings_.boolean(table[position].key));
-    const TWSettingsSources sources {settings_, platform_.places, &filesWindowController_, &dictionaryWindowController_};
+    const TWSettingsSources sources{ settings_, platform_.places, &filesWindowController_,
+        &dictionaryWindowController_ };
     for (std::size_t position = 0; position < table.size(); ++position)
         table[position].giveInfo(*cleanerArray_[position], sources);
 }
@@ -235,8 +238,8 @@ void TWTidewellAppDelegate::cleanerFailure(TWCleaner& cleaner)
     view_->stopSpinning(positionOf(cleaner));
 }
 
-// Kept on purpose: the index alone decides what comes next, not the cleaner that has finished. After a second start during a run more
-// than one may be at work; the run ends with the last of them.
+// Kept on purpose: the index alone decides what comes next, not the cleaner that has finished. After a second start
+// during a run more than one may be at work; the run ends with the last of them.
 void TWTidewellAppDelegate::cleanerFinished(TWCleaner& cleaner)
 {
     atWork_.erase(&cleaner);
@@ -251,7 +254,7 @@ void TWTidewellAppDelegate::cleanerFinished(TWCleaner& cleaner)
 
 void TWTidewellAppDelegate::endRun()
 {
-    addMessage(TWText::fill(DoneCleaning, {dateText()}), TWMessageType::Information);
+    addMessage(TWText::fill(DoneCleaning, { dateText() }), TWMessageType::Information);
     if (showsResults(AtEnd))
         view_->bringToFront(TWWindow::Results);
     if (settings_.boolean(TWKey::GrowlCleaningDone))
@@ -268,9 +271,9 @@ void TWTidewellAppDelegate::endRun()
 void TWTidewellAppDelegate::postNotification()
 {
     if (allSuccess_)
-        platform_.notifier.post({SuccessTitle, SuccessText, false, false});
+        platform_.notifier.post({ SuccessTitle, SuccessText, false, false });
     else
-        platform_.notifier.post({FailureTitle, FailureText, true, true});
+        platform_.notifier.post({ FailureTitle, FailureText, true, true });
 }
 
 void TWTidewellAppDelegate::backToIdle(TWRunOutcome outcome)
@@ -300,7 +303,8 @@ std::vector<std::string> TWTidewellAppDelegate::trashItems() const
 
 int TWTidewellAppDelegate::positionOf(const TWCleaner& cleaner) const
 {
-    const auto found = std::find_if(cleanerArray_.begin(), cleanerArray_.end(), [&](const auto& each) { return each.get() == &cleaner; });
+    const auto found = std::find_if(
+        cleanerArray_.begin(), cleanerArray_.end(), [&](const auto& each) { return each.get() == &cleaner; });
     return static_cast<int>(found - cleanerArray_.begin());
 }
 

@@ -26,8 +26,8 @@ public:
     // A full launch: data folder, UUID, version, cleaners, and the greeting the very first time.
     void applicationDidFinishLaunching();
 
-    // Differs on purpose: a command makes the data folder and the UUID when they are missing, but never stamps the version and never
-    // greets, and the ending settings of the window do not concern it.
+    // Differs on purpose: a command makes the data folder and the UUID when they are missing, but never stamps the
+    // version and never greets, and the ending settings of the window do not concern it.
     void prepareForCommand();
 
     void applicationWillTerminate();
@@ -35,7 +35,8 @@ public:
     // Starts a run. Kept on purpose: during a run it starts again at once, whatever the cleaners still report.
     void clean();
 
-    // Differs on purpose: ends the run. What was begun is ended and checked, nothing further is begun, the closing line follows.
+    // Differs on purpose: ends the run. What was begun is ended and checked, nothing further is begun, the closing line
+    // follows.
     void stop();
 
     bool running() const { return running_; }

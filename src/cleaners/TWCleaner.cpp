@@ -26,7 +26,8 @@ void TWCleaner::reportFailure(std::optional<std::string> text)
     report(failureMessageString_, std::move(text), &TWCleanerDelegate::cleanerFailure);
 }
 
-void TWCleaner::report(std::string& field, std::optional<std::string> text, void (TWCleanerDelegate::*operation)(TWCleaner&))
+void TWCleaner::report(
+    std::string& field, std::optional<std::string> text, void (TWCleanerDelegate::*operation)(TWCleaner&))
 {
     if (text)
         field = std::move(*text);

@@ -9,8 +9,8 @@
 
 class TWCleaner;
 
-// Hears of a cleaner's job. The text of a report is read from the cleaner at the moment of the call. All calls come on the main
-// thread.
+// Hears of a cleaner's job. The text of a report is read from the cleaner at the moment of the call. All calls come on
+// the main thread.
 class TWCleanerDelegate {
 public:
     virtual void cleanerStarted(TWCleaner&) { }
@@ -23,9 +23,9 @@ protected:
     ~TWCleanerDelegate() = default;
 };
 
-// One of the eight jobs of a run. The owner sets isActive and the concrete cleaner's info, asks validate(), calls clean(), and then
-// hears of the job only through the delegate: started, any number of progress reports, one success or failure, one finished.
-// An inactive cleaner only finishes. Main thread.
+// One of the eight jobs of a run. The owner sets isActive and the concrete cleaner's info, asks validate(), calls
+// clean(), and then hears of the job only through the delegate: started, any number of progress reports, one success or
+// failure, one finished. An inactive cleaner only finishes. Main thread.
 class TWCleaner {
 public:
     virtual ~TWCleaner() = default;
@@ -52,11 +52,13 @@ public:
     // Starts the job. Safe also while an earlier job of this cleaner is going on: that one ends silently.
     virtual void clean() = 0;
 
-    // Ends a job that is going on as soon as possible: what was begun is checked and reported, nothing further is begun. The job's
-    // failure report (with cancelled set) and finish follow, possibly within this call. Nothing when no job is going on.
+    // Ends a job that is going on as soon as possible: what was begun is checked and reported, nothing further is
+    // begun. The job's failure report (with cancelled set) and finish follow, possibly within this call. Nothing when
+    // no job is going on.
     virtual void stop() { }
 
-    // Case-insensitive search for any word of the dictionary anywhere in the text; see TWKeywordMatcher. False without words.
+    // Case-insensitive search for any word of the dictionary anywhere in the text; see TWKeywordMatcher. False without
+    // words.
     bool stringContainsKeywords(std::string_view text) const { return keywords_ && keywords_->matches(text); }
 
 protected:
@@ -69,7 +71,10 @@ protected:
     void reportFailure(std::optional<std::string> text = std::nullopt);
 
     // The words of the coming job; called where a concrete cleaner takes its info.
-    void setKeywords(const std::vector<std::string>& words) { keywords_ = std::make_shared<const TWKeywordMatcher>(words); }
+    void setKeywords(const std::vector<std::string>& words)
+    {
+        keywords_ = std::make_shared<const TWKeywordMatcher>(words);
+    }
 
     // For background work, which must not depend on this cleaner's life. May be absent.
     const std::shared_ptr<const TWKeywordMatcher>& keywords() const { return keywords_; }

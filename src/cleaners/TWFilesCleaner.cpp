@@ -8,10 +8,12 @@
 
 namespace {
 
-constexpr auto NoActiveRules = "The Files cleaner is checked but there are no active rules. You should either disable the cleaner, "
-                               "activate some rules, or add some of your own.";
-constexpr auto EmptyDictionary = "\n\nThe Files cleaner is setup to clear files and folders based keywords but there is nothing in "
-                                 "the dictionary. Add some words in the dictionary or deactivate the cleaner.";
+constexpr auto NoActiveRules
+    = "The Files cleaner is checked but there are no active rules. You should either disable the cleaner, "
+      "activate some rules, or add some of your own.";
+constexpr auto EmptyDictionary
+    = "\n\nThe Files cleaner is setup to clear files and folders based keywords but there is nothing in "
+      "the dictionary. Add some words in the dictionary or deactivate the cleaner.";
 constexpr auto Started = "Deleting files and folders...";
 constexpr auto AlreadyDeleted = "Item %@ already deleted";
 constexpr auto NoSuchFolder = "Folder %@ does not exist!";
@@ -29,7 +31,8 @@ constexpr std::size_t LinesPerTurn = 1000; // so that the window stays awake
 // Walks a folder, and the folders below it, with a stack of its own: a tree may be deeper than the thread's stack.
 class KeywordSearch final {
 public:
-    KeywordSearch(const TWKeywordMatcher& keywords, const TWFilesCleaner::Progress& progress, const TWCancellation& cancellation)
+    KeywordSearch(
+        const TWKeywordMatcher& keywords, const TWFilesCleaner::Progress& progress, const TWCancellation& cancellation)
         : keywords_(keywords)
         , progress_(progress)
         , cancellation_(cancellation)
@@ -43,7 +46,7 @@ public:
         if (auto folder = fileSystem.openFolder(path, TWLinkAtEnd::Follow, &error))
             enter(std::move(folder));
         else
-            progress_(TWText::fill(Unreadable, {path, TWErrorText(error)}));
+            progress_(TWText::fill(Unreadable, { path, TWErrorText(error) }));
         while (!folders_.empty() && !cancellation_.cancelled())
             searchOn(recursive);
         return std::move(found_);
@@ -60,7 +63,7 @@ private:
     void enter(std::unique_ptr<TWOpenFolder> folder)
     {
         const bool package = folder->isPackage();
-        folders_.push_back({std::move(folder), 0, path_.size(), package});
+        folders_.push_back({ std::move(folder), 0, path_.size(), package });
     }
 
     // Looks at the entries of the innermost folder until one of them is entered or none is left.
@@ -87,7 +90,7 @@ private:
     {
         auto folder = level.folder->openFolder(entry);
         if (!folder) {
-            progress_(TWText::fill(NotSearched, {pathOf(level, entry)}));
+            progress_(TWText::fill(NotSearched, { pathOf(level, entry) }));
             return false;
         }
         path_.resize(level.pathLength);
@@ -110,14 +113,14 @@ private:
     std::vector<std::string> found_;
 };
 
-std::vector<std::string> contentsOf(const TWFileSystem& fileSystem, const std::string& path, const TWFilesCleaner::Progress& progress,
-    const TWCancellation& cancellation)
+std::vector<std::string> contentsOf(const TWFileSystem& fileSystem, const std::string& path,
+    const TWFilesCleaner::Progress& progress, const TWCancellation& cancellation)
 {
     std::vector<std::string> contents;
     int error = 0;
     const auto folder = fileSystem.openFolder(path, TWLinkAtEnd::Follow, &error);
     if (!folder) {
-        progress(TWText::fill(Unreadable, {path, TWErrorText(error)}));
+        progress(TWText::fill(Unreadable, { path, TWErrorText(error) }));
         return contents;
     }
     for (const auto& entry : folder->entries()) {
@@ -198,7 +201,8 @@ std::string TWFilesCleaner::validate()
     if (std::none_of(rules.begin(), rules.end(), [](const auto& rule) { return rule.active; }))
         message = NoActiveRules;
     // Kept on purpose: rules that are switched off count here too.
-    const bool keywordsNeeded = std::any_of(rules.begin(), rules.end(), [](const auto& rule) { return rule.needsKeywords(); });
+    const bool keywordsNeeded
+        = std::any_of(rules.begin(), rules.end(), [](const auto& rule) { return rule.needsKeywords(); });
     if (keywordsNeeded && info_.wordDictionary.empty())
         message += EmptyDictionary;
     return message;
@@ -231,8 +235,9 @@ void TWFilesCleaner::clean()
 void TWFilesCleaner::expand(std::vector<TWFilesRule> rules)
 {
     expansion_ = std::make_shared<Expansion>();
-    auto work = [this, rules = std::move(rules), words = info_.wordDictionary, places = tools_.places, &fileSystem = tools_.fileSystem,
-                    &runLoop = tools_.runLoop, expansion = expansion_](const std::shared_ptr<const TWCancellation>& cancellation) {
+    auto work = [this, rules = std::move(rules), words = info_.wordDictionary, places = tools_.places,
+                    &fileSystem = tools_.fileSystem, &runLoop = tools_.runLoop,
+                    expansion = expansion_](const std::shared_ptr<const TWCancellation>& cancellation) {
         const auto progress = [&](std::string line) {
             if (!expansion->add(std::move(line)))
                 return;
@@ -242,7 +247,8 @@ void TWFilesCleaner::expand(std::vector<TWFilesRule> rules)
                     drainProgress();
             });
         };
-        const bool search = std::any_of(rules.begin(), rules.end(), [](const auto& rule) { return rule.needsKeywords(); });
+        const bool search
+            = std::any_of(rules.begin(), rules.end(), [](const auto& rule) { return rule.needsKeywords(); });
         const TWKeywordMatcher keywords(search ? words : std::vector<std::string>());
         expansion->plan = plan(rules, keywords, places, fileSystem, progress, *cancellation);
     };
@@ -295,8 +301,9 @@ void TWFilesCleaner::deletePlanned()
     fileDeleteQueue_->deleteFiles(info_.useAuthorization);
 }
 
-TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TWKeywordMatcher& keywords, const TWPlaces& places,
-    const TWFileSystem& fileSystem, const Progress& progress, const TWCancellation& cancellation)
+TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TWKeywordMatcher& keywords,
+    const TWPlaces& places, const TWFileSystem& fileSystem, const Progress& progress,
+    const TWCancellation& cancellation)
 {
     TWFilesPlan plan;
     for (const auto& rule : rules) {
@@ -311,20 +318,22 @@ TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TW
             if (exists)
                 plan.paths.push_back(path);
             else
-                progress(TWText::fill(AlreadyDeleted, {path}));
+                progress(TWText::fill(AlreadyDeleted, { path }));
             continue;
         }
         if (!exists || !fileSystem.isFolder(path, TWLinkAtEnd::Follow)) {
-            plan.failure = TWText::fill(exists ? NotAFolder : NoSuchFolder, {path});
+            plan.failure = TWText::fill(exists ? NotAFolder : NoSuchFolder, { path });
             return plan;
         }
         auto found = rule.whatToDelete == TWFolderContents
             ? contentsOf(fileSystem, path, progress, cancellation)
-            : KeywordSearch(keywords, progress, cancellation).run(fileSystem, path, rule.whatToDelete == TWItemsWithKeywordsDeep);
-        plan.paths.insert(plan.paths.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
+            : KeywordSearch(keywords, progress, cancellation)
+                  .run(fileSystem, path, rule.whatToDelete == TWItemsWithKeywordsDeep);
+        plan.paths.insert(
+            plan.paths.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
         // Kept on purpose: this looks at everything found so far, not at this rule's share.
         if (plan.paths.empty())
-            progress(TWText::fill(NothingToDelete, {path}));
+            progress(TWText::fill(NothingToDelete, { path }));
     }
     return plan;
 }

@@ -18,8 +18,8 @@ struct TWFilesPlan {
     std::optional<std::string> failure; // ends the job before anything is deleted
 };
 
-// Deletes the files and folders that the active rules name. Rules are turned into paths in the background, the paths then deleted by
-// a queue. Main thread.
+// Deletes the files and folders that the active rules name. Rules are turned into paths in the background, the paths
+// then deleted by a queue. Main thread.
 class TWFilesCleaner final : public TWCleaner, private TWFileDeleteQueueDelegate {
 public:
     using Progress = std::function<void(std::string message)>;
@@ -34,21 +34,21 @@ public:
     void clean() override;
     void verify();
 
-    // Kept on purpose: reports the failure and the end at once, but the queue goes on with its remaining paths and reports a second
-    // time when it is through. stop() is the one that stops.
+    // Kept on purpose: reports the failure and the end at once, but the queue goes on with its remaining paths and
+    // reports a second time when it is through. stop() is the one that stops.
     void cancel();
     void stop() override;
 
     // As every cleaner's. A run searches beside the main thread; only these two make the search here, when first asked.
     bool stringContainsKeywords(std::string_view text);
 
-    // Full paths of the items in the folder whose names contain a keyword. A matching folder is taken whole; with recursive, folders
-    // that do not match are searched in turn, but never a link or a file package.
+    // Full paths of the items in the folder whose names contain a keyword. A matching folder is taken whole; with
+    // recursive, folders that do not match are searched in turn, but never a link or a file package.
     std::vector<std::string> itemsContainingKeywordsAtPath(const std::string& path, bool recursive);
 
     // What clean() would delete by these rules. Any thread; asks the cancellation often and then returns what it has.
-    static TWFilesPlan plan(const std::vector<TWFilesRule>& rules, const TWKeywordMatcher&, const TWPlaces&, const TWFileSystem&,
-        const Progress&, const TWCancellation&);
+    static TWFilesPlan plan(const std::vector<TWFilesRule>& rules, const TWKeywordMatcher&, const TWPlaces&,
+        const TWFileSystem&, const Progress&, const TWCancellation&);
 
 private:
     struct Expansion;

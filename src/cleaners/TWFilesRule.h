@@ -22,7 +22,10 @@ struct TWFilesRule {
     std::string filePath; // may begin with "~"; also the rule's identity when default rules are merged
     std::int32_t whatToDelete = TWItemItself;
 
-    bool needsKeywords() const { return whatToDelete == TWItemsWithKeywords || whatToDelete == TWItemsWithKeywordsDeep; }
+    bool needsKeywords() const
+    {
+        return whatToDelete == TWItemsWithKeywords || whatToDelete == TWItemsWithKeywordsDeep;
+    }
 
     TWValue value() const;
 

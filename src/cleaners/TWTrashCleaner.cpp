@@ -38,7 +38,7 @@ TWTrashCleaner::Plan TWTrashCleaner::plan() const
     const auto open = tools_.fileSystem.openFolder(folder, TWLinkAtEnd::DoNotFollow, &error);
     if (!open) {
         if (error != ENOENT)
-            plan.problem = TWText::fill(Unreadable, {folder, TWErrorText(error)});
+            plan.problem = TWText::fill(Unreadable, { folder, TWErrorText(error) });
         return plan;
     }
     for (const auto& entry : open->entries())
@@ -61,7 +61,8 @@ void TWTrashCleaner::clean()
     if (!plan.problem.empty())
         reportProgress(plan.problem);
     fileDeleteQueue_->addFilesFromArray(std::move(plan.paths));
-    fileDeleteQueue_->deleteFiles(settings_.boolean(TWKey::UseAuthorization) ? TWAuthorization::Yes : TWAuthorization::No);
+    fileDeleteQueue_->deleteFiles(
+        settings_.boolean(TWKey::UseAuthorization) ? TWAuthorization::Yes : TWAuthorization::No);
 }
 
 void TWTrashCleaner::stop()

@@ -4,9 +4,9 @@
 #include "deletion/TWFileDeleteQueue.h"
 #include "settings/TWSettings.h"
 
-// Empties the user's own Trash: every item in its files folder, each by a child process, and then, quietly, the records of the items
-// that are gone. An item that could not be deleted keeps its record and can still be restored. Trash folders on other volumes are
-// not touched.
+// Empties the user's own Trash: every item in its files folder, each by a child process, and then, quietly, the records
+// of the items that are gone. An item that could not be deleted keeps its record and can still be restored. Trash
+// folders on other volumes are not touched.
 class TWTrashCleaner final : public TWCleaner, private TWFileDeleteQueueDelegate {
 public:
     TWTrashCleaner(const TWDeletionTools&, const TWSettings&);
@@ -15,7 +15,8 @@ public:
     void setInfo(std::string trashFolder) { info_ = std::move(trashFolder); }
     const std::string& info() const { return info_; }
 
-    // What clean() would delete, in its order. Why it is nothing, when the folder cannot be read, is a line for the user.
+    // What clean() would delete, in its order. Why it is nothing, when the folder cannot be read, is a line for the
+    // user.
     struct Plan {
         std::vector<std::string> paths;
         std::string problem;

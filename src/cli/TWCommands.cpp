@@ -20,22 +20,24 @@ constexpr auto NoWords = "The dictionary is empty. Add words with \"tidewell wor
 constexpr auto NoSuchWord = "The dictionary does not hold \"%@\".\n";
 constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
 constexpr auto NoPath = "A rule needs the path of a file or folder.\n";
-constexpr auto PathNotText = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
-constexpr auto KeptAsDamaged = "It was written anew now; the old file was kept as \"%@.damaged\" (and a number when that was taken).\n";
+constexpr auto PathNotText
+    = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
+constexpr auto KeptAsDamaged
+    = "It was written anew now; the old file was kept as \"%@.damaged\" (and a number when that was taken).\n";
 
 TWCommandResult wrongUse(std::string err)
 {
-    return {TWStatus::WrongUse, "", std::move(err)};
+    return { TWStatus::WrongUse, "", std::move(err) };
 }
 
 TWCommandResult saved(const std::string& problem)
 {
-    return problem.empty() ? TWCommandResult() : TWCommandResult {TWStatus::Failure, "", problem + "\n"};
+    return problem.empty() ? TWCommandResult() : TWCommandResult{ TWStatus::Failure, "", problem + "\n" };
 }
 
 TWCommandResult printed(std::string out)
 {
-    return {TWStatus::Success, std::move(out), ""};
+    return { TWStatus::Success, std::move(out), "" };
 }
 
 // ---- settings
@@ -62,7 +64,8 @@ std::string settingText(const TWSettings& settings, const TWKeyRow& row)
 std::string settingLine(const TWSettings& settings, const TWKeyRow& row, bool json)
 {
     if (json)
-        return TWJSON::line({{"key", row.name}, {"value", settingValue(settings, row)}, {"meaning", row.meaning}});
+        return TWJSON::line(
+            { { "key", row.name }, { "value", settingValue(settings, row) }, { "meaning", row.meaning } });
     std::string name = row.name;
     name.resize(31, ' ');
     std::string value = settingText(settings, row);
@@ -101,15 +104,15 @@ TWCommandResult runSettings(TWTidewellAppDelegate& delegate, const TWInvocation&
     }
     const auto* row = TWSettings::rowNamed(invocation.key);
     if (!row)
-        return wrongUse(TWText::fill(NoSuchKey, {TWText::oneLine(invocation.key)}));
+        return wrongUse(TWText::fill(NoSuchKey, { TWText::oneLine(invocation.key) }));
     if (invocation.action == Action::Get)
         return printed(invocation.json ? settingLine(settings, *row, true) : settingText(settings, *row) + "\n");
     if (invocation.action == Action::Reset)
         return changeSetting(settings, *row, std::nullopt);
     const auto value = TWSettings::parse(row->type, invocation.value);
     if (!value)
-        return wrongUse(
-            TWText::fill(row->type == TWKeyType::Boolean ? NotABoolean : NotANumber, {row->name, TWText::oneLine(invocation.value)}));
+        return wrongUse(TWText::fill(row->type == TWKeyType::Boolean ? NotABoolean : NotANumber,
+            { row->name, TWText::oneLine(invocation.value) }));
     return changeSetting(settings, *row, value);
 }
 
@@ -119,8 +122,8 @@ TWCommandResult listWords(const std::vector<std::string>& words, bool json)
 {
     std::string out;
     for (const auto& word : words)
-        out += json ? TWJSON::line({{"word", TWText::validUTF8(word)}}) : TWText::oneLine(word) + "\n";
-    return {TWStatus::Success, out, words.empty() && !json ? NoWords : ""};
+        out += json ? TWJSON::line({ { "word", TWText::validUTF8(word) } }) : TWText::oneLine(word) + "\n";
+    return { TWStatus::Success, out, words.empty() && !json ? NoWords : "" };
 }
 
 // Gives the first word to remove that is not there; the others are changed all the same.
@@ -147,7 +150,7 @@ TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvoc
         return wrongUse(WordNotText);
     auto words = dictionary.savedWords();
     if (const auto absent = changeWords(words, invocation))
-        return {TWStatus::Failure, "", TWText::fill(NoSuchWord, {TWText::oneLine(*absent)})};
+        return { TWStatus::Failure, "", TWText::fill(NoSuchWord, { TWText::oneLine(*absent) }) };
     const auto problem = dictionary.write(words);
     if (problem.empty()) {
         auto shown = dictionary.wordDictionary();
@@ -161,14 +164,14 @@ TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvoc
 
 const char* kindName(std::int32_t kind)
 {
-    constexpr const char* Names[] = {"item", "contents", "keywords", "keywords-deep"};
+    constexpr const char* Names[] = { "item", "contents", "keywords", "keywords-deep" };
     return kind >= 0 && kind < 4 ? Names[kind] : "nothing";
 }
 
 std::string ruleLine(const TWFilesRule& rule, std::size_t number, bool json)
 {
     if (json) {
-        TWJSON::Object object {{"Active", rule.active}, {"Description", TWText::validUTF8(rule.description)}};
+        TWJSON::Object object{ { "Active", rule.active }, { "Description", TWText::validUTF8(rule.description) } };
         TWJSON::addBytes(object, "FilePath", "pathBytes", rule.filePath);
         object["WhatToDelete"] = rule.whatToDelete;
         return TWJSON::line(object);
@@ -186,7 +189,7 @@ TWCommandResult listRules(const std::vector<TWFilesRule>& rules, bool json)
     std::string out;
     for (std::size_t index = 0; index < rules.size(); ++index)
         out += ruleLine(rules[index], index + 1, json);
-    return {TWStatus::Success, out, rules.empty() && !json ? NoRules : ""};
+    return { TWStatus::Success, out, rules.empty() && !json ? NoRules : "" };
 }
 
 // A change that could not be saved is taken back: it must not delete anything from the window.
@@ -204,7 +207,7 @@ TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& inv
         return wrongUse(NoPath);
     const auto path = TWPath::withoutTrailingSlashes(invocation.path);
     if (!TWText::isValidUTF8(path))
-        return {TWStatus::Failure, "", TWText::fill(PathNotText, {TWText::oneLine(path)})};
+        return { TWStatus::Failure, "", TWText::fill(PathNotText, { TWText::oneLine(path) }) };
     TWFilesRule rule;
     rule.active = !invocation.off;
     rule.description = invocation.description.value_or(std::string(TWPath::lastComponent(path)));
@@ -230,7 +233,7 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
     }
     const int row = invocation.number - 1;
     if (row < 0 || row >= static_cast<int>(files.rules().size()))
-        return wrongUse(TWText::fill(NoSuchRule, {std::to_string(invocation.number)}));
+        return wrongUse(TWText::fill(NoSuchRule, { std::to_string(invocation.number) }));
     if (invocation.action == Action::Remove)
         files.removeRule(row);
     else
@@ -265,25 +268,26 @@ TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvoca
     const auto file = fileOf(delegate, invocation.command);
     // A problem also ends when somebody has repaired the file meanwhile.
     if (delegate.problems().size() < problems.size() && delegate.platform().fileSystem.exists(file + ".damaged"))
-        result.err += TWText::fill(KeptAsDamaged, {TWText::oneLine(file)});
+        result.err += TWText::fill(KeptAsDamaged, { TWText::oneLine(file) });
     return result;
 }
 
-TWCommandResult TWPrintPaths(const TWPlaces& places, const std::string& dataFolder, const std::string& defaultsFile, bool json)
+TWCommandResult TWPrintPaths(
+    const TWPlaces& places, const std::string& dataFolder, const std::string& defaultsFile, bool json)
 {
     const std::pair<const char*, std::string> rows[] = {
-        {"home", places.home},
-        {"dataFolder", dataFolder},
-        {"defaultsFile", defaultsFile},
-        {"trash", places.trash},
-        {"systemLogs", places.systemLogs},
-        {"resources", places.resources},
-        {"rm", places.rm},
-        {"srm", places.srm},
-        {"eject", places.eject},
+        { "home", places.home },
+        { "dataFolder", dataFolder },
+        { "defaultsFile", defaultsFile },
+        { "trash", places.trash },
+        { "systemLogs", places.systemLogs },
+        { "resources", places.resources },
+        { "rm", places.rm },
+        { "srm", places.srm },
+        { "eject", places.eject },
     };
     // The folders in which programs of the user keep their logs.
-    const std::string userLogs[] = {places.stateHome + "/log", places.dataHome + "/xorg"};
+    const std::string userLogs[] = { places.stateHome + "/log", places.dataHome + "/xorg" };
     TWJSON::Object object;
     std::string text;
     for (const auto& [name, path] : rows) {

@@ -8,4 +8,5 @@
 TWCommandResult TWRunListCommand(TWTidewellAppDelegate&, const TWInvocation&);
 
 // `tidewell paths`, which needs nothing but the places.
-TWCommandResult TWPrintPaths(const TWPlaces&, const std::string& dataFolder, const std::string& defaultsFile, bool json);
+TWCommandResult TWPrintPaths(
+    const TWPlaces&, const std::string& dataFolder, const std::string& defaultsFile, bool json);

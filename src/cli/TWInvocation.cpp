@@ -20,9 +20,11 @@ namespace {
 using Command = TWInvocation::Command;
 using Action = TWInvocation::Action;
 
-constexpr auto Description = "Tidewell removes traces of your work: it deletes only what a rule, a tick or a drop names.";
-constexpr auto Footer = "Without a command the main window opens. Exit status: 0 all well, 1 a cleaner or a change failed, 2 wrong use, "
-                        "3 nothing was run, 130 stopped.\nTry it without fear: tidewell demo";
+constexpr auto Description
+    = "Tidewell removes traces of your work: it deletes only what a rule, a tick or a drop names.";
+constexpr auto Footer
+    = "Without a command the main window opens. Exit status: 0 all well, 1 a cleaner or a change failed, 2 wrong use, "
+      "3 nothing was run, 130 stopped.\nTry it without fear: tidewell demo";
 constexpr auto Remedy = "%@ Try \"tidewell --help\".\n";
 constexpr auto NoSuchCleaner = "There is no cleaner \"%@\". The cleaners are: %@.";
 constexpr auto LaterCleaner = "The cleaner \"%@\" comes in a later version.";
@@ -43,21 +45,22 @@ int cleanerPosition(const std::string& name)
 {
     const int position = TWCleanerPosition(name);
     if (position < 0)
-        throw CLI::ValidationError(TWText::fill(NoSuchCleaner, {name, cleanerNames()}));
+        throw CLI::ValidationError(TWText::fill(NoSuchCleaner, { name, cleanerNames() }));
     if (!TWCleanerTable()[static_cast<std::size_t>(position)].available)
-        throw CLI::ValidationError(TWText::fill(LaterCleaner, {name}));
+        throw CLI::ValidationError(TWText::fill(LaterCleaner, { name }));
     return position;
 }
 
 std::int32_t kindNamed(const std::string& name)
 {
-    constexpr std::pair<std::string_view, TWWhatToDelete> Kinds[] = {{"item", TWItemItself}, {"contents", TWFolderContents},
-        {"keywords", TWItemsWithKeywords}, {"keywords-deep", TWItemsWithKeywordsDeep}};
+    constexpr std::pair<std::string_view, TWWhatToDelete> Kinds[]
+        = { { "item", TWItemItself }, { "contents", TWFolderContents }, { "keywords", TWItemsWithKeywords },
+              { "keywords-deep", TWItemsWithKeywordsDeep } };
     for (const auto& [known, kind] : Kinds) {
         if (known == name)
             return kind;
     }
-    throw CLI::ValidationError(TWText::fill(NoSuchKind, {name}));
+    throw CLI::ValidationError(TWText::fill(NoSuchKind, { name }));
 }
 
 // CLI11 makes the two values a and b of "[a,b]". A byte at the end that no argument can hold prevents that.
@@ -90,7 +93,8 @@ public:
         addWords();
         addFiles();
         command(app_, "paths", "Print where everything is", Command::Paths, Action::None);
-        auto* demo = command(app_, "demo", "Make a sandbox with sample traces, clean it, show the results", Command::Demo, Action::None);
+        auto* demo = command(
+            app_, "demo", "Make a sandbox with sample traces, clean it, show the results", Command::Demo, Action::None);
         demo->add_option("DIR", invocation.path, "A new or empty folder; else one is made");
     }
 
@@ -100,9 +104,9 @@ public:
         for (auto& word : words)
             protect(word);
         app_.parse(std::move(words));
-        for (auto* text : {&sandbox_, &description_, &what_, &invocation_.path, &invocation_.key, &invocation_.value})
+        for (auto* text : { &sandbox_, &description_, &what_, &invocation_.path, &invocation_.key, &invocation_.value })
             unprotect(*text);
-        for (auto* list : {&invocation_.words, &only_})
+        for (auto* list : { &invocation_.words, &only_ })
             std::for_each(list->begin(), list->end(), unprotect);
         if (app_.count("--sandbox") > 0) {
             // An empty shell variable must not lead out into the real home.
@@ -146,7 +150,9 @@ private:
     void addClean()
     {
         auto* clean = command(app_, "clean", "Run the cleaners that are switched on", Command::Clean, Action::None);
-        clean->add_option("--only", only_, "Run these cleaners instead: " + cleanerNames())->delimiter(',')->type_name("A,B");
+        clean->add_option("--only", only_, "Run these cleaners instead: " + cleanerNames())
+            ->delimiter(',')
+            ->type_name("A,B");
         clean->add_flag("--yes", invocation_.yes, "Do not ask when a cleaner warns");
     }
 
@@ -154,8 +160,8 @@ private:
     {
         auto* settings = group("settings", "Show and change settings", Command::Settings);
         command(*settings, "list", "All settings with their values", Command::Settings, Action::List);
-        for (const auto& [name, text, action] : {std::tuple {"get", "Print one value", Action::Get}, {"set", "Change one value", Action::Set},
-                 {"reset", "Back to the default", Action::Reset}}) {
+        for (const auto& [name, text, action] : { std::tuple{ "get", "Print one value", Action::Get },
+                 { "set", "Change one value", Action::Set }, { "reset", "Back to the default", Action::Reset } }) {
             auto* sub = command(*settings, name, text, Command::Settings, action);
             sub->add_option("KEY", invocation_.key)->required();
             if (action == Action::Set)
@@ -169,8 +175,9 @@ private:
         command(*words, "list", "All words", Command::Words, Action::List);
         command(*words, "clear", "Remove all words", Command::Words, Action::Clear);
         auto* add = command(*words, "add", "Add words at the end", Command::Words, Action::Add);
-        auto* remove = command(*words, "remove", "Remove words, each wherever it stands", Command::Words, Action::Remove);
-        for (auto* sub : {add, remove})
+        auto* remove
+            = command(*words, "remove", "Remove words, each wherever it stands", Command::Words, Action::Remove);
+        for (auto* sub : { add, remove })
             sub->add_option("WORD", invocation_.words)->required();
     }
 
@@ -184,9 +191,11 @@ private:
         add->add_option("--what", what_, "item, contents, keywords, keywords-deep")->type_name("KIND");
         add->add_option("--description", description_, "The rule's name")->type_name("T");
         add->add_flag("--off", invocation_.off, "Switched off at first");
-        for (const auto& [name, text, action] : {std::tuple {"remove", "Remove rule N", Action::Remove},
-                 {"on", "Switch rule N on", Action::On}, {"off", "Switch rule N off", Action::Off}}) {
-            command(*files, name, text, Command::Files, action)->add_option("N", invocation_.number, "Counted from 1")->required();
+        for (const auto& [name, text, action] : { std::tuple{ "remove", "Remove rule N", Action::Remove },
+                 { "on", "Switch rule N on", Action::On }, { "off", "Switch rule N off", Action::Off } }) {
+            command(*files, name, text, Command::Files, action)
+                ->add_option("N", invocation_.number, "Counted from 1")
+                ->required();
         }
     }
 
@@ -200,7 +209,8 @@ private:
 };
 
 // "" is what stands before the first slash of an absolute path. "~name" and "$NAME" are names like any other.
-constexpr std::string_view Beginnings[] = {"", "~", "$XDG_CONFIG_HOME", "$XDG_DATA_HOME", "$XDG_STATE_HOME", "$XDG_CACHE_HOME"};
+constexpr std::string_view Beginnings[]
+    = { "", "~", "$XDG_CONFIG_HOME", "$XDG_DATA_HOME", "$XDG_STATE_HOME", "$XDG_CACHE_HOME" };
 
 void makeAbsolute(std::string& path, const std::string& workingFolder)
 {
@@ -229,7 +239,7 @@ TWParsedInvocation TWParseCommandLine(const std::vector<std::string>& words, con
         text = TWText::oneLine(text);
         if (!text.empty() && text.back() != '.')
             text += ".";
-        result.err = TWText::fill(Remedy, {text});
+        result.err = TWText::fill(Remedy, { text });
         return result;
     }
     if (parser.version()) {

@@ -16,7 +16,7 @@ constexpr auto NotConfirmed = "Nothing was run.\n";
 
 constexpr auto NotWritten = "Tidewell: the output could not be written (%@).\n";
 
-constexpr const char* Colours[] = {"", "\033[32m", "\033[31m"};
+constexpr const char* Colours[] = { "", "\033[32m", "\033[31m" };
 constexpr auto NoColour = "\033[0m";
 
 bool wantsColours()
@@ -28,7 +28,7 @@ std::string lineFor(const TWMessage& message, bool json, bool coloured)
 {
     const auto type = static_cast<int>(message.type);
     if (json) {
-        TWJSON::Object object {{"type", type}};
+        TWJSON::Object object{ { "type", type } };
         TWJSON::addBytes(object, "text", "textBytes", message.text);
         return TWJSON::line(object);
     }
@@ -42,7 +42,7 @@ bool TWWriteToOutput(const std::string& text)
 {
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
         return true;
-    std::fputs(TWText::fill(NotWritten, {TWErrorText(errno)}).c_str(), stderr);
+    std::fputs(TWText::fill(NotWritten, { TWErrorText(errno) }).c_str(), stderr);
     return false;
 }
 
@@ -72,7 +72,7 @@ void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answer
 // The run loop goes on meanwhile, so that the question can be interrupted.
 void TWTerminal::ask(const TWAlert& alert)
 {
-    std::fputs(TWText::fill(Question, {alert.defaultButton}).c_str(), stderr);
+    std::fputs(TWText::fill(Question, { alert.defaultButton }).c_str(), stderr);
     prompt_ = delegate_->platform().runLoop.whenReadable(STDIN_FILENO, [this] { readAnswer(); });
 }
 

@@ -6,7 +6,8 @@
 // Brings the text to standard output. False, after one line on standard error, when it could not be written completely.
 bool TWWriteToOutput(const std::string&);
 
-// A cleaning seen from a terminal: results lines on standard output, alerts on standard error and at the prompt. Main thread.
+// A cleaning seen from a terminal: results lines on standard output, alerts on standard error and at the prompt. Main
+// thread.
 class TWTerminal final : public TWApplicationView, public TWResultsView, public TWAlerts {
 public:
     explicit TWTerminal(const TWInvocation&);

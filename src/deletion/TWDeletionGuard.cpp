@@ -27,12 +27,14 @@ constexpr auto MountPoint = "a volume is mounted there.";
 constexpr auto MountInside = "a volume is mounted inside it.";
 
 // What lies in these may be deleted when a rule names it; the folders themselves may not.
-constexpr std::string_view SystemFolders[] = {"/dev", "/dev/shm", "/etc", "/home", "/lost+found", "/media", "/mnt", "/opt", "/root",
-    "/run", "/run/lock", "/run/media", "/run/user", "/snap", "/srv", "/tmp", "/usr/local", "/var", "/var/backups", "/var/cache", "/var/lib",
-    "/var/local", "/var/lock", "/var/log", "/var/mail", "/var/opt", "/var/run", "/var/spool", "/var/tmp"};
+constexpr std::string_view SystemFolders[] = { "/dev", "/dev/shm", "/etc", "/home", "/lost+found", "/media", "/mnt",
+    "/opt", "/root", "/run", "/run/lock", "/run/media", "/run/user", "/snap", "/srv", "/tmp", "/usr/local", "/var",
+    "/var/backups", "/var/cache", "/var/lib", "/var/local", "/var/lock", "/var/log", "/var/mail", "/var/opt",
+    "/var/run", "/var/spool", "/var/tmp" };
 
 // These belong to the system through and through.
-constexpr std::string_view SystemTrees[] = {"/bin", "/boot", "/lib", "/lib32", "/lib64", "/libx32", "/proc", "/sbin", "/sys", "/usr"};
+constexpr std::string_view SystemTrees[]
+    = { "/bin", "/boot", "/lib", "/lib32", "/lib64", "/libx32", "/proc", "/sbin", "/sys", "/usr" };
 constexpr std::string_view LocalTree = "/usr/local";
 
 // A folder that does not exist yet has at least a real parent.
@@ -59,7 +61,7 @@ TWDeletionGuard::TWDeletionGuard(
 std::string TWDeletionGuard::objection(const std::string& path) const
 {
     const char* found = reason(path);
-    return found ? TWText::fill(Refused, {path, found}) : "";
+    return found ? TWText::fill(Refused, { path, found }) : "";
 }
 
 const char* TWDeletionGuard::reason(const std::string& path) const
@@ -74,7 +76,8 @@ const char* TWDeletionGuard::reason(const std::string& path) const
     const auto real = fileSystem_.realPath(path);
     if (!real && places_.sandboxed() && !TWPath::isAtOrBelow(path, places_.sandboxRoot))
         return OutsideSandbox;
-    // When a folder on the way is missing, there is nothing that could be deleted, and the deletion tool will find the same.
+    // When a folder on the way is missing, there is nothing that could be deleted, and the deletion tool will find the
+    // same.
     if (!real)
         return fileSystem_.exists(path) ? CannotTell : nullptr;
     if (places_.sandboxed() && *real == places_.sandboxRoot)

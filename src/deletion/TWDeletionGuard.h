@@ -12,8 +12,8 @@ class TWDeletionGuard final {
 public:
     TWDeletionGuard(const TWPlaces&, const TWFileSystem&, TWMountTable&, const std::string& dataFolder);
 
-    // "" when the path may be deleted, else one sentence for the results list that says why not. The path has no trailing slash.
-    // Judged by the real place of the path, links on the way to it resolved.
+    // "" when the path may be deleted, else one sentence for the results list that says why not. The path has no
+    // trailing slash. Judged by the real place of the path, links on the way to it resolved.
     std::string objection(const std::string& path) const;
 
     // The same as a clause, "it is the home folder."; nothing when the path may be deleted.

@@ -49,7 +49,7 @@ void TWFileDeleteQueue::deleteNextFile()
     const auto& path = files_[deleteIndex_++];
     const auto label = fileDeleter_.deleteFile(path, secureDeleteMode_, TWWaiting::Asynchronously, authorization_);
     if (announcing_ == Announcing::EveryPath)
-        report(TWText::fill(Deleting, {label, path}));
+        report(TWText::fill(Deleting, { label, path }));
 }
 
 void TWFileDeleteQueue::fileDeleterProgressed(const std::string& message)
@@ -89,13 +89,13 @@ bool TWFileDeleteQueue::findWhatIsLeft(std::vector<std::string>& lines) const
         if (const auto remark = remarks.find(index); remark != remarks.end())
             lines.push_back(remark->second);
         if (left)
-            lines.push_back(TWText::fill(CouldNotDelete, {files_[index]}));
+            lines.push_back(TWText::fill(CouldNotDelete, { files_[index] }));
         nothingLeft = nothingLeft && !left;
     }
     // These were never touched, so nobody needs to look: a stop has to be quick.
     const auto untouched = files_.size() - started;
     if (untouched > 0)
-        lines.push_back(TWText::fill(NotStarted, {TWText::count(untouched, "item was", "items were")}));
+        lines.push_back(TWText::fill(NotStarted, { TWText::count(untouched, "item was", "items were") }));
     return nothingLeft && untouched == 0;
 }
 

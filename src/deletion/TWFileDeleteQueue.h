@@ -16,8 +16,8 @@ protected:
     ~TWFileDeleteQueueDelegate() = default;
 };
 
-// Deletes a list of paths one after another through one deleter. A queue is used for one run. Main thread. Destroying it, also from
-// within a call to the delegate, ends the running child, and no further call is made.
+// Deletes a list of paths one after another through one deleter. A queue is used for one run. Main thread. Destroying
+// it, also from within a call to the delegate, ends the running child, and no further call is made.
 class TWFileDeleteQueue final : private TWFileDeleterDelegate {
 public:
     enum class Announcing { EveryPath, OnlyWhatIsLeft };
@@ -32,12 +32,13 @@ public:
     void addFilesFromArray(std::vector<std::string> paths);
     std::size_t count() const { return files_.size(); }
 
-    // Starts with the first path, or reports being done at once when there is none. While running it only notes the authorization.
+    // Starts with the first path, or reports being done at once when there is none. While running it only notes the
+    // authorization.
     void deleteFiles(TWAuthorization);
 
-    // True when no path of the list exists any more. Reports each one that does, with the reason before it where one is known, and what
-    // the tool had to say of one that is gone. Of a
-    // stopped queue the paths that were never started are reported together, as one number.
+    // True when no path of the list exists any more. Reports each one that does, with the reason before it where one is
+    // known, and what the tool had to say of one that is gone. Of a stopped queue the paths that were never started are
+    // reported together, as one number.
     bool verify();
 
     // Ends the running child. Kept on purpose: the queue then goes on with its next path.
@@ -56,7 +57,8 @@ private:
     void report(const std::string& message);
     bool findWhatIsLeft(std::vector<std::string>& lines) const;
 
-    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // to notice being destroyed by the delegate
+    const std::shared_ptr<const int> life_
+        = std::make_shared<const int>(0); // to notice being destroyed by the delegate
     const TWFileSystem& fileSystem_;
     const Announcing announcing_;
     TWFileDeleter fileDeleter_;

@@ -8,9 +8,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto Busy = "TWFileDeleter: A deletion request was made while a deletion was ongoing! You can't do that unless you "
-                      "instanciate another TWFileCleaner in parallel.";
-constexpr auto NotStarted = "The deletion tool %@ could not be started (%@). Please install Tidewell and the package coreutils again.";
+constexpr auto Busy
+    = "TWFileDeleter: A deletion request was made while a deletion was ongoing! You can't do that unless you "
+      "instanciate another TWFileCleaner in parallel.";
+constexpr auto NotStarted
+    = "The deletion tool %@ could not be started (%@). Please install Tidewell and the package coreutils again.";
 constexpr auto Killed = "The deletion tool %@ was ended by signal %@.";
 constexpr auto ToolSaid = "The deletion tool said: %@";
 
@@ -21,14 +23,14 @@ struct ModeRow {
 };
 
 constexpr ModeRow Modes[] = {
-    {-1, nullptr, "Delete"},
-    {0, "--simple", "One-pass secure delete"},
-    {1, "--medium", "7-pass secure delete"},
-    {2, nullptr, "35-pass secure delete"},
+    { -1, nullptr, "Delete" },
+    { 0, "--simple", "One-pass secure delete" },
+    { 1, "--medium", "7-pass secure delete" },
+    { 2, nullptr, "35-pass secure delete" },
 };
 
 // Kept on purpose: a mode that is none of the four overwrites like the strongest one, under an empty label.
-constexpr ModeRow AnyOtherMode = {0, nullptr, ""};
+constexpr ModeRow AnyOtherMode = { 0, nullptr, "" };
 
 const ModeRow& rowFor(TWSecureMode mode)
 {
@@ -42,16 +44,16 @@ const ModeRow& rowFor(TWSecureMode mode)
 std::string toolsFirstLine(const TWTermination& termination)
 {
     const auto firstLine = termination.output.substr(0, termination.output.find('\n'));
-    return firstLine.empty() ? "" : TWText::fill(ToolSaid, {firstLine});
+    return firstLine.empty() ? "" : TWText::fill(ToolSaid, { firstLine });
 }
 
 std::string problemText(const TWTermination& termination, const std::string& launchPath)
 {
     switch (termination.kind) {
     case TWTermination::Kind::NotLaunched:
-        return TWText::fill(NotStarted, {launchPath, TWErrorText(termination.code)});
+        return TWText::fill(NotStarted, { launchPath, TWErrorText(termination.code) });
     case TWTermination::Kind::Signalled:
-        return TWText::fill(Killed, {launchPath, std::to_string(termination.code)});
+        return TWText::fill(Killed, { launchPath, std::to_string(termination.code) });
     case TWTermination::Kind::Exited:
         break;
     }
@@ -65,8 +67,7 @@ TWFileDeleter::TWFileDeleter(const TWDeletionTools& tools)
 {
 }
 
-std::string TWFileDeleter::deleteFile(
-    const std::string& path, TWSecureMode mode, TWWaiting waiting, TWAuthorization)
+std::string TWFileDeleter::deleteFile(const std::string& path, TWSecureMode mode, TWWaiting waiting, TWAuthorization)
 {
     // Kept on purpose: the authorization is not looked at, no deletion ever asks for administrator rights.
     return deleteFileWithoutAuthorization(path, mode, waiting);
@@ -87,7 +88,7 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     notice_.clear();
     if (problem_.empty()) {
         launchPath_ = mode == TWPlainDelete ? tools_.places.rm : tools_.places.srm;
-        std::vector<std::string> arguments {"-rf"};
+        std::vector<std::string> arguments{ "-rf" };
         if (row.option)
             arguments.push_back(row.option);
         arguments.push_back(path);

@@ -35,8 +35,8 @@ protected:
     ~TWFileDeleterDelegate() = default;
 };
 
-// Deletes one file or folder at a time by running /bin/rm or our srm as a child process. The only place in the system that removes
-// files of the user. Main thread. Destroying it ends the child.
+// Deletes one file or folder at a time by running /bin/rm or our srm as a child process. The only place in the system
+// that removes files of the user. Main thread. Destroying it ends the child.
 class TWFileDeleter final {
 public:
     explicit TWFileDeleter(const TWDeletionTools&);
@@ -44,9 +44,10 @@ public:
     void setDelegate(TWFileDeleterDelegate* delegate) { delegate_ = delegate; }
     TWFileDeleterDelegate* delegate() const { return delegate_; }
 
-    // The mode's label: "Delete", "One-pass secure delete" and so on, "" for a mode that is none of the four, and "" when a deletion
-    // is going on already. The path is absolute. A path that the guard refuses is treated as one that the tool could not delete. With
-    // UntilDone the run loop is turned until the child has ended and the delegate has been told.
+    // The mode's label: "Delete", "One-pass secure delete" and so on, "" for a mode that is none of the four, and ""
+    // when a deletion is going on already. The path is absolute. A path that the guard refuses is treated as one that
+    // the tool could not delete. With UntilDone the run loop is turned until the child has ended and the delegate has
+    // been told.
     std::string deleteFile(const std::string& path, TWSecureMode, TWWaiting, TWAuthorization);
 
     // Ends the running child; the done call follows as for any other end. Nothing when none runs.
@@ -54,8 +55,8 @@ public:
 
     bool deleting() const { return deleting_; }
 
-    // Why the latest deletion may have failed, one line for the user: the guard's refusal, a tool that could not be started or was
-    // killed, its own first line. "" when nothing is known.
+    // Why the latest deletion may have failed, one line for the user: the guard's refusal, a tool that could not be
+    // started or was killed, its own first line. "" when nothing is known.
     const std::string& problem() const { return problem_; }
 
     // What the tool had to say although it ended well: that a file with several names was not overwritten. "" usually.
@@ -66,7 +67,8 @@ private:
     void doneRunning(const TWTermination&);
     void finish();
 
-    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // to notice being destroyed by the delegate
+    const std::shared_ptr<const int> life_
+        = std::make_shared<const int>(0); // to notice being destroyed by the delegate
     TWDeletionTools tools_;
     TWFileDeleterDelegate* delegate_ = nullptr;
     bool deleting_ = false;

@@ -6,7 +6,8 @@ namespace {
 
 constexpr auto FileName = "Dictionary.plist";
 constexpr auto HelpAnchor = "Dictionary";
-constexpr auto NotAWord = "The dictionary \"%@\" could not be read (entry %@ is not a word). It is left untouched and the words stay as they "
+constexpr auto NotAWord = "The dictionary \"%@\" could not be read (entry %@ is not a word). It is left untouched and "
+                          "the words stay as they "
                           "were; please repair it, or move it away to start anew.";
 
 }
@@ -44,7 +45,7 @@ std::optional<std::vector<std::string>> TWDictionaryWindowController::readWords(
     for (const auto& element : file.records.value_or(TWValue::Array())) {
         const auto* data = element.data();
         if (!data || !TWText::isValidUTF8(data->bytes)) {
-            problem_ = TWText::fill(NotAWord, {path, std::to_string(words.size() + 1)});
+            problem_ = TWText::fill(NotAWord, { path, std::to_string(words.size() + 1) });
             return std::nullopt;
         }
         words.push_back(data->bytes);
@@ -61,8 +62,9 @@ std::string TWDictionaryWindowController::write(const std::vector<std::string>& 
 {
     TWValue::Array elements;
     for (const auto& word : words)
-        elements.emplace_back(TWData {word});
-    auto problem = dataFolder_.write(FileName, elements, problem_.empty() ? TWOldFile::Replace : TWOldFile::KeepAsDamaged);
+        elements.emplace_back(TWData{ word });
+    auto problem
+        = dataFolder_.write(FileName, elements, problem_.empty() ? TWOldFile::Replace : TWOldFile::KeepAsDamaged);
     if (problem.empty())
         problem_.clear();
     return problem;

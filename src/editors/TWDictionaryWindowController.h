@@ -28,7 +28,8 @@ public:
 
     void awakeFromNib() { loadDictionary(); }
 
-    // Fills the words from the file: none when there is no file. A file with an element that is no word keeps the words as they were.
+    // Fills the words from the file: none when there is no file. A file with an element that is no word keeps the words
+    // as they were.
     void loadDictionary();
 
     // The words as shown, saved or not; duplicates and empty words as the user typed them.

@@ -11,8 +11,9 @@ namespace {
 constexpr auto FileName = "FilesRules.plist";
 constexpr auto HelpAnchor = "Files";
 constexpr auto VersionBeforeAny = "1.0";
-constexpr auto NotARule = "The list \"%@\" could not be read (entry %@ is not a Files rule). It is left untouched; please repair it, or "
-                          "move it away to start anew.";
+constexpr auto NotARule
+    = "The list \"%@\" could not be read (entry %@ is not a Files rule). It is left untouched; please repair it, or "
+      "move it away to start anew.";
 constexpr auto NoDefaults = "The default rules \"%@\" could not be read. Please install Tidewell again.";
 constexpr auto DefaultsTitle = "Are you sure you want to apply the default set of rules?";
 constexpr auto DefaultsText = "The current set of rules will be overwritten. This operation is not undoable.";
@@ -68,7 +69,7 @@ std::string TWFilesWindowController::loadRules(const std::string& path, Existing
     std::optional<std::vector<TWFilesRule>> rules;
     std::size_t badRecord = 0;
     if (file.records && !(rules = TWFilesRule::listFrom(*file.records, badRecord)))
-        problem = TWText::fill(NotARule, {path, std::to_string(badRecord)});
+        problem = TWText::fill(NotARule, { path, std::to_string(badRecord) });
     if (rules && existing == Existing::Replace) {
         *filesArray_ = std::move(*rules);
     } else if (rules) {
@@ -102,7 +103,7 @@ void TWFilesWindowController::ok()
     if (view_)
         view_->closeSheet();
     if (!problem.empty())
-        context_.alerts.show({NotSavedTitle, problem, OK, ""}, [](TWAnswer) { });
+        context_.alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
 }
 
 std::string TWFilesWindowController::write()
@@ -110,8 +111,8 @@ std::string TWFilesWindowController::write()
     TWValue::Array records;
     for (const auto& each : *filesArray_)
         records.push_back(each.value());
-    auto problem
-        = context_.dataFolder.write(FileName, records, problem_.empty() ? TWOldFile::Replace : TWOldFile::KeepAsDamaged);
+    auto problem = context_.dataFolder.write(
+        FileName, records, problem_.empty() ? TWOldFile::Replace : TWOldFile::KeepAsDamaged);
     if (problem.empty())
         problem_.clear();
     return problem;
@@ -124,11 +125,11 @@ std::string TWFilesWindowController::file() const
 
 void TWFilesWindowController::restoreDefaults()
 {
-    context_.alerts.show({DefaultsTitle, DefaultsText, Yes, No}, [this](TWAnswer answer) {
+    context_.alerts.show({ DefaultsTitle, DefaultsText, Yes, No }, [this](TWAnswer answer) {
         if (answer != TWAnswer::Default)
             return;
         if (const auto problem = applyDefaults(); !problem.empty())
-            context_.alerts.show({NotAppliedTitle, problem, OK, ""}, [](TWAnswer) { });
+            context_.alerts.show({ NotAppliedTitle, problem, OK, "" }, [](TWAnswer) {});
     });
 }
 
@@ -137,7 +138,7 @@ std::string TWFilesWindowController::applyDefaults()
     const auto path = defaultRules();
     // Reading a file that is missing is no problem elsewhere.
     if (!context_.fileSystem.exists(path) || !loadRules(path, Existing::Replace).empty())
-        return TWText::fill(NoDefaults, {path});
+        return TWText::fill(NoDefaults, { path });
     ruleChanged();
     return "";
 }
@@ -152,7 +153,8 @@ void TWFilesWindowController::add()
         return;
     view_->choosePath(ChooseTitle, ChoosePrompt, [this](std::optional<std::string> path) {
         if (path)
-            addRule({true, std::string(TWPath::lastComponent(*path)), context_.places.abbreviate(*path), TWItemItself});
+            addRule(
+                { true, std::string(TWPath::lastComponent(*path)), context_.places.abbreviate(*path), TWItemItself });
     });
 }
 

@@ -29,14 +29,16 @@ public:
     virtual void selectRow(int row) = 0;
 
     // Lets the user choose one file or folder; answers its path, or nothing.
-    virtual void choosePath(const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) = 0;
+    virtual void choosePath(
+        const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>)
+        = 0;
 
 protected:
     ~TWFilesView() = default;
 };
 
-// Owns the list of Files rules: loads it, merges newly shipped default rules, lets the user edit it in place, saves it, and hands the
-// live list to the cleaning run. Main thread.
+// Owns the list of Files rules: loads it, merges newly shipped default rules, lets the user edit it in place, saves it,
+// and hands the live list to the cleaning run. Main thread.
 class TWFilesWindowController final {
 public:
     struct Context {
@@ -62,8 +64,8 @@ public:
 
     enum class Existing { Replace, Skip };
 
-    // Replaces the list by the file's, or appends those of its rules whose path no rule of the list has. A file that cannot be read
-    // leaves the list as it is; the answer is then one line about it, else "".
+    // Replaces the list by the file's, or appends those of its rules whose path no rule of the list has. A file that
+    // cannot be read leaves the list as it is; the answer is then one line about it, else "".
     std::string loadRules(const std::string& path, Existing);
 
     // Other rules in the place of all, such as those from before a change that could not be saved.
@@ -103,7 +105,8 @@ public:
 
     std::string file() const;
 
-    // One line when the saved list is there but could not be read, else "". While there is one, no default rules were merged.
+    // One line when the saved list is there but could not be read, else "". While there is one, no default rules were
+    // merged.
     const std::string& problem() const { return problem_; }
 
 private:

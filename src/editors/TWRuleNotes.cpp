@@ -23,25 +23,28 @@ constexpr auto ItemsAndSize = "%@, %@";
 // Letters, not bytes: a character's first byte is any that does not continue one.
 std::size_t characters(const std::string& word)
 {
-    return static_cast<std::size_t>(std::count_if(word.begin(), word.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+    return static_cast<std::size_t>(
+        std::count_if(word.begin(), word.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
-TWRuleNote countedNote(TWFilesRule rule, const TWKeywordMatcher& keywords, const TWPlaces& places, const TWFileSystem& fileSystem,
-    const TWCancellation& cancellation)
+TWRuleNote countedNote(TWFilesRule rule, const TWKeywordMatcher& keywords, const TWPlaces& places,
+    const TWFileSystem& fileSystem, const TWCancellation& cancellation)
 {
     rule.active = true;
-    const auto plan = TWFilesCleaner::plan({rule}, keywords, places, fileSystem, [](const std::string&) { }, cancellation);
+    const auto plan = TWFilesCleaner::plan(
+        { rule }, keywords, places, fileSystem, [](const std::string&) {}, cancellation);
     if (plan.failure)
-        return {TWText::fill(StopsTheRun, {*plan.failure}), true};
+        return { TWText::fill(StopsTheRun, { *plan.failure }), true };
     if (plan.paths.empty())
-        return {rule.whatToDelete == TWItemItself ? NothingThere : NothingFound, false};
+        return { rule.whatToDelete == TWItemItself ? NothingThere : NothingFound, false };
     TWTreeSize total;
     for (const auto& path : plan.paths) {
         const auto size = fileSystem.treeSize(path, cancellation);
         total.items += size.items;
         total.bytes += size.bytes;
     }
-    return {TWText::fill(ItemsAndSize, {TWText::count(total.items, "item", "items"), TWText::size(total.bytes)}), false};
+    return { TWText::fill(ItemsAndSize, { TWText::count(total.items, "item", "items"), TWText::size(total.bytes) }),
+        false };
 }
 
 }
@@ -60,8 +63,8 @@ struct TWRuleNotes::Progress {
     std::vector<std::pair<Key, TWRuleNote>> notes;
 };
 
-TWRuleNotes::TWRuleNotes(TWRunLoop& runLoop, const TWFileSystem& fileSystem, const TWPlaces& places, const TWDeletionGuard& guard,
-    std::function<void()> changed)
+TWRuleNotes::TWRuleNotes(TWRunLoop& runLoop, const TWFileSystem& fileSystem, const TWPlaces& places,
+    const TWDeletionGuard& guard, std::function<void()> changed)
     : runLoop_(runLoop)
     , fileSystem_(fileSystem)
     , places_(places)
@@ -75,21 +78,22 @@ void TWRuleNotes::count(const std::vector<TWFilesRule>& rules, const std::vector
 {
     std::vector<TWFilesRule> wanted;
     for (const auto& rule : rules) {
-        // A rule for the home folder or one above it is refused, and counting it would take as long as all the others together.
+        // A rule for the home folder or one above it is refused, and counting it would take as long as all the others
+        // together.
         if (rule.whatToDelete == TWItemItself && TWPath::isAtOrBelow(places_.home, places_.standardize(rule.filePath)))
             continue;
-        if (mistake(rule, words).empty() && !counted_.contains({rule.filePath, rule.whatToDelete}))
+        if (mistake(rule, words).empty() && !counted_.contains({ rule.filePath, rule.whatToDelete }))
             wanted.push_back(rule);
     }
     auto progress = std::make_shared<Progress>();
-    auto work = [this, wanted = std::move(wanted), words, places = places_, &fileSystem = fileSystem_, &runLoop = runLoop_, progress](
-                    const std::shared_ptr<const TWCancellation>& cancellation) {
+    auto work = [this, wanted = std::move(wanted), words, places = places_, &fileSystem = fileSystem_,
+                    &runLoop = runLoop_, progress](const std::shared_ptr<const TWCancellation>& cancellation) {
         const TWKeywordMatcher keywords(words);
         for (const auto& rule : wanted) {
             auto note = countedNote(rule, keywords, places, fileSystem, *cancellation);
             if (cancellation->cancelled())
                 return;
-            if (!progress->add({rule.filePath, rule.whatToDelete}, std::move(note)))
+            if (!progress->add({ rule.filePath, rule.whatToDelete }, std::move(note)))
                 continue;
             runLoop.post([this, progress, cancellation] {
                 if (!cancellation->cancelled())
@@ -97,7 +101,7 @@ void TWRuleNotes::count(const std::vector<TWFilesRule>& rules, const std::vector
             });
         }
     };
-    counting_ = runLoop_.inBackground(std::move(work), [] { });
+    counting_ = runLoop_.inBackground(std::move(work), [] {});
 }
 
 void TWRuleNotes::clear()
@@ -121,10 +125,10 @@ void TWRuleNotes::take(Progress& progress)
 TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::string>& words)
 {
     if (auto text = mistake(rule, words); !text.empty())
-        return {std::move(text), true};
+        return { std::move(text), true };
     if (isGuarded(rule) && !refusal(rule).empty())
-        return {refusal(rule), true};
-    const auto found = counted_.find({rule.filePath, rule.whatToDelete});
+        return { refusal(rule), true };
+    const auto found = counted_.find({ rule.filePath, rule.whatToDelete });
     return found == counted_.end() ? TWRuleNote() : found->second;
 }
 
@@ -138,9 +142,9 @@ bool TWRuleNotes::isGuarded(const TWFilesRule& rule) const
 // Asks the disk, and is asked at every repaint: the answer is kept.
 const std::string& TWRuleNotes::refusal(const TWFilesRule& rule)
 {
-    const auto [place, added] = refusals_.try_emplace({rule.filePath, rule.whatToDelete});
+    const auto [place, added] = refusals_.try_emplace({ rule.filePath, rule.whatToDelete });
     if (const auto* reason = added ? guard_.reason(places_.standardize(rule.filePath)) : nullptr)
-        place->second = TWText::fill(Refused, {reason});
+        place->second = TWText::fill(Refused, { reason });
     return place->second;
 }
 
@@ -157,7 +161,7 @@ std::string TWRuleNotes::mistake(const TWFilesRule& rule, const std::vector<std:
         return NotAKind;
     if (std::all_of(words.begin(), words.end(), [](const auto& word) { return word.empty(); }))
         return NoWords;
-    const auto shortWord
-        = std::find_if(words.begin(), words.end(), [](const auto& word) { return !word.empty() && characters(word) <= 2; });
-    return shortWord == words.end() ? "" : TWText::fill(ShortWord, {*shortWord});
+    const auto shortWord = std::find_if(
+        words.begin(), words.end(), [](const auto& word) { return !word.empty() && characters(word) <= 2; });
+    return shortWord == words.end() ? "" : TWText::fill(ShortWord, { *shortWord });
 }

@@ -18,7 +18,8 @@ struct TWRuleNote {
 // What each rule matches now, counted in the background, and what is wrong with it. Main thread.
 class TWRuleNotes final {
 public:
-    TWRuleNotes(TWRunLoop&, const TWFileSystem&, const TWPlaces&, const TWDeletionGuard&, std::function<void()> changed);
+    TWRuleNotes(
+        TWRunLoop&, const TWFileSystem&, const TWPlaces&, const TWDeletionGuard&, std::function<void()> changed);
 
     // Counts the rules that have not been counted yet; what is still being counted for an earlier list is given up.
     void count(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);

@@ -13,7 +13,8 @@ struct TWAlert {
 
 enum class TWAnswer { Default, Alternate };
 
-// The one door for questions and announcements: in the window a sheet, on the command line standard error and the prompt.
+// The one door for questions and announcements: in the window a sheet, on the command line standard error and the
+// prompt.
 class TWAlerts {
 public:
     virtual ~TWAlerts() = default;

@@ -14,9 +14,10 @@ struct TWFolderEntry {
     TWFileKind kind;
 };
 
-// A folder held open, listed once. What is found in it is opened relative to it and never through a link, so that nobody can
-// lead the reader elsewhere by swapping a folder for a link meanwhile. It must outlive the folders opened from it, and one
-// thread at a time uses it and them. Trees of any depth can be walked with a bounded number of descriptors.
+// A folder held open, listed once. What is found in it is opened relative to it and never through a link, so that
+// nobody can lead the reader elsewhere by swapping a folder for a link meanwhile. It must outlive the folders opened
+// from it, and one thread at a time uses it and them. Trees of any depth can be walked with a bounded number of
+// descriptors.
 class TWOpenFolder {
 public:
     virtual ~TWOpenFolder() = default;
@@ -57,7 +58,8 @@ public:
     // Trailing slashes are cut first. Nothing when there is nothing at the path.
     virtual std::optional<TWFileFacts> facts(const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow) const = 0;
 
-    // False only when it is certain that there is nothing at the path; a folder on the way that may not be searched leaves it open.
+    // False only when it is certain that there is nothing at the path; a folder on the way that may not be searched
+    // leaves it open.
     virtual bool exists(const std::string& path) const = 0;
     bool isFolder(const std::string& path, TWLinkAtEnd link = TWLinkAtEnd::DoNotFollow) const
     {
@@ -65,15 +67,17 @@ public:
         return found && found->kind == TWFileKind::Folder;
     }
 
-    // The folder's own path may be a link only with Follow; a link inside is never followed. On failure nothing, and error
-    // (when given) holds the errno.
-    virtual std::unique_ptr<TWOpenFolder> openFolder(const std::string& path, TWLinkAtEnd, int* error = nullptr) const = 0;
+    // The folder's own path may be a link only with Follow; a link inside is never followed. On failure nothing, and
+    // error (when given) holds the errno.
+    virtual std::unique_ptr<TWOpenFolder> openFolder(
+        const std::string& path, TWLinkAtEnd, int* error = nullptr) const = 0;
 
-    // Counts a tree without following links or entering other file systems. Stops early, with what was counted so far, when
-    // cancelled.
+    // Counts a tree without following links or entering other file systems. Stops early, with what was counted so far,
+    // when cancelled.
     virtual TWTreeSize treeSize(const std::string& path, const TWCancellation&) const = 0;
 
-    // The path with every link on the way resolved, the last component not followed; nothing when its folder does not exist.
+    // The path with every link on the way resolved, the last component not followed; nothing when its folder does not
+    // exist.
     virtual std::optional<std::string> realPath(const std::string& path) const = 0;
 
     // Makes the folder and those above it. 0, or the errno.
@@ -85,7 +89,8 @@ public:
     };
     virtual Contents read(const std::string& path, std::size_t limit) const = 0;
 
-    // To a temporary file beside it, flushed, then renamed over the old one: a failed write leaves the old file. 0, or the errno.
+    // To a temporary file beside it, flushed, then renamed over the old one: a failed write leaves the old file. 0, or
+    // the errno.
     virtual int writeAtomically(const std::string& path, std::string_view bytes) const = 0;
 
     // For keeping a damaged file under another name. Never over an existing file: EEXIST. 0, or the errno.

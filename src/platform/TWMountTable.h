@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-// The mount points of the system, always up to date. Any number of questions costs one look at the table per change of it.
-// Main thread.
+// The mount points of the system, always up to date. Any number of questions costs one look at the table per change of
+// it. Main thread.
 class TWMountTable {
 public:
     virtual ~TWMountTable() = default;

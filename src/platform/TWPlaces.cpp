@@ -10,14 +10,14 @@ struct MovedFolder {
 };
 
 constexpr MovedFolder MovedFolders[] = {
-    {"$XDG_CONFIG_HOME", &TWPlaces::configHome},
-    {"$XDG_DATA_HOME", &TWPlaces::dataHome},
-    {"$XDG_STATE_HOME", &TWPlaces::stateHome},
-    {"$XDG_CACHE_HOME", &TWPlaces::cacheHome},
-    {"~/.config", &TWPlaces::configHome},
-    {"~/.local/share", &TWPlaces::dataHome},
-    {"~/.local/state", &TWPlaces::stateHome},
-    {"~/.cache", &TWPlaces::cacheHome},
+    { "$XDG_CONFIG_HOME", &TWPlaces::configHome },
+    { "$XDG_DATA_HOME", &TWPlaces::dataHome },
+    { "$XDG_STATE_HOME", &TWPlaces::stateHome },
+    { "$XDG_CACHE_HOME", &TWPlaces::cacheHome },
+    { "~/.config", &TWPlaces::configHome },
+    { "~/.local/share", &TWPlaces::dataHome },
+    { "~/.local/state", &TWPlaces::stateHome },
+    { "~/.cache", &TWPlaces::cacheHome },
 };
 
 }

@@ -2,8 +2,8 @@
 
 #include <string>
 
-// Where everything is on this machine for this user. Absolute paths without trailing slashes, as bytes. Made once at start; in a
-// sandbox every one of the user's places lies below sandboxRoot.
+// Where everything is on this machine for this user. Absolute paths without trailing slashes, as bytes. Made once at
+// start; in a sandbox every one of the user's places lies below sandboxRoot.
 struct TWPlaces {
     std::string home;
     std::string configHome;
@@ -22,11 +22,12 @@ struct TWPlaces {
 
     bool sandboxed() const { return !sandboxRoot.empty(); }
 
-    // A stored path made absolute: a leading "$XDG_DATA_HOME" or "~" expanded ("~/.local/share", "~/.config", "~/.cache" and
+    // A stored path made absolute: a leading "$XDG_DATA_HOME" or "~" expanded ("~/.local/share", "~/.config",
+    // "~/.cache" and
     // "~/.local/state" lead to where the user has moved those folders), then standardised.
     std::string standardize(const std::string& path) const;
 
-    // The reverse, for storing and showing: a path at or below the home folder begins with "~", unless standardize() would then lead
-    // elsewhere.
+    // The reverse, for storing and showing: a path at or below the home folder begins with "~", unless standardize()
+    // would then lead elsewhere.
     std::string abbreviate(const std::string& path) const;
 };

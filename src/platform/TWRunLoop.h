@@ -18,7 +18,7 @@ public:
     bool cancelled() const { return cancelled_.load(std::memory_order_relaxed); }
 
 private:
-    std::atomic<bool> cancelled_ {false};
+    std::atomic<bool> cancelled_{ false };
 };
 
 // Time, timers, turns of the event loop, background work and the way back to the main thread.
@@ -43,8 +43,8 @@ public:
     virtual void post(std::function<void()>) = 0;
 
     // Runs work on another thread and then, on the main thread, finished. Work uses copies only; what it posts asks the
-    // cancellation first. Destroying the handle cancels: finished is not called any more, and the destructor does not wait for
-    // work to end. The end of the run loop does.
+    // cancellation first. Destroying the handle cancels: finished is not called any more, and the destructor does not
+    // wait for work to end. The end of the run loop does.
     using Work = std::function<void(const std::shared_ptr<const TWCancellation>&)>;
     [[nodiscard]] virtual std::unique_ptr<TWRunLoopHandle> inBackground(Work, std::function<void()> finished) = 0;
 

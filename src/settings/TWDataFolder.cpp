@@ -8,10 +8,12 @@
 
 namespace {
 
-constexpr auto Unreadable = "The list \"%@\" could not be read (%@). It is left untouched; please repair it, or move it away to start anew.";
+constexpr auto Unreadable
+    = "The list \"%@\" could not be read (%@). It is left untouched; please repair it, or move it away to start anew.";
 constexpr auto NoList = "it does not hold a list";
 constexpr auto TooLong = "it is longer than 32 MB";
-constexpr auto Unwritable = "The list \"%@\" could not be saved (%@). The file on disk is as it was; please make room or check the permissions.";
+constexpr auto Unwritable = "The list \"%@\" could not be saved (%@). The file on disk is as it was; please make room "
+                            "or check the permissions.";
 constexpr auto NotRepresentable = "a text in it is not valid UTF-8, or it is too long";
 constexpr auto NotKept = "the damaged file could not be kept as \"%@\": %@";
 
@@ -56,7 +58,7 @@ TWListFile TWDataFolder::read(const std::string& path) const
             problem = list.value ? NoList : list.problem;
     }
     if (!problem.empty())
-        result.problem = TWText::fill(Unreadable, {path, problem});
+        result.problem = TWText::fill(Unreadable, { path, problem });
     return result;
 }
 
@@ -68,18 +70,18 @@ std::string TWDataFolder::write(const std::string& name, const TWValue::Array& r
     if (!bytes)
         bytes = TWPropertyList::write(records, TWPropertyListFormat::Binary);
     if (!bytes)
-        return TWText::fill(Unwritable, {path, NotRepresentable});
+        return TWText::fill(Unwritable, { path, NotRepresentable });
     const auto problem = oldFile == TWOldFile::KeepAsDamaged ? keepDamaged(path) : "";
     if (!problem.empty())
-        return TWText::fill(Unwritable, {path, problem});
+        return TWText::fill(Unwritable, { path, problem });
     make();
     const int error = fileSystem_.writeAtomically(path, *bytes);
-    return error == 0 ? "" : TWText::fill(Unwritable, {path, TWErrorText(error)});
+    return error == 0 ? "" : TWText::fill(Unwritable, { path, TWErrorText(error) });
 }
 
 std::string TWDataFolder::keepDamaged(const std::string& path) const
 {
     std::string kept;
     const int error = TWKeepDamagedFile(fileSystem_, path, kept);
-    return error == 0 || error == ENOENT ? "" : TWText::fill(NotKept, {kept, TWErrorText(error)});
+    return error == 0 || error == ENOENT ? "" : TWText::fill(NotKept, { kept, TWErrorText(error) });
 }

@@ -15,7 +15,8 @@ struct TWListFile {
     std::string problem; // one line that names the file and the remedy, when it is there but could not be read
 };
 
-// Differs on purpose: a file whose contents were not understood is kept beside itself as NAME.damaged before it is written over.
+// Differs on purpose: a file whose contents were not understood is kept beside itself as NAME.damaged before it is
+// written over.
 enum class TWOldFile { Replace, KeepAsDamaged };
 
 // The folder of the settings lists, and the files in it. Main thread.
@@ -26,7 +27,8 @@ public:
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const;
 
-    // Nothing when a file stands at the path already; an error is not reported, since whoever reads or writes a list will meet it.
+    // Nothing when a file stands at the path already; an error is not reported, since whoever reads or writes a list
+    // will meet it.
     void make() const;
 
     TWListFile read(const std::string& path) const;

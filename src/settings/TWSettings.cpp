@@ -8,33 +8,37 @@ namespace {
 using enum TWKeyType;
 
 constexpr TWKeyRow Rows[] = {
-    {TWKey::ApplicationsCleaner, "ApplicationsCleaner", Boolean, "quit the chosen applications in a run"},
-    {TWKey::RecentItemsCleaner, "RecentItemsCleaner", Boolean, "remove recent items in a run"},
-    {TWKey::TrashCleaner, "TrashCleaner", Boolean, "empty the Trash in a run"},
-    {TWKey::VolumesCleaner, "VolumesCleaner", Boolean, "unmount the chosen volumes in a run"},
-    {TWKey::ClipboardCleaner, "ClipboardCleaner", Boolean, "clear the clipboard in a run"},
-    {TWKey::FilesCleaner, "FilesCleaner", Boolean, "delete what the Files rules name in a run"},
-    {TWKey::LogsCleaner, "LogsCleaner", Boolean, "delete the checked logs in a run"},
-    {TWKey::SafariTabsCleaner, "SafariTabsCleaner", Boolean, "close browser tabs in a run"},
-    {TWKey::ShowResults, "ShowResults", Boolean, "open the results window by itself"},
-    {TWKey::ShowResultsMode, "ShowResultsMode", Integer, "when: 0 a cleaner fails, 1 a run starts, 2 a run ends"},
-    {TWKey::GrowlCleaningDone, "GrowlCleaningDone", Boolean, "post a notification when a run ends"},
-    {TWKey::AutoQuit, "AutoQuit", Boolean, "quit when a run ends"},
-    {TWKey::AutoQuitMode, "AutoQuitMode", Integer, "0 only if every cleaner succeeded, else always"},
-    {TWKey::BounceDockIcon, "BounceDockIcon", Boolean, "ask for attention when a run ends"},
-    {TWKey::SecurelyDeleteFiles, "SecurelyDeleteFiles", Boolean, "overwrite files before deleting them"},
-    {TWKey::SecurelyDeleteFilesMode, "SecurelyDeleteFilesMode", Integer, "how often: 0 once, 1 seven times, 2 thirty-five times"},
-    {TWKey::UseAuthorization, "UseAuthorization", Boolean, "reserved; no deletion asks for administrator rights"},
-    {TWKey::ManualFilesRuleCreation, "ManualFilesRuleCreation", Boolean, "Add in the Files editor makes an empty rule"},
-    {TWKey::ManualRecentItemsRuleCreation, "ManualRecentItemsRuleCreation", Boolean, "Add in the Recent Items editor makes an empty rule"},
-    {TWKey::UUID, "UUID", String, "identifies this installation"},
-    {TWKey::LastLaunchedVersion, "LastLaunchedVersion", String, "the version of the latest launch"},
-    {TWKey::FirstLaunchDone, "FirstLaunchDone", Boolean, "the greeting has been shown"},
+    { TWKey::ApplicationsCleaner, "ApplicationsCleaner", Boolean, "quit the chosen applications in a run" },
+    { TWKey::RecentItemsCleaner, "RecentItemsCleaner", Boolean, "remove recent items in a run" },
+    { TWKey::TrashCleaner, "TrashCleaner", Boolean, "empty the Trash in a run" },
+    { TWKey::VolumesCleaner, "VolumesCleaner", Boolean, "unmount the chosen volumes in a run" },
+    { TWKey::ClipboardCleaner, "ClipboardCleaner", Boolean, "clear the clipboard in a run" },
+    { TWKey::FilesCleaner, "FilesCleaner", Boolean, "delete what the Files rules name in a run" },
+    { TWKey::LogsCleaner, "LogsCleaner", Boolean, "delete the checked logs in a run" },
+    { TWKey::SafariTabsCleaner, "SafariTabsCleaner", Boolean, "close browser tabs in a run" },
+    { TWKey::ShowResults, "ShowResults", Boolean, "open the results window by itself" },
+    { TWKey::ShowResultsMode, "ShowResultsMode", Integer, "when: 0 a cleaner fails, 1 a run starts, 2 a run ends" },
+    { TWKey::GrowlCleaningDone, "GrowlCleaningDone", Boolean, "post a notification when a run ends" },
+    { TWKey::AutoQuit, "AutoQuit", Boolean, "quit when a run ends" },
+    { TWKey::AutoQuitMode, "AutoQuitMode", Integer, "0 only if every cleaner succeeded, else always" },
+    { TWKey::BounceDockIcon, "BounceDockIcon", Boolean, "ask for attention when a run ends" },
+    { TWKey::SecurelyDeleteFiles, "SecurelyDeleteFiles", Boolean, "overwrite files before deleting them" },
+    { TWKey::SecurelyDeleteFilesMode, "SecurelyDeleteFilesMode", Integer,
+        "how often: 0 once, 1 seven times, 2 thirty-five times" },
+    { TWKey::UseAuthorization, "UseAuthorization", Boolean, "reserved; no deletion asks for administrator rights" },
+    { TWKey::ManualFilesRuleCreation, "ManualFilesRuleCreation", Boolean,
+        "Add in the Files editor makes an empty rule" },
+    { TWKey::ManualRecentItemsRuleCreation, "ManualRecentItemsRuleCreation", Boolean,
+        "Add in the Recent Items editor makes an empty rule" },
+    { TWKey::UUID, "UUID", String, "identifies this installation" },
+    { TWKey::LastLaunchedVersion, "LastLaunchedVersion", String, "the version of the latest launch" },
+    { TWKey::FirstLaunchDone, "FirstLaunchDone", Boolean, "the greeting has been shown" },
 };
 
 std::string lowercase(std::string text)
 {
-    std::transform(text.begin(), text.end(), text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+    std::transform(
+        text.begin(), text.end(), text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
     return text;
 }
 
@@ -71,7 +75,8 @@ const TWKeyRow& TWSettings::row(TWKey key)
 
 const TWKeyRow* TWSettings::rowNamed(std::string_view name)
 {
-    const auto found = std::find_if(std::begin(Rows), std::end(Rows), [&](const TWKeyRow& row) { return row.name == name; });
+    const auto found
+        = std::find_if(std::begin(Rows), std::end(Rows), [&](const TWKeyRow& row) { return row.name == name; });
     return found == std::end(Rows) ? nullptr : found;
 }
 
@@ -112,11 +117,11 @@ std::optional<TWValue> TWSettings::parse(TWKeyType type, const std::string& text
         return TWValue(text);
     if (type == Boolean) {
         const auto word = lowercase(text);
-        for (const auto* yes : {"true", "yes", "on", "1"}) {
+        for (const auto* yes : { "true", "yes", "on", "1" }) {
             if (word == yes)
                 return TWValue(true);
         }
-        for (const auto* no : {"false", "no", "off", "0"}) {
+        for (const auto* no : { "false", "no", "off", "0" }) {
             if (word == no)
                 return TWValue(false);
         }

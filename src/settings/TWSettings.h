@@ -42,8 +42,8 @@ struct TWKeyRow {
     const char* meaning; // for `tidewell settings list`
 };
 
-// Typed reading and writing of the settings. A value is looked for among the overrides, then the stored values, then the registered
-// defaults; one that does not fit the key's type counts as absent. Main thread.
+// Typed reading and writing of the settings. A value is looked for among the overrides, then the stored values, then
+// the registered defaults; one that does not fit the key's type counts as absent. Main thread.
 class TWSettings final {
 public:
     explicit TWSettings(TWUserDefaults&);
@@ -52,7 +52,8 @@ public:
     static const TWKeyRow& row(TWKey);
     static const TWKeyRow* rowNamed(std::string_view name);
 
-    // Absent reads as false, 0 and "". A boolean read as an integer is 1 or 0, and an integer read as a boolean is true unless 0.
+    // Absent reads as false, 0 and "". A boolean read as an integer is 1 or 0, and an integer read as a boolean is true
+    // unless 0.
     bool boolean(TWKey) const;
     std::int32_t integer(TWKey) const;
     std::string string(TWKey) const;
@@ -71,7 +72,8 @@ public:
 
     TWUserDefaults& userDefaults() { return userDefaults_; }
 
-    // A text as a user writes it ("yes", "off", "2"), or as the settings file holds it. Nothing when it does not fit the type.
+    // A text as a user writes it ("yes", "off", "2"), or as the settings file holds it. Nothing when it does not fit
+    // the type.
     static std::optional<TWValue> parse(TWKeyType, const std::string& text);
 
 private:

@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view Replacement = "\xEF\xBF\xBD";
 
 // Calls valid with each run of valid UTF-8 and invalid once for each byte that is not.
-template<typename Valid, typename Invalid>
+template <typename Valid, typename Invalid>
 void walkUTF8(std::string_view bytes, Valid valid, Invalid invalid)
 {
     const auto length = static_cast<std::int32_t>(bytes.size());
@@ -97,7 +97,7 @@ std::string size(unsigned long long bytes)
         return count(bytes, "byte", "bytes");
     double value = static_cast<double>(bytes);
     const char* unit = "";
-    for (const char* next : {"kB", "MB", "GB", "TB", "PB"}) {
+    for (const char* next : { "kB", "MB", "GB", "TB", "PB" }) {
         // 999.95 would be shown as 1000.0 of the smaller unit.
         if (*unit && value < 999.95)
             break;

@@ -15,8 +15,8 @@ std::string validUTF8(std::string_view bytes);
 
 bool isValidUTF8(std::string_view bytes);
 
-// For one line on a terminal or in a window: as validUTF8, and control characters become their pictures (newline U+240A),
-// so that a file name can neither break the line nor drive the terminal.
+// For one line on a terminal or in a window: as validUTF8, and control characters become their pictures (newline
+// U+240A), so that a file name can neither break the line nor drive the terminal.
 std::string oneLine(std::string_view bytes);
 
 // "1 item", "12 items" with thousands separated: "12,345 items".

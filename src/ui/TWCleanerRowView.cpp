@@ -79,7 +79,8 @@ TWCleanerRowView::TWCleanerRowView(
     layout->addWidget(light_);
     layout->addWidget(editButton_);
 
-    for (QWidget* child : {static_cast<QWidget*>(icon_), static_cast<QWidget*>(checkBox_), static_cast<QWidget*>(line_)})
+    for (QWidget* child :
+        { static_cast<QWidget*>(icon_), static_cast<QWidget*>(checkBox_), static_cast<QWidget*>(line_) })
         child->setEnabled(row.available);
     showLight(TWLight::Off);
     connect(checkBox_, &QCheckBox::clicked, this, &TWCleanerRowView::checked);

@@ -17,8 +17,9 @@ class TWSpinner;
 // The pictures of the lights, by TWLight.
 using TWLightIcons = std::array<QIcon, 4>;
 
-// One cleaner's row in the main window: icon, check box, the quiet line that says what the cleaner will do now, spinner, light and,
-// where there is something to edit, the Edit button. Child widgets are named after the cleaner, "trashCheckBox".
+// One cleaner's row in the main window: icon, check box, the quiet line that says what the cleaner will do now,
+// spinner, light and, where there is something to edit, the Edit button. Child widgets are named after the cleaner,
+// "trashCheckBox".
 class TWCleanerRowView final : public QWidget {
     Q_OBJECT
 

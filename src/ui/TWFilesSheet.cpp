@@ -226,7 +226,7 @@ void TWFilesSheet::showSelection()
 // What is wrong with the saved list is said before it, as long as it lasts.
 void TWFilesSheet::showMessage(const QString& message)
 {
-    auto lines = QStringList { TWQtText::shown(controller_.problem()), message };
+    auto lines = QStringList{ TWQtText::shown(controller_.problem()), message };
     lines.removeAll(QString());
     messageBar_->setText(lines.join('\n'));
 }

@@ -32,7 +32,7 @@ constexpr auto KeepCleaning = "Keep Cleaning";
 constexpr auto TrashCleaner = "trash";
 constexpr auto FilesCleaner = "files";
 
-constexpr const char* LightFiles[] = {"light-off.png", "light-yellow.png", "light-green.png", "light-red.png"};
+constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png" };
 
 constexpr int Margin = 18;
 constexpr int RowSpacing = 12;
@@ -73,8 +73,8 @@ void TWMainWindow::makeRows()
     auto* column = centralWidget()->layout();
     for (const auto& cleaner : TWCleanerTable()) {
         const bool editable = cleaner.name == std::string_view(FilesCleaner);
-        auto* row = new TWCleanerRowView(cleaner, editable ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No,
-            lightIcons_, centralWidget());
+        auto* row = new TWCleanerRowView(cleaner,
+            editable ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No, lightIcons_, centralWidget());
         rows_.push_back(row);
         column->addWidget(row);
         connect(row, &TWCleanerRowView::checked, this,
@@ -97,7 +97,8 @@ void TWMainWindow::makeButtons()
     connect(cleanButton_, &QPushButton::clicked, this, [this] { delegate_.clean(); });
     connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
 
-    // Clean keeps its place while Stop comes and goes, so that a click meant for Stop that comes too late starts nothing.
+    // Clean keeps its place while Stop comes and goes, so that a click meant for Stop that comes too late starts
+    // nothing.
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(stopButton_);
@@ -116,10 +117,12 @@ void TWMainWindow::makeMenus()
     stopAction_ = addAction(file, "stopAction", tr("&Stop"), Qt::Key_Escape);
     connect(stopAction_, &QAction::triggered, stopButton_, &QPushButton::click);
     file->addSeparator();
-    connect(addAction(file, "quitAction", tr("&Quit"), Qt::CTRL | Qt::Key_Q), &QAction::triggered, this, &QWidget::close);
+    connect(
+        addAction(file, "quitAction", tr("&Quit"), Qt::CTRL | Qt::Key_Q), &QAction::triggered, this, &QWidget::close);
 
     auto* edit = menuBar()->addMenu(tr("&Edit"));
-    connect(addAction(edit, "filesAction", tr("&Files Rules..."), {}), &QAction::triggered, this, &TWMainWindow::editFilesRequested);
+    connect(addAction(edit, "filesAction", tr("&Files Rules..."), {}), &QAction::triggered, this,
+        &TWMainWindow::editFilesRequested);
     connect(addAction(edit, "dictionaryAction", tr("&Keyword Dictionary..."), {}), &QAction::triggered, this,
         &TWMainWindow::editDictionaryRequested);
 
@@ -318,7 +321,8 @@ void TWMainWindow::requestUserAttention()
 void TWMainWindow::terminate()
 {
     closing_ = Closing::Now;
-    QMetaObject::invokeMethod(qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
 }
 
 void TWMainWindow::cleaningEnded(TWRunOutcome)
@@ -342,7 +346,7 @@ void TWMainWindow::closeEvent(QCloseEvent* event)
 void TWMainWindow::askBeforeClosing()
 {
     closing_ = Closing::Asking;
-    delegate_.platform().alerts.show({CloseTitle, CloseText, StopAndQuit, KeepCleaning}, [this](TWAnswer answer) {
+    delegate_.platform().alerts.show({ CloseTitle, CloseText, StopAndQuit, KeepCleaning }, [this](TWAnswer answer) {
         if (closing_ != Closing::Asking)
             return;
         closing_ = answer == TWAnswer::Default ? Closing::WhenEnded : Closing::No;

@@ -13,8 +13,8 @@ class QMenu;
 class QPushButton;
 class TWResultsWindow;
 
-// The one window that every launch shows: the eight cleaners, and the button that runs them. Closing it quits. It makes the results
-// window when that is first asked for.
+// The one window that every launch shows: the eight cleaners, and the button that runs them. Closing it quits. It makes
+// the results window when that is first asked for.
 class TWMainWindow final : public QMainWindow, public TWApplicationView {
     Q_OBJECT
 

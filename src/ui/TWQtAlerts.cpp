@@ -66,9 +66,10 @@ void TWQtAlerts::show(const TWAlert& alert, std::function<void(TWAnswer)> answer
     if (!alert.alternateButton.empty())
         alternateButton = addButton(*box, alert.alternateButton, QMessageBox::RejectRole, "alternateButton");
     box->setEscapeButton(alternateButton ? alternateButton : defaultButton);
-    QObject::connect(box, &QDialog::finished, box, [box, defaultButton, alternateButton, answered = std::move(answered)] {
-        const bool alternate = alternateButton && box->clickedButton() != defaultButton;
-        answered(alternate ? TWAnswer::Alternate : TWAnswer::Default);
-    });
+    QObject::connect(
+        box, &QDialog::finished, box, [box, defaultButton, alternateButton, answered = std::move(answered)] {
+            const bool alternate = alternateButton && box->clickedButton() != defaultButton;
+            answered(alternate ? TWAnswer::Alternate : TWAnswer::Default);
+        });
     box->open();
 }

@@ -5,8 +5,8 @@
 #include <QPointer>
 #include <QWidget>
 
-// Questions and announcements as sheets of one window. Closing one without a button answers like its alternate button, or like the
-// default one when it is alone. What is still open when the window goes is not answered.
+// Questions and announcements as sheets of one window. Closing one without a button answers like its alternate button,
+// or like the default one when it is alone. What is still open when the window goes is not answered.
 class TWQtAlerts final : public TWAlerts {
 public:
     // The window whose sheets they are. Without one they stand by themselves.

@@ -29,13 +29,13 @@ TWQuietLabel::TWQuietLabel(QWidget* parent)
 QSize TWQuietLabel::sizeHint() const
 {
     const QFontMetrics metrics(smallFont());
-    return {metrics.averageCharWidth() * UsualCharacters, metrics.height()};
+    return { metrics.averageCharWidth() * UsualCharacters, metrics.height() };
 }
 
 QSize TWQuietLabel::minimumSizeHint() const
 {
     const QFontMetrics metrics(smallFont());
-    return {metrics.averageCharWidth() * FewestCharacters, metrics.height()};
+    return { metrics.averageCharWidth() * FewestCharacters, metrics.height() };
 }
 
 bool TWQuietLabel::event(QEvent* event)

@@ -4,8 +4,8 @@
 
 #include <QSortFilterProxyModel>
 
-// Lets through the lines that contain a text, whatever its case, and are of the wanted kind. Costs memory and time for every line,
-// so the results window puts it between model and table only while there is something to filter.
+// Lets through the lines that contain a text, whatever its case, and are of the wanted kind. Costs memory and time for
+// every line, so the results window puts it between model and table only while there is something to filter.
 class TWResultsFilter final : public QSortFilterProxyModel {
     Q_OBJECT
 

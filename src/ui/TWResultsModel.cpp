@@ -25,8 +25,8 @@ QColor colour(const TWMessage& message)
 TWResultsModel::TWResultsModel(const TWResultsWindowController& controller, const QString& iconFolder, QObject* parent)
     : QAbstractTableModel(parent)
     , controller_(controller)
-    , icons_ {QIcon(iconFolder + "/message-information.svg"), QIcon(iconFolder + "/message-success.svg"),
-          QIcon(iconFolder + "/message-failure.svg")}
+    , icons_{ QIcon(iconFolder + "/message-information.svg"), QIcon(iconFolder + "/message-success.svg"),
+        QIcon(iconFolder + "/message-failure.svg") }
     , rows_(static_cast<int>(controller.messages().size()))
 {
 }
@@ -44,7 +44,8 @@ int TWResultsModel::columnCount(const QModelIndex& parent) const
 QVariant TWResultsModel::data(const QModelIndex& index, int role) const
 {
     // While the list is being emptied, the lines are gone before the rows are.
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid) || static_cast<std::size_t>(index.row()) >= controller_.messages().size())
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid)
+        || static_cast<std::size_t>(index.row()) >= controller_.messages().size())
         return {};
     const auto& message = controller_.messages()[static_cast<std::size_t>(index.row())];
     const auto type = static_cast<int>(message.type);

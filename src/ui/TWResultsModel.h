@@ -5,7 +5,8 @@
 #include <QAbstractTableModel>
 #include <QIcon>
 
-// The lines of the latest cleaning as a table of one column. Holds nothing but how many of the controller's lines the table knows.
+// The lines of the latest cleaning as a table of one column. Holds nothing but how many of the controller's lines the
+// table knows.
 class TWResultsModel final : public QAbstractTableModel, public TWResultsView {
     Q_OBJECT
 

@@ -27,7 +27,8 @@ constexpr auto NoMatch = QT_TRANSLATE_NOOP("TWResultsWindow", "No line matches t
 constexpr auto Lines = QT_TRANSLATE_NOOP("TWResultsWindow", "%1 lines");
 constexpr auto OneLine = QT_TRANSLATE_NOOP("TWResultsWindow", "1 line");
 constexpr auto LinesOf = QT_TRANSLATE_NOOP("TWResultsWindow", "%1 of %2 lines");
-constexpr auto NotSaved = QT_TRANSLATE_NOOP("TWResultsWindow", "\"%1\" could not be saved (%2). Please choose another folder.");
+constexpr auto NotSaved
+    = QT_TRANSLATE_NOOP("TWResultsWindow", "\"%1\" could not be saved (%2). Please choose another folder.");
 constexpr auto SuggestedName = QT_TRANSLATE_NOOP("TWResultsWindow", "Tidewell Results.txt");
 
 constexpr int IconSize = 16;
@@ -71,7 +72,7 @@ QHBoxLayout* TWResultsWindow::makeFilter()
     filterKind_ = new QComboBox(this);
     filterKind_->setObjectName("kindComboBox");
     filterKind_->setAccessibleName(tr("Kind of lines"));
-    filterKind_->addItems({tr("All"), tr("Failures")}); // in the order of TWResultsFilter::Kind
+    filterKind_->addItems({ tr("All"), tr("Failures") }); // in the order of TWResultsFilter::Kind
     connect(filterText_, &QLineEdit::textChanged, this, &TWResultsWindow::filterChanged);
     connect(filterKind_, &QComboBox::currentIndexChanged, this, &TWResultsWindow::filterChanged);
 
@@ -94,7 +95,7 @@ void TWResultsWindow::makeTable()
     table_->setTextElideMode(Qt::ElideMiddle);
     table_->setWordWrap(false);
     table_->setShowGrid(false);
-    table_->setIconSize({IconSize, IconSize});
+    table_->setIconSize({ IconSize, IconSize });
     table_->horizontalHeader()->hide();
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->verticalHeader()->hide();
@@ -137,7 +138,7 @@ void TWResultsWindow::makeActions()
     auto* close = new QAction(tr("&Close"), this);
     close->setShortcut(QKeySequence::Close);
     connect(close, &QAction::triggered, this, &QWidget::close);
-    for (auto* action : {save, find, close}) {
+    for (auto* action : { save, find, close }) {
         action->setShortcutContext(Qt::WindowShortcut);
         addAction(action);
     }

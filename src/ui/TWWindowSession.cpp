@@ -12,7 +12,8 @@ TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate)
 {
     QObject::connect(&mainWindow_, &TWMainWindow::editFilesRequested, &mainWindow_, [this] { editFiles(); });
     QObject::connect(&mainWindow_, &TWMainWindow::editDictionaryRequested, &mainWindow_, [this] { editDictionary(); });
-    QObject::connect(&mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { helpWindow().openAnchor("index"); });
+    QObject::connect(
+        &mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { helpWindow().openAnchor("index"); });
 }
 
 TWWindowSession::~TWWindowSession() = default;
@@ -51,7 +52,8 @@ void TWWindowSession::editFiles()
 void TWWindowSession::editDictionary()
 {
     if (!dictionarySheet_)
-        dictionarySheet_ = std::make_unique<TWDictionarySheet>(delegate_.dictionaryWindowController(), helpWindow(), &mainWindow_);
+        dictionarySheet_
+            = std::make_unique<TWDictionarySheet>(delegate_.dictionaryWindowController(), helpWindow(), &mainWindow_);
     delegate_.dictionaryWindowController().loadDictionary();
     dictionarySheet_->open();
 }

@@ -8,7 +8,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// The Trash holds one item and the Files cleaner has one rule; both are checked, and only the Trash cleaner is switched on.
+// The Trash holds one item and the Files cleaner has one rule; both are checked, and only the Trash cleaner is switched
+// on.
 class TWCleaningRunTest : public testing::Test, protected TWFakeApplication {
 protected:
     static constexpr std::size_t Trash = 2;
@@ -18,7 +19,7 @@ protected:
     {
         root.write("home/default", "x");
         root.write("home/.local/share/Trash/files/item", "x");
-        userDefaults.values = {{"FirstLaunchDone", true}, {"TrashCleaner", true}};
+        userDefaults.values = { { "FirstLaunchDone", true }, { "TrashCleaner", true } };
         view.checked[Trash] = view.checked[Files] = true;
         delegate->applicationDidFinishLaunching();
         view.lines.clear();
@@ -34,13 +35,17 @@ protected:
         Lines lines;
         for (const auto& message : delegate->resultsWindowController().messages()) {
             auto text = launcher.shown(message.text);
-            std::replace_if(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '9');
+            std::replace_if(
+                text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '9');
             lines.push_back(std::to_string(int(message.type)) + " " + text);
         }
         return lines;
     }
-    void failTrash() { launcher.failures[places.trash + "/files/item"] = {TWTermination::Kind::Exited, 1, ""}; }
-    bool saw(const std::string& line) const { return std::find(view.lines.begin(), view.lines.end(), line) != view.lines.end(); }
+    void failTrash() { launcher.failures[places.trash + "/files/item"] = { TWTermination::Kind::Exited, 1, "" }; }
+    bool saw(const std::string& line) const
+    {
+        return std::find(view.lines.begin(), view.lines.end(), line) != view.lines.end();
+    }
 
     std::unique_ptr<TWTidewellAppDelegate> delegate = start();
 };
@@ -55,12 +60,12 @@ TEST_F(TWCleaningRunTest, TheSettingsDecideWhoRunsAndEveryReportIsShown)
     failTrash();
     run();
     EXPECT_EQ(results(),
-        (Lines {Start, "0 Emptying the Trash...", "0   \xE2\x80\xA2 Delete ROOT/home/.local/share/Trash/files/item ...",
+        (Lines{ Start, "0 Emptying the Trash...", "0   \xE2\x80\xA2 Delete ROOT/home/.local/share/Trash/files/item ...",
             "0   \xE2\x80\xA2 Could not delete ROOT/home/.local/share/Trash/files/item",
-            "2 Some files could not be removed from the Trash!", End}));
+            "2 Some files could not be removed from the Trash!", End }));
     EXPECT_EQ(view.lines,
-        (Lines {"disable", "off 0", "off 1", "off 2", "off 3", "off 4", "off 5", "off 6", "off 7", "yellow 2", "spin 2", "red 2", "rest 2",
-            "enable", "ended: failed"}));
+        (Lines{ "disable", "off 0", "off 1", "off 2", "off 3", "off 4", "off 5", "off 6", "off 7", "yellow 2", "spin 2",
+            "red 2", "rest 2", "enable", "ended: failed" }));
     EXPECT_TRUE(locks.held == 0 && notifier.notifications.empty());
 }
 
@@ -78,7 +83,7 @@ TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
     EXPECT_EQ(alerts.alerts[1].title, "No cleaner is activated.");
     alerts.answer(TWAnswer::Default);
     EXPECT_EQ(results(), Lines());
-    EXPECT_EQ(view.lines, (Lines {"ended: nothing run", "ended: nothing run"}));
+    EXPECT_EQ(view.lines, (Lines{ "ended: nothing run", "ended: nothing run" }));
     view.checked[Trash] = true;
     locks.heldByAnother = false;
     locks.error = EROFS;
@@ -90,10 +95,10 @@ TEST_F(TWCleaningRunTest, AWarningThatIsNotConfirmedRunsNothing)
 {
     userDefaults.values["FilesCleaner"] = true;
     delegate->filesWindowController().setActive(0, false);
-    alerts.script = {TWAnswer::Alternate};
+    alerts.script = { TWAnswer::Alternate };
     run();
-    EXPECT_EQ(results(), Lines {Start});
-    EXPECT_EQ(Lines(view.lines.end() - 3, view.lines.end()), (Lines {"off 7", "enable", "ended: nothing run"}));
+    EXPECT_EQ(results(), Lines{ Start });
+    EXPECT_EQ(Lines(view.lines.end() - 3, view.lines.end()), (Lines{ "off 7", "enable", "ended: nothing run" }));
     EXPECT_EQ(alerts.alerts[0].text.substr(0, 17) + alerts.alerts[0].defaultButton, "The Files cleanerContinue Anyway");
     EXPECT_TRUE(launcher.records.empty() && locks.held == 0);
     run();
@@ -129,12 +134,14 @@ TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
     EXPECT_FALSE(delegate->running() || saw("front results") || saw("yellow 5"));
     EXPECT_EQ(view.lines.back(), "ended: failed");
     const auto lines = results();
-    EXPECT_EQ(Lines(lines.end() - 2, lines.end()), (Lines {"2 The cleaner was terminated before its job was finished!", End}));
+    EXPECT_EQ(Lines(lines.end() - 2, lines.end()),
+        (Lines{ "2 The cleaner was terminated before its job was finished!", End }));
 }
 
 TEST_F(TWCleaningRunTest, EndsAsTheSettingsSay)
 {
-    userDefaults.values["GrowlCleaningDone"] = userDefaults.values["AutoQuit"] = userDefaults.values["BounceDockIcon"] = true;
+    userDefaults.values["GrowlCleaningDone"] = userDefaults.values["AutoQuit"] = userDefaults.values["BounceDockIcon"]
+        = true;
     const auto end = [&](int autoQuitMode) {
         userDefaults.values["AutoQuitMode"] = autoQuitMode;
         run();
@@ -152,24 +159,24 @@ TEST_F(TWCleaningRunTest, EndsAsTheSettingsSay)
     EXPECT_TRUE(notifier.notifications.front().warning && notifier.notifications.front().sticky);
     EXPECT_FALSE(notifier.notifications.back().warning || notifier.notifications.back().sticky);
     notifier.clicked();
-    EXPECT_EQ(view.lines, (Lines {"activate", "front main", "front results"}));
+    EXPECT_EQ(view.lines, (Lines{ "activate", "front main", "front results" }));
 }
 
 TEST_F(TWCleaningRunTest, OnlyTheFilesCleanerGetsANarrowedSecureMode)
 {
     userDefaults.values["FilesCleaner"] = userDefaults.values["SecurelyDeleteFiles"] = true;
-    for (const auto& [mode, files, trash] : std::vector<std::tuple<int, std::string, std::string>> {
-             {2, "--medium ", ""}, {0, "--simple ", "--simple "}, {256, "--simple ", ""}}) {
+    for (const auto& [mode, files, trash] : std::vector<std::tuple<int, std::string, std::string>>{
+             { 2, "--medium ", "" }, { 0, "--simple ", "--simple " }, { 256, "--simple ", "" } }) {
         root.write("home/default", "x");
-        for (const auto* name : {"files/item", "info/item.trashinfo"})
+        for (const auto* name : { "files/item", "info/item.trashinfo" })
             root.write(std::string("home/.local/share/Trash/") + name, "x");
         userDefaults.values["SecurelyDeleteFilesMode"] = mode;
         launcher.records.clear();
         run();
         EXPECT_EQ(launcher.records,
-            (Lines {"/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/files/item",
+            (Lines{ "/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/files/item",
                 "/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/info/item.trashinfo",
-                "/libexec/srm -rf " + files + "ROOT/home/default"}));
+                "/libexec/srm -rf " + files + "ROOT/home/default" }));
     }
 }
 

@@ -23,13 +23,13 @@ TEST_F(TWLaunchTest, TheFirstLaunchMakesEverythingAndGreetsOnce)
     EXPECT_TRUE(root.exists("home/.local/share/Tidewell"));
     const auto identifier = stored("UUID");
     EXPECT_EQ(identifier.size(), 36U);
-    EXPECT_EQ(view.lines, std::vector<std::string> {"front main"});
+    EXPECT_EQ(view.lines, std::vector<std::string>{ "front main" });
     ASSERT_EQ(alerts.alerts.size(), 1U);
     EXPECT_EQ(alerts.alerts[0].text, "Welcome.");
     EXPECT_EQ(userDefaults.values.at("FirstLaunchDone"), TWValue(true)) << "while the greeting is open";
 
     view.lines.clear();
-    view.keyWindows = {TWWindow::QuickCleanup};
+    view.keyWindows = { TWWindow::QuickCleanup };
     start()->applicationDidFinishLaunching();
     EXPECT_EQ(alerts.alerts.size(), 1U);
     EXPECT_EQ(stored("UUID"), identifier);
@@ -39,7 +39,7 @@ TEST_F(TWLaunchTest, TheFirstLaunchMakesEverythingAndGreetsOnce)
 TEST_F(TWLaunchTest, TheEditorsSeeTheVersionOfTheLaunchBeforeThisOne)
 {
     root.write("home/.local/share/Tidewell/FilesRules.plist", "<plist version=\"1.0\"><array/></plist>");
-    userDefaults.values = {{"LastLaunchedVersion", "0.9"}, {"AutoQuit", true}};
+    userDefaults.values = { { "LastLaunchedVersion", "0.9" }, { "AutoQuit", true } };
     const auto command = start(TWLaunchKind::Command);
     command->prepareForCommand(); // is no launch
     EXPECT_EQ(command->filesWindowController().rules().size(), 0U);

@@ -27,13 +27,13 @@ TEST(TWResultsWindowControllerTest, LinesAreKeptAtOnceAndShownAtTheViewsPace)
     }
     EXPECT_EQ(results.messages().size(), 20'000U);
     loop.advance(1s);
-    EXPECT_EQ(view.calls, (std::vector<int> {16'000, 20'000}));
+    EXPECT_EQ(view.calls, (std::vector<int>{ 16'000, 20'000 }));
     results.addMessage("last", TWMessageType::Failure);
     results.flush();
     results.addMessage("gone", TWMessageType::Success);
     results.removeAllMessages();
     loop.advance(1s);
-    EXPECT_EQ(view.calls, (std::vector<int> {16'000, 20'000, 20'001, -1}));
+    EXPECT_EQ(view.calls, (std::vector<int>{ 16'000, 20'000, 20'001, -1 }));
 
     // Those of another thread come on a later turn, in their order.
     std::thread([&] {

@@ -7,8 +7,8 @@
 #include <sys/stat.h>
 #include <vector>
 
-// A folder with everything in it that has ever led a deletion astray, and beside it a canary folder at which all of it points and
-// which nothing may touch.
+// A folder with everything in it that has ever led a deletion astray, and beside it a canary folder at which all of it
+// points and which nothing may touch.
 class TWHostileTree final {
 public:
     explicit TWHostileTree(const TWTemporaryFolder& root)
@@ -67,8 +67,9 @@ private:
     }
     void makeNames() const
     {
-        for (const auto& name : {std::string("invalid \xFF\xC3( UTF-8"), std::string("new\nline"), std::string("-rf"),
-                 std::string("--no-preserve-root"), std::string(" $(touch canary); 'quoted\" *"), std::string(255, 'n')})
+        for (const auto& name : { std::string("invalid \xFF\xC3( UTF-8"), std::string("new\nline"), std::string("-rf"),
+                 std::string("--no-preserve-root"), std::string(" $(touch canary); 'quoted\" *"),
+                 std::string(255, 'n') })
             root_.write("hostile/" + name, "x");
     }
 

@@ -23,7 +23,8 @@ public:
     static constexpr int CannotPrepare = 77;
 
     // prepare runs in the child before the program; false ends the child with CannotPrepare.
-    TWProgram(const TWTemporaryFolder& folder, Words command, Words environment = {},
+    TWProgram(
+        const TWTemporaryFolder& folder, Words command, Words environment = {},
         const std::function<bool()>& prepare = [] { return true; })
         : folder_(folder)
         , process_(fork())
@@ -45,15 +46,15 @@ public:
     TWProgramResult wait() const
     {
         int status = 0;
-        rusage usage {};
+        rusage usage{};
         wait4(process_, &status, 0, &usage);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status, out(), folder_.read(outputName(process_) + ".err"),
-            usage.ru_oublock};
+        return { WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status, out(),
+            folder_.read(outputName(process_) + ".err"), usage.ru_oublock };
     }
 
     static bool limit(__rlimit_resource resource, rlim_t value)
     {
-        const rlimit both {value, value};
+        const rlimit both{ value, value };
         return setrlimit(resource, &both) == 0;
     }
 

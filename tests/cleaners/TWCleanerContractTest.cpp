@@ -14,14 +14,15 @@ using Lines = std::vector<std::string>;
 // A machine on which every cleaner has two things to delete.
 struct Stage : TWFakeMachine {
     explicit Stage(const TWCleanerRow& given)
-        : cleaner(given.create({tools, settings}))
+        : cleaner(given.create({ tools, settings }))
     {
-        for (const auto* name : {"home/one", "home/two", "home/.local/share/Trash/files/one", "home/.local/share/Trash/files/two"})
+        for (const auto* name :
+            { "home/one", "home/two", "home/.local/share/Trash/files/one", "home/.local/share/Trash/files/two" })
             root.write(name, "x");
-        files.addRule({true, "", "~/one", TWItemItself});
-        files.addRule({true, "", "~/two", TWItemItself});
+        files.addRule({ true, "", "~/one", TWItemItself });
+        files.addRule({ true, "", "~/two", TWItemItself });
         cleaner->setDelegate(&reports);
-        given.giveInfo(*cleaner, {settings, places, &files, &dictionary});
+        given.giveInfo(*cleaner, { settings, places, &files, &dictionary });
     }
     void cleanAndTurn(int turns)
     {
@@ -36,11 +37,11 @@ struct Stage : TWFakeMachine {
     }
     std::size_t outcomes() const { return reports.count("success: ") + reports.count("failure: "); }
 
-    TWSettings settings {userDefaults};
-    TWDataFolder folder {fileSystem, places, bundle};
-    TWDictionaryWindowController dictionary {folder};
-    TWFilesWindowController files {
-        {settings, folder, bundle, fileSystem, places, runLoop, alerts, guard, dictionary}};
+    TWSettings settings{ userDefaults };
+    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDictionaryWindowController dictionary{ folder };
+    TWFilesWindowController files{ { settings, folder, bundle, fileSystem, places, runLoop, alerts, guard,
+        dictionary } };
     std::unique_ptr<TWCleaner> cleaner;
     TWRecordingCleanerDelegate reports;
 };
@@ -69,7 +70,7 @@ TEST_P(TWCleanerContractTest, StartsHasOneOutcomeAndFinishes)
     stage.cleaner->setIsActive(false);
     EXPECT_EQ(stage.cleaner->validate(), "");
     stage.cleanAndTurn(0);
-    EXPECT_EQ(stage.reports.lines, Lines {"finished"});
+    EXPECT_EQ(stage.reports.lines, Lines{ "finished" });
 }
 
 TEST_P(TWCleanerContractTest, MayBeStoppedDestroyedOrStartedAgainAtAnyMoment)
@@ -109,8 +110,8 @@ TEST_P(TWCleanerContractTest, MayBeStoppedDestroyedOrStartedAgainAtAnyMoment)
 TEST_P(TWCleanerContractTest, StopWithinAReportIsHeeded)
 {
     Stage stage(row);
-    for (const auto* missing : {"~/missing", "~/missing too"})
-        stage.files.addRule({true, "", missing, TWItemItself});
+    for (const auto* missing : { "~/missing", "~/missing too" })
+        stage.files.addRule({ true, "", missing, TWItemItself });
     stage.reports.onReport = [&] {
         if (stage.reports.count("- ") == 1)
             stage.cleaner->stop();

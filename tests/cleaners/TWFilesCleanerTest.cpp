@@ -17,13 +17,16 @@ protected:
         cleaner.setDelegate(&reports);
         reports.shown = [this](std::string text) { return launcher.shown(std::move(text)); };
     }
-    void give(std::vector<TWFilesRule> rules, Lines words = {"secret"})
+    void give(std::vector<TWFilesRule> rules, Lines words = { "secret" })
     {
         info.filesArray = std::make_shared<std::vector<TWFilesRule>>(std::move(rules));
         info.wordDictionary = std::move(words);
         cleaner.setInfo(info);
     }
-    TWFilesRule rule(const std::string& name, int kind) const { return {true, "", name[0] == '~' ? name : root.path(name), kind}; }
+    TWFilesRule rule(const std::string& name, int kind) const
+    {
+        return { true, "", name[0] == '~' ? name : root.path(name), kind };
+    }
     Lines run()
     {
         cleaner.clean();
@@ -40,7 +43,7 @@ protected:
     }
 
     TWFilesCleanerInfo info;
-    TWFilesCleaner cleaner {tools};
+    TWFilesCleaner cleaner{ tools };
     TWRecordingCleanerDelegate reports;
 };
 
@@ -53,28 +56,29 @@ constexpr auto Success = "success: All files and folders have been deleted.";
 
 TEST_F(TWFilesCleanerTest, EachKindDeletesWhatItSays)
 {
-    for (const auto* name : {"home/item/inside", "contents/.hidden", "top/Top SECRET.txt", "top/x/secret2", "deep/x/Secret3", "other"})
+    for (const auto* name :
+        { "home/item/inside", "contents/.hidden", "top/Top SECRET.txt", "top/x/secret2", "deep/x/Secret3", "other" })
         root.write(name, "x");
     root.folder("empty");
     auto off = rule("other", TWItemItself);
     off.active = false;
-    give({rule("empty", 1), rule("~/item", 0), rule("contents", 1), rule("top", 2), off, rule("deep", 3), rule("other", 7),
-        rule("home/no", 0)});
+    give({ rule("empty", 1), rule("~/item", 0), rule("contents", 1), rule("top", 2), off, rule("deep", 3),
+        rule("other", 7), rule("home/no", 0) });
     EXPECT_EQ(cleaner.validate(), "");
     EXPECT_EQ(run(),
-        (Lines {Started, "- No files to delete in ROOT/empty", "- Item ROOT/home/no already deleted",
+        (Lines{ Started, "- No files to delete in ROOT/empty", "- Item ROOT/home/no already deleted",
             "- Delete ROOT/home/item ...", "- Delete ROOT/contents/.hidden ...", "- Delete ROOT/top/Top SECRET.txt ...",
-            "- Delete ROOT/deep/x/Secret3 ...", Success, "finished"}));
+            "- Delete ROOT/deep/x/Secret3 ...", Success, "finished" }));
     EXPECT_TRUE(root.exists("top/x/secret2") && root.exists("other") && root.exists("contents"));
 }
 
 TEST_F(TWFilesCleanerTest, AFolderRuleWithoutAFolderEndsTheRunBeforeAnythingIsDeleted)
 {
     root.write("item", "x");
-    give({rule("item", 0), rule("none", 1)});
-    EXPECT_EQ(run(), (Lines {Started, "failure: Folder ROOT/none does not exist!", "finished"}));
-    give({rule("item", 0), rule("item", 3)});
-    EXPECT_EQ(run(), (Lines {Started, "failure: The specified path (ROOT/item) is not a folder!", "finished"}));
+    give({ rule("item", 0), rule("none", 1) });
+    EXPECT_EQ(run(), (Lines{ Started, "failure: Folder ROOT/none does not exist!", "finished" }));
+    give({ rule("item", 0), rule("item", 3) });
+    EXPECT_EQ(run(), (Lines{ Started, "failure: The specified path (ROOT/item) is not a folder!", "finished" }));
     EXPECT_EQ(launcher.records, Lines());
 }
 
@@ -84,25 +88,28 @@ TEST_F(TWFilesCleanerTest, WarnsOfRulesThatCannotDoAnything)
     EXPECT_TRUE(cleaner.validate().starts_with("The Files cleaner is checked but there are no active rules."));
     auto off = rule("x", 2);
     off.active = false;
-    give({rule("x", 0), off}, {});
-    EXPECT_TRUE(cleaner.validate().starts_with("\n\nThe Files cleaner is setup")) << "also for a rule that is switched off";
+    give({ rule("x", 0), off }, {});
+    EXPECT_TRUE(cleaner.validate().starts_with("\n\nThe Files cleaner is setup"))
+        << "also for a rule that is switched off";
 }
 
 TEST_F(TWFilesCleanerTest, TheSearchEntersNeitherLinksNorPackages)
 {
     const TWHostileTree tree(root);
-    for (const auto* name : {"Foo.app/secret", "Foo.app/folder/secret", "secret \xFF name", "secret folder/secret inside"})
+    for (const auto* name :
+        { "Foo.app/secret", "Foo.app/folder/secret", "secret \xFF name", "secret folder/secret inside" })
         root.write(std::string("hostile/") + name, "x");
     root.link("hostile/link to secret", root.path("canary"));
-    give({}, {"secret", "inside"});
+    give({}, { "secret", "inside" });
     EXPECT_EQ(found("hostile", true),
-        (Lines {"ROOT/hostile/link to secret", "ROOT/hostile/secret folder", "ROOT/hostile/secret \xFF name"}));
+        (Lines{ "ROOT/hostile/link to secret", "ROOT/hostile/secret folder", "ROOT/hostile/secret \xFF name" }));
     auto lines = reports.take();
     std::sort(lines.begin(), lines.end());
     lines.resize(2); // then comes the unreadable folder, if it is one for this user
-    EXPECT_EQ(lines, (Lines {"- Skipping Bundle ROOT/hostile/Foo.app/folder", "- Skipping Bundle ROOT/hostile/Foo.app/secret"}));
+    EXPECT_EQ(lines,
+        (Lines{ "- Skipping Bundle ROOT/hostile/Foo.app/folder", "- Skipping Bundle ROOT/hostile/Foo.app/secret" }));
     // A link that a rule itself names is followed, once.
-    EXPECT_EQ(found("hostile/link to secret", true), Lines {"ROOT/hostile/link to secret/folder/inside"});
+    EXPECT_EQ(found("hostile/link to secret", true), Lines{ "ROOT/hostile/link to secret/folder/inside" });
 }
 
 TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
@@ -111,18 +118,19 @@ TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
     root.write("one", "x");
     root.write("two", "x");
     info.securelyDeleteFiles = true;
-    give({rule("one", 0), rule("home", 0), rule("two", 0)});
+    give({ rule("one", 0), rule("home", 0), rule("two", 0) });
     cleaner.clean();
     runLoop.runUntilIdle();
     cleaner.cancel();
     EXPECT_TRUE(cleaner.cancelled());
-    EXPECT_EQ(reports.take(), (Lines {Started, "- One-pass secure delete ROOT/one ...", Terminated, "finished"}));
+    EXPECT_EQ(reports.take(), (Lines{ Started, "- One-pass secure delete ROOT/one ...", Terminated, "finished" }));
     launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
     runLoop.advance(1s);
     EXPECT_EQ(reports.take(),
-        (Lines {"- One-pass secure delete ROOT/home ...", "- One-pass secure delete ROOT/two ...",
+        (Lines{ "- One-pass secure delete ROOT/home ...", "- One-pass secure delete ROOT/two ...",
             "- The deletion tool /libexec/srm was ended by signal 15.", "- Could not delete ROOT/one",
-            "- Refused to delete \"ROOT/home\": it is the home folder.", "- Could not delete ROOT/home", Failure, "finished"}));
+            "- Refused to delete \"ROOT/home\": it is the home folder.", "- Could not delete ROOT/home", Failure,
+            "finished" }));
     EXPECT_FALSE(root.exists("two"));
 }
 
@@ -132,7 +140,7 @@ TEST_F(TWFilesCleanerTest, ReportsALongListInSeveralTurns)
     std::vector<std::size_t> counts;
     for (cleaner.clean(); reports.count("finished") == 0; counts.push_back(reports.count("- ")))
         runLoop.turn(0ms);
-    EXPECT_EQ(counts, (std::vector<std::size_t> {0, 1000, 2000, 2500}));
+    EXPECT_EQ(counts, (std::vector<std::size_t>{ 0, 1000, 2000, 2500 }));
 }
 
 TEST(TWFilesRuleTest, AnEntryOfAnotherTypeMakesTheListUnreadable)
@@ -142,15 +150,16 @@ TEST(TWFilesRuleTest, AnEntryOfAnotherTypeMakesTheListUnreadable)
         record.set(key, std::move(value));
         return TWFilesRule::from(record);
     };
-    EXPECT_EQ(from("Unknown", 1), (TWFilesRule {false, "", "", 0}));
+    EXPECT_EQ(from("Unknown", 1), (TWFilesRule{ false, "", "", 0 }));
     EXPECT_EQ(from("Active", 1)->active, true);
     EXPECT_EQ(from("WhatToDelete", true)->whatToDelete, 1);
-    for (const auto wraps : {std::int64_t(1) << 32, -(std::int64_t(1) << 32), (std::int64_t(1) << 32) + 1})
+    for (const auto wraps : { std::int64_t(1) << 32, -(std::int64_t(1) << 32), (std::int64_t(1) << 32) + 1 })
         EXPECT_EQ(from("WhatToDelete", wraps)->whatToDelete, -1);
-    EXPECT_FALSE(from("Active", "yes") || from("FilePath", 1) || from("Description", false) || from("WhatToDelete", "0"));
-    const TWFilesRule rule {true, "Ä", "~/x", 3};
+    EXPECT_FALSE(
+        from("Active", "yes") || from("FilePath", 1) || from("Description", false) || from("WhatToDelete", "0"));
+    const TWFilesRule rule{ true, "Ä", "~/x", 3 };
     std::size_t bad = 0;
-    EXPECT_EQ(TWFilesRule::listFrom({rule.value()}, bad), std::vector {rule});
-    EXPECT_FALSE(TWFilesRule::listFrom({rule.value(), "text"}, bad));
+    EXPECT_EQ(TWFilesRule::listFrom({ rule.value() }, bad), std::vector{ rule });
+    EXPECT_FALSE(TWFilesRule::listFrom({ rule.value(), "text" }, bad));
     EXPECT_EQ(bad, 2U);
 }

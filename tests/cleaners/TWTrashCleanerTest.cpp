@@ -29,8 +29,8 @@ protected:
         return lines;
     }
 
-    TWSettings settings {userDefaults};
-    TWTrashCleaner cleaner {tools, settings};
+    TWSettings settings{ userDefaults };
+    TWTrashCleaner cleaner{ tools, settings };
     TWRecordingCleanerDelegate reports;
 };
 
@@ -42,28 +42,31 @@ constexpr auto Failure = "failure: Some files could not be removed from the Tras
 
 TEST_F(TWTrashCleanerTest, AnItemThatStaysKeepsItsRecordAndOtherRecordsGoQuietly)
 {
-    for (const auto* name : {"files/.hidden", "files/folder/inside", "files/kept", "info/.hidden.trashinfo", "info/folder.trashinfo",
-             "info/kept.trashinfo", "info/orphan.trashinfo", "info/.trashinfo", "info/note", "directorysizes", "expunged/x"})
+    for (const auto* name : { "files/.hidden", "files/folder/inside", "files/kept", "info/.hidden.trashinfo",
+             "info/folder.trashinfo", "info/kept.trashinfo", "info/orphan.trashinfo", "info/.trashinfo", "info/note",
+             "directorysizes", "expunged/x" })
         root.write(std::string("trash/") + name, "x");
-    launcher.failures[places.trash + "/files/kept"] = {TWTermination::Kind::Exited, 1, "rm: not permitted"};
+    launcher.failures[places.trash + "/files/kept"] = { TWTermination::Kind::Exited, 1, "rm: not permitted" };
     EXPECT_EQ(run(),
-        (Lines {Started, "- Could not delete ROOT/trash/files/kept", "- Delete ROOT/trash/files/.hidden ...",
-            "- Delete ROOT/trash/files/folder ...", "- Delete ROOT/trash/files/kept ...", "- The deletion tool said: rm: not permitted",
-            Failure, "finished"}));
+        (Lines{ Started, "- Could not delete ROOT/trash/files/kept", "- Delete ROOT/trash/files/.hidden ...",
+            "- Delete ROOT/trash/files/folder ...", "- Delete ROOT/trash/files/kept ...",
+            "- The deletion tool said: rm: not permitted", Failure, "finished" }));
     EXPECT_EQ(launcher.records,
-        (Lines {"/bin/rm -rf ROOT/trash/directorysizes", "/bin/rm -rf ROOT/trash/files/.hidden", "/bin/rm -rf ROOT/trash/files/folder",
-            "/bin/rm -rf ROOT/trash/files/kept", "/bin/rm -rf ROOT/trash/info/.hidden.trashinfo",
-            "/bin/rm -rf ROOT/trash/info/folder.trashinfo", "/bin/rm -rf ROOT/trash/info/orphan.trashinfo"}));
+        (Lines{ "/bin/rm -rf ROOT/trash/directorysizes", "/bin/rm -rf ROOT/trash/files/.hidden",
+            "/bin/rm -rf ROOT/trash/files/folder", "/bin/rm -rf ROOT/trash/files/kept",
+            "/bin/rm -rf ROOT/trash/info/.hidden.trashinfo", "/bin/rm -rf ROOT/trash/info/folder.trashinfo",
+            "/bin/rm -rf ROOT/trash/info/orphan.trashinfo" }));
 }
 
 TEST_F(TWTrashCleanerTest, WithoutAReadableFolderNothingIsDeletedAndTheReasonIsSaid)
 {
-    EXPECT_EQ(run(), (Lines {Started, Success, "finished"})) << "no Trash at all";
+    EXPECT_EQ(run(), (Lines{ Started, Success, "finished" })) << "no Trash at all";
     root.write("elsewhere/precious", "x");
     root.write("trash/info/precious.trashinfo", "x");
     root.write("trash/info/other.trashinfo", "x");
     root.link("trash/files", root.path("elsewhere"));
     EXPECT_EQ(run(),
-        (Lines {Started, "- The Trash folder \"ROOT/trash/files\" could not be read (Not a directory).", Success, "finished"}));
+        (Lines{ Started, "- The Trash folder \"ROOT/trash/files\" could not be read (Not a directory).", Success,
+            "finished" }));
     EXPECT_EQ(launcher.records, Lines());
 }

@@ -42,30 +42,30 @@ protected:
 TEST_F(TWCleanCommandTest, RunsNothingThatWasNotAskedFor)
 {
     trash("a");
-    const auto nothingOn = run({"clean"});
+    const auto nothingOn = run({ "clean" });
     EXPECT_EQ(nothingOn.status, 3);
     EXPECT_EQ(nothingOn.out, "");
     EXPECT_EQ(lines(nothingOn.err).size(), 1U) << nothingOn.err;
 
     // A warning, and nobody to ask.
-    EXPECT_EQ(run({"files", "add", "~/precious", "--what", "keywords"}).status, 0);
+    EXPECT_EQ(run({ "files", "add", "~/precious", "--what", "keywords" }).status, 0);
     folder_.write("home/precious/file", "");
-    const auto warned = run({"clean", "--only", "trash,files"});
-    expectLines(warned, 3, {Beginning});
+    const auto warned = run({ "clean", "--only", "trash,files" });
+    expectLines(warned, 3, { Beginning });
     EXPECT_NE(warned.err.find("--yes"), std::string::npos) << warned.err;
     EXPECT_TRUE(folder_.exists(trashedA_));
 
-    EXPECT_EQ(run({"clean", "--only", "trash,files", "--yes"}).status, 0);
+    EXPECT_EQ(run({ "clean", "--only", "trash,files", "--yes" }).status, 0);
     EXPECT_FALSE(folder_.exists(trashedA_));
     EXPECT_TRUE(folder_.exists("home/precious/file"));
 }
 
 TEST_F(TWCleanCommandTest, LinesAreValidAndExactWhateverTheNames)
 {
-    for (const auto* name : {"bad\xff", "-rf", "new\nline"})
+    for (const auto* name : { "bad\xff", "-rf", "new\nline" })
         trash(name);
-    EXPECT_EQ(run({"settings", "set", "TrashCleaner", "true"}).status, 0);
-    const auto result = run({"clean", "--json"});
+    EXPECT_EQ(run({ "settings", "set", "TrashCleaner", "true" }).status, 0);
+    const auto result = run({ "clean", "--json" });
     EXPECT_EQ(result.status, 0) << result.err;
     std::vector<int> types;
     for (const auto& line : lines(result.out)) {
@@ -74,11 +74,11 @@ TEST_F(TWCleanCommandTest, LinesAreValidAndExactWhateverTheNames)
         types.push_back(object["type"]);
         EXPECT_EQ(object.contains("textBytes"), line.find("bad\uFFFD") != std::string::npos) << line;
     }
-    EXPECT_EQ(types, (std::vector {0, 0, 0, 0, 0, 1, 0}));
+    EXPECT_EQ(types, (std::vector{ 0, 0, 0, 0, 0, 1, 0 }));
     EXPECT_EQ(count("home" + std::string(Trash) + "/files") + count("home" + std::string(Trash) + "/info"), 0U);
     trash("new\nline");
     const auto deleted = "  \u2022 Delete ROOT/home" + std::string(Trash) + "/files/new\u240Aline ...";
-    expectLines(run({"clean"}), 0, {Beginning, Emptying, deleted, Empty, Ending});
+    expectLines(run({ "clean" }), 0, { Beginning, Emptying, deleted, Empty, Ending });
 }
 
 TEST_F(TWCleanCommandTest, InterruptEndsTheRunWithTheTruth)
@@ -86,7 +86,7 @@ TEST_F(TWCleanCommandTest, InterruptEndsTheRunWithTheTruth)
     constexpr std::size_t Many = 3000;
     for (std::size_t number = 0; number < Many; ++number)
         trash(std::to_string(number));
-    const auto child = start({"clean", "--only", "trash"});
+    const auto child = start({ "clean", "--only", "trash" });
     while (child.out().find("Delete ") == std::string::npos)
         std::this_thread::sleep_for(1ms);
     const auto asked = Clock::now();
@@ -110,13 +110,13 @@ TEST_F(TWCleanCommandTest, OneCleaningAtATime)
     trash("a");
     const auto lock = open(folder_.write(Data + std::string(".cleaning.lock"), "").c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(flock(lock, LOCK_EX), 0);
-    const auto refused = run({"clean", "--only", "trash"});
+    const auto refused = run({ "clean", "--only", "trash" });
     EXPECT_EQ(refused.status, 3);
     EXPECT_EQ(refused.out, "");
     EXPECT_EQ(lines(refused.err).size(), 1U) << refused.err;
     EXPECT_TRUE(folder_.exists(trashedA_));
     close(lock); // as when the other process is killed
-    EXPECT_EQ(run({"clean", "--only", "trash"}).status, 0);
+    EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 0);
 }
 
 TEST_F(TWCleanCommandTest, NothingOutsideASandboxChanges)
@@ -131,22 +131,24 @@ TEST_F(TWCleanCommandTest, NothingOutsideASandboxChanges)
     folder_.folder("sandbox/home/search");
     folder_.link("sandbox/home/search/link", folder_.path("outside"));
     const auto inSandbox = [&](Words words) {
-        words.insert(words.end(), {"--sandbox", sandbox});
+        words.insert(words.end(), { "--sandbox", sandbox });
         return run(words);
     };
-    EXPECT_EQ(inSandbox({"words", "add", "word"}).status, 0);
-    const std::pair<std::string, const char*> rules[] = {{folder_.path("outside"), "item"}, {folder_.path("outside"), "contents"},
-        {"~/way out/word", "item"}, {"~/way out", "contents"}, {"~/search", "keywords-deep"}, {sandbox, "item"}};
+    EXPECT_EQ(inSandbox({ "words", "add", "word" }).status, 0);
+    const std::pair<std::string, const char*> rules[]
+        = { { folder_.path("outside"), "item" }, { folder_.path("outside"), "contents" }, { "~/way out/word", "item" },
+              { "~/way out", "contents" }, { "~/search", "keywords-deep" }, { sandbox, "item" } };
     folder_.write("sandbox/" + std::string(Data) + "FilesRules.plist", "<plist><array/></plist>");
     for (const auto& [path, what] : rules)
-        EXPECT_EQ(inSandbox({"files", "add", path, "--what", what}).status, 0);
+        EXPECT_EQ(inSandbox({ "files", "add", path, "--what", what }).status, 0);
 
-    const auto result = inSandbox({"clean", "--only", "trash,files"});
-    Lines expected {Beginning, Emptying, "  \u2022 Delete ROOT/sandbox/home/.local/share/Trash/files/b ...",
+    const auto result = inSandbox({ "clean", "--only", "trash,files" });
+    Lines expected{ Beginning, Emptying, "  \u2022 Delete ROOT/sandbox/home/.local/share/Trash/files/b ...",
         "  \u2022 Delete ROOT/sandbox/home/.local/share/Trash/files/link ...", Empty, Deleting,
-        "Some files and/or folders could not be deleted!", Ending};
+        "Some files and/or folders could not be deleted!", Ending };
     const std::string bullet = "  \u2022 ";
-    for (const std::string path : {"outside", "outside/word", "sandbox/home/way out/word", "sandbox/home/way out/word", "sandbox"}) {
+    for (const std::string path :
+        { "outside", "outside/word", "sandbox/home/way out/word", "sandbox/home/way out/word", "sandbox" }) {
         const auto* why = path == "sandbox" ? "it is the sandbox itself." : "it lies outside the sandbox.";
         expected.push_back(bullet + "Delete ROOT/" + path + " ...");
         expected.push_back(bullet + "Refused to delete \"ROOT/" + path + "\": " + why);
@@ -161,7 +163,7 @@ TEST_F(TWCleanCommandTest, NothingOutsideASandboxChanges)
 TEST_F(TWCleanCommandTest, DemonstrationCleansAWorldOfItsOwn)
 {
     trash("a");
-    const auto result = run({"demo", folder_.path("demo")});
+    const auto result = run({ "demo", folder_.path("demo") });
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_NE(result.out.find("All files and folders have been deleted."), std::string::npos);
     EXPECT_EQ(count("demo/home/Documents"), 2U); // the recipe, and a folder

@@ -6,8 +6,9 @@ namespace {
 
 const std::string Rules = "home/.local/share/Tidewell/FilesRules.plist";
 
-constexpr auto OneRule = R"(<plist version="1.0"><array><dict><key>Active</key><true/><key>Description</key><string>mine</string>)"
-                         R"(<key>FilePath</key><string>~/mine</string><key>WhatToDelete</key><integer>0</integer></dict></array></plist>)";
+constexpr auto OneRule
+    = R"(<plist version="1.0"><array><dict><key>Active</key><true/><key>Description</key><string>mine</string>)"
+      R"(<key>FilePath</key><string>~/mine</string><key>WhatToDelete</key><integer>0</integer></dict></array></plist>)";
 
 class TWListCommandsTest : public TWProgramTest {
 protected:
@@ -22,12 +23,15 @@ protected:
 
 TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
 {
-    const std::vector<Words> table {{"nonsense"}, {"--nonsense"}, {"clean", "extra"}, {"clean", "--only"}, {"clean", "--only", "nonsense"},
-        {"clean", "--only", "logs"}, {"clean", "--only", ""}, {"clean", "clean"}, {"--sandbox"}, {"clean", "--only", "trash", "--sandbox", ""}, {"settings"}, {"settings", "get", "NoKey"},
-        {"settings", "get", "\xff\n"}, {"settings", "set", "TrashCleaner"}, {"settings", "set", "TrashCleaner", "maybe"},
-        {"settings", "set", "AutoQuitMode", "99999999999"}, {"words", "add"}, {"words", "add", "\xff"}, {"files", "add"},
-        {"files", "add", ""}, {"files", "add", "x", "--what", "nonsense"}, {"files", "add", "x", "--what", "1"}, {"files", "remove", "0"},
-        {"files", "on", "1x"}, {"files", "off", "99999999999999999999"}, {"files", "off", "4000"}, {"demo", home_}};
+    const std::vector<Words> table{ { "nonsense" }, { "--nonsense" }, { "clean", "extra" }, { "clean", "--only" },
+        { "clean", "--only", "nonsense" }, { "clean", "--only", "logs" }, { "clean", "--only", "" },
+        { "clean", "clean" }, { "--sandbox" }, { "clean", "--only", "trash", "--sandbox", "" }, { "settings" },
+        { "settings", "get", "NoKey" }, { "settings", "get", "\xff\n" }, { "settings", "set", "TrashCleaner" },
+        { "settings", "set", "TrashCleaner", "maybe" }, { "settings", "set", "AutoQuitMode", "99999999999" },
+        { "words", "add" }, { "words", "add", "\xff" }, { "files", "add" }, { "files", "add", "" },
+        { "files", "add", "x", "--what", "nonsense" }, { "files", "add", "x", "--what", "1" },
+        { "files", "remove", "0" }, { "files", "on", "1x" }, { "files", "off", "99999999999999999999" },
+        { "files", "off", "4000" }, { "demo", home_ } };
     folder_.write("home/not empty", "");
     for (const auto& words : table) {
         const auto result = run(words);
@@ -41,85 +45,90 @@ TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
 
 TEST_F(TWListCommandsTest, WordsStayExactlyAsTheyWereGiven)
 {
-    EXPECT_EQ(out({"words", "list", "--json"}), "");
-    out({"words", "add", "[a,b]", "x,y", "clear", "\xC3\x84rger", "-5"});
-    out({"words", "add", "--", "--json"});
-    EXPECT_EQ(out({"words", "list"}), "[a,b]\nx,y\nclear\n\xC3\x84rger\n-5\n--json\n");
-    out({"words", "remove", "clear", "[a,b]"});
-    EXPECT_EQ(run({"words", "remove", "x,y", "absent"}).status, 1);
-    EXPECT_EQ(out({"--json", "words", "list"}), "{\"word\":\"x,y\"}\n{\"word\":\"\xC3\x84rger\"}\n{\"word\":\"-5\"}\n{\"word\":\"--json\"}\n");
-    out({"words", "clear"});
-    EXPECT_EQ(out({"words", "list", "--json"}), "");
+    EXPECT_EQ(out({ "words", "list", "--json" }), "");
+    out({ "words", "add", "[a,b]", "x,y", "clear", "\xC3\x84rger", "-5" });
+    out({ "words", "add", "--", "--json" });
+    EXPECT_EQ(out({ "words", "list" }), "[a,b]\nx,y\nclear\n\xC3\x84rger\n-5\n--json\n");
+    out({ "words", "remove", "clear", "[a,b]" });
+    EXPECT_EQ(run({ "words", "remove", "x,y", "absent" }).status, 1);
+    EXPECT_EQ(out({ "--json", "words", "list" }),
+        "{\"word\":\"x,y\"}\n{\"word\":\"\xC3\x84rger\"}\n{\"word\":\"-5\"}\n{\"word\":\"--json\"}\n");
+    out({ "words", "clear" });
+    EXPECT_EQ(out({ "words", "list", "--json" }), "");
 }
 
 TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
 {
     folder_.write(Rules, OneRule);
-    out({"files", "add", home_ + "/[a,b]/", "--what", "keywords-deep", "--description", "two\nlines", "--off"});
-    out({"files", "add", "--", "-rf"});
-    out({"files", "off", "1"});
-    out({"files", "on", "2"});
-    out({"files", "remove", "3"});
-    EXPECT_EQ(out({"files", "list"}), "1   off  item          ~/mine  (mine)\n2   on   keywords-deep ~/[a,b]  (two\u240Alines)\n");
-    EXPECT_EQ(lines(out({"files", "list", "--json"})).back(),
+    out({ "files", "add", home_ + "/[a,b]/", "--what", "keywords-deep", "--description", "two\nlines", "--off" });
+    out({ "files", "add", "--", "-rf" });
+    out({ "files", "off", "1" });
+    out({ "files", "on", "2" });
+    out({ "files", "remove", "3" });
+    EXPECT_EQ(out({ "files", "list" }),
+        "1   off  item          ~/mine  (mine)\n2   on   keywords-deep ~/[a,b]  (two\u240Alines)\n");
+    EXPECT_EQ(lines(out({ "files", "list", "--json" })).back(),
         R"({"Active":true,"Description":"two\nlines","FilePath":"~/[a,b]","WhatToDelete":3})");
 
-    out({"settings", "set", "TrashCleaner", "On"});
-    out({"settings", "set", "AutoQuitMode", "-3"});
-    EXPECT_EQ(out({"settings", "get", "TrashCleaner"}) + out({"settings", "get", "AutoQuitMode"}), "true\n-3\n");
-    out({"settings", "reset", "TrashCleaner"});
-    EXPECT_EQ(out({"settings", "get", "TrashCleaner", "--json"}),
+    out({ "settings", "set", "TrashCleaner", "On" });
+    out({ "settings", "set", "AutoQuitMode", "-3" });
+    EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "AutoQuitMode" }), "true\n-3\n");
+    out({ "settings", "reset", "TrashCleaner" });
+    EXPECT_EQ(out({ "settings", "get", "TrashCleaner", "--json" }),
         "{\"key\":\"TrashCleaner\",\"value\":false,\"meaning\":\"empty the Trash in a run\"}\n");
     // Only the window's start is a launch.
-    EXPECT_EQ(out({"settings", "get", "LastLaunchedVersion"}) + out({"settings", "get", "FirstLaunchDone"}), "\nfalse\n");
+    EXPECT_EQ(
+        out({ "settings", "get", "LastLaunchedVersion" }) + out({ "settings", "get", "FirstLaunchDone" }), "\nfalse\n");
 }
 
 TEST_F(TWListCommandsTest, CommandsAtTheSameTimeLoseNothing)
 {
     std::vector<TWProgram> children;
     for (int number = 0; number < 8; ++number)
-        children.push_back(start({"words", "add", "word" + std::to_string(number)}));
+        children.push_back(start({ "words", "add", "word" + std::to_string(number) }));
     for (const auto& child : children)
         EXPECT_EQ(child.wait().status, 0);
-    auto words = lines(out({"words", "list"}));
+    auto words = lines(out({ "words", "list" }));
     std::sort(words.begin(), words.end());
-    EXPECT_EQ(words, (Lines {"word0", "word1", "word2", "word3", "word4", "word5", "word6", "word7"}));
+    EXPECT_EQ(words, (Lines{ "word0", "word1", "word2", "word3", "word4", "word5", "word6", "word7" }));
 }
 
 TEST_F(TWListCommandsTest, DamagedFilesAreNamedAndKept)
 {
     folder_.write(Rules, "damaged rules");
     folder_.write(Settings, "]\nTrashCleaner=true\n");
-    const auto listed = run({"files", "list"});
+    const auto listed = run({ "files", "list" });
     EXPECT_NE(listed.err.find(Rules), std::string::npos) << listed.err;
     EXPECT_NE(listed.err.find(Settings), std::string::npos) << listed.err;
     EXPECT_EQ(listed.out.find("  on  "), std::string::npos) << listed.out;
-    EXPECT_EQ(run({"clean", "--only", "files", "--yes"}).status, 0);
+    EXPECT_EQ(run({ "clean", "--only", "files", "--yes" }).status, 0);
     EXPECT_EQ(folder_.read(Rules), "damaged rules");
     EXPECT_EQ(folder_.read(Settings), "]\nTrashCleaner=true\n");
 
-    EXPECT_EQ(run({"settings", "set", "FilesCleaner", "true"}).status, 0);
-    EXPECT_NE(run({"files", "add", "/x"}).err.find(Rules + ".damaged\""), std::string::npos);
+    EXPECT_EQ(run({ "settings", "set", "FilesCleaner", "true" }).status, 0);
+    EXPECT_NE(run({ "files", "add", "/x" }).err.find(Rules + ".damaged\""), std::string::npos);
     EXPECT_EQ(folder_.read(Rules + ".damaged"), "damaged rules");
     EXPECT_EQ(folder_.read(Settings + std::string(".damaged")), "]\nTrashCleaner=true\n");
-    EXPECT_EQ(out({"settings", "get", "TrashCleaner"}) + out({"settings", "get", "FilesCleaner"}), "false\ntrue\n");
+    EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "FilesCleaner" }), "false\ntrue\n");
     // A second time: the first damaged file stays too.
     folder_.write(Settings, "again");
-    EXPECT_EQ(run({"settings", "set", "FilesCleaner", "true"}).status, 0);
+    EXPECT_EQ(run({ "settings", "set", "FilesCleaner", "true" }).status, 0);
     EXPECT_EQ(folder_.read(Settings + std::string(".damaged.2")), "again");
 }
 
 TEST_F(TWListCommandsTest, AFullDiskAndAnImpossibleHomeLeaveWhatWasThere)
 {
-    folder_.write(Settings, "<plist><dict><key>UUID</key><string>" + std::string(5000, 'u') + "</string></dict></plist>");
-    out({"words", "add", "first"});
+    folder_.write(
+        Settings, "<plist><dict><key>UUID</key><string>" + std::string(5000, 'u') + "</string></dict></plist>");
+    out({ "words", "add", "first" });
     const auto settings = folder_.read(Settings);
     trash("a");
     const auto full = [](rlim_t room) {
         return [room] { return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && TWProgram::limit(RLIMIT_FSIZE, room); };
     };
     const auto expectRefused = [&](rlim_t room) {
-        for (const Words& words : {Words {"words", "add", std::string(9000, 'w')}, {"settings", "set", "TrashCleaner", "true"}}) {
+        for (const Words& words :
+            { Words{ "words", "add", std::string(9000, 'w') }, { "settings", "set", "TrashCleaner", "true" } }) {
             const auto result = start(words, full(room)).wait();
             EXPECT_EQ(result.status, 1);
             EXPECT_EQ(lines(result.err).size(), room > 0 ? 1U : 0U) << result.err;
@@ -127,14 +136,14 @@ TEST_F(TWListCommandsTest, AFullDiskAndAnImpossibleHomeLeaveWhatWasThere)
     };
     expectRefused(0);
     expectRefused(1000); // a write that stops in the middle
-    EXPECT_EQ(out({"words", "list"}), "first\n");
+    EXPECT_EQ(out({ "words", "list" }), "first\n");
     EXPECT_EQ(folder_.read(Settings), settings);
-    EXPECT_EQ(start({"clean", "--only", "trash"}, full(1000)).wait().status, 0);
+    EXPECT_EQ(start({ "clean", "--only", "trash" }, full(1000)).wait().status, 0);
     EXPECT_FALSE(folder_.exists("home" + std::string(Trash) + "/files/a"));
     home_ = "/dev/null/home"; // can hold nothing at all
     expectRefused(1000);
-    EXPECT_EQ(run({"words", "list"}).status, 0);
-    EXPECT_EQ(run({"clean"}).status, 3);
+    EXPECT_EQ(run({ "words", "list" }).status, 0);
+    EXPECT_EQ(run({ "clean" }).status, 3);
 }
 
 }

@@ -12,10 +12,11 @@ protected:
     using Words = TWProgram::Words;
     using Lines = std::vector<std::string>;
 
-    TWProgram start(Words words, const std::function<bool()>& prepare = [] { return true; }) const
+    TWProgram start(
+        Words words, const std::function<bool()>& prepare = [] { return true; }) const
     {
         words.insert(words.begin(), TIDEWELL_PROGRAM);
-        return {folder_, words, {"HOME=" + home_, "PATH=/usr/bin:/bin", "TMPDIR=" + folder_.path()}, prepare};
+        return { folder_, words, { "HOME=" + home_, "PATH=/usr/bin:/bin", "TMPDIR=" + folder_.path() }, prepare };
     }
     TWProgramResult run(const Words& words) const { return start(words).wait(); }
 

@@ -13,12 +13,13 @@ class TWFileDeleterTest : public testing::Test, protected TWFakeMachine, protect
 protected:
     TWFileDeleterTest() { deleter.setDelegate(this); }
     void fileDeleterDone() override { ++doneCalls; }
-    std::string deleteFile(const std::string& path, TWSecureMode mode = TWPlainDelete, TWWaiting waiting = TWWaiting::Asynchronously)
+    std::string deleteFile(
+        const std::string& path, TWSecureMode mode = TWPlainDelete, TWWaiting waiting = TWWaiting::Asynchronously)
     {
         return deleter.deleteFile(path, mode, waiting, TWAuthorization::Yes);
     }
 
-    TWFileDeleter deleter {tools};
+    TWFileDeleter deleter{ tools };
     int doneCalls = 0;
 };
 
@@ -27,12 +28,14 @@ protected:
 TEST_F(TWFileDeleterTest, EachModeHasItsCommandLineAndLabel)
 {
     Lines labels;
-    for (const int mode : {-1, 0, 1, 2, 5, -2})
-        labels.push_back(deleteFile(root.path("x y//"), mode, TWWaiting::UntilDone)); // a slash would make the tool follow a link
+    for (const int mode : { -1, 0, 1, 2, 5, -2 })
+        labels.push_back(
+            deleteFile(root.path("x y//"), mode, TWWaiting::UntilDone)); // a slash would make the tool follow a link
     EXPECT_EQ(launcher.records,
-        (Lines {"/bin/rm -rf ROOT/x y", "/libexec/srm -rf --simple ROOT/x y", "/libexec/srm -rf --medium ROOT/x y",
-            "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y"}));
-    EXPECT_EQ(labels, (Lines {"Delete", "One-pass secure delete", "7-pass secure delete", "35-pass secure delete", "", ""}));
+        (Lines{ "/bin/rm -rf ROOT/x y", "/libexec/srm -rf --simple ROOT/x y", "/libexec/srm -rf --medium ROOT/x y",
+            "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y" }));
+    EXPECT_EQ(
+        labels, (Lines{ "Delete", "One-pass secure delete", "7-pass secure delete", "35-pass secure delete", "", "" }));
     EXPECT_EQ(doneCalls, 6);
     deleteFile(places.home, TWPlainDelete, TWWaiting::UntilDone);
     EXPECT_EQ(doneCalls, 7) << "a refused path is waited for in the same way";
@@ -62,7 +65,7 @@ TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
 {
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
     deleter.terminate();
-    for (const bool deaf : {false, true}) {
+    for (const bool deaf : { false, true }) {
         launcher.deaf = deaf;
         deleteFile(root.path("file"));
         deleter.terminate();
@@ -72,6 +75,6 @@ TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
         doneCalls = 0;
     }
     EXPECT_EQ(launcher.records,
-        (Lines {"/bin/rm -rf ROOT/file", "terminate", "/bin/rm -rf ROOT/file", "terminate", "kill"}));
+        (Lines{ "/bin/rm -rf ROOT/file", "terminate", "/bin/rm -rf ROOT/file", "terminate", "kill" }));
     EXPECT_EQ(deleter.problem(), "The deletion tool /bin/rm was ended by signal 9.");
 }

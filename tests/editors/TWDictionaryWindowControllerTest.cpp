@@ -24,8 +24,8 @@ protected:
     }
     static constexpr auto File = "home/.local/share/Tidewell/Dictionary.plist";
 
-    TWDataFolder folder {fileSystem, places, bundle};
-    TWDictionaryWindowController controller {folder};
+    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDictionaryWindowController controller{ folder };
     View view;
 };
 
@@ -34,25 +34,26 @@ protected:
 TEST_F(TWDictionaryWindowControllerTest, WordsSurviveASaveAsTheyWereTyped)
 {
     EXPECT_EQ(reload(), Lines());
-    const Lines words {"Größe", "", "b", "a", "b", " two words ", "\xF0\x9F\x92\xA7"};
+    const Lines words{ "Größe", "", "b", "a", "b", " two words ", "\xF0\x9F\x92\xA7" };
     controller.setWordDictionary(words);
     controller.save();
     EXPECT_EQ(TWDictionaryWindowController(folder).wordDictionary(), Lines());
     EXPECT_NE(root.read(File).find("<data>"), std::string::npos);
-    controller.setWordDictionary({"unsaved"});
+    controller.setWordDictionary({ "unsaved" });
     controller.cancel();
-    EXPECT_EQ(controller.wordDictionary(), Lines {"unsaved"}) << "until the editor is opened again";
+    EXPECT_EQ(controller.wordDictionary(), Lines{ "unsaved" }) << "until the editor is opened again";
     EXPECT_EQ(reload(), words);
-    EXPECT_EQ(view.calls, (Lines {"words", "close", "close", "words"}));
+    EXPECT_EQ(view.calls, (Lines{ "words", "close", "close", "words" }));
 }
 
 TEST_F(TWDictionaryWindowControllerTest, AnElementThatIsNoWordKeepsTheWordsAndTheFile)
 {
-    controller.setWordDictionary({"kept"});
-    for (const auto* element : {"<string>text</string>", "<data>/w==</data>"}) {
-        const auto damaged = std::string("<plist version=\"1.0\"><array><data>YQ==</data>") + element + "</array></plist>";
+    controller.setWordDictionary({ "kept" });
+    for (const auto* element : { "<string>text</string>", "<data>/w==</data>" }) {
+        const auto damaged
+            = std::string("<plist version=\"1.0\"><array><data>YQ==</data>") + element + "</array></plist>";
         root.write(File, damaged);
-        EXPECT_EQ(reload(), Lines {"kept"});
+        EXPECT_EQ(reload(), Lines{ "kept" });
         EXPECT_NE(controller.problem().find("entry 2 is not a word"), std::string::npos) << controller.problem();
         EXPECT_EQ(root.read(File), damaged);
     }

@@ -8,14 +8,14 @@
 
 // Records every call as a line; nothing is checked at first.
 struct TWFakeApplicationView final : TWApplicationView {
-    std::array<bool, 8> checked {};
+    std::array<bool, 8> checked{};
     std::set<TWWindow> keyWindows;
     std::vector<std::string> lines;
 
     bool isChecked(int position) const override { return checked[static_cast<std::size_t>(position)]; }
     void showLight(int position, TWLight light) override
     {
-        static constexpr const char* Names[] = {"off", "yellow", "green", "red"};
+        static constexpr const char* Names[] = { "off", "yellow", "green", "red" };
         lines.push_back(Names[static_cast<int>(light)] + (" " + std::to_string(position)));
     }
     void startSpinning(int position) override { lines.push_back("spin " + std::to_string(position)); }
@@ -23,7 +23,7 @@ struct TWFakeApplicationView final : TWApplicationView {
     void setCleanEnabled(bool enabled) override { lines.emplace_back(enabled ? "enable" : "disable"); }
     void bringToFront(TWWindow window) override
     {
-        static constexpr const char* Names[] = {"main", "results", "preferences", "quick cleanup"};
+        static constexpr const char* Names[] = { "main", "results", "preferences", "quick cleanup" };
         lines.push_back(std::string("front ") + Names[static_cast<int>(window)]);
     }
     bool isKeyWindow(TWWindow window) const override { return keyWindows.count(window) != 0; }
@@ -32,7 +32,7 @@ struct TWFakeApplicationView final : TWApplicationView {
     void terminate() override { lines.emplace_back("terminate"); }
     void cleaningEnded(TWRunOutcome outcome) override
     {
-        static constexpr const char* Names[] = {"nothing run", "succeeded", "failed"};
+        static constexpr const char* Names[] = { "nothing run", "succeeded", "failed" };
         lines.push_back(std::string("ended: ") + Names[static_cast<int>(outcome)]);
     }
 };
@@ -40,14 +40,17 @@ struct TWFakeApplicationView final : TWApplicationView {
 // A machine on which Tidewell is installed: empty registered defaults, a greeting, one default rule.
 struct TWFakeApplication : TWFakeMachine {
     TWFakeApplicationView view;
-    TWPlatform platform {runLoop, launcher, fileSystem, mountTable, places, userDefaults, bundle, locks, alerts, notifier};
+    TWPlatform platform{ runLoop, launcher, fileSystem, mountTable, places, userDefaults, bundle, locks, alerts,
+        notifier };
 
     TWFakeApplication()
     {
         root.write("resources/org.tidewell.Tidewell.plist", "<plist version=\"1.0\"><dict/></plist>");
         root.write("resources/Welcome.txt", "Welcome.");
         root.write("resources/FilesRules.plist",
-            "<plist version=\"1.0\"><array><dict><key>Active</key><true/><key>FilePath</key><string>~/default</string></dict></array></plist>");
+            "<plist "
+            "version=\"1.0\"><array><dict><key>Active</key><true/><key>FilePath</key><string>~/default</string></"
+            "dict></array></plist>");
     }
     std::unique_ptr<TWTidewellAppDelegate> start(TWLaunchKind kind = TWLaunchKind::Window)
     {

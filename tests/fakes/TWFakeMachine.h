@@ -11,18 +11,18 @@
 struct TWFakeMachine {
     TWTemporaryFolder root;
     TWFakeRunLoop runLoop;
-    TWRecordingLauncher launcher {runLoop, root.path()};
+    TWRecordingLauncher launcher{ runLoop, root.path() };
     TWPosixFileSystem fileSystem;
     TWFakeMountTable mountTable;
     TWFakeUserDefaults userDefaults;
-    TWFakeBundle bundle {root.folder("resources")};
+    TWFakeBundle bundle{ root.folder("resources") };
     TWFakeLocks locks;
     TWFakeAlerts alerts;
     TWFakeNotifier notifier;
     TWPlaces places = makePlaces(root);
     std::string dataFolder = root.path("home/.local/share/Tidewell");
-    TWDeletionGuard guard {places, fileSystem, mountTable, dataFolder};
-    TWDeletionTools tools {runLoop, launcher, fileSystem, guard, places};
+    TWDeletionGuard guard{ places, fileSystem, mountTable, dataFolder };
+    TWDeletionTools tools{ runLoop, launcher, fileSystem, guard, places };
 
 private:
     static TWPlaces makePlaces(const TWTemporaryFolder& root)

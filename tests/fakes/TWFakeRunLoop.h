@@ -10,22 +10,22 @@
 #include <thread>
 #include <vector>
 
-// A run loop whose clock belongs to the test. Nothing happens but in turn(), runUntilIdle() and advance(), where work in the
-// background has its turn as well.
+// A run loop whose clock belongs to the test. Nothing happens but in turn(), runUntilIdle() and advance(), where work
+// in the background has its turn as well.
 class TWFakeRunLoop final : public TWRunLoop {
 public:
     Clock::time_point now() const override { return now_; }
     std::unique_ptr<TWRunLoopHandle> after(Duration time, std::function<void()> call) override
     {
-        return add({std::move(call), now_ + time});
+        return add({ std::move(call), now_ + time });
     }
     std::unique_ptr<TWRunLoopHandle> every(Duration interval, std::function<void()> call) override
     {
-        return add({std::move(call), now_ + interval, std::max(interval, Duration(1))});
+        return add({ std::move(call), now_ + interval, std::max(interval, Duration(1)) });
     }
     std::unique_ptr<TWRunLoopHandle> whenReadable(int descriptor, std::function<void()> call) override
     {
-        return add({std::move(call), Clock::time_point::max(), Duration(1), descriptor});
+        return add({ std::move(call), Clock::time_point::max(), Duration(1), descriptor });
     }
     void post(std::function<void()> call) override
     {
@@ -34,7 +34,7 @@ public:
     }
     std::unique_ptr<TWRunLoopHandle> inBackground(Work work, std::function<void()> finished) override
     {
-        auto task = std::make_shared<Task>(Task {std::move(finished)});
+        auto task = std::make_shared<Task>(Task{ std::move(finished) });
         post([this, task, work = std::move(work)] {
             work(task->cancellation);
             post([task] {
@@ -69,8 +69,8 @@ public:
 private:
     struct Task {
         std::function<void()> call;
-        Clock::time_point due {};
-        Duration interval {0}; // 0 for a call that is made once
+        Clock::time_point due{};
+        Duration interval{ 0 }; // 0 for a call that is made once
         int descriptor = -1;
         std::shared_ptr<TWCancellation> cancellation = std::make_shared<TWCancellation>();
     };
@@ -109,7 +109,7 @@ private:
     }
     bool isDue(const Task& task) const
     {
-        pollfd wanted {task.descriptor, POLLIN, 0};
+        pollfd wanted{ task.descriptor, POLLIN, 0 };
         return task.descriptor < 0 ? task.due <= now_ : poll(&wanted, 1, 0) == 1;
     }
     static void fire(Task& task)
@@ -129,7 +129,7 @@ private:
         now_ = std::max(now_, latest);
     }
 
-    Clock::time_point now_ {std::chrono::hours(1)};
+    Clock::time_point now_{ std::chrono::hours(1) };
     std::vector<std::shared_ptr<Task>> tasks_;
     std::mutex mutex_;
     std::vector<std::function<void()>> posted_;

@@ -63,7 +63,7 @@ struct TWFakeNotifier final : TWNotifier {
 };
 
 struct TWFakeMountTable final : TWMountTable {
-    std::vector<std::string> points {"/"};
+    std::vector<std::string> points{ "/" };
 
     const std::vector<std::string>& mountPoints() override { return points; }
 };
@@ -78,8 +78,8 @@ struct TWFakeLocks final : TWLocks {
     {
         paths.push_back(path);
         if (heldByAnother || error != 0)
-            return {nullptr, heldByAnother, error};
-        return {std::make_unique<Held>(held), false, 0};
+            return { nullptr, heldByAnother, error };
+        return { std::make_unique<Held>(held), false, 0 };
     }
 
 private:
@@ -95,8 +95,8 @@ private:
 
 struct TWFakeBundle final : TWBundle {
     std::string resources; // the folder
-    std::map<std::string, std::string> infos {
-        {"CFBundleVersion", "1.0"}, {"TWApplicationSupportFolder", "~/.local/share/Tidewell"}};
+    std::map<std::string, std::string> infos{ { "CFBundleVersion", "1.0" },
+        { "TWApplicationSupportFolder", "~/.local/share/Tidewell" } };
 
     explicit TWFakeBundle(std::string folder)
         : resources(std::move(folder))

@@ -9,7 +9,7 @@
 struct TWRecordingCleanerDelegate final : TWCleanerDelegate {
     std::vector<std::string> lines;
     std::function<std::string(std::string)> shown = [](std::string text) { return text; };
-    std::function<void()> onReport = [] { };
+    std::function<void()> onReport = [] {};
 
     std::vector<std::string> take() { return std::exchange(lines, {}); }
     std::size_t count(std::string_view kind) const

@@ -23,7 +23,8 @@ public:
     Ending ending = Ending::OnALaterTurn;
     bool deaf = false; // children do not listen to terminate()
     bool deletes = true;
-    std::map<std::string, TWTermination> failures; // by the last argument: how that child ends, without having deleted anything
+    std::map<std::string, TWTermination>
+        failures; // by the last argument: how that child ends, without having deleted anything
     std::vector<std::string> records; // "/bin/rm -rf ROOT/file", "terminate", "kill", "destroyed"
 
     std::unique_ptr<TWChildProcess> launch(
@@ -31,7 +32,7 @@ public:
     {
         const auto join = [](const std::string& line, const std::string& argument) { return line + " " + argument; };
         records.push_back(shown(std::accumulate(arguments.begin(), arguments.end(), path, join)));
-        auto child = std::make_shared<Child>(Child {arguments.empty() ? "" : arguments.back(), std::move(terminated)});
+        auto child = std::make_shared<Child>(Child{ arguments.empty() ? "" : arguments.back(), std::move(terminated) });
         running_.push_back(child);
         if (ending == Ending::OnALaterTurn)
             runLoop_.post([this, child] { end(child, natural(*child)); });
@@ -80,7 +81,7 @@ private:
         records.emplace_back(record);
         if (deaf && number == 15)
             return;
-        runLoop_.post([this, child, number] { end(child, {TWTermination::Kind::Signalled, number, ""}); });
+        runLoop_.post([this, child, number] { end(child, { TWTermination::Kind::Signalled, number, "" }); });
     }
     TWTermination natural(const Child& child)
     {

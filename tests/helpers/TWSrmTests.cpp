@@ -20,7 +20,8 @@ constexpr uid_t Nobody = 65534;
 class TWSrmTests : public testing::Test {
 protected:
     // prepare runs in the child before the helper.
-    TWProgramResult srm(TWProgram::Words arguments, const std::function<bool()>& prepare = [] { return true; }) const
+    TWProgramResult srm(
+        TWProgram::Words arguments, const std::function<bool()>& prepare = [] { return true; }) const
     {
         arguments.insert(arguments.begin(), TIDEWELL_LIBEXEC "/srm");
         return TWProgram(root, arguments, {}, prepare).wait();
@@ -31,15 +32,16 @@ protected:
     {
         const bool isRoot = geteuid() == 0;
         EXPECT_TRUE(!isRoot || std::system(("chown -R " + std::to_string(Nobody) + " " + root.path()).c_str()) == 0);
-        return srm(arguments, [=] {
-            return TWProgram::limit(RLIMIT_FSIZE, largestFile) && (!isRoot || setuid(Nobody) == 0);
-        });
+        return srm(
+            arguments, [=] { return TWProgram::limit(RLIMIT_FSIZE, largestFile) && (!isRoot || setuid(Nobody) == 0); });
     }
 
     static auto lines(const TWProgramResult& result) { return std::count(result.err.begin(), result.err.end(), '\n'); }
     std::string canary() const { return root.read("outside/canary"); }
 
-    TWTemporaryFolder root { "/var/tmp/tidewell-srm-XXXXXX" }; // /tmp may live in memory, where nothing counts as written
+    TWTemporaryFolder root{
+        "/var/tmp/tidewell-srm-XXXXXX"
+    }; // /tmp may live in memory, where nothing counts as written
     const std::string tree = root.folder("tree");
     const std::string canaryPath = root.write("outside/canary", "canary");
 };
@@ -48,10 +50,11 @@ protected:
 
 TEST_F(TWSrmTests, AnyOtherUseIsRefusedInOneLine)
 {
-    const std::vector<TWProgram::Words> uses = { {}, { canaryPath }, { "-rf" }, { "-r", canaryPath },
-        { "--simple", "-rf", canaryPath }, { "-rf", "--strong", canaryPath }, { "-rf", "--simple", canaryPath, canaryPath },
-        { "-rf", "" }, { "-rf", "/" }, { "-rf", "///" }, { "-rf", "canary" }, { "-rf", root.path() + "/outside/." },
-        { "-rf", root.path() + "/outside/..//" }, { "-rf", "/.." } };
+    const std::vector<TWProgram::Words> uses
+        = { {}, { canaryPath }, { "-rf" }, { "-r", canaryPath }, { "--simple", "-rf", canaryPath },
+              { "-rf", "--strong", canaryPath }, { "-rf", "--simple", canaryPath, canaryPath }, { "-rf", "" },
+              { "-rf", "/" }, { "-rf", "///" }, { "-rf", "canary" }, { "-rf", root.path() + "/outside/." },
+              { "-rf", root.path() + "/outside/..//" }, { "-rf", "/.." } };
     // Should a refusal ever fail, the helper must not be able to do harm: with a single descriptor it enters no folder.
     const auto disarm = [] { return close_range(3, ~0U, 0) == 0 && TWProgram::limit(RLIMIT_NOFILE, 4); };
     ASSERT_EQ(srm({ "-rf", root.path() + "/outside" }, disarm).status, 1);
@@ -71,7 +74,8 @@ TEST_F(TWSrmTests, HostileTreeGoesWithFewDescriptorsAndNothingOutsideIsTouched)
     fs::rename(root.path("hostile/hard-link"), root.path("hostile/second\nname"));
     for (const char* locked : { "hostile/unreadable", "hostile/read-only" })
         fs::permissions(root.path(locked), fs::perms(0700));
-    const auto result = srm({ "-rf", "--medium", hostile.path() + "//" }, [] { return TWProgram::limit(RLIMIT_NOFILE, 64); });
+    const auto result
+        = srm({ "-rf", "--medium", hostile.path() + "//" }, [] { return TWProgram::limit(RLIMIT_NOFILE, 64); });
     EXPECT_EQ(result.status, 0);
     EXPECT_FALSE(root.exists("hostile"));
     EXPECT_TRUE(result.err.starts_with("srm: " + hostile.path() + "/second\\x0aname: the file has several names"));

@@ -4,7 +4,6 @@
 #include "deletion/TWFileDeleteQueue.h"
 #include "fakes/TWFakeMachine.h"
 
-#include <fcntl.h>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -40,7 +39,7 @@ protected:
     TWTermination wait()
     {
         turnUntil([this] { return ended.has_value(); });
-        return ended.value_or(TWTermination {Kind::NotLaunched, -1, "never ended"});
+        return ended.value_or(TWTermination{ Kind::NotLaunched, -1, "never ended" });
     }
     TWTermination run(const std::string& path, const Arguments& arguments)
     {
@@ -54,9 +53,9 @@ protected:
             count += (fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0; // a closed one has all bits
         return count;
     }
-    TWTermination runShell(const std::string& script) { return run("/bin/sh", {"-c", script}); }
+    TWTermination runShell(const std::string& script) { return run("/bin/sh", { "-c", script }); }
 
-    TWLinuxProcessLauncher linuxLauncher {runLoop};
+    TWLinuxProcessLauncher linuxLauncher{ runLoop };
     std::unique_ptr<TWChildProcess> child;
     std::optional<TWTermination> ended;
 };
@@ -65,11 +64,12 @@ protected:
 
 TEST_F(TWLinuxProcessLauncherTest, ArgumentsArriveAsTheSameBytes)
 {
-    const Arguments awkward {"", "a b", "$(id) `id` ;&|", "\xFF\xC3(", "new\nline", "'\"\\", "*", "-rf", "%s", std::string(100'000, 'x')};
+    const Arguments awkward{ "", "a b", "$(id) `id` ;&|", "\xFF\xC3(", "new\nline", "'\"\\", "*", "-rf", "%s",
+        std::string(100'000, 'x') };
     std::string expected;
     for (const auto& argument : awkward)
         expected += "<" + argument + ">";
-    Arguments arguments {"-c", "out=$1; shift; printf '<%s>' \"$@\" > \"$out\"", "sh", root.path("out")};
+    Arguments arguments{ "-c", "out=$1; shift; printf '<%s>' \"$@\" > \"$out\"", "sh", root.path("out") };
     arguments.insert(arguments.end(), awkward.begin(), awkward.end());
     EXPECT_EQ(run("/bin/sh", arguments).code, 0);
     EXPECT_EQ(root.read("out"), expected);
@@ -86,13 +86,13 @@ TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
     const auto signalled = runShell("kill -SEGV $$");
     EXPECT_EQ(signalled.kind, Kind::Signalled);
     EXPECT_EQ(signalled.code, SIGSEGV);
-    for (const auto& [tool, error] : std::vector<std::pair<std::string, int>> {
-             {root.path("missing"), ENOENT}, {root.write("not executable", "x"), EACCES}}) {
-        const auto missing = run(tool, {"-rf"});
+    for (const auto& [tool, error] : std::vector<std::pair<std::string, int>>{
+             { root.path("missing"), ENOENT }, { root.write("not executable", "x"), EACCES } }) {
+        const auto missing = run(tool, { "-rf" });
         EXPECT_EQ(missing.kind, Kind::NotLaunched);
         EXPECT_EQ(missing.code, error);
     }
-    EXPECT_EQ(run("/bin/rm", {"-rf", root.write("-file", "x")}).code, 0);
+    EXPECT_EQ(run("/bin/rm", { "-rf", root.write("-file", "x") }).code, 0);
     EXPECT_FALSE(root.exists("-file"));
 }
 
@@ -106,7 +106,7 @@ TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)
     sigprocmask(SIG_BLOCK, &signals, &before);
     const auto oldPipe = std::signal(SIGPIPE, SIG_IGN);
     const int inheritableBefore = inheritableDescriptors();
-    start("/bin/sleep", {"10"});
+    start("/bin/sleep", { "10" });
     EXPECT_EQ(inheritableDescriptors(), inheritableBefore) << "another child would hold them open";
     const auto sleeper = std::move(child);
     const auto world = runShell("/usr/bin/env; readlink /proc/self/fd/0; grep -E 'Sig(Blk|Ign)' /proc/self/status");
@@ -122,12 +122,12 @@ TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)
 
 TEST_F(TWLinuxProcessLauncherTest, TerminateAndKillEndAChildOnce)
 {
-    start("/bin/sleep", {"100"});
+    start("/bin/sleep", { "100" });
     child->terminate();
     child->terminate();
     EXPECT_EQ(wait().code, SIGTERM);
     child->kill(); // of one that has ended already
-    start("/bin/sh", {"-c", "trap '' TERM; echo ready > \"$0\"; while :; do sleep 0.01; done", root.path("ready")});
+    start("/bin/sh", { "-c", "trap '' TERM; echo ready > \"$0\"; while :; do sleep 0.01; done", root.path("ready") });
     turnUntil([this] { return !root.read("ready").empty(); });
     child->terminate(); // which it does not hear
     child->kill();
@@ -136,7 +136,7 @@ TEST_F(TWLinuxProcessLauncherTest, TerminateAndKillEndAChildOnce)
 
 TEST_F(TWLinuxProcessLauncherTest, ADestroyedChildIsSilentEndedAndCollected)
 {
-    start("/bin/sleep", {"100"});
+    start("/bin/sleep", { "100" });
     child.reset();
     start(root.path("missing"), {});
     child.reset();
@@ -157,7 +157,7 @@ TEST_F(TWLinuxProcessLauncherTest, AQueueDeletesTheHostileTreeAndNothingElse)
     const auto paths = tree.paths();
     EXPECT_EQ(paths.size(), 18U);
 
-    TWFileDeleteQueue queue({runLoop, linuxLauncher, fileSystem, guard, places});
+    TWFileDeleteQueue queue({ runLoop, linuxLauncher, fileSystem, guard, places });
     queue.setDelegate(&recorder);
     queue.addFilesFromArray(paths);
     queue.deleteFiles(TWAuthorization::No);

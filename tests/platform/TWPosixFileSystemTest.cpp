@@ -20,7 +20,7 @@ constexpr int DeepLevels = 2000;
 // Gives back the old one.
 rlim_t setLimit(__rlimit_resource resource, rlim_t value)
 {
-    rlimit limits {};
+    rlimit limits{};
     getrlimit(resource, &limits);
     std::swap(limits.rlim_cur, value);
     setrlimit(resource, &limits);

@@ -1,5 +1,5 @@
-#include "settings/TWDataFolder.h"
 #include "settings/TWSettings.h"
+#include "settings/TWDataFolder.h"
 
 #include "fakes/TWFakeMachine.h"
 #include "plist/TWPropertyList.h"
@@ -15,10 +15,10 @@ TEST(TWSettingsTest, ReadsWhatIsStoredByTheTypeOfTheKey)
     registered.set("AutoQuitMode", 7);
     settings.registerDefaults(registered);
     // What does not fit the type counts as absent: the registered default holds.
-    const std::tuple<TWValue, bool, std::int32_t> rows[] = {{true, true, 1}, {false, false, 0}, {0, false, 0}, {2, true, 2},
-        {-1, true, -1}, {"true", true, 7}, {"false", false, 7}, {"1", true, 1}, {"0", false, 0}, {"2", true, 2},
-        {" 2", true, 7}, {"", true, 7}, {"99999999999", true, 7}, {2.5, true, 7}, {TWValue::Array {}, true, 7},
-        {TWDictionary(), true, 7}};
+    const std::tuple<TWValue, bool, std::int32_t> rows[] = { { true, true, 1 }, { false, false, 0 }, { 0, false, 0 },
+        { 2, true, 2 }, { -1, true, -1 }, { "true", true, 7 }, { "false", false, 7 }, { "1", true, 1 },
+        { "0", false, 0 }, { "2", true, 2 }, { " 2", true, 7 }, { "", true, 7 }, { "99999999999", true, 7 },
+        { 2.5, true, 7 }, { TWValue::Array{}, true, 7 }, { TWDictionary(), true, 7 } };
     for (const auto& [stored, boolean, integer] : rows) {
         defaults.values["AutoQuit"] = defaults.values["AutoQuitMode"] = stored;
         const auto shown = stored.string() ? *stored.string() : "no text";
@@ -54,7 +54,7 @@ protected:
     std::string get(const std::string& name) { return root.read("home/.local/share/Tidewell/" + name); }
     TWListFile read() { return folder.read(folder.file("L.plist")); }
 
-    TWDataFolder folder {fileSystem, places, bundle};
+    TWDataFolder folder{ fileSystem, places, bundle };
 };
 
 TEST_F(TWDataFolderTest, TellsAMissingListFromOneThatCannotBeRead)
@@ -82,15 +82,16 @@ TEST_F(TWDataFolderTest, TellsAMissingListFromOneThatCannotBeRead)
 
 TEST_F(TWDataFolderTest, AWriteKeepsEveryDamagedFileAndAFailedOneTheOldFile)
 {
-    for (const auto* name : {"L.plist.damaged", "L.plist.damaged.2"}) {
+    for (const auto* name : { "L.plist.damaged", "L.plist.damaged.2" }) {
         put(name);
-        EXPECT_EQ(folder.write("L.plist", {1, "two"}, TWOldFile::KeepAsDamaged), "");
+        EXPECT_EQ(folder.write("L.plist", { 1, "two" }, TWOldFile::KeepAsDamaged), "");
         EXPECT_EQ(get(name), name);
     }
-    EXPECT_EQ(read().records, (TWValue::Array {1, "two"}));
+    EXPECT_EQ(read().records, (TWValue::Array{ 1, "two" }));
     put("old");
-    EXPECT_NE(folder.write("L.plist", {"not \xFF text"}, TWOldFile::Replace), "");
+    EXPECT_NE(folder.write("L.plist", { "not \xFF text" }, TWOldFile::Replace), "");
     EXPECT_EQ(get("L.plist"), "old");
     std::filesystem::create_directories(folder.file("folder/x"));
-    EXPECT_NE(folder.write("folder", {}, TWOldFile::Replace).find("could not be saved (Is a directory)"), std::string::npos);
+    EXPECT_NE(
+        folder.write("folder", {}, TWOldFile::Replace).find("could not be saved (Is a directory)"), std::string::npos);
 }

@@ -55,11 +55,15 @@ TEST(TWKeywordMatcher, FoldsCaseAsUnicodeDoesInFull)
 
 TEST(TWKeywordMatcher, InvalidBytesDivideTheTextAndSpoilAWord)
 {
-    EXPECT_TRUE(first({ "secret" }, "\xff" "Secret\xc3"));
+    EXPECT_TRUE(first({ "secret" },
+        "\xff"
+        "Secret\xc3"));
     EXPECT_TRUE(first({ "é" }, "\xc3\xc3\xa9\xa9"));
     EXPECT_FALSE(first({ "secret" }, "sec\xffret"));
     EXPECT_FALSE(first({ "secret" }, "sec\xc3ret")); // the lead byte of a sequence that does not follow
-    EXPECT_FALSE(first({ "\xff", "a\xc3", "" }, "\xff" "a\xc3"));
+    EXPECT_FALSE(first({ "\xff", "a\xc3", "" },
+        "\xff"
+        "a\xc3"));
     EXPECT_TRUE(TWKeywordMatcher({ "", "\xff" }).empty());
     EXPECT_TRUE(first({ std::string("a\0b", 3) }, std::string_view("A\0B", 3)));
 }

@@ -29,7 +29,10 @@ protected:
         EXPECT_TRUE(machine.waitFor([this] { return !line("trash").empty(); })) << "what waits for the first paint";
     }
 
-    std::string line(const std::string& cleaner) { return child<QLabel>(*window, cleaner + "QuietLabel")->text().toStdString(); }
+    std::string line(const std::string& cleaner)
+    {
+        return child<QLabel>(*window, cleaner + "QuietLabel")->text().toStdString();
+    }
     std::string light(const std::string& cleaner)
     {
         return child<QWidget>(*window, cleaner + "Light")->accessibleName().toStdString();
@@ -37,7 +40,7 @@ protected:
     // Starts a run that stands at its first file.
     void startRun()
     {
-        QTest::mouseClick(child<QCheckBox>(*window, "trashCheckBox"), Qt::LeftButton, {}, {8, 8});
+        QTest::mouseClick(child<QCheckBox>(*window, "trashCheckBox"), Qt::LeftButton, {}, { 8, 8 });
         QTest::keyClick(window.get(), Qt::Key_Return);
         ASSERT_TRUE(machine.waitFor([&] { return machine.launcher.running() == 1; }));
     }

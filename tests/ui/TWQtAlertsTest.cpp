@@ -18,7 +18,8 @@ protected:
     }
     QMessageBox& show(const char* alternate)
     {
-        alerts.show({"Wait & see", "<b>bold</b>", "Go & do", alternate}, [this](TWAnswer answer) { answers.push_back(answer); });
+        alerts.show({ "Wait & see", "<b>bold</b>", "Go & do", alternate },
+            [this](TWAnswer answer) { answers.push_back(answer); });
         auto* box = child<QMessageBox>(*window, "alertMessageBox");
         EXPECT_TRUE(QTest::qWaitForWindowExposed(box));
         return *box;
@@ -53,7 +54,7 @@ TEST_F(TWQtAlertsTest, TextsArePlainAndEveryWayToCloseAnswersOnce)
     ASSERT_TRUE(closed());
     show("Cancel");
     window.reset(); // and nobody has answered
-    EXPECT_EQ(answers, (std::vector {Alternate, Default, Alternate, Alternate, Default}));
+    EXPECT_EQ(answers, (std::vector{ Alternate, Default, Alternate, Alternate, Default }));
 }
 
 }

@@ -21,7 +21,7 @@ protected:
 
     TWTemporaryFolder folder;
     TWFakeRunLoop runLoop;
-    TWResultsWindowController controller {runLoop};
+    TWResultsWindowController controller{ runLoop };
 };
 
 TEST_F(TWResultsWindowTest, LinesSayTheirKindAndAreNeverMarkup)

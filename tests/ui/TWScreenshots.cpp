@@ -43,14 +43,14 @@ void grabAll()
     TWQtAlerts alerts;
     alerts.setWindow(&window);
     const auto welcome = machine.fileSystem.read(machine.bundle.resourcePath("Welcome.txt"), 100'000).bytes;
-    alerts.show({"Welcome to Tidewell!", welcome, "I Understand", ""}, [](TWAnswer) { });
+    alerts.show({ "Welcome to Tidewell!", welcome, "I Understand", "" }, [](TWAnswer) {});
     grab(machine, *child<QMessageBox>(window, "alertMessageBox"), "welcome");
 
     machine.files.applyDefaults();
-    machine.files.addRule({true, "Everything!", "/", TWItemItself});
+    machine.files.addRule({ true, "Everything!", "/", TWItemItself });
     TWFilesSheet files(machine.files, machine.help, nullptr);
     grab(machine, files, "files");
-    machine.dictionary.setWordDictionary({"invoice", "tax return", "", std::string(150, 'w')});
+    machine.dictionary.setWordDictionary({ "invoice", "tax return", "", std::string(150, 'w') });
     TWDictionarySheet dictionary(machine.dictionary, machine.help, nullptr);
     grab(machine, dictionary, "dictionary");
     grab(machine, machine.help, "help");
@@ -60,7 +60,7 @@ TEST(TWScreenshots, AllWindows)
 {
     if (!qEnvironmentVariableIsSet("TIDEWELL_SCREENSHOTS"))
         GTEST_SKIP();
-    for (const auto& palette : {QPalette(QColor(49, 52, 57), QColor(43, 46, 51)), QPalette(QColor(239, 239, 239))}) {
+    for (const auto& palette : { QPalette(QColor(49, 52, 57), QColor(43, 46, 51)), QPalette(QColor(239, 239, 239)) }) {
         QApplication::setPalette(palette);
         grabAll();
     }

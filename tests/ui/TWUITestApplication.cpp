@@ -20,7 +20,7 @@ public:
 
 private:
     char name_[9] = "tests_ui";
-    char* arguments_[2] = {name_, nullptr};
+    char* arguments_[2] = { name_, nullptr };
     int argumentCount_ = 1;
     std::unique_ptr<QApplication> application_;
 };

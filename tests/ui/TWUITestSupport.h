@@ -18,9 +18,11 @@ inline QString resourceFolder()
     return QCoreApplication::applicationDirPath() + "/../share/tidewell";
 }
 
-// A machine with the real resources, and no rules. Alerts stay open and deletion tools stay at work until the test ends them.
+// A machine with the real resources, and no rules. Alerts stay open and deletion tools stay at work until the test ends
+// them.
 struct Machine : TWFakeMachine {
-    TWPlatform platform {runLoop, launcher, fileSystem, mountTable, places, userDefaults, bundle, locks, alerts, notifier};
+    TWPlatform platform{ runLoop, launcher, fileSystem, mountTable, places, userDefaults, bundle, locks, alerts,
+        notifier };
 
     Machine()
     {
@@ -47,11 +49,12 @@ struct Editors : Machine {
     Editors() { alerts.leavesOpen = false; }
 
     TWQtRunLoop qtRunLoop;
-    TWSettings settings {userDefaults};
-    TWDataFolder folder {fileSystem, places, bundle};
-    TWDictionaryWindowController dictionary {folder};
-    TWFilesWindowController files {{settings, folder, bundle, fileSystem, places, qtRunLoop, alerts, guard, dictionary}};
-    TWHelpWindow help {bundle};
+    TWSettings settings{ userDefaults };
+    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDictionaryWindowController dictionary{ folder };
+    TWFilesWindowController files{ { settings, folder, bundle, fileSystem, places, qtRunLoop, alerts, guard,
+        dictionary } };
+    TWHelpWindow help{ bundle };
 };
 
 template <typename Widget>

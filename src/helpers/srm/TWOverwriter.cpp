@@ -35,7 +35,7 @@ static_assert(std::size(MediumPasses) == 7 && std::size(FullPasses) == 35);
 
 // The rest of the last block may still hold what another file left there. Network file systems name blocks of a
 // megabyte, which are transfer sizes; no disk allocates more than this at once.
-constexpr off_t LargestBlock = off_t {64} * 1024;
+constexpr off_t LargestBlock = off_t{ 64 } * 1024;
 
 off_t roundedUpToBlock(off_t end, off_t blockSize)
 {

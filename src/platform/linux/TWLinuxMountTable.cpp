@@ -13,7 +13,8 @@ std::string unescaped(std::string_view text)
     std::string result;
     for (std::size_t index = 0; index < text.size(); ++index) {
         if (text[index] == '\\' && index + 3 < text.size()) {
-            result.push_back(static_cast<char>((text[index + 1] - '0') * 64 + (text[index + 2] - '0') * 8 + (text[index + 3] - '0')));
+            result.push_back(static_cast<char>(
+                (text[index + 1] - '0') * 64 + (text[index + 2] - '0') * 8 + (text[index + 3] - '0')));
             index += 3;
         } else {
             result.push_back(text[index]);
@@ -45,7 +46,7 @@ TWLinuxMountTable::~TWLinuxMountTable()
 
 const std::vector<std::string>& TWLinuxMountTable::mountPoints()
 {
-    pollfd change {descriptor_, POLLPRI, 0};
+    pollfd change{ descriptor_, POLLPRI, 0 };
     if (descriptor_ >= 0 && poll(&change, 1, 0) > 0)
         read();
     return mountPoints_;

@@ -41,13 +41,13 @@ void closeDescriptor(int& descriptor)
 // 0, or the errno.
 int spawn(const std::string& path, const std::vector<std::string>& arguments, int output, pid_t& process)
 {
-    std::vector<char*> words {const_cast<char*>(path.c_str())};
+    std::vector<char*> words{ const_cast<char*>(path.c_str()) };
     for (const auto& argument : arguments)
         words.push_back(const_cast<char*>(argument.c_str()));
     words.push_back(nullptr);
     char locale[] = "LC_ALL=C";
     char search[] = "PATH=/usr/bin:/bin:/usr/sbin:/sbin";
-    char* const environment[] = {locale, search, nullptr};
+    char* const environment[] = { locale, search, nullptr };
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -61,7 +61,7 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, in
     sigset_t signals;
     sigemptyset(&signals);
     posix_spawnattr_setsigmask(&attributes, &signals);
-    for (const int signal : {SIGPIPE, SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : { SIGPIPE, SIGINT, SIGTERM, SIGHUP })
         sigaddset(&signals, signal);
     posix_spawnattr_setsigdefault(&attributes, &signals);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
@@ -97,7 +97,7 @@ public:
     void start(const std::string& path, const std::vector<std::string>& arguments)
     {
         int error = 0;
-        int ends[2] = {-1, -1};
+        int ends[2] = { -1, -1 };
         if (pipe2(ends, O_CLOEXEC) != 0)
             error = errno;
         outputRead_ = ends[0];
@@ -145,7 +145,8 @@ private:
     int watchDescriptors()
     {
         pidfd_ = openProcess(process_);
-        if (pidfd_ >= 0 && launcher_.watch(pidfd_, identifier_) && launcher_.watch(outputRead_, identifier_ | OutputBit))
+        if (pidfd_ >= 0 && launcher_.watch(pidfd_, identifier_)
+            && launcher_.watch(outputRead_, identifier_ | OutputBit))
             return 0;
         // A child whose end cannot be noticed is not left running.
         const int error = errno;
@@ -172,8 +173,8 @@ private:
         terminated(termination);
     }
 
-    // The process that nobody waits for any more still has to be collected once it has ended. Hops to a thread of its own, which
-    // touches nothing of ours; the process number stays taken until it is collected.
+    // The process that nobody waits for any more still has to be collected once it has ended. Hops to a thread of its
+    // own, which touches nothing of ours; the process number stays taken until it is collected.
     void abandon()
     {
         try {
@@ -241,7 +242,7 @@ std::unique_ptr<TWChildProcess> TWLinuxProcessLauncher::launch(
 
 bool TWLinuxProcessLauncher::watch(int descriptor, std::uint64_t tag) const
 {
-    epoll_event event {};
+    epoll_event event{};
     event.events = EPOLLIN;
     event.data.u64 = tag;
     return epoll_ctl(epoll_, EPOLL_CTL_ADD, descriptor, &event) == 0;

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <unordered_map>
 
-// posix_spawn (no copy of our memory, however large it is), one pidfd per child, all of them behind one epoll descriptor that the
-// run loop watches. No process-wide signal handler.
+// posix_spawn (no copy of our memory, however large it is), one pidfd per child, all of them behind one epoll
+// descriptor that the run loop watches. No process-wide signal handler.
 class TWLinuxProcessLauncher final : public TWProcessLauncher {
 public:
     explicit TWLinuxProcessLauncher(TWRunLoop&);

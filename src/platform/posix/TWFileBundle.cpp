@@ -19,7 +19,7 @@ TWFileBundle::TWFileBundle(const TWFileSystem& fileSystem, std::string resourceF
     if (contents.error == 0 && list.value && list.value->dictionary())
         info_ = *list.value->dictionary();
     else
-        TWLog::write(TWText::fill("TWFileBundle: Could not read %@. Please install Tidewell again.", {path}));
+        TWLog::write(TWText::fill("TWFileBundle: Could not read %@. Please install Tidewell again.", { path }));
 }
 
 std::string TWFileBundle::info(const std::string& key) const

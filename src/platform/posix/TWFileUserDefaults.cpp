@@ -11,9 +11,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto Unreadable = "The settings file \"%@\" could not be read. It is left untouched until a setting is changed, and then kept as "
-                            "\"%@.damaged\"; please repair it, or move it away to start anew.";
-constexpr auto Unwritable = "The settings file \"%@\" could not be saved. Please make room on the disk or check the permissions.";
+constexpr auto Unreadable
+    = "The settings file \"%@\" could not be read. It is left untouched until a setting is changed, and then kept as "
+      "\"%@.damaged\"; please repair it, or move it away to start anew.";
+constexpr auto Unwritable
+    = "The settings file \"%@\" could not be saved. Please make room on the disk or check the permissions.";
 
 constexpr std::size_t LongestFile = 1 << 20;
 
@@ -38,7 +40,7 @@ void TWFileUserDefaults::read()
     if (contents.error == 0 && list.value && list.value->dictionary())
         stored_ = *list.value->dictionary();
     else
-        problem_ = TWText::fill(Unreadable, {file_, file_});
+        problem_ = TWText::fill(Unreadable, { file_, file_ });
 }
 
 std::optional<TWValue> TWFileUserDefaults::value(const std::string& key) const
@@ -71,7 +73,7 @@ std::string TWFileUserDefaults::synchronize()
     if (changes_.empty())
         return "";
     read();
-    return write() ? "" : TWText::fill(Unwritable, {file_});
+    return write() ? "" : TWText::fill(Unwritable, { file_ });
 }
 
 // False leaves the file as it is and the changes for a later try.

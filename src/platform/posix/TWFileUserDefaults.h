@@ -6,8 +6,8 @@
 
 #include <map>
 
-// One property list of our own, a dictionary. Changes are written together on the next turn of the run loop, over what the file holds
-// by then, and never but whole: a write that fails leaves the old file.
+// One property list of our own, a dictionary. Changes are written together on the next turn of the run loop, over what
+// the file holds by then, and never but whole: a write that fails leaves the old file.
 class TWFileUserDefaults final : public TWUserDefaults {
 public:
     TWFileUserDefaults(const TWFileSystem&, TWRunLoop&, std::string file);

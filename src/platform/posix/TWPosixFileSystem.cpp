@@ -1,12 +1,12 @@
 #include "platform/posix/TWPosixFileSystem.h"
 
-#include "platform/posix/TWDescriptor.h"
-#include "support/TWPath.h"
-#include "platform/posix/TWPosixOpenFolder.h"
 #include "platform/TWRunLoop.h"
+#include "platform/posix/TWDescriptor.h"
+#include "platform/posix/TWPosixOpenFolder.h"
+#include "support/TWPath.h"
 
-#include <fcntl.h>
 #include <climits>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr mode_t NewFolderMode = 0700;
 constexpr std::uint64_t BlockSize = 512; // the unit of st_blocks on every file system
-constexpr std::size_t CopySize = std::size_t {64} * 1024;
+constexpr std::size_t CopySize = std::size_t{ 64 } * 1024;
 constexpr int MostLinks = 40; // as the system itself follows
 
 // Trailing slashes cut. A NUL inside would make the system see another, shorter path: such a path becomes the empty
@@ -148,7 +148,8 @@ std::optional<TWFileFacts> TWPosixFileSystem::facts(const std::string& path, TWL
 bool TWPosixFileSystem::exists(const std::string& path) const
 {
     struct stat found;
-    return askStatus(placeOf(path), TWLinkAtEnd::DoNotFollow, found) || (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
+    return askStatus(placeOf(path), TWLinkAtEnd::DoNotFollow, found)
+        || (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG);
 }
 
 static std::unique_ptr<TWPosixOpenFolder> openPosixFolder(const std::string& path, TWLinkAtEnd link)
@@ -357,7 +358,7 @@ static int copyBytes(const TWDescriptor& from, TWDescriptor& to)
 int TWPosixFileSystem::copyFile(const std::string& from, const std::string& to) const
 {
     TWDescriptor source;
-    struct stat facts {};
+    struct stat facts { };
     if (const int error = openForReading(from, source, facts))
         return error;
     const std::string copyPath = systemPath(to);

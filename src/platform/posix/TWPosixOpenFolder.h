@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/posix/TWDescriptor.h"
 #include "platform/TWFileSystem.h"
+#include "platform/posix/TWDescriptor.h"
 
 #include <sys/types.h>
 

@@ -22,7 +22,8 @@ TWQtApplicationService::TWQtApplicationService(Answers answers)
 void TWQtApplicationService::offer(const QString& name)
 {
     auto bus = QDBusConnection::sessionBus();
-    // The object's path is the name with slashes, as the desktop expects it. Exported first: calls may come with the name.
+    // The object's path is the name with slashes, as the desktop expects it. Exported first: calls may come with the
+    // name.
     const QString path = "/" + QString(name).replace('.', '/');
     if (bus.isConnected() && bus.registerObject(path, this, QDBusConnection::ExportAllSlots))
         bus.registerService(name);

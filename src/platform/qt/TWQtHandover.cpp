@@ -9,10 +9,11 @@
 
 namespace {
 
-constexpr auto NoAnswer = "The Tidewell window ended before it had answered. Please look whether the command was carried out.\n";
+constexpr auto NoAnswer
+    = "The Tidewell window ended before it had answered. Please look whether the command was carried out.\n";
 
-// Milliseconds, per piece of a message. The window does not stand still for a command that does; a command waits as long as the window
-// lives, since whoever tried again might have his command carried out twice.
+// Milliseconds, per piece of a message. The window does not stand still for a command that does; a command waits as
+// long as the window lives, since whoever tried again might have his command carried out twice.
 constexpr int WindowsPatience = 2000;
 constexpr int CommandsPatience = -1;
 constexpr int Connecting = 500;
@@ -100,7 +101,9 @@ void TWQtHandover::serve()
     for (const auto& part : parts->mid(1))
         words.push_back(part.toStdString());
     const auto result = carryOut_(words, parts->first().toStdString());
-    send(*socket, {QByteArray::number(result.status), QByteArray::fromStdString(result.out), QByteArray::fromStdString(result.err)},
+    send(*socket,
+        { QByteArray::number(result.status), QByteArray::fromStdString(result.out),
+            QByteArray::fromStdString(result.err) },
         WindowsPatience);
     socket->disconnectFromServer();
 }
@@ -111,12 +114,12 @@ std::optional<TWCommandResult> TWQtHandover::handOver(
     QLocalSocket socket;
     if (!connectTo(socket, socketPaths_))
         return std::nullopt;
-    QByteArrayList parts {QByteArray::fromStdString(workingFolder)};
+    QByteArrayList parts{ QByteArray::fromStdString(workingFolder) };
     for (const auto& word : words)
         parts.append(QByteArray::fromStdString(word));
     send(socket, parts, CommandsPatience);
     const auto answer = receive(socket, CommandsPatience);
     if (!answer || answer->size() != 3)
-        return TWCommandResult {1, "", NoAnswer};
-    return TWCommandResult {answer->at(0).toInt(), answer->at(1).toStdString(), answer->at(2).toStdString()};
+        return TWCommandResult{ 1, "", NoAnswer };
+    return TWCommandResult{ answer->at(0).toInt(), answer->at(1).toStdString(), answer->at(2).toStdString() };
 }

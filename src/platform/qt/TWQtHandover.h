@@ -4,8 +4,8 @@
 
 #include <QLocalServer>
 
-// Over a local socket that only the user can reach, one per data folder. Where the first path cannot be used (too long for a socket,
-// or in a folder that cannot be written) both sides take the next one.
+// Over a local socket that only the user can reach, one per data folder. Where the first path cannot be used (too long
+// for a socket, or in a folder that cannot be written) both sides take the next one.
 class TWQtHandover final : public TWHandover {
 public:
     explicit TWQtHandover(std::vector<std::string> socketPaths);

@@ -37,14 +37,14 @@ void TWQtNotifier::post(const TWNotification& notification)
 {
     if (!connectOnce())
         return;
-    QVariantMap hints {{"desktop-entry", "org.tidewell.Tidewell"}, {"category", "transfer.complete"}};
+    QVariantMap hints{ { "desktop-entry", "org.tidewell.Tidewell" }, { "category", "transfer.complete" } };
     // Replaces the one before, so that the only one on the screen is the one whose clicks are ours.
     const auto previous = latestIdentifier();
     hints["urgency"] = QVariant::fromValue(notification.sticky ? CriticalUrgency : NormalUrgency);
     auto message = QDBusMessage::createMethodCall(Service, Path, Service, "Notify");
-    message.setArguments({"Tidewell", previous, notification.warning ? "dialog-warning" : "",
+    message.setArguments({ "Tidewell", previous, notification.warning ? "dialog-warning" : "",
         QString::fromStdString(notification.title), QString::fromStdString(notification.text).toHtmlEscaped(),
-        QStringList {"default", tr("Show results")}, hints, notification.sticky ? 0 : -1});
+        QStringList{ "default", tr("Show results") }, hints, notification.sticky ? 0 : -1 });
     latest_ = QDBusConnection::sessionBus().asyncCall(message, Delivery);
 }
 

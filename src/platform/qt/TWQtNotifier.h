@@ -7,7 +7,8 @@
 
 #include <optional>
 
-// org.freedesktop.Notifications on the session bus. The end of this object gives the last notification a second to be delivered.
+// org.freedesktop.Notifications on the session bus. The end of this object gives the last notification a second to be
+// delivered.
 class TWQtNotifier final : public QObject, public TWNotifier {
     Q_OBJECT
 

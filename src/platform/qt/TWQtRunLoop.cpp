@@ -8,8 +8,9 @@
 
 namespace {
 
-// Owns a Qt object whose signal calls the owner's function. Deleted later, because the handle is often destroyed within that call.
-template<typename Object>
+// Owns a Qt object whose signal calls the owner's function. Deleted later, because the handle is often destroyed within
+// that call.
+template <typename Object>
 class ObjectHandle final : public TWRunLoopHandle {
 public:
     explicit ObjectHandle(Object* object)
@@ -83,7 +84,7 @@ void TWQtRunLoop::post(std::function<void()> call)
 std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::inBackground(Work work, std::function<void()> finished)
 {
     const auto cancellation = std::make_shared<TWCancellation>();
-    const auto worker = workers_.insert(workers_.end(), {cancellation, {}});
+    const auto worker = workers_.insert(workers_.end(), { cancellation, {} });
     const auto run = [this, worker, cancellation, work = std::move(work), finished = std::move(finished)] {
         work(cancellation);
         post([this, worker, cancellation, finished] {

@@ -7,7 +7,8 @@
 #include <list>
 #include <thread>
 
-// The event loop of the QCoreApplication, which must exist and outlive this. Its end waits for background work that was told to stop.
+// The event loop of the QCoreApplication, which must exist and outlive this. Its end waits for background work that was
+// told to stop.
 class TWQtRunLoop final : public TWRunLoop {
 public:
     TWQtRunLoop() = default;
