@@ -6,10 +6,10 @@
 // Prints the seconds that the deletions took.
 
 #include "deletion/TWFileDeleteQueue.h"
+#include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
-#include "platform/posix/TWPosixFileSystem.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "ui/TWResultsWindow.h"
 
@@ -23,7 +23,8 @@ namespace {
 std::vector<std::string> entriesOf(const TWFileSystem& fileSystem, const std::string& folder)
 {
     std::vector<std::string> paths;
-    if (const auto open = fileSystem.openFolder(folder, TWLinkAtEnd::DoNotFollow))
+    int error = 0;
+    if (const auto open = fileSystem.openFolder(folder, error))
         for (const auto& entry : open->entries())
             paths.push_back(folder + "/" + std::string(entry.name));
     return paths;
@@ -75,7 +76,7 @@ int main(int count, char** arguments)
     const bool showing = mode == "window";
     const std::unique_ptr<QCoreApplication> application(
         showing ? new QApplication(count, arguments) : new QCoreApplication(count, arguments));
-    const TWPosixFileSystem fileSystem;
+    const TWLinuxFileSystem fileSystem;
     const auto places = TWLinuxPlaces();
     TWLinuxMountTable mountTable;
     const TWDeletionGuard guard(places, fileSystem, mountTable, places.dataHome + "/Tidewell");

@@ -4,7 +4,7 @@
 //   search_bench match WORDS NAMES          prints milliseconds to build and nanoseconds per name
 
 #include "cleaners/TWFilesCleaner.h"
-#include "platform/posix/TWPosixFileSystem.h"
+#include "platform/linux/TWLinuxFileSystem.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -54,7 +54,7 @@ void search(const char* words, const std::vector<std::string>& folders)
     for (const auto& folder : folders)
         rules.push_back({ true, "", folder, TWItemsWithKeywordsDeep });
     const auto plan = TWFilesCleaner::plan(
-        rules, TWKeywordMatcher(linesOf(words)), TWPlaces(), TWPosixFileSystem(),
+        rules, TWKeywordMatcher(linesOf(words)), TWPlaces(), TWLinuxFileSystem(),
         [](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }, TWCancellation());
     for (const auto& path : plan.paths)
         std::puts(path.c_str());

@@ -48,10 +48,10 @@ void writeQtMessage(QtMsgType, const QMessageLogContext&, const QString& message
 }
 
 // The sandbox's root as a real path, made when missing; nothing when that fails.
-std::optional<std::string> sandboxRoot(const TWFileSystem& fileSystem, const std::string& folder)
+std::optional<std::string> sandboxRoot(const std::string& folder)
 {
-    int error = fileSystem.makeFolders(folder + "/home");
-    auto root = fileSystem.realPath(folder + "/.");
+    int error = TWPosixOwnFiles().makeFolders(folder + "/home");
+    auto root = TWLinuxFileSystem().realPath(folder, TWLinkAtEnd::Follow);
     if (error == 0 && root)
         return root;
     TWPrint({ TWStatus::Failure, "", TWText::fill(NoSandbox, { folder, TWErrorText(error) }) });
@@ -124,14 +124,14 @@ std::optional<TWPlaces> TWPlacesFor(const TWInvocation& invocation, int& status)
         return std::nullopt;
     }
     status = TWStatus::Failure;
-    const auto root = sandboxRoot(TWPosixFileSystem(), folder);
+    const auto root = sandboxRoot(folder);
     return root ? std::optional(TWLinuxSandboxPlaces(*root)) : std::nullopt;
 }
 
 TWWorld::TWWorld(const TWPlaces& where)
     : places(where)
-    , bundle(fileSystem, places.resources)
-    , dataFolder(fileSystem, places, bundle)
+    , bundle(ownFiles, places.resources)
+    , dataFolder(ownFiles, places, bundle)
     , settingsFile(places.configHome + SettingsFile)
 {
 }
@@ -171,7 +171,7 @@ TWStopSignals::~TWStopSignals()
 TWSystem::TWSystem(const TWWorld& world)
     : world_(world)
     , launcher_(runLoop_)
-    , userDefaults_(world.fileSystem, runLoop_, world.settingsFile)
+    , userDefaults_(world.ownFiles, runLoop_, world.settingsFile)
 {
     if (world.places.sandboxed())
         notifier_ = std::make_unique<TWSilentNotifier>();
@@ -181,8 +181,8 @@ TWSystem::TWSystem(const TWWorld& world)
 
 TWPlatform TWSystem::platform(TWAlerts& alerts)
 {
-    return { runLoop_, launcher_, world_.fileSystem, mountTable_, world_.places, userDefaults_, world_.bundle, locks_,
-        alerts, *notifier_ };
+    return { runLoop_, launcher_, world_.fileSystem, world_.ownFiles, mountTable_, world_.places, userDefaults_,
+        world_.bundle, locks_, alerts, *notifier_ };
 }
 
 std::unique_ptr<TWHeldLock> TWSystem::lockLists(bool& busy)

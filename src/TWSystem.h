@@ -3,12 +3,13 @@
 #include "app/TWPlatform.h"
 #include "cli/TWInvocation.h"
 #include "platform/TWHandover.h"
+#include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/posix/TWFileBundle.h"
 #include "platform/posix/TWFileUserDefaults.h"
-#include "platform/posix/TWPosixFileSystem.h"
 #include "platform/posix/TWPosixLocks.h"
+#include "platform/posix/TWPosixOwnFiles.h"
 #include "platform/qt/TWQtHandover.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "settings/TWDataFolder.h"
@@ -33,7 +34,8 @@ struct TWWorld {
     // One line when nothing can be read and written here without harm, else "".
     std::string problem() const;
 
-    const TWPosixFileSystem fileSystem;
+    const TWLinuxFileSystem fileSystem;
+    const TWPosixOwnFiles ownFiles;
     const TWPlaces places;
     const TWFileBundle bundle;
     const TWDataFolder dataFolder;

@@ -82,8 +82,10 @@ std::optional<std::string> demoFolder(const TWFileSystem& fileSystem, const std:
         TWPrint({ TWStatus::Failure, "", TWText::fill(DemoNotMade, { folder, TWErrorText(errno) }) });
         return std::nullopt;
     }
-    const auto open = fileSystem.openFolder(wanted, TWLinkAtEnd::Follow);
-    if (fileSystem.exists(wanted) && (!open || !open->entries().empty())) {
+    int error = 0;
+    const auto real = fileSystem.realPath(wanted, TWLinkAtEnd::Follow);
+    const auto open = real ? fileSystem.openFolder(*real, error) : nullptr;
+    if (fileSystem.look(wanted).isThere() && (!open || !open->entries().empty())) {
         TWPrint({ TWStatus::WrongUse, "", TWText::fill(DemoNotEmpty, { wanted }) });
         return std::nullopt;
     }
@@ -114,7 +116,7 @@ int main(int argumentCount, char** arguments)
     const bool demo = invocation.command == Command::Demo;
     if (demo) {
         TWExpandHome(invocation.path);
-        invocation.sandbox = demoFolder(TWPosixFileSystem(), invocation.path);
+        invocation.sandbox = demoFolder(TWLinuxFileSystem(), invocation.path);
         if (!invocation.sandbox)
             return invocation.path.empty() ? TWStatus::Failure : TWStatus::WrongUse;
     }
@@ -129,7 +131,7 @@ int main(int argumentCount, char** arguments)
         return TWPrint({ invocation.sandbox ? TWStatus::WrongUse : TWStatus::Failure, "", problem });
     if (demo) {
         if (const auto problem
-            = TWMakeDemoWorld(world.fileSystem, world.places, world.dataFolder.path(), world.settingsFile);
+            = TWMakeDemoWorld(world.ownFiles, world.places, world.dataFolder.path(), world.settingsFile);
             !problem.empty())
             return TWPrint({ TWStatus::Failure, "", problem + "\n" });
         if (!invocation.json)

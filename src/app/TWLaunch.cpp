@@ -32,7 +32,7 @@ std::string newUUID()
 void TWTidewellAppDelegate::registerDefaults()
 {
     const auto path = platform_.bundle.resourcePath(platform_.bundle.identifier() + ".plist");
-    const auto list = TWPropertyList::read(platform_.fileSystem.read(path, LongestResource).bytes);
+    const auto list = TWPropertyList::read(platform_.ownFiles.read(path, LongestResource).bytes);
     if (list.value && list.value->dictionary())
         settings_.registerDefaults(*list.value->dictionary());
     else
@@ -88,7 +88,7 @@ void TWTidewellAppDelegate::prepareForCommand()
 
 void TWTidewellAppDelegate::greet()
 {
-    const auto text = platform_.fileSystem.read(platform_.bundle.resourcePath("Welcome.txt"), LongestResource).bytes;
+    const auto text = platform_.ownFiles.read(platform_.bundle.resourcePath("Welcome.txt"), LongestResource).bytes;
     platform_.alerts.show({ WelcomeTitle, text, WelcomeButton, "" }, [](TWAnswer) {});
 }
 

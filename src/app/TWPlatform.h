@@ -6,6 +6,7 @@
 #include "platform/TWLock.h"
 #include "platform/TWMountTable.h"
 #include "platform/TWNotifier.h"
+#include "platform/TWOwnFiles.h"
 #include "platform/TWPlaces.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
@@ -16,6 +17,7 @@ struct TWPlatform {
     TWRunLoop& runLoop;
     TWProcessLauncher& launcher;
     const TWFileSystem& fileSystem;
+    const TWOwnFiles& ownFiles;
     TWMountTable& mountTable;
     const TWPlaces& places;
     TWUserDefaults& userDefaults;

@@ -52,7 +52,7 @@ std::string dateText()
 TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunchKind kind)
     : platform_(platform)
     , settings_(platform.userDefaults)
-    , dataFolder_(platform.fileSystem, platform.places, platform.bundle)
+    , dataFolder_(platform.ownFiles, platform.places, platform.bundle)
     , guard_(platform.places, platform.fileSystem, platform.mountTable, dataFolder_.path())
     , deletion_{ platform.runLoop, platform.launcher, platform.fileSystem, guard_, platform.places }
     , resultsWindowController_(platform.runLoop)

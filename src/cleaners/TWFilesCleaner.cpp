@@ -43,7 +43,8 @@ public:
     {
         int error = 0;
         path_ = path;
-        if (auto folder = fileSystem.openFolder(path, TWLinkAtEnd::Follow, &error))
+        const auto real = fileSystem.realPath(path, TWLinkAtEnd::Follow, &error);
+        if (auto folder = real ? fileSystem.openFolder(*real, error) : nullptr)
             enter(std::move(folder));
         else
             progress_(TWText::fill(Unreadable, { path, TWErrorText(error) }));
@@ -88,7 +89,8 @@ private:
     // level is not valid any more after a success.
     bool enterChild(const Level& level, const TWFolderEntry& entry)
     {
-        auto folder = level.folder->openFolder(entry);
+        int error = 0;
+        auto folder = level.folder->openFolder(entry, error);
         if (!folder) {
             progress_(TWText::fill(NotSearched, { pathOf(level, entry) }));
             return false;
@@ -118,7 +120,8 @@ std::vector<std::string> contentsOf(const TWFileSystem& fileSystem, const std::s
 {
     std::vector<std::string> contents;
     int error = 0;
-    const auto folder = fileSystem.openFolder(path, TWLinkAtEnd::Follow, &error);
+    const auto real = fileSystem.realPath(path, TWLinkAtEnd::Follow, &error);
+    const auto folder = real ? fileSystem.openFolder(*real, error) : nullptr;
     if (!folder) {
         progress(TWText::fill(Unreadable, { path, TWErrorText(error) }));
         return contents;
@@ -313,7 +316,7 @@ TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TW
         if (!rule.active || (rule.whatToDelete != TWItemItself && !needsFolder))
             continue;
         const auto path = places.standardize(rule.filePath);
-        const bool exists = fileSystem.exists(path);
+        const bool exists = fileSystem.look(path).presence != TWPresence::Gone;
         if (rule.whatToDelete == TWItemItself) {
             if (exists)
                 plan.paths.push_back(path);
@@ -321,7 +324,7 @@ TWFilesPlan TWFilesCleaner::plan(const std::vector<TWFilesRule>& rules, const TW
                 progress(TWText::fill(AlreadyDeleted, { path }));
             continue;
         }
-        if (!exists || !fileSystem.isFolder(path, TWLinkAtEnd::Follow)) {
+        if (!exists || !fileSystem.look(path, TWLinkAtEnd::Follow).isFolder()) {
             plan.failure = TWText::fill(exists ? NotAFolder : NoSuchFolder, { path });
             return plan;
         }

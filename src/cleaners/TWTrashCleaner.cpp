@@ -35,7 +35,8 @@ TWTrashCleaner::Plan TWTrashCleaner::plan() const
     Plan plan;
     const auto folder = tools_.places.standardize(info_);
     int error = 0;
-    const auto open = tools_.fileSystem.openFolder(folder, TWLinkAtEnd::DoNotFollow, &error);
+    const auto real = tools_.fileSystem.realPath(folder, TWLinkAtEnd::DoNotFollow, &error);
+    const auto open = real ? tools_.fileSystem.openFolder(*real, error) : nullptr;
     if (!open) {
         if (error != ENOENT)
             plan.problem = TWText::fill(Unreadable, { folder, TWErrorText(error) });
@@ -117,7 +118,9 @@ std::vector<std::string> TWTrashCleaner::recordNames() const
 {
     std::vector<std::string> names;
     const std::string trash(TWPath::parent(tools_.places.standardize(info_)));
-    if (const auto open = tools_.fileSystem.openFolder(trash + "/info", TWLinkAtEnd::DoNotFollow)) {
+    int error = 0;
+    const auto real = tools_.fileSystem.realPath(trash + "/info");
+    if (const auto open = real ? tools_.fileSystem.openFolder(*real, error) : nullptr) {
         for (const auto& entry : open->entries()) {
             if (entry.name.ends_with(RecordEnding) && entry.name.size() > RecordEnding.size())
                 names.emplace_back(entry.name);
@@ -136,10 +139,11 @@ std::vector<std::string> TWTrashCleaner::recordsWithoutItem() const
     const auto items = tools_.places.standardize(info_);
     const std::string trash(TWPath::parent(items));
     for (const auto& name : records_) {
-        if (!tools_.fileSystem.exists(items + "/" + name.substr(0, name.size() - RecordEnding.size())))
+        const auto item = items + "/" + name.substr(0, name.size() - RecordEnding.size());
+        if (tools_.fileSystem.look(item).presence == TWPresence::Gone)
             records.push_back(trash + "/info/" + name);
     }
-    if (const auto sizes = trash + "/" + SizesFile; tools_.fileSystem.exists(sizes))
+    if (const auto sizes = trash + "/" + SizesFile; tools_.fileSystem.look(sizes).isThere())
         records.push_back(sizes);
     return records;
 }

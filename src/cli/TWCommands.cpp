@@ -267,7 +267,8 @@ TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvoca
         result.err += problem + "\n";
     const auto file = fileOf(delegate, invocation.command);
     // A problem also ends when somebody has repaired the file meanwhile.
-    if (delegate.problems().size() < problems.size() && delegate.platform().fileSystem.exists(file + ".damaged"))
+    if (delegate.problems().size() < problems.size()
+        && delegate.platform().fileSystem.look(file + ".damaged").isThere())
         result.err += TWText::fill(KeptAsDamaged, { TWText::oneLine(file) });
     return result;
 }

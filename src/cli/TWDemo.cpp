@@ -1,6 +1,7 @@
 #include "cli/TWDemo.h"
 
 #include "cleaners/TWFilesRule.h"
+#include "platform/TWFileSystem.h"
 #include "plist/TWPropertyList.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
@@ -19,8 +20,8 @@ constexpr auto Record = "[Trash Info]\nPath=Documents/%@\nDeletionDate=2026-01-0
 
 class World {
 public:
-    World(const TWFileSystem& fileSystem)
-        : fileSystem_(fileSystem)
+    World(const TWOwnFiles& ownFiles)
+        : ownFiles_(ownFiles)
     {
     }
 
@@ -28,9 +29,9 @@ public:
     {
         if (!problem_.empty())
             return;
-        int error = fileSystem_.makeFolders(std::string(TWPath::parent(path)));
+        int error = ownFiles_.makeFolders(std::string(TWPath::parent(path)));
         if (error == 0)
-            error = fileSystem_.writeAtomically(path, contents);
+            error = ownFiles_.writeAtomically(path, contents);
         if (error != 0)
             problem_ = TWText::fill(NotWritten, { path, TWErrorText(error) });
     }
@@ -43,7 +44,7 @@ public:
     const std::string& problem() const { return problem_; }
 
 private:
-    const TWFileSystem& fileSystem_;
+    const TWOwnFiles& ownFiles_;
     std::string problem_;
 };
 
@@ -57,10 +58,10 @@ TWValue::Array sampleRules()
 
 }
 
-std::string TWMakeDemoWorld(const TWFileSystem& fileSystem, const TWPlaces& places, const std::string& dataFolder,
-    const std::string& defaultsFile)
+std::string TWMakeDemoWorld(
+    const TWOwnFiles& ownFiles, const TWPlaces& places, const std::string& dataFolder, const std::string& defaultsFile)
 {
-    World world(fileSystem);
+    World world(ownFiles);
     for (const auto file : TrashedFiles) {
         const std::string item(file.substr(0, file.find('/')));
         world.write(places.trash + "/files/" + std::string(file), "A sample file of the demonstration.\n");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/TWFileSystem.h"
+#include "platform/TWOwnFiles.h"
 #include "platform/TWPlaces.h"
 
 #include <string>
@@ -8,4 +8,4 @@
 // Fills a sandbox with sample traces: a Trash with records, thumbnails, documents of which some names hold a word of a
 // sample dictionary, and the rules and settings that clean them. "" or one line that names the file and the remedy.
 std::string TWMakeDemoWorld(
-    const TWFileSystem&, const TWPlaces&, const std::string& dataFolder, const std::string& defaultsFile);
+    const TWOwnFiles&, const TWPlaces&, const std::string& dataFolder, const std::string& defaultsFile);

@@ -40,7 +40,7 @@ constexpr std::string_view LocalTree = "/usr/local";
 // A folder that does not exist yet has at least a real parent.
 std::string realFolder(const TWFileSystem& fileSystem, const std::string& path)
 {
-    if (const auto inside = fileSystem.realPath(path + "/."))
+    if (const auto inside = fileSystem.realPath(path, TWLinkAtEnd::Follow))
         return *inside;
     return fileSystem.realPath(path).value_or(path);
 }
@@ -79,7 +79,7 @@ const char* TWDeletionGuard::reason(const std::string& path) const
     // When a folder on the way is missing, there is nothing that could be deleted, and the deletion tool will find the
     // same.
     if (!real)
-        return fileSystem_.exists(path) ? CannotTell : nullptr;
+        return fileSystem_.look(path).presence != TWPresence::Gone ? CannotTell : nullptr;
     if (places_.sandboxed() && *real == places_.sandboxRoot)
         return SandboxItself;
     if (places_.sandboxed() && !TWPath::isAtOrBelow(*real, places_.sandboxRoot))

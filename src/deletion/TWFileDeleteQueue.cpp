@@ -84,7 +84,7 @@ bool TWFileDeleteQueue::findWhatIsLeft(std::vector<std::string>& lines) const
     bool nothingLeft = true;
     const auto started = stopped_ ? deleteIndex_ : files_.size();
     for (std::size_t index = 0; index < started; ++index) {
-        const bool left = fileSystem_.exists(files_[index]);
+        const bool left = fileSystem_.look(files_[index]).presence != TWPresence::Gone;
         const auto& remarks = left ? problems_ : notices_;
         if (const auto remark = remarks.find(index); remark != remarks.end())
             lines.push_back(remark->second);

@@ -40,7 +40,7 @@ void TWFilesWindowController::awakeFromNib(TWLaunchKind kind)
 {
     const auto saved = file();
     // A link that leads nowhere is no saved list either.
-    if (!context_.fileSystem.facts(saved, TWLinkAtEnd::Follow) && context_.dataFolder.read(saved).missing) {
+    if (!context_.fileSystem.look(saved, TWLinkAtEnd::Follow).isThere() && context_.dataFolder.read(saved).missing) {
         loadRules(defaultRules(), Existing::Replace);
     } else {
         problem_ = loadRules(saved, Existing::Replace);
@@ -137,7 +137,7 @@ std::string TWFilesWindowController::applyDefaults()
 {
     const auto path = defaultRules();
     // Reading a file that is missing is no problem elsewhere.
-    if (!context_.fileSystem.exists(path) || !loadRules(path, Existing::Replace).empty())
+    if (!context_.fileSystem.look(path).isThere() || !loadRules(path, Existing::Replace).empty())
         return TWText::fill(NoDefaults, { path });
     ruleChanged();
     return "";

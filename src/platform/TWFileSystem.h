@@ -1,101 +1,138 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+class TWCancellation;
+
 enum class TWFileKind : std::uint8_t { File, Folder, Link, Other };
 
+// Tells one file or folder from every other one on the machine, whatever path leads to it.
+struct TWFileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    friend bool operator==(const TWFileIdentity&, const TWFileIdentity&) = default;
+};
+
+template <>
+struct std::hash<TWFileIdentity> {
+    std::size_t operator()(const TWFileIdentity& identity) const noexcept
+    {
+        return std::hash<std::uint64_t>()(identity.inode * 0x9E3779B97F4A7C15U ^ identity.device);
+    }
+};
+
+struct TWFileFacts {
+    TWFileIdentity identity;
+    std::uint64_t size = 0; // length of the contents, in bytes
+    std::uint64_t bytes = 0; // space taken on disk, in bytes; for a folder its own only
+    std::int64_t changed = 0; // last change of contents or attributes, in nanoseconds since 1970 UTC
+    std::int64_t modified = 0; // last change of contents, in nanoseconds since 1970 UTC
+    std::uint32_t links = 0;
+    TWFileKind kind = TWFileKind::Other;
+};
+
+// Unknown: the disk could not be asked, so nobody may say that the file is gone.
+enum class TWPresence : std::uint8_t { Gone, There, Unknown };
+
+// The disk's answer to "what is at this path?".
+struct TWFileLook {
+    TWPresence presence = TWPresence::Unknown;
+    int error = 0; // the errno, when the presence is not There
+    TWFileFacts facts; // when the presence is There
+
+    bool isThere() const { return presence == TWPresence::There; }
+    bool isFolder() const { return isThere() && facts.kind == TWFileKind::Folder; }
+};
+
 struct TWFolderEntry {
-    std::string_view name; // bytes; lives as long as its TWOpenFolder
+    std::string_view name; // bytes, followed by a NUL; valid as long as the TWOpenFolder it comes from
     TWFileKind kind;
 };
 
-// A folder held open, listed once. What is found in it is opened relative to it and never through a link, so that
-// nobody can lead the reader elsewhere by swapping a folder for a link meanwhile. It must outlive the folders opened
-// from it, and one thread at a time uses it and them. Trees of any depth can be walked with a bounded number of
+// A folder held open for reading and listed once. Its entries are opened relative to it and never through a link, so
+// nobody can redirect the reader by replacing a folder with a link. A folder must outlive the folders opened from it
+// with openFolder(), and one thread at a time uses such a chain. A tree of any depth takes a bounded number of
 // descriptors.
 class TWOpenFolder {
 public:
     virtual ~TWOpenFolder() = default;
 
-    // In the order of the system's listing, hidden entries included, "." and ".." not.
+    virtual TWFileIdentity identity() const = 0;
+
+    // In the order in which the system lists them, hidden entries included, "." and ".." not.
     virtual const std::vector<TWFolderEntry>& entries() const = 0;
 
-    // Nothing when it is no folder any more or cannot be read. The entry must be one of entries().
-    virtual std::unique_ptr<TWOpenFolder> openFolder(const TWFolderEntry&) const = 0;
+    // Asks the disk about one of entries() without following it if it is a link.
+    virtual TWFileLook look(const TWFolderEntry&) const = 0;
 
-    // A folder that the desktop shows as one file: by the ending of its name, or an executable "AppRun" in it.
+    // Opens one of entries(). On failure returns nothing and sets error to the errno: EXDEV if another file system, or
+    // another part of this one, is mounted there.
+    virtual std::unique_ptr<TWOpenFolder> openFolder(const TWFolderEntry&, int& error) const = 0;
+
+    // As openFolder(), but the result does not depend on this folder and may be used on another thread.
+    virtual std::unique_ptr<TWOpenFolder> openApart(const TWFolderEntry&, int& error) const = 0;
+
+    // True for a folder that the desktop shows as one file: by the ending of its name, or by an executable "AppRun" in
+    // it.
     virtual bool isPackage() const = 0;
 };
 
-struct TWFileFacts {
-    TWFileKind kind = TWFileKind::Other;
-    std::uint64_t bytes = 0; // space taken on disk, in bytes; for a folder its own only
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::uint64_t links = 0;
+// A folder held open so that work can be done inside it, whatever its path means by then. Any thread.
+class TWHeldFolder {
+public:
+    virtual ~TWHeldFolder() = default;
+
+    virtual TWFileIdentity identity() const = 0;
+
+    // Asks the disk about an entry without following it if it is a link. The name is a single path component.
+    virtual TWFileLook look(const std::string& name) const = 0;
+
+    // The identities of the folder itself and of every folder above it up to "/", innermost first. Empty if they could
+    // not be determined.
+    virtual std::vector<TWFileIdentity> chain() const = 0;
+
+    // Not the caller's to close. It can be made a child's working folder.
+    virtual int descriptor() const = 0;
 };
+
+enum class TWLinkAtEnd { Follow, DoNotFollow };
 
 struct TWTreeSize {
     std::uint64_t items = 0; // everything inside and the path itself
     std::uint64_t bytes = 0; // space taken on disk, a file with several names counted once
 };
 
-class TWCancellation;
-
-enum class TWLinkAtEnd { Follow, DoNotFollow };
-
-// Questions to the file system and the few writes that Tidewell makes for itself. It deletes nothing. Any thread.
+// Looks at the disk and changes nothing. Paths are absolute; trailing slashes are ignored. Any thread.
 // Differs on purpose: existence is asked without following a link at the end, so a dangling link exists.
 class TWFileSystem {
 public:
     virtual ~TWFileSystem() = default;
 
-    // Trailing slashes are cut first. Nothing when there is nothing at the path.
-    virtual std::optional<TWFileFacts> facts(const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow) const = 0;
+    virtual TWFileLook look(const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow) const = 0;
 
-    // False only when it is certain that there is nothing at the path; a folder on the way that may not be searched
-    // leaves it open.
-    virtual bool exists(const std::string& path) const = 0;
-    bool isFolder(const std::string& path, TWLinkAtEnd link = TWLinkAtEnd::DoNotFollow) const
-    {
-        const auto found = facts(path, link);
-        return found && found->kind == TWFileKind::Folder;
-    }
+    // The path with every link on the way resolved; the last component is resolved only with Follow. On failure returns
+    // nothing and sets error, if given, to the errno.
+    virtual std::optional<std::string> realPath(
+        const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow, int* error = nullptr) const = 0;
 
-    // The folder's own path may be a link only with Follow; a link inside is never followed. On failure nothing, and
-    // error (when given) holds the errno.
-    virtual std::unique_ptr<TWOpenFolder> openFolder(
-        const std::string& path, TWLinkAtEnd, int* error = nullptr) const = 0;
+    // Opens and lists the folder. realPath must have no links in it: a link anywhere on the way makes the call fail. On
+    // failure returns nothing and sets error to the errno.
+    virtual std::unique_ptr<TWOpenFolder> openFolder(const std::string& realPath, int& error) const = 0;
 
-    // Counts a tree without following links or entering other file systems. Stops early, with what was counted so far,
-    // when cancelled.
+    // As openFolder(), but needs no permission to list the folder.
+    virtual std::unique_ptr<TWHeldFolder> holdFolder(const std::string& realPath, int& error) const = 0;
+
+    // Adds up a tree without following links or entering other file systems. When cancelled, returns what it has so
+    // far.
     virtual TWTreeSize treeSize(const std::string& path, const TWCancellation&) const = 0;
-
-    // The path with every link on the way resolved, the last component not followed; nothing when its folder does not
-    // exist.
-    virtual std::optional<std::string> realPath(const std::string& path) const = 0;
-
-    // Makes the folder and those above it. 0, or the errno.
-    virtual int makeFolders(const std::string& path) const = 0;
-
-    struct Contents {
-        int error = 0; // errno; EFBIG when the file is longer than the limit
-        std::string bytes;
-    };
-    virtual Contents read(const std::string& path, std::size_t limit) const = 0;
-
-    // To a temporary file beside it, flushed, then renamed over the old one: a failed write leaves the old file. 0, or
-    // the errno.
-    virtual int writeAtomically(const std::string& path, std::string_view bytes) const = 0;
-
-    // For keeping a damaged file under another name. Never over an existing file: EEXIST. 0, or the errno.
-    virtual int copyFile(const std::string& from, const std::string& to) const = 0;
 };
 
-// "Permission denied" and the like, for a line that names the file and the remedy.
+// The errno as an English phrase, "Permission denied", for messages that name the file and the remedy.
 std::string TWErrorText(int error);

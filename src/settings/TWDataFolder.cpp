@@ -1,6 +1,6 @@
 #include "settings/TWDataFolder.h"
 
-#include "platform/TWDamagedFile.h"
+#include "platform/TWFileSystem.h"
 #include "plist/TWPropertyList.h"
 #include "support/TWText.h"
 
@@ -22,8 +22,8 @@ constexpr std::size_t LongestList = 32 << 20;
 
 }
 
-TWDataFolder::TWDataFolder(const TWFileSystem& fileSystem, const TWPlaces& places, const TWBundle& bundle)
-    : fileSystem_(fileSystem)
+TWDataFolder::TWDataFolder(const TWOwnFiles& ownFiles, const TWPlaces& places, const TWBundle& bundle)
+    : ownFiles_(ownFiles)
     , path_(places.standardize(bundle.info("TWApplicationSupportFolder")))
 {
 }
@@ -35,14 +35,13 @@ std::string TWDataFolder::file(const std::string& name) const
 
 void TWDataFolder::make() const
 {
-    if (!fileSystem_.exists(path_))
-        fileSystem_.makeFolders(path_);
+    ownFiles_.makeFolders(path_);
 }
 
 TWListFile TWDataFolder::read(const std::string& path) const
 {
     TWListFile result;
-    const auto contents = fileSystem_.read(path, LongestList);
+    const auto contents = ownFiles_.read(path, LongestList);
     if (contents.error == ENOENT || contents.error == ENOTDIR) {
         result.missing = true;
         return result;
@@ -75,13 +74,13 @@ std::string TWDataFolder::write(const std::string& name, const TWValue::Array& r
     if (!problem.empty())
         return TWText::fill(Unwritable, { path, problem });
     make();
-    const int error = fileSystem_.writeAtomically(path, *bytes);
+    const int error = ownFiles_.writeAtomically(path, *bytes);
     return error == 0 ? "" : TWText::fill(Unwritable, { path, TWErrorText(error) });
 }
 
 std::string TWDataFolder::keepDamaged(const std::string& path) const
 {
     std::string kept;
-    const int error = TWKeepDamagedFile(fileSystem_, path, kept);
+    const int error = ownFiles_.keepDamaged(path, kept);
     return error == 0 || error == ENOENT ? "" : TWText::fill(NotKept, { kept, TWErrorText(error) });
 }

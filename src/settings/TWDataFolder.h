@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/TWBundle.h"
-#include "platform/TWFileSystem.h"
+#include "platform/TWOwnFiles.h"
 #include "platform/TWPlaces.h"
 #include "plist/TWValue.h"
 
@@ -22,7 +22,7 @@ enum class TWOldFile { Replace, KeepAsDamaged };
 // The folder of the settings lists, and the files in it. Main thread.
 class TWDataFolder final {
 public:
-    TWDataFolder(const TWFileSystem&, const TWPlaces&, const TWBundle&);
+    TWDataFolder(const TWOwnFiles&, const TWPlaces&, const TWBundle&);
 
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const;
@@ -39,6 +39,6 @@ public:
 private:
     std::string keepDamaged(const std::string& path) const;
 
-    const TWFileSystem& fileSystem_;
+    const TWOwnFiles& ownFiles_;
     std::string path_;
 };

@@ -9,6 +9,11 @@ std::string TWPath::withoutTrailingSlashes(std::string_view path)
     return std::string(path);
 }
 
+std::string TWPath::systemPath(std::string_view path)
+{
+    return path.find('\0') == std::string_view::npos ? withoutTrailingSlashes(path) : std::string();
+}
+
 std::string TWPath::expandTilde(std::string_view path, std::string_view home)
 {
     if (path != "~" && !path.starts_with("~/"))

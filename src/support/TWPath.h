@@ -9,6 +9,10 @@ namespace TWPath {
 // "/a/b//" becomes "/a/b"; "/" and "//" become "/". A trailing slash would make the system follow a link.
 std::string withoutTrailingSlashes(std::string_view path);
 
+// The path as system calls take it: without trailing slashes, and "" if it holds a NUL, which would make the system see
+// another, shorter path.
+std::string systemPath(std::string_view path);
+
 // A leading "~" or "~/" stands for the home folder.
 std::string expandTilde(std::string_view path, std::string_view home);
 

@@ -215,7 +215,7 @@ void TWMainWindow::refreshTrashLine()
     int error = 0;
     const auto& platform = delegate_.platform();
     const auto items = platform.places.trash + "/files";
-    const bool known = platform.fileSystem.openFolder(items, TWLinkAtEnd::DoNotFollow, &error) || error == ENOENT;
+    const bool known = platform.fileSystem.openFolder(items, error) || error == ENOENT;
     row(TrashCleaner).setLine(tr(known ? TrashEmpty : TrashUnreadable));
 }
 

@@ -38,7 +38,7 @@ struct Stage : TWFakeMachine {
     std::size_t outcomes() const { return reports.count("success: ") + reports.count("failure: "); }
 
     TWSettings settings{ userDefaults };
-    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDataFolder folder{ ownFiles, places, bundle };
     TWDictionaryWindowController dictionary{ folder };
     TWFilesWindowController files{ { settings, folder, bundle, fileSystem, places, runLoop, alerts, guard,
         dictionary } };

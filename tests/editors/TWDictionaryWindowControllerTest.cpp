@@ -24,7 +24,7 @@ protected:
     }
     static constexpr auto File = "home/.local/share/Tidewell/Dictionary.plist";
 
-    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDataFolder folder{ ownFiles, places, bundle };
     TWDictionaryWindowController controller{ folder };
     View view;
 };

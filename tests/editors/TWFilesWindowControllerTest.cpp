@@ -64,7 +64,7 @@ protected:
     static constexpr auto Saved = "home/.local/share/Tidewell/FilesRules.plist";
 
     TWSettings settings{ userDefaults };
-    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDataFolder folder{ ownFiles, places, bundle };
     TWDictionaryWindowController dictionary{ folder };
     View view;
     std::optional<TWFilesWindowController> controller;

@@ -40,8 +40,8 @@ struct TWFakeApplicationView final : TWApplicationView {
 // A machine on which Tidewell is installed: empty registered defaults, a greeting, one default rule.
 struct TWFakeApplication : TWFakeMachine {
     TWFakeApplicationView view;
-    TWPlatform platform{ runLoop, launcher, fileSystem, mountTable, places, userDefaults, bundle, locks, alerts,
-        notifier };
+    TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
+        alerts, notifier };
 
     TWFakeApplication()
     {

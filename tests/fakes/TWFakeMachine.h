@@ -5,14 +5,16 @@
 #include "fakes/TWFakeRunLoop.h"
 #include "fakes/TWFakes.h"
 #include "fakes/TWRecordingLauncher.h"
-#include "platform/posix/TWPosixFileSystem.h"
+#include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/posix/TWPosixOwnFiles.h"
 
 // A whole user's machine below a throwaway folder: real files where they lie on Linux, everything else a fake.
 struct TWFakeMachine {
     TWTemporaryFolder root;
     TWFakeRunLoop runLoop;
     TWRecordingLauncher launcher{ runLoop, root.path() };
-    TWPosixFileSystem fileSystem;
+    TWLinuxFileSystem fileSystem;
+    TWPosixOwnFiles ownFiles;
     TWFakeMountTable mountTable;
     TWFakeUserDefaults userDefaults;
     TWFakeBundle bundle{ root.folder("resources") };

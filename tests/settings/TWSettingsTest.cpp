@@ -33,7 +33,7 @@ TEST(TWSettingsTest, ReadsWhatIsStoredByTheTypeOfTheKey)
 
 TEST(TWSettingsTest, EveryKeyHasAShippedDefaultThatDeletesNothing)
 {
-    const auto file = TWPosixFileSystem().read(TIDEWELL_RESOURCES "/org.tidewell.Tidewell.plist", 1 << 20);
+    const auto file = TWPosixOwnFiles().read(TIDEWELL_RESOURCES "/org.tidewell.Tidewell.plist", 1 << 20);
     const auto list = TWPropertyList::read(file.bytes);
     ASSERT_TRUE(list.value && list.value->dictionary()) << TIDEWELL_RESOURCES << ": " << list.problem;
     TWFakeUserDefaults defaults;
@@ -54,7 +54,7 @@ protected:
     std::string get(const std::string& name) { return root.read("home/.local/share/Tidewell/" + name); }
     TWListFile read() { return folder.read(folder.file("L.plist")); }
 
-    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDataFolder folder{ ownFiles, places, bundle };
 };
 
 TEST_F(TWDataFolderTest, TellsAMissingListFromOneThatCannotBeRead)

@@ -18,7 +18,7 @@ protected:
     TWMainWindowTest()
     {
         machine.root.write("home/.local/share/Trash/files/one", "1");
-        itemSize = machine.fileSystem.facts(machine.root.write("home/.local/share/Trash/files/two", "2"))->bytes;
+        itemSize = machine.fileSystem.look(machine.root.write("home/.local/share/Trash/files/two", "2")).facts.bytes;
         machine.root.write("home/.local/share/Tidewell/FilesRules.plist",
             "<plist><array><dict><key>Active</key><true/></dict><dict/></array></plist>");
         machine.userDefaults.values["LogsCleaner"] = true;

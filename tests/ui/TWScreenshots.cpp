@@ -42,7 +42,7 @@ void grabAll()
     grab(machine, results, "results");
     TWQtAlerts alerts;
     alerts.setWindow(&window);
-    const auto welcome = machine.fileSystem.read(machine.bundle.resourcePath("Welcome.txt"), 100'000).bytes;
+    const auto welcome = machine.ownFiles.read(machine.bundle.resourcePath("Welcome.txt"), 100'000).bytes;
     alerts.show({ "Welcome to Tidewell!", welcome, "I Understand", "" }, [](TWAnswer) {});
     grab(machine, *child<QMessageBox>(window, "alertMessageBox"), "welcome");
 

@@ -152,7 +152,7 @@ TEST_F(TWDictionarySheetTest, ShowsWhatACommandChangesAndKeepsTheTyping)
 TEST_F(TWDictionarySheetTest, StaysOpenWithTheProblemWhenSavingFails)
 {
     std::filesystem::remove_all(world.folder.path());
-    world.fileSystem.writeAtomically(world.folder.path(), "a file in the way");
+    world.ownFiles.writeAtomically(world.folder.path(), "a file in the way");
     QTest::keyClicks(input, "word");
     QTest::keyClick(input, Qt::Key_Return);
     QTest::keyClick(input, Qt::Key_Return);

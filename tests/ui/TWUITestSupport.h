@@ -21,8 +21,8 @@ inline QString resourceFolder()
 // A machine with the real resources, and no rules. Alerts stay open and deletion tools stay at work until the test ends
 // them.
 struct Machine : TWFakeMachine {
-    TWPlatform platform{ runLoop, launcher, fileSystem, mountTable, places, userDefaults, bundle, locks, alerts,
-        notifier };
+    TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
+        alerts, notifier };
 
     Machine()
     {
@@ -50,7 +50,7 @@ struct Editors : Machine {
 
     TWQtRunLoop qtRunLoop;
     TWSettings settings{ userDefaults };
-    TWDataFolder folder{ fileSystem, places, bundle };
+    TWDataFolder folder{ ownFiles, places, bundle };
     TWDictionaryWindowController dictionary{ folder };
     TWFilesWindowController files{ { settings, folder, bundle, fileSystem, places, qtRunLoop, alerts, guard,
         dictionary } };

@@ -10,11 +10,11 @@ constexpr std::size_t LongestInfo = 1 << 20;
 
 }
 
-TWFileBundle::TWFileBundle(const TWFileSystem& fileSystem, std::string resourceFolder)
+TWFileBundle::TWFileBundle(const TWOwnFiles& ownFiles, std::string resourceFolder)
     : folder_(std::move(resourceFolder))
 {
     const auto path = resourcePath("Info.plist");
-    const auto contents = fileSystem.read(path, LongestInfo);
+    const auto contents = ownFiles.read(path, LongestInfo);
     const auto list = TWPropertyList::read(contents.bytes);
     if (contents.error == 0 && list.value && list.value->dictionary())
         info_ = *list.value->dictionary();

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "platform/TWBundle.h"
-#include "platform/TWFileSystem.h"
+#include "platform/TWOwnFiles.h"
 
 // Info.plist and resource files in one folder.
 class TWFileBundle final : public TWBundle {
 public:
-    TWFileBundle(const TWFileSystem&, std::string resourceFolder);
+    TWFileBundle(const TWOwnFiles&, std::string resourceFolder);
 
     std::string info(const std::string& key) const override;
     std::string resourcePath(const std::string& name) const override;

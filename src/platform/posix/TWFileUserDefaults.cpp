@@ -1,6 +1,5 @@
 #include "platform/posix/TWFileUserDefaults.h"
 
-#include "platform/TWDamagedFile.h"
 #include "plist/TWPropertyList.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
@@ -21,8 +20,8 @@ constexpr std::size_t LongestFile = 1 << 20;
 
 }
 
-TWFileUserDefaults::TWFileUserDefaults(const TWFileSystem& fileSystem, TWRunLoop& runLoop, std::string file)
-    : fileSystem_(fileSystem)
+TWFileUserDefaults::TWFileUserDefaults(const TWOwnFiles& ownFiles, TWRunLoop& runLoop, std::string file)
+    : ownFiles_(ownFiles)
     , runLoop_(runLoop)
     , file_(std::move(file))
 {
@@ -33,7 +32,7 @@ void TWFileUserDefaults::read()
 {
     stored_ = {};
     problem_.clear();
-    const auto contents = fileSystem_.read(file_, LongestFile);
+    const auto contents = ownFiles_.read(file_, LongestFile);
     if (contents.error == ENOENT || contents.error == ENOTDIR)
         return;
     const auto list = TWPropertyList::read(contents.bytes);
@@ -80,7 +79,7 @@ std::string TWFileUserDefaults::synchronize()
 bool TWFileUserDefaults::write()
 {
     std::string kept;
-    if (!problem_.empty() && TWKeepDamagedFile(fileSystem_, file_, kept) != 0)
+    if (!problem_.empty() && ownFiles_.keepDamaged(file_, kept) != 0)
         return false;
     auto merged = stored_;
     for (const auto& [key, value] : changes_) {
@@ -90,8 +89,8 @@ bool TWFileUserDefaults::write()
             merged.remove(key);
     }
     const auto bytes = TWPropertyList::write(merged, TWPropertyListFormat::XML);
-    fileSystem_.makeFolders(std::string(TWPath::parent(file_)));
-    if (!bytes || fileSystem_.writeAtomically(file_, *bytes) != 0)
+    ownFiles_.makeFolders(std::string(TWPath::parent(file_)));
+    if (!bytes || ownFiles_.writeAtomically(file_, *bytes) != 0)
         return false;
     stored_ = std::move(merged);
     changes_.clear();

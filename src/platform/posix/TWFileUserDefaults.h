@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/TWFileSystem.h"
+#include "platform/TWOwnFiles.h"
 #include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
 
@@ -10,7 +10,7 @@
 // the file holds by then, and never but whole: a write that fails leaves the old file.
 class TWFileUserDefaults final : public TWUserDefaults {
 public:
-    TWFileUserDefaults(const TWFileSystem&, TWRunLoop&, std::string file);
+    TWFileUserDefaults(const TWOwnFiles&, TWRunLoop&, std::string file);
 
     std::optional<TWValue> value(const std::string& key) const override;
     void setValue(const std::string& key, const TWValue&) override;
@@ -24,7 +24,7 @@ private:
     void change(const std::string& key, std::optional<TWValue>);
     bool write();
 
-    const TWFileSystem& fileSystem_;
+    const TWOwnFiles& ownFiles_;
     TWRunLoop& runLoop_;
     const std::string file_;
     TWDictionary stored_;

@@ -1,4 +1,7 @@
-#include "platform/posix/TWPosixOpenFolder.h"
+#include "platform/linux/TWLinuxOpenFolder.h"
+
+#include "platform/linux/TWLinuxFacts.h"
+#include "platform/linux/TWLinuxOpen.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -11,7 +14,6 @@
 
 namespace {
 
-constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr std::string_view AppRun = "AppRun";
 constexpr std::string_view PackageEndings[] = { ".app", ".bundle", ".framework", ".photoslibrary" };
 
@@ -28,14 +30,9 @@ bool isDots(const char* name)
     return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
 }
 
-TWDescriptor openBelow(const TWPosixOpenFolder& parent, const char* name)
-{
-    return TWDescriptor(openat(parent.descriptor(), name, FolderFlags));
 }
 
-}
-
-TWPosixOpenFolder::TWPosixOpenFolder(TWDescriptor descriptor, std::string_view name, const TWPosixOpenFolder* parent)
+TWLinuxOpenFolder::TWLinuxOpenFolder(TWDescriptor descriptor, std::string_view name, const TWLinuxOpenFolder* parent)
     : parent_(parent)
     , name_(name)
     , depth_(parent ? parent->depth_ + 1 : 0)
@@ -44,19 +41,22 @@ TWPosixOpenFolder::TWPosixOpenFolder(TWDescriptor descriptor, std::string_view n
 {
 }
 
-std::unique_ptr<TWPosixOpenFolder> TWPosixOpenFolder::list(
-    TWDescriptor descriptor, std::string_view name, const TWPosixOpenFolder* parent)
+std::unique_ptr<TWLinuxOpenFolder> TWLinuxOpenFolder::list(
+    TWDescriptor descriptor, std::string_view name, const TWLinuxOpenFolder* parent, int& error)
 {
-    if (!descriptor.isOpen())
-        return nullptr;
-    std::unique_ptr<TWPosixOpenFolder> folder(new TWPosixOpenFolder(std::move(descriptor), name, parent));
-    folder->giveUpOuterDescriptor();
-    return folder->readListing() ? std::move(folder) : nullptr;
+    if (descriptor.isOpen()) {
+        std::unique_ptr<TWLinuxOpenFolder> folder(new TWLinuxOpenFolder(std::move(descriptor), name, parent));
+        folder->giveUpOuterDescriptor();
+        if (folder->readListing())
+            return folder;
+    }
+    error = errno;
+    return nullptr;
 }
 
 // Reads the records by hand: readdir() would copy each name, allocate a stream per folder and hide the kind of some
 // errors.
-bool TWPosixOpenFolder::readListing()
+bool TWLinuxOpenFolder::readListing()
 {
     alignas(dirent64) char buffer[32 * 1024];
     std::size_t count = 0;
@@ -74,7 +74,7 @@ bool TWPosixOpenFolder::readListing()
     return true;
 }
 
-void TWPosixOpenFolder::makeEntries(std::size_t count)
+void TWLinuxOpenFolder::makeEntries(std::size_t count)
 {
     entries_.reserve(count);
     for (std::size_t at = 0; at < listing_.size();) {
@@ -89,13 +89,8 @@ void TWPosixOpenFolder::makeEntries(std::size_t count)
     }
 }
 
-TWFileKind TWPosixOpenFolder::kindOf(unsigned char type, const char* name) const
+TWFileKind TWLinuxOpenFolder::kindOf(unsigned char type, const char* name) const
 {
-    if (type == DT_UNKNOWN) { // some file systems do not tell in the listing
-        struct stat found;
-        if (fstatat(descriptor_.get(), name, &found, AT_SYMLINK_NOFOLLOW) == 0)
-            type = static_cast<unsigned char>(IFTODT(found.st_mode));
-    }
     switch (type) {
     case DT_REG:
         return TWFileKind::File;
@@ -103,52 +98,64 @@ TWFileKind TWPosixOpenFolder::kindOf(unsigned char type, const char* name) const
         return TWFileKind::Folder;
     case DT_LNK:
         return TWFileKind::Link;
+    case DT_UNKNOWN: // some file systems do not tell in the listing
+        return TWLookAt(descriptor_.get(), name).facts.kind;
     default:
         return TWFileKind::Other;
     }
 }
 
-std::unique_ptr<TWOpenFolder> TWPosixOpenFolder::openFolder(const TWFolderEntry& entry) const
+TWFileLook TWLinuxOpenFolder::look(const TWFolderEntry& entry) const
 {
-    return openPosixFolder(entry);
+    return TWLookAt(descriptor(), entry.name.data());
 }
 
-std::unique_ptr<TWPosixOpenFolder> TWPosixOpenFolder::openPosixFolder(const TWFolderEntry& entry) const
+std::unique_ptr<TWOpenFolder> TWLinuxOpenFolder::openFolder(const TWFolderEntry& entry, int& error) const
 {
-    return list(openBelow(*this, entry.name.data()), entry.name, this); // the name ends with a NUL in the listing
+    return list(TWLinuxOpenChild(descriptor(), entry.name.data(), O_RDONLY), entry.name, this, error);
 }
 
-bool TWPosixOpenFolder::isPackage() const
+std::unique_ptr<TWOpenFolder> TWLinuxOpenFolder::openApart(const TWFolderEntry& entry, int& error) const
+{
+    return list(TWLinuxOpenChild(descriptor(), entry.name.data(), O_RDONLY), entry.name, nullptr, error);
+}
+
+TWFileIdentity TWLinuxOpenFolder::identity() const
+{
+    if (!identity_)
+        identity_ = TWLookAt(descriptor(), "").facts.identity;
+    return *identity_;
+}
+
+bool TWLinuxOpenFolder::isPackage() const
 {
     return namedAsPackage_ || (listsAppRun_ && faccessat(descriptor(), AppRun.data(), X_OK, 0) == 0);
 }
 
-void TWPosixOpenFolder::giveUpDescriptor() const
+void TWLinuxOpenFolder::giveUpDescriptor() const
 {
-    struct stat found;
-    if (!descriptor_.isOpen() || fstat(descriptor_.get(), &found) != 0)
+    if (!descriptor_.isOpen())
         return;
-    device_ = found.st_dev;
-    inode_ = found.st_ino;
+    identity();
     descriptor_.close();
 }
 
 // The outermost folder keeps its descriptor: all others are found again from there.
-void TWPosixOpenFolder::giveUpOuterDescriptor() const
+void TWLinuxOpenFolder::giveUpOuterDescriptor() const
 {
     if (depth_ <= OpenLevels)
         return;
-    const TWPosixOpenFolder* outer = this;
+    const TWLinuxOpenFolder* outer = this;
     for (unsigned level = 0; level < OpenLevels; ++level)
         outer = outer->parent_;
     outer->giveUpDescriptor();
 }
 
-int TWPosixOpenFolder::descriptor() const
+int TWLinuxOpenFolder::descriptor() const
 {
     if (descriptor_.isOpen())
         return descriptor_.get();
-    std::vector<const TWPosixOpenFolder*> closed;
+    std::vector<const TWLinuxOpenFolder*> closed;
     for (const auto* folder = this; !folder->descriptor_.isOpen(); folder = folder->parent_)
         closed.push_back(folder);
     for (; !closed.empty(); closed.pop_back()) {
@@ -159,11 +166,10 @@ int TWPosixOpenFolder::descriptor() const
     return descriptor_.get();
 }
 
-bool TWPosixOpenFolder::reopenBelowParent() const
+bool TWLinuxOpenFolder::reopenBelowParent() const
 {
-    TWDescriptor found = openBelow(*parent_, name_.data());
-    struct stat facts;
-    if (!found.isOpen() || fstat(found.get(), &facts) != 0 || facts.st_dev != device_ || facts.st_ino != inode_)
+    TWDescriptor found = TWLinuxOpenChild(parent_->descriptor(), name_.data(), O_RDONLY);
+    if (!found.isOpen() || TWLookAt(found.get(), "").facts.identity != identity())
         return false;
     descriptor_ = std::move(found);
     return true;
