@@ -27,7 +27,7 @@ constexpr auto NotUTF8
 constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
                               "link or choose another folder.\n";
 
-constexpr auto SettingsFile = "/Tidewell/Tidewell.plist";
+constexpr auto SettingsFile = "/Tidewell.plist";
 constexpr auto ListsLock = ".lists.lock";
 constexpr auto WindowSocket = ".window.socket";
 
@@ -132,7 +132,7 @@ TWWorld::TWWorld(const TWPlaces& where)
     : places(where)
     , bundle(ownFiles, places.resources)
     , dataFolder(ownFiles, places, bundle)
-    , settingsFile(places.configHome + SettingsFile)
+    , settingsFile(places.settingsFolder() + SettingsFile)
 {
 }
 

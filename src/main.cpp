@@ -63,7 +63,7 @@ int runListCommand(
     // Read only now, so that nothing is lost that another command has written meanwhile.
     TWTerminal terminal(invocation);
     TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
-    delegate.setView(&terminal);
+    delegate.setViews(&terminal, &terminal);
     delegate.prepareForCommand();
     const int status = TWPrint(TWRunListCommand(delegate, invocation));
     // A command that failed has said so already.

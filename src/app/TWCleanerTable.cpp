@@ -1,56 +1,104 @@
 #include "app/TWCleanerTable.h"
 
+#include "app/TWEditors.h"
 #include "cleaners/TWFilesCleaner.h"
 #include "cleaners/TWTrashCleaner.h"
 #include "editors/TWDictionaryWindowController.h"
 #include "editors/TWFilesWindowController.h"
+#include "support/TWText.h"
 
 #include <algorithm>
 
 namespace {
 
-// Stands in the run in the place of a cleaner that is not built yet.
-class LaterCleaner final : public TWCleaner {
-public:
-    void clean() override { done(); }
+constexpr auto NoRules = "No rules yet";
+constexpr auto RulesOn = "%@ of %@ rules on";
+
+std::string noStatus(const TWSettingsSources&)
+{
+    return "";
+}
+
+struct Look {
+    const char* name;
+    const char* title;
+    const char* icon;
+    TWKey key;
+    const char* editor;
+    const char* nothing;
 };
 
-std::unique_ptr<TWCleaner> makeLater(const TWCleanerContext&)
+// A row is made from the cleaner's class and the function that yields its settings, so the two cannot mismatch.
+template <typename Cleaner, auto infoFrom>
+TWCleanerRow row(const Look& look, std::string (*listStatus)(const TWSettingsSources&) = noStatus)
 {
-    return std::make_unique<LaterCleaner>();
+    return { look.name, look.title, look.icon, look.key, look.editor, look.nothing,
+        [](const TWCleanerContext& context) -> std::unique_ptr<TWCleaner> {
+            return std::make_unique<Cleaner>(context);
+        },
+        [](TWCleaner& cleaner, const TWSettingsSources& sources) {
+            static_cast<Cleaner&>(cleaner).setInfo(infoFrom(sources));
+        },
+        listStatus };
 }
 
-void giveNothing(TWCleaner&, const TWSettingsSources&) { }
+// Takes the place of a cleaner that is not built yet.
+class LaterCleaner final : public TWCleaner {
+public:
+    explicit LaterCleaner(const TWCleanerContext& context)
+        : TWCleaner(context.deletion.runLoop)
+    {
+        setIsActive(false);
+    }
+    void setInfo(std::nullptr_t) { setIsActive(false); }
+    std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown, PlanMade) const override { return nullptr; }
 
-std::unique_ptr<TWCleaner> makeTrash(const TWCleanerContext& context)
+private:
+    void perform(TWPlan) override { }
+    void stopPerforming() override { }
+    void dropJob() override { }
+};
+
+TWCleanerRow laterRow(const char* name, const char* title, const char* icon, TWKey key)
 {
-    return std::make_unique<TWTrashCleaner>(context.deletion, context.settings);
+    auto later
+        = row<LaterCleaner, [](const TWSettingsSources&) { return nullptr; }>({ name, title, icon, key, "", "" });
+    later.available = false;
+    return later;
 }
 
-void giveTrashInfo(TWCleaner& cleaner, const TWSettingsSources& sources)
+std::string trashInfo(const TWSettingsSources& sources)
 {
-    static_cast<TWTrashCleaner&>(cleaner).setInfo(sources.places.abbreviate(sources.places.trash + "/files"));
+    return sources.places.abbreviate(sources.places.trash + "/files");
 }
 
-std::unique_ptr<TWCleaner> makeFiles(const TWCleanerContext& context)
-{
-    return std::make_unique<TWFilesCleaner>(context.deletion);
-}
-
-void giveFilesInfo(TWCleaner& cleaner, const TWSettingsSources& sources)
+TWFilesCleanerInfo filesInfo(const TWSettingsSources& sources)
 {
     TWFilesCleanerInfo info;
-    if (sources.files)
-        info.filesArray = sources.files->settings();
-    if (sources.dictionary)
-        info.wordDictionary = sources.dictionary->wordDictionary();
+    if (sources.editors) {
+        const auto& files = sources.editors->get<TWFilesWindowController>();
+        info.filesArray = files.settings();
+        info.wordDictionary = sources.editors->dictionary().wordDictionary();
+        info.problems = { files.problem() };
+        const auto& rules = files.rules();
+        const auto searches = [](const TWFilesRule& rule) { return rule.active && rule.needsKeywords(); };
+        if (std::any_of(rules.begin(), rules.end(), searches))
+            info.problems.push_back(sources.editors->dictionary().problem());
+    }
     if (sources.settings.boolean(TWKey::UseAuthorization))
         info.useAuthorization = TWAuthorization::Yes;
     info.securelyDeleteFiles = sources.settings.boolean(TWKey::SecurelyDeleteFiles);
     // Kept on purpose: in a run the Files cleaner sees only whether the low eight bits of the mode are 0, so every
     // stronger mode reaches it as seven passes.
     info.securelyDeleteFilesMode = (sources.settings.integer(TWKey::SecurelyDeleteFilesMode) & 0xFF) != 0 ? 1 : 0;
-    static_cast<TWFilesCleaner&>(cleaner).setInfo(std::move(info));
+    return info;
+}
+
+std::string filesStatus(const TWSettingsSources& sources)
+{
+    const auto& rules = sources.editors->get<TWFilesWindowController>().rules();
+    const auto on = std::count_if(rules.begin(), rules.end(), [](const auto& rule) { return rule.active; });
+    return rules.empty() ? NoRules : TWText::fill(RulesOn, { std::to_string(on), std::to_string(rules.size()) });
 }
 
 }
@@ -58,16 +106,16 @@ void giveFilesInfo(TWCleaner& cleaner, const TWSettingsSources& sources)
 const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
 {
     static const std::array<TWCleanerRow, TWCleanerCount> table{ {
-        { "applications", "Applications", "application-exit", TWKey::ApplicationsCleaner, false, makeLater,
-            giveNothing },
-        { "recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner, false, makeLater,
-            giveNothing },
-        { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, true, makeTrash, giveTrashInfo },
-        { "volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner, false, makeLater, giveNothing },
-        { "clipboard", "Clipboard", "edit-paste", TWKey::ClipboardCleaner, false, makeLater, giveNothing },
-        { "files", "Files", "folder", TWKey::FilesCleaner, true, makeFiles, giveFilesInfo },
-        { "logs", "Logs", "text-x-generic", TWKey::LogsCleaner, false, makeLater, giveNothing },
-        { "safari-tabs", "Safari Tabs", "web-browser", TWKey::SafariTabsCleaner, false, makeLater, giveNothing },
+        laterRow("applications", "Applications", "application-exit", TWKey::ApplicationsCleaner),
+        laterRow("recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner),
+        row<TWTrashCleaner, trashInfo>(
+            { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, "", "The Trash is empty" }),
+        laterRow("volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner),
+        laterRow("clipboard", "Clipboard", "edit-paste", TWKey::ClipboardCleaner),
+        row<TWFilesCleaner, filesInfo>(
+            { "files", "Files", "folder", TWKey::FilesCleaner, "files", "nothing to delete now" }, filesStatus),
+        laterRow("logs", "Logs", "text-x-generic", TWKey::LogsCleaner),
+        laterRow("safari-tabs", "Safari Tabs", "web-browser", TWKey::SafariTabsCleaner),
     } };
     return table;
 }

@@ -46,14 +46,6 @@ void TWTidewellAppDelegate::stampUUID()
         settings_.set(TWKey::UUID, newUUID());
 }
 
-void TWTidewellAppDelegate::createCleaners()
-{
-    for (const auto& row : TWCleanerTable()) {
-        cleanerArray_.push_back(row.create({ deletion_, settings_ }));
-        cleanerArray_.back()->setDelegate(this);
-    }
-}
-
 void TWTidewellAppDelegate::applicationDidFinishLaunching()
 {
     // A damaged settings file is left untouched until the user changes a setting.
@@ -61,15 +53,14 @@ void TWTidewellAppDelegate::applicationDidFinishLaunching()
     dataFolder_.make();
     if (!damaged)
         stampUUID();
-    // While the rules cannot be read, new default rules still have to be merged into them at a later launch.
-    if (!damaged && filesWindowController_.problem().empty())
+    // While a list cannot be read, new default records still have to be merged into it at a later launch.
+    if (problems().empty())
         settings_.set(TWKey::LastLaunchedVersion, platform_.bundle.info("CFBundleVersion"));
-    createCleaners();
     platform_.notifier.setClicked([this] { growlNotificationWasClicked(); });
-    if (!view_->isKeyWindow(TWWindow::QuickCleanup))
-        view_->bringToFront(TWWindow::Main);
+    if (!windows_->isKeyWindow(TWWindow::QuickCleanup))
+        windows_->bringToFront(TWWindow::Main);
     if (!damaged && !settings_.boolean(TWKey::FirstLaunchDone)) {
-        // Stored first, so that the greeting is shown once even if the program is ended while it is open.
+        // Stored first, so that the greeting is shown once even if the program ends while it is open.
         settings_.set(TWKey::FirstLaunchDone, true);
         greet();
     }
@@ -81,9 +72,6 @@ void TWTidewellAppDelegate::prepareForCommand()
     // As above.
     if (platform_.userDefaults.problem().empty())
         stampUUID();
-    for (const auto key : { TWKey::ShowResults, TWKey::AutoQuit, TWKey::BounceDockIcon })
-        settings_.override(key, false);
-    createCleaners();
 }
 
 void TWTidewellAppDelegate::greet()

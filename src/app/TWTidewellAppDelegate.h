@@ -1,88 +1,75 @@
 #pragma once
 
-#include "app/TWApplicationView.h"
-#include "app/TWCleanerTable.h"
+#include "app/TWCleaningRun.h"
+#include "app/TWEditors.h"
 #include "app/TWPlatform.h"
 #include "app/TWResultsWindowController.h"
-#include "editors/TWDictionaryWindowController.h"
-#include "editors/TWFilesWindowController.h"
-#include "settings/TWDataFolder.h"
-#include "settings/TWLaunchKind.h"
 
-#include <set>
+#include <span>
 
-// Owns the controllers and the cleaners, and drives the cleaning run. Main thread.
+// Launches the program, owns what every window and command works with, and starts cleaning runs. Main thread.
 //
 // Life: constructed (settings registered, editors loaded), then once applicationDidFinishLaunching() for the window or
 // prepareForCommand() for a command, then any number of clean(), at the end applicationWillTerminate().
-class TWTidewellAppDelegate final : private TWCleanerDelegate {
+class TWTidewellAppDelegate final {
 public:
     TWTidewellAppDelegate(const TWPlatform&, TWLaunchKind);
     ~TWTidewellAppDelegate();
 
-    // Before launch; outlives the delegate or is set to nothing before it goes.
-    void setView(TWApplicationView* view) { view_ = view; }
+    // Before launch. Both outlive the delegate or are set to nothing before they go.
+    void setViews(TWRunView* run, TWApplicationWindows* windows);
 
-    // A full launch: data folder, UUID, version, cleaners, and the greeting the very first time.
+    // A full launch: data folder, UUID, version, and the greeting the very first time.
     void applicationDidFinishLaunching();
 
-    // Differs on purpose: a command makes the data folder and the UUID when they are missing, but never stamps the
-    // version and never greets, and the ending settings of the window do not concern it.
+    // Differs on purpose: a command makes the data folder and the UUID if they are missing, but never stamps the
+    // version and never greets.
     void prepareForCommand();
 
     void applicationWillTerminate();
 
-    // Starts a run. Kept on purpose: during a run it starts again at once, whatever the cleaners still report.
-    void clean();
+    // Starts a run of the cleaners that are switched on in the settings. checked holds the check boxes by position; if
+    // none is checked, nothing is run.
+    //
+    // Differs on purpose: during a run, the warnings are confirmed first while that run stays as it was; then it ends
+    // silently and the new one starts. While a question of an earlier call is open, nothing happens.
+    void clean(const TWRunChoice& checked);
+
+    // The same for a command: those cleaners run, whatever the settings say.
+    void cleanForCommand(const TWRunChoice&);
 
     // Differs on purpose: ends the run. What was begun is ended and checked, nothing further is begun, the closing line
     // follows.
     void stop();
 
-    bool running() const { return running_; }
+    bool running() const { return current_ && current_->running(); }
+
+    // The switches of the cleaners.
+    TWRunChoice switchedOn() const;
 
     // One line for the user about each settings or list file that could not be read.
     std::vector<std::string> problems() const;
 
     TWSettings& settings() { return settings_; }
     const TWDataFolder& dataFolder() const { return dataFolder_; }
+    TWEditors& editors() { return editors_; }
     TWResultsWindowController& resultsWindowController() { return resultsWindowController_; }
-    TWFilesWindowController& filesWindowController() { return filesWindowController_; }
-    TWDictionaryWindowController& dictionaryWindowController() { return dictionaryWindowController_; }
     const TWPlatform& platform() const { return platform_; }
 
-    // Of the Trash row's quiet line: what the Trash cleaner would delete now.
-    std::vector<std::string> trashItems() const;
+    // For what plans beside a run: the lines of the main window.
+    TWCleanerContext cleanerContext() const { return { deletion_, settings_ }; }
+    TWSettingsSources settingsSources() const { return { settings_, platform_.places, &editors_ }; }
 
 private:
-    void cleanerStarted(TWCleaner&) override;
-    void cleanerFinished(TWCleaner&) override;
-    void cleanerSuccess(TWCleaner&) override;
-    void cleanerFailure(TWCleaner&) override;
-    void cleanerProgress(TWCleaner&) override;
     void growlNotificationWasClicked();
-
     void registerDefaults();
     void stampUUID();
-    void createCleaners();
     void greet();
 
-    bool anyCleanerChecked() const;
-    bool lockCleaning();
+    void startRun(const TWRunChoice&, TWCleaningRun::Ending);
+    std::optional<std::shared_ptr<TWHeldLock>> lockCleaning();
     void refuse(const TWAlert&);
-    void prepareCleaners();
-    std::string warnings();
-    std::vector<bool> activeFlags() const;
-    void answered(TWAnswer, const std::vector<bool>& activeBefore);
-    void runFirstCleaner();
-    void runCurrentCleaner();
-    void endRun();
-    void postNotification();
-    void backToIdle(TWRunOutcome);
-
-    int positionOf(const TWCleaner&) const;
-    void addMessage(const std::string& text, TWMessageType);
-    bool showsResults(int mode) const;
+    void runEnded(TWRunOutcome);
 
     TWPlatform platform_;
     TWSettings settings_;
@@ -90,16 +77,11 @@ private:
     TWDeletionGuard guard_;
     TWDeletionTools deletion_;
     TWResultsWindowController resultsWindowController_;
-    TWDictionaryWindowController dictionaryWindowController_;
-    TWFilesWindowController filesWindowController_;
-    TWApplicationView* view_ = nullptr;
-
-    std::vector<std::unique_ptr<TWCleaner>> cleanerArray_;
-    bool allSuccess_ = true;
-    bool running_ = false;
-    bool stopping_ = false;
-    bool asking_ = false; // an alert of clean() waits for its answer
-    int currentCleanerIndex_ = 0;
-    std::set<const TWCleaner*> atWork_; // begun and not finished
-    std::unique_ptr<TWHeldLock> cleaningLock_;
+    TWEditors editors_;
+    TWRunView* runView_ = nullptr;
+    TWApplicationWindows* windows_ = nullptr;
+    bool refusing_ = false; // an alert says why there is no run
+    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // an answer may come after the end
+    std::unique_ptr<TWCleaningRun> current_;
+    std::unique_ptr<TWCleaningRun> next_; // asks whether it may take the place of the current one
 };

@@ -1,5 +1,106 @@
 #include "cleaners/TWCleaner.h"
 
+#include "support/TWKeywordMatcher.h"
+
+#include <utility>
+
+namespace {
+
+constexpr std::size_t LinesPerTurn = 1000; // so that the window stays responsive
+
+}
+
+void TWCleaner::clean()
+{
+    endJob();
+    if (!isActive_) {
+        done();
+        return;
+    }
+    const auto started = startJob();
+    if (started.expired() || job_->stopping)
+        return;
+    job_->stage = Stage::Planning;
+    job_->planning = makePlan([](const TWPlan&) {}, [this](TWPlan plan) { planMade(std::move(plan)); });
+}
+
+void TWCleaner::carryOut(TWPlan plan)
+{
+    endJob();
+    const auto started = startJob();
+    if (!started.expired() && !job_->stopping)
+        planMade(std::move(plan));
+}
+
+std::weak_ptr<TWCleaner::Job> TWCleaner::startJob()
+{
+    cancelled_ = false;
+    job_ = std::make_shared<Job>();
+    const std::weak_ptr<Job> job = job_;
+    reportStarted();
+    return job;
+}
+
+void TWCleaner::planMade(TWPlan plan)
+{
+    job_->stage = Stage::Performing;
+    perform(std::move(plan));
+}
+
+void TWCleaner::endJob()
+{
+    job_.reset();
+    dropJob();
+}
+
+void TWCleaner::stop()
+{
+    if (!job_ || std::exchange(job_->stopping, true))
+        return;
+    cancelled_ = true;
+    if (job_->stage == Stage::Performing && !job_->saying) {
+        stopPerforming();
+        return;
+    }
+    job_->planning.reset();
+    job_->saying.reset();
+    job_->ending = runLoop_.after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, TWTerminatedMessage); });
+}
+
+void TWCleaner::sayLines(std::vector<TWPlannedLine> lines, std::function<void()> then)
+{
+    const auto shared = std::make_shared<std::vector<TWPlannedLine>>(std::move(lines));
+    job_->saying = std::make_unique<TWPacedSteps>(
+        runLoop_, shared->size(), LinesPerTurn,
+        [this, shared](std::size_t index) { reportProgress(std::move((*shared)[index].text)); },
+        [this, then = std::move(then)] {
+            const auto call = then;
+            job_->saying.reset();
+            call();
+        });
+}
+
+void TWCleaner::finish(Outcome outcome, const std::string& text)
+{
+    const std::weak_ptr<Job> job = job_;
+    const bool stopped = job_->stopping;
+    if (stopped)
+        reportFailure(TWTerminatedMessage);
+    else if (outcome == Outcome::Success)
+        reportSuccess(text);
+    else
+        reportFailure(text);
+    if (job.expired())
+        return;
+    job_.reset();
+    done();
+}
+
+bool TWCleaner::stringContainsKeywords(std::string_view text) const
+{
+    return TWKeywordMatcher(wordDictionary()).matches(text);
+}
+
 void TWCleaner::done()
 {
     if (delegate_)

@@ -1,20 +1,17 @@
 #pragma once
 
-#include "support/TWKeywordMatcher.h"
+#include "cleaners/TWPlan.h"
+#include "platform/TWPacedSteps.h"
 
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
+#include <functional>
 
 class TWCleaner;
 
-// Hears of a cleaner's job. The text of a report is read from the cleaner at the moment of the call. All calls come on
-// the main thread.
+// Is told about a cleaner's job. The text of a report is read from the cleaner at the moment of the call. Main thread.
 class TWCleanerDelegate {
 public:
     virtual void cleanerStarted(TWCleaner&) { }
-    virtual void cleanerFinished(TWCleaner&) { } // over, whatever its outcome; the next job may start
+    virtual void cleanerFinished(TWCleaner&) { } // the job is over, whatever its outcome; the next one may start
     virtual void cleanerSuccess(TWCleaner&) { }
     virtual void cleanerFailure(TWCleaner&) { }
     virtual void cleanerProgress(TWCleaner&) { }
@@ -24,11 +21,18 @@ protected:
 };
 
 // One of the eight jobs of a run. The owner sets isActive and the concrete cleaner's info, asks validate(), calls
-// clean(), and then hears of the job only through the delegate: started, any number of progress reports, one success or
-// failure, one finished. An inactive cleaner only finishes. Main thread.
+// clean(), and then learns about the job only through the delegate: started, any number of progress reports, one
+// success or failure, one finished. If inactive, clean() only sends cleanerFinished. The delegate may call every
+// operation, or destroy the cleaner, inside its calls. Main thread.
 class TWCleaner {
 public:
+    explicit TWCleaner(TWRunLoop& runLoop)
+        : runLoop_(runLoop)
+    {
+    }
     virtual ~TWCleaner() = default;
+    TWCleaner(const TWCleaner&) = delete;
+    TWCleaner& operator=(const TWCleaner&) = delete;
 
     void setDelegate(TWCleanerDelegate* delegate) { delegate_ = delegate; }
     TWCleanerDelegate* delegate() const { return delegate_; }
@@ -46,42 +50,79 @@ public:
     void setSuccessMessageString(std::string text) { successMessageString_ = std::move(text); }
     void setFailureMessageString(std::string text) { failureMessageString_ = std::move(text); }
 
-    // "" when all is well or the cleaner is not active, else one warning for the user.
+    // Returns "" if all is well or the cleaner is inactive, else one warning for the user.
     virtual std::string validate() { return ""; }
 
-    // Starts the job. Safe also while an earlier job of this cleaner is going on: that one ends silently.
-    virtual void clean() = 0;
+    using PlanGrown = std::function<void(const TWPlan& soFar)>;
+    using PlanMade = std::function<void(TWPlan)>;
 
-    // Ends a job that is going on as soon as possible: what was begun is checked and reported, nothing further is
-    // begun. The job's failure report (with cancelled set) and finish follow, possibly within this call. Nothing when
-    // no job is going on.
-    virtual void stop() { }
+    // Plans what clean() would do now: copies what it needs, starts no child, writes nothing and asks no question.
+    // Calls grown as the plan grows and made once at the end, always on a later turn. Destroying the handle ends the
+    // planning silently. It takes no notice of isActive and is independent of a job that is going on.
+    [[nodiscard]] virtual std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown grown, PlanMade made) const = 0;
 
-    // Case-insensitive search for any word of the dictionary anywhere in the text; see TWKeywordMatcher. False without
-    // words.
-    bool stringContainsKeywords(std::string_view text) const { return keywords_ && keywords_->matches(text); }
+    // Starts a job: makes a plan and carries it out. A job that is going on ends silently.
+    void clean();
+
+    // Starts a job with a plan that was made before. It may skip items and never adds any.
+    void carryOut(TWPlan);
+
+    // Ends the job as soon as possible: what was begun is checked and reported, nothing further is begun. The failure
+    // report (with cancelled set) and finish follow on a later turn. Does nothing if no job is going on.
+    void stop();
+
+    // Case-insensitive search for any word of the dictionary anywhere in the text. False without words.
+    bool stringContainsKeywords(std::string_view text) const;
 
 protected:
+    enum class Outcome { Success, Failure };
+
+    // Does what the plan says and ends with finish(), possibly many turns later. The started report has been made.
+    virtual void perform(TWPlan) = 0;
+
+    // Ends perform() early, on a later turn, with finish(). Called at most once per job.
+    virtual void stopPerforming() = 0;
+
+    // Drops everything that belongs to the job, silently.
+    virtual void dropJob() = 0;
+
+    // The dictionary's words for the coming job.
+    virtual std::vector<std::string> wordDictionary() const { return {}; }
+
+    // Says the lines at most so many per turn, then calls the function if the job still goes on.
+    void sayLines(std::vector<TWPlannedLine>, std::function<void()> then);
+
+    // Reports the job's outcome with the given text, or that it was stopped, and sends cleanerFinished.
+    void finish(Outcome, const std::string& text);
+
     void done();
 
-    // With a text, that text replaces the stored one; without, the stored text is what the delegate finds.
+    // With a text, that text replaces the stored one; without, the delegate finds the stored text.
     void reportStarted(std::optional<std::string> text = std::nullopt);
     void reportProgress(std::optional<std::string> text = std::nullopt);
     void reportSuccess(std::optional<std::string> text = std::nullopt);
     void reportFailure(std::optional<std::string> text = std::nullopt);
 
-    // The words of the coming job; called where a concrete cleaner takes its info.
-    void setKeywords(const std::vector<std::string>& words)
-    {
-        keywords_ = std::make_shared<const TWKeywordMatcher>(words);
-    }
-
-    // For background work, which must not depend on this cleaner's life. May be absent.
-    const std::shared_ptr<const TWKeywordMatcher>& keywords() const { return keywords_; }
+    TWRunLoop& runLoop() const { return runLoop_; }
 
 private:
+    enum class Stage { Started, Planning, Performing };
+
+    // Exists while a job goes on; expired references tell that a delegate ended the job or destroyed the cleaner.
+    struct Job {
+        Stage stage = Stage::Started;
+        bool stopping = false;
+        std::unique_ptr<TWRunLoopHandle> planning;
+        std::unique_ptr<TWRunLoopHandle> ending; // of a job that was stopped before it performed anything
+        std::unique_ptr<TWPacedSteps> saying;
+    };
+
+    std::weak_ptr<Job> startJob();
+    void endJob();
+    void planMade(TWPlan);
     void report(std::string& field, std::optional<std::string> text, void (TWCleanerDelegate::*operation)(TWCleaner&));
 
+    TWRunLoop& runLoop_;
     TWCleanerDelegate* delegate_ = nullptr;
     bool isActive_ = true;
     bool cancelled_ = false;
@@ -89,8 +130,8 @@ private:
     std::string progressMessageString_;
     std::string successMessageString_;
     std::string failureMessageString_;
-    std::shared_ptr<const TWKeywordMatcher> keywords_;
+    std::shared_ptr<Job> job_;
 };
 
-// What a job says that was stopped before its end.
+// The failure text of a job that was stopped before its end.
 inline constexpr auto TWTerminatedMessage = "The cleaner was terminated before its job was finished!";

@@ -1,10 +1,12 @@
 #include "cleaners/TWTrashCleaner.h"
 
+#include "cleaners/TWPathPlanner.h"
+#include "cleaners/TWPlanStream.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <unordered_map>
 
 namespace {
 
@@ -13,137 +15,151 @@ constexpr auto Unreadable = "The Trash folder \"%@\" could not be read (%@).";
 constexpr auto Success = "The Trash is now empty.";
 constexpr auto Failure = "Some files could not be removed from the Trash!";
 
+constexpr auto RecordsFolder = "/info";
 constexpr std::string_view RecordEnding = ".trashinfo";
 
-// Sizes of trashed folders, kept by file managers; names what was in the Trash.
+// Sizes of trashed folders, kept by file managers; it names what was in the Trash.
 constexpr auto SizesFile = "directorysizes";
 
+constexpr std::size_t EntriesBetweenQuestions = 256; // about cancellation
+
+bool isRecord(std::string_view name)
+{
+    return name.ends_with(RecordEnding) && name.size() > RecordEnding.size();
 }
 
-TWTrashCleaner::TWTrashCleaner(const TWDeletionTools& tools, const TWSettings& settings)
-    : tools_(tools)
-    , settings_(settings)
-    , info_(tools.places.abbreviate(tools.places.trash + "/files"))
+std::string itemNameOf(std::string_view record)
 {
-    setStartedMessageString(Started);
-    setSuccessMessageString(Success);
-    setFailureMessageString(Failure);
+    return std::string(record.substr(0, record.size() - RecordEnding.size()));
 }
 
-TWTrashCleaner::Plan TWTrashCleaner::plan() const
-{
-    Plan plan;
-    const auto folder = tools_.places.standardize(info_);
-    int error = 0;
-    const auto real = tools_.fileSystem.realPath(folder, TWLinkAtEnd::DoNotFollow, &error);
-    const auto open = real ? tools_.fileSystem.openFolder(*real, error) : nullptr;
-    if (!open) {
-        if (error != ENOENT)
-            plan.problem = TWText::fill(Unreadable, { folder, TWErrorText(error) });
-        return plan;
+class TrashPlanner final {
+public:
+    TrashPlanner(const TWPathPlanner& planner, TWPlanStream::Sink& sink)
+        : planner_(planner)
+        , sink_(sink)
+    {
     }
-    for (const auto& entry : open->entries())
-        plan.paths.push_back(folder + "/" + std::string(entry.name));
-    return plan;
-}
 
-void TWTrashCleaner::clean()
-{
-    if (!isActive()) {
-        done();
-        return;
+    void plan(const std::string& folder)
+    {
+        if (planItems(folder)) {
+            planRecords(std::string(TWPath::parent(folder)) + RecordsFolder);
+            planSizes(std::string(TWPath::parent(folder)));
+        }
+        sink_.put(std::move(part_));
     }
-    setCancelled(false);
-    reportStarted();
-    recordsQueue_.reset();
-    fileDeleteQueue_ = makeQueue(TWFileDeleteQueue::Announcing::EveryPath);
-    records_ = recordNames();
-    auto plan = this->plan();
-    if (!plan.problem.empty())
-        reportProgress(plan.problem);
-    fileDeleteQueue_->addFilesFromArray(std::move(plan.paths));
-    fileDeleteQueue_->deleteFiles(
-        settings_.boolean(TWKey::UseAuthorization) ? TWAuthorization::Yes : TWAuthorization::No);
-}
 
-void TWTrashCleaner::stop()
-{
-    auto* queue = recordsQueue_ ? recordsQueue_.get() : fileDeleteQueue_.get();
-    if (!queue || !queue->running())
-        return;
-    setCancelled(true);
-    queue->stop();
-}
+private:
+    using Folder = TWPathPlanner::Folder;
 
-// The records come after the items, so that an item that stays keeps its record.
-void TWTrashCleaner::fileDeleteQueueDone()
-{
-    if (recordsQueue_ || cancelled()) {
-        verify();
-        return;
+    bool planItems(const std::string& path)
+    {
+        std::optional<Folder> folder;
+        const auto open = openFolder(path, folder);
+        for (const auto& entry : open ? open->entries() : std::vector<TWFolderEntry>()) {
+            if (stopped())
+                return false;
+            planner_.add(part_, *folder, entry.name, open->look(entry));
+            items_.emplace(entry.name, planned_++);
+            putFullPart();
+        }
+        return !part_.incomplete;
     }
-    recordsQueue_ = makeQueue(TWFileDeleteQueue::Announcing::OnlyWhatIsLeft);
-    recordsQueue_->addFilesFromArray(recordsWithoutItem());
-    recordsQueue_->deleteFiles(settings_.boolean(TWKey::UseAuthorization) ? TWAuthorization::Yes : TWAuthorization::No);
-}
 
-void TWTrashCleaner::verify()
-{
-    const bool itemsGone = fileDeleteQueue_->verify();
-    const bool recordsGone = !recordsQueue_ || recordsQueue_->verify();
-    if (cancelled())
-        reportFailure(TWTerminatedMessage);
-    else if (itemsGone && recordsGone)
-        reportSuccess(Success);
-    else
-        reportFailure(Failure);
-    done();
-}
-
-void TWTrashCleaner::fileDeleteQueueProgressed(const std::string& message)
-{
-    reportProgress(message);
-}
-
-std::unique_ptr<TWFileDeleteQueue> TWTrashCleaner::makeQueue(TWFileDeleteQueue::Announcing announcing)
-{
-    auto queue = std::make_unique<TWFileDeleteQueue>(tools_, announcing);
-    queue->setDelegate(this);
-    if (settings_.boolean(TWKey::SecurelyDeleteFiles))
-        queue->setSecureDeleteMode(settings_.integer(TWKey::SecurelyDeleteFilesMode));
-    return queue;
-}
-
-std::vector<std::string> TWTrashCleaner::recordNames() const
-{
-    std::vector<std::string> names;
-    const std::string trash(TWPath::parent(tools_.places.standardize(info_)));
-    int error = 0;
-    const auto real = tools_.fileSystem.realPath(trash + "/info");
-    if (const auto open = real ? tools_.fileSystem.openFolder(*real, error) : nullptr) {
-        for (const auto& entry : open->entries()) {
-            if (entry.name.ends_with(RecordEnding) && entry.name.size() > RecordEnding.size())
-                names.emplace_back(entry.name);
+    void planRecords(const std::string& path)
+    {
+        std::optional<Folder> folder;
+        const auto open = openFolder(path, folder);
+        for (const auto& entry : open ? open->entries() : std::vector<TWFolderEntry>()) {
+            if (stopped())
+                return;
+            if (isRecord(entry.name))
+                planRecord(*folder, entry.name, open->look(entry));
         }
     }
-    return names;
+
+    // A folder that does not exist is an empty one; one that cannot be read makes the plan incomplete. A link is not
+    // followed.
+    std::unique_ptr<TWOpenFolder> openFolder(const std::string& path, std::optional<Folder>& folder)
+    {
+        int error = 0;
+        const auto real = planner_.fileSystem().realPath(path, TWLinkAtEnd::DoNotFollow, &error);
+        folder = real ? planner_.folder(path, *real, error) : std::nullopt;
+        auto open = folder ? planner_.list(*folder, error) : nullptr;
+        if (!open && error != ENOENT) {
+            part_.addLine(TWText::fill(Unreadable, { path, TWErrorText(error) }));
+            part_.incomplete = true;
+        }
+        return open;
+    }
+
+    void planRecord(const Folder& folder, std::string_view name, const TWFileLook& look)
+    {
+        const auto owner = items_.find(itemNameOf(name));
+        auto& record = planner_.add(part_, folder, name, look);
+        record.quiet = true;
+        ++planned_;
+        if (owner != items_.end())
+            record.owner = owner->second;
+        putFullPart();
+    }
+
+    void planSizes(const std::string& trash)
+    {
+        int error = 0;
+        const auto folder = planner_.folderThroughLinks(trash, error);
+        if (!folder)
+            return;
+        if (const auto look = folder->held->look(SizesFile); look.isThere())
+            planner_.add(part_, *folder, SizesFile, look).quiet = true;
+    }
+
+    bool stopped() { return ++steps_ % EntriesBetweenQuestions == 0 && sink_.cancellation().cancelled(); }
+
+    void putFullPart()
+    {
+        if (part_.size() >= TWPlanStream::PartSize)
+            sink_.put(std::exchange(part_, TWPlan()));
+    }
+
+    const TWPathPlanner& planner_;
+    TWPlanStream::Sink& sink_;
+    TWPlan part_;
+    std::uint32_t planned_ = 0; // items of all parts
+    std::unordered_map<std::string, std::uint32_t> items_; // numbers of the items, by name
+    std::size_t steps_ = 0;
+};
+
 }
 
-// A record that came during the run belongs to an item that is just being thrown away: the record is written first.
-std::vector<std::string> TWTrashCleaner::recordsWithoutItem() const
+TWTrashCleaner::TWTrashCleaner(const TWCleanerContext& context)
+    : TWDeletingCleaner(context.deletion, { Started, Success, Failure })
+    , settings_(context.settings)
+    , info_(tools().places.abbreviate(tools().places.trash + "/files"))
 {
-    std::vector<std::string> records;
-    // Of items that cannot be listed nobody can say that they are gone.
-    if (!plan().problem.empty())
-        return records;
-    const auto items = tools_.places.standardize(info_);
-    const std::string trash(TWPath::parent(items));
-    for (const auto& name : records_) {
-        const auto item = items + "/" + name.substr(0, name.size() - RecordEnding.size());
-        if (tools_.fileSystem.look(item).presence == TWPresence::Gone)
-            records.push_back(trash + "/info/" + name);
-    }
-    if (const auto sizes = trash + "/" + SizesFile; tools_.fileSystem.look(sizes).isThere())
-        records.push_back(sizes);
-    return records;
+}
+
+std::unique_ptr<TWRunLoopHandle> TWTrashCleaner::makePlan(PlanGrown grown, PlanMade made) const
+{
+    TWPlan beginning;
+    if (settings_.boolean(TWKey::SecurelyDeleteFiles))
+        beginning.secureMode = settings_.integer(TWKey::SecurelyDeleteFilesMode);
+    if (settings_.boolean(TWKey::UseAuthorization))
+        beginning.authorization = TWAuthorization::Yes;
+    tools().guard.renew();
+    const TWPathPlanner planner(tools().fileSystem, tools().guard.rules());
+    auto work = [planner, folder = tools().places.standardize(info_)](
+                    TWPlanStream::Sink& sink) { TrashPlanner(planner, sink).plan(folder); };
+    return std::make_unique<TWPlanStream>(
+        tools().runLoop, std::move(beginning), std::move(work), std::move(grown), std::move(made));
+}
+
+// A file manager writes the record before it moves the item into the Trash, so a record that had no item when it was
+// planned may have one by now.
+TWTrashCleaner::FollowerTest TWTrashCleaner::followerTest() const
+{
+    return [items = tools().places.standardize(info_), &fileSystem = tools().fileSystem](const std::string& name) {
+        return !isRecord(name) || fileSystem.look(items + "/" + itemNameOf(name)).presence == TWPresence::Gone;
+    };
 }

@@ -5,18 +5,11 @@
 TWCleanCommand::TWCleanCommand(TWTidewellAppDelegate& delegate, TWTerminal& terminal, const TWInvocation& invocation)
     : delegate_(delegate)
     , terminal_(terminal)
+    , invocation_(invocation)
 {
-    delegate.setView(&terminal);
+    delegate.setViews(&terminal, &terminal);
     delegate.resultsWindowController().setView(&terminal);
     terminal.setDelegate(delegate);
-    if (!invocation.only)
-        return;
-    const auto& wanted = *invocation.only;
-    const auto& table = TWCleanerTable();
-    for (int position = 0; position < TWCleanerCount; ++position) {
-        const bool on = std::find(wanted.begin(), wanted.end(), position) != wanted.end();
-        delegate.settings().override(table[static_cast<std::size_t>(position)].key, on);
-    }
 }
 
 void TWCleanCommand::start(std::function<void(int)> ended)
@@ -28,7 +21,13 @@ void TWCleanCommand::start(std::function<void(int)> ended)
     ended_ = std::move(ended);
     terminal_.setEnded([this](TWRunOutcome outcome) { finish(outcome); });
     delegate_.prepareForCommand();
-    delegate_.clean();
+    auto choice = delegate_.switchedOn();
+    if (invocation_.only) {
+        choice = {};
+        for (const int position : *invocation_.only)
+            choice[static_cast<std::size_t>(position)] = true;
+    }
+    delegate_.cleanForCommand(choice);
 }
 
 void TWCleanCommand::interrupt()

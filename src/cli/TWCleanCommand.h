@@ -19,6 +19,7 @@ private:
 
     TWTidewellAppDelegate& delegate_;
     TWTerminal& terminal_;
+    const TWInvocation& invocation_;
     bool interrupted_ = false;
     std::function<void(int)> ended_;
 };

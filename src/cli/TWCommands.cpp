@@ -1,6 +1,7 @@
 #include "cli/TWCommands.h"
 
 #include "cli/TWJSON.h"
+#include "editors/TWFilesWindowController.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
@@ -213,7 +214,7 @@ TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& inv
     rule.description = invocation.description.value_or(std::string(TWPath::lastComponent(path)));
     rule.filePath = delegate.platform().places.abbreviate(path);
     rule.whatToDelete = invocation.whatToDelete;
-    auto& files = delegate.filesWindowController();
+    auto& files = delegate.editors().get<TWFilesWindowController>();
     auto before = files.rules();
     files.addRule(std::move(rule));
     return saveRules(files, std::move(before));
@@ -221,7 +222,7 @@ TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& inv
 
 TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
-    auto& files = delegate.filesWindowController();
+    auto& files = delegate.editors().get<TWFilesWindowController>();
     if (invocation.action == Action::List)
         return listRules(files.rules(), invocation.json);
     if (invocation.action == Action::Add)
@@ -246,8 +247,8 @@ std::string fileOf(TWTidewellAppDelegate& delegate, TWInvocation::Command comman
 {
     if (command == TWInvocation::Command::Settings)
         return delegate.settings().userDefaults().file();
-    return command == TWInvocation::Command::Words ? delegate.dictionaryWindowController().file()
-                                                   : delegate.filesWindowController().file();
+    return command == TWInvocation::Command::Words ? delegate.editors().dictionary().file()
+                                                   : delegate.editors().get<TWFilesWindowController>().file();
 }
 
 }
@@ -260,7 +261,7 @@ TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvoca
     if (invocation.command == TWInvocation::Command::Settings)
         result = runSettings(delegate, invocation);
     else if (invocation.command == TWInvocation::Command::Words)
-        result = runWords(delegate.dictionaryWindowController(), invocation);
+        result = runWords(delegate.editors().dictionary(), invocation);
     else
         result = runFiles(delegate, invocation);
     for (const auto& problem : problems)

@@ -111,12 +111,6 @@ void TWTerminal::messagesAdded(std::size_t count)
         outputWritten_ = TWWriteToOutput(lines);
 }
 
-// The switches stand for the check boxes; --only has taken their place already.
-bool TWTerminal::isChecked(int position) const
-{
-    return delegate_->settings().boolean(TWCleanerTable()[static_cast<std::size_t>(position)].key);
-}
-
 void TWTerminal::cleaningEnded(TWRunOutcome outcome)
 {
     if (ended_)

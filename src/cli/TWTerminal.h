@@ -8,7 +8,7 @@ bool TWWriteToOutput(const std::string&);
 
 // A cleaning seen from a terminal: results lines on standard output, alerts on standard error and at the prompt. Main
 // thread.
-class TWTerminal final : public TWApplicationView, public TWResultsView, public TWAlerts {
+class TWTerminal final : public TWRunView, public TWApplicationWindows, public TWResultsView, public TWAlerts {
 public:
     explicit TWTerminal(const TWInvocation&);
 
@@ -29,7 +29,6 @@ public:
     void messagesRemoved() override { printed_ = 0; }
     void messagesAdded(std::size_t count) override;
 
-    bool isChecked(int position) const override;
     void showLight(int, TWLight) override { }
     void startSpinning(int) override { }
     void stopSpinning(int) override { }

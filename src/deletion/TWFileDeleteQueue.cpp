@@ -2,27 +2,126 @@
 
 #include "support/TWText.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <iterator>
+#include <unordered_set>
+
+using namespace std::chrono_literals;
 
 namespace {
 
 constexpr auto Deleting = "%@ %@ ...";
+constexpr auto FolderGoneText = "\"%@\" cannot be looked at, because its folder was moved or deleted meanwhile.";
+constexpr auto FolderChangedText
+    = "\"%@\" cannot be looked at, because its folder was replaced by another one meanwhile.";
 constexpr auto CouldNotDelete = "Could not delete %@";
-constexpr auto NotStarted = "Stopped: %@ not deleted.";
+constexpr auto NeverStarted = "Stopped: %@ not deleted.";
+constexpr auto NotChecked = "Stopped: what was deleted could not be checked to the end.";
+
+constexpr std::size_t PathsPerTurn = 500; // so that the window stays responsive
+constexpr std::size_t PathsBetweenQuestions = 256; // about cancellation
 
 }
 
+// Looks for the paths of a list on another thread.
+class TWFileDeleteQueue::Check final {
+public:
+    Check(const Files& files, const TWFileSystem& fileSystem)
+        : files_(files)
+        , fileSystem_(fileSystem)
+    {
+    }
+
+    // Outcomes of the first paths of the list; fewer when cancelled.
+    std::vector<Outcome> look(std::size_t count, const TWCancellation& cancellation)
+    {
+        std::vector<Outcome> outcomes;
+        outcomes.reserve(count);
+        for (std::size_t index = 0; index < count; ++index) {
+            if (index % PathsBetweenQuestions == 0 && cancellation.cancelled())
+                return outcomes;
+            outcomes.push_back(lookAt(files_[index]));
+        }
+        acquitInnerPaths(outcomes);
+        return outcomes;
+    }
+
+private:
+    Outcome lookAt(const TWDeletionTarget& target)
+    {
+        if (!target.folder)
+            return Outcome::Unknown;
+        openFolder(target.folder);
+        if (!folder_)
+            return missing_;
+        const auto presence = folder_->look(target.name).presence;
+        if (presence == TWPresence::Unknown)
+            return Outcome::Unknown;
+        return presence == TWPresence::Gone ? Outcome::Gone : Outcome::Left;
+    }
+
+    // The paths of one folder usually stand side by side.
+    void openFolder(const std::shared_ptr<const TWPlannedFolder>& planned)
+    {
+        if (planned == planned_)
+            return;
+        planned_ = planned;
+        int error = 0;
+        folder_ = fileSystem_.holdFolder(planned->realPath, error);
+        if (!folder_) {
+            missing_ = error == ENOENT || error == ENOTDIR || error == ELOOP ? Outcome::FolderGone : Outcome::Unknown;
+        } else if (folder_->identity() != planned->identity) {
+            folder_.reset();
+            missing_ = Outcome::FolderChanged;
+        }
+    }
+
+    // A path is also gone if the folder around it was deleted on behalf of another path of this list.
+    void acquitInnerPaths(std::vector<Outcome>& outcomes) const
+    {
+        std::unordered_set<std::string> deleted;
+        for (std::size_t index = 0; index < outcomes.size(); ++index) {
+            if (outcomes[index] != Outcome::FolderGone)
+                continue;
+            if (deleted.empty())
+                deleted = deletedPaths(outcomes);
+            const auto& path = files_[index].folder->realPath;
+            for (auto end = path.size(); end != 0 && end != std::string::npos; end = path.rfind('/', end - 1)) {
+                if (deleted.contains(path.substr(0, end)))
+                    outcomes[index] = Outcome::Gone;
+            }
+        }
+    }
+
+    std::unordered_set<std::string> deletedPaths(const std::vector<Outcome>& outcomes) const
+    {
+        std::unordered_set<std::string> deleted;
+        for (std::size_t index = 0; index < outcomes.size(); ++index) {
+            if (outcomes[index] == Outcome::Gone)
+                deleted.insert(files_[index].realPath());
+        }
+        return deleted;
+    }
+
+    const Files& files_;
+    const TWFileSystem& fileSystem_;
+    std::shared_ptr<const TWPlannedFolder> planned_; // the folder looked at last
+    std::unique_ptr<TWHeldFolder> folder_; // nothing if it could not be opened
+    Outcome missing_ = Outcome::Unknown; // then holds for every path in it
+};
+
 TWFileDeleteQueue::TWFileDeleteQueue(const TWDeletionTools& tools, Announcing announcing)
-    : fileSystem_(tools.fileSystem)
+    : tools_(tools)
     , announcing_(announcing)
     , fileDeleter_(tools)
 {
     fileDeleter_.setDelegate(this);
 }
 
-void TWFileDeleteQueue::addFilesFromArray(std::vector<std::string> paths)
+void TWFileDeleteQueue::addFilesFromArray(std::vector<TWDeletionTarget> targets)
 {
-    files_.insert(files_.end(), std::make_move_iterator(paths.begin()), std::make_move_iterator(paths.end()));
+    files_->insert(files_->end(), std::make_move_iterator(targets.begin()), std::make_move_iterator(targets.end()));
 }
 
 void TWFileDeleteQueue::deleteFiles(TWAuthorization authorization)
@@ -30,26 +129,26 @@ void TWFileDeleteQueue::deleteFiles(TWAuthorization authorization)
     authorization_ = authorization;
     if (running_)
         return;
+    tools_.guard.renew();
     deleteIndex_ = 0;
     running_ = true;
     stopped_ = false;
-    problems_.clear();
-    notices_.clear();
+    reports_.clear();
     deleteNextFile();
 }
 
 void TWFileDeleteQueue::deleteNextFile()
 {
-    if (stopped_ || deleteIndex_ >= files_.size()) {
+    if (stopped_ || deleteIndex_ >= files_->size()) {
         running_ = false;
         if (delegate_)
             delegate_->fileDeleteQueueDone();
         return;
     }
-    const auto& path = files_[deleteIndex_++];
-    const auto label = fileDeleter_.deleteFile(path, secureDeleteMode_, TWWaiting::Asynchronously, authorization_);
+    const auto& target = (*files_)[deleteIndex_++];
+    const auto label = fileDeleter_.deleteFile(target, secureDeleteMode_, TWWaiting::Asynchronously, authorization_);
     if (announcing_ == Announcing::EveryPath)
-        report(TWText::fill(Deleting, { label, path }));
+        report(TWText::fill(Deleting, { label, target.path() }));
 }
 
 void TWFileDeleteQueue::fileDeleterProgressed(const std::string& message)
@@ -59,44 +158,89 @@ void TWFileDeleteQueue::fileDeleterProgressed(const std::string& message)
 
 void TWFileDeleteQueue::fileDeleterDone()
 {
-    if (!fileDeleter_.problem().empty())
-        problems_[deleteIndex_ - 1] = fileDeleter_.problem();
-    if (!fileDeleter_.notice().empty())
-        notices_[deleteIndex_ - 1] = fileDeleter_.notice();
+    const auto& result = fileDeleter_.report();
+    if (!result.problems.empty() || !result.notices.empty() || !result.toolSucceeded)
+        reports_[deleteIndex_ - 1] = result;
     deleteNextFile();
 }
 
-bool TWFileDeleteQueue::verify()
+void TWFileDeleteQueue::verify()
 {
+    const auto started = stopped_ ? deleteIndex_ : files_->size();
+    check_ = std::make_unique<TWBackgroundStream<std::vector<Outcome>>>(
+        tools_.runLoop, 1,
+        [started, files = std::shared_ptr<const Files>(files_), &fileSystem = tools_.fileSystem](
+            auto& sink) { sink.put(Check(*files, fileSystem).look(started, sink.cancellation())); },
+        [this](std::vector<Outcome> outcomes) { checked(std::move(outcomes)); }, [] {});
+}
+
+void TWFileDeleteQueue::checked(std::vector<Outcome> outcomes)
+{
+    outcomes_ = std::move(outcomes);
+    outcomes_.resize(files_->size(), Outcome::NotStarted);
+    distrustFailedOverwriting();
+    bool nothingLeft = true;
+    for (std::size_t index = 0; index < outcomes_.size(); ++index) {
+        nothingLeft = nothingLeft && outcomes_[index] == Outcome::Gone;
+        if (isNotable(index))
+            notable_.push_back(index);
+    }
+    saying_ = std::make_unique<TWPacedSteps>(
+        tools_.runLoop, notable_.size(), PathsPerTurn, [this](std::size_t step) { sayOutcome(notable_[step]); },
+        [this, nothingLeft] { finishVerifying(nothingLeft); });
+}
+
+// A tool that was to overwrite a file and failed may have left the contents under another name.
+void TWFileDeleteQueue::distrustFailedOverwriting()
+{
+    for (const auto& [index, report] : reports_) {
+        if (secureDeleteMode_ != TWPlainDelete && !report.toolSucceeded && outcomes_[index] == Outcome::Gone)
+            outcomes_[index] = Outcome::Unknown;
+    }
+}
+
+bool TWFileDeleteQueue::isNotable(std::size_t index) const
+{
+    if (outcomes_[index] != Outcome::Gone)
+        return outcomes_[index] != Outcome::NotStarted;
+    const auto found = reports_.find(index);
+    return found != reports_.end() && !found->second.notices.empty();
+}
+
+void TWFileDeleteQueue::sayOutcome(std::size_t index)
+{
+    const auto outcome = outcomes_[index];
+    const auto path = (*files_)[index].path();
+    const auto found = reports_.find(index);
     std::vector<std::string> lines;
-    const bool nothingLeft = findWhatIsLeft(lines);
+    if (found != reports_.end() && outcome != Outcome::Gone)
+        lines = found->second.problems;
+    if (lines.empty() && outcome == Outcome::FolderGone)
+        lines.push_back(TWText::fill(FolderGoneText, { path }));
+    if (lines.empty() && outcome == Outcome::FolderChanged)
+        lines.push_back(TWText::fill(FolderChangedText, { path }));
+    if (found != reports_.end())
+        lines.insert(lines.end(), found->second.notices.begin(), found->second.notices.end());
+    if (outcome != Outcome::Gone)
+        lines.push_back(TWText::fill(CouldNotDelete, { path }));
     const std::weak_ptr<const int> life = life_;
     for (const auto& line : lines) {
         report(line);
         if (life.expired())
-            break;
+            return;
     }
-    return nothingLeft;
 }
 
-bool TWFileDeleteQueue::findWhatIsLeft(std::vector<std::string>& lines) const
+void TWFileDeleteQueue::finishVerifying(bool nothingLeft)
 {
-    bool nothingLeft = true;
-    const auto started = stopped_ ? deleteIndex_ : files_.size();
-    for (std::size_t index = 0; index < started; ++index) {
-        const bool left = fileSystem_.look(files_[index]).presence != TWPresence::Gone;
-        const auto& remarks = left ? problems_ : notices_;
-        if (const auto remark = remarks.find(index); remark != remarks.end())
-            lines.push_back(remark->second);
-        if (left)
-            lines.push_back(TWText::fill(CouldNotDelete, { files_[index] }));
-        nothingLeft = nothingLeft && !left;
-    }
     // These were never touched, so nobody needs to look: a stop has to be quick.
-    const auto untouched = files_.size() - started;
-    if (untouched > 0)
-        lines.push_back(TWText::fill(NotStarted, { TWText::count(untouched, "item was", "items were") }));
-    return nothingLeft && untouched == 0;
+    const auto untouched = stopped_ ? files_->size() - deleteIndex_ : 0;
+    const std::weak_ptr<const int> life = life_;
+    if (untouched > 0 && announcing_ == Announcing::EveryPath)
+        report(TWText::fill(NeverStarted, { TWText::count(untouched, "item was", "items were") }));
+    if (life.expired() || !delegate_)
+        return;
+    delegate_->fileDeleteQueueVerified(nothingLeft);
 }
 
 void TWFileDeleteQueue::terminate()
@@ -107,8 +251,24 @@ void TWFileDeleteQueue::terminate()
 
 void TWFileDeleteQueue::stop()
 {
-    stopped_ = true;
-    fileDeleter_.terminate();
+    const bool checking = check_ && !saying_ && !stopped_;
+    if (checking) {
+        stopped_ = true;
+        check_.reset();
+        outcomes_.resize(files_->size(), Outcome::NotStarted);
+        ending_ = tools_.runLoop.after(0ms, [this] { endStoppedCheck(); });
+    } else if (running_) {
+        stopped_ = true;
+        fileDeleter_.terminate();
+    }
+}
+
+void TWFileDeleteQueue::endStoppedCheck()
+{
+    const std::weak_ptr<const int> life = life_;
+    report(NotChecked);
+    if (!life.expired() && delegate_)
+        delegate_->fileDeleteQueueVerified(false);
 }
 
 void TWFileDeleteQueue::report(const std::string& message)

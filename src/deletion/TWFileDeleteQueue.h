@@ -1,9 +1,10 @@
 #pragma once
 
 #include "deletion/TWFileDeleter.h"
+#include "platform/TWBackgroundStream.h"
+#include "platform/TWPacedSteps.h"
 
-#include <unordered_map>
-#include <vector>
+#include <map>
 
 class TWFileDeleteQueueDelegate {
 public:
@@ -12,12 +13,15 @@ public:
     // Every path has been handed to the deleter, or the queue was stopped, and the last child has ended.
     virtual void fileDeleteQueueDone() { }
 
+    // verify() has ended: nothingLeft is true only if every path of the list was looked at and none exists any more.
+    virtual void fileDeleteQueueVerified(bool /*nothingLeft*/) { }
+
 protected:
     ~TWFileDeleteQueueDelegate() = default;
 };
 
-// Deletes a list of paths one after another through one deleter. A queue is used for one run. Main thread. Destroying
-// it, also from within a call to the delegate, ends the running child, and no further call is made.
+// Deletes a list of paths one after another through one deleter, then checks what is left. A queue is used for one run.
+// Main thread. Destroying it, also inside a call to the delegate, ends the running child, and no further call is made.
 class TWFileDeleteQueue final : private TWFileDeleterDelegate {
 public:
     enum class Announcing { EveryPath, OnlyWhatIsLeft };
@@ -27,39 +31,62 @@ public:
     void setDelegate(TWFileDeleteQueueDelegate* delegate) { delegate_ = delegate; }
     void setSecureDeleteMode(TWSecureMode mode) { secureDeleteMode_ = mode; }
 
-    // No check of any kind. Duplicates are allowed.
-    void addFile(std::string path) { files_.push_back(std::move(path)); }
-    void addFilesFromArray(std::vector<std::string> paths);
-    std::size_t count() const { return files_.size(); }
+    // Adds to the end of the list, before deleteFiles(). Nothing is checked, and duplicates are allowed.
+    void addFile(TWDeletionTarget target) { files_->push_back(std::move(target)); }
+    void addFilesFromArray(std::vector<TWDeletionTarget>);
+    std::size_t count() const { return files_->size(); }
 
-    // Starts with the first path, or reports being done at once when there is none. While running it only notes the
+    // Starts with the first path, or reports being done at once if there is none. While running it only stores the
     // authorization.
     void deleteFiles(TWAuthorization);
 
-    // True when no path of the list exists any more. Reports each one that does, with the reason before it where one is
-    // known, and what the tool had to say of one that is gone. Of a stopped queue the paths that were never started are
-    // reported together, as one number.
-    bool verify();
+    // Looks in the background for what still exists, each path in the folder in which it was planned, and reports each
+    // path that does, with the reasons before it where some are known. In between it reports what the tool had to say
+    // about paths that are gone. A path that could not be looked at counts as left. If the queue was stopped, the paths
+    // that were never started are reported as one number. fileDeleteQueueVerified() follows on a later turn. Call it
+    // after the done call.
+    void verify();
+
+    // After verification: whether the path at that position of the list is certainly gone.
+    bool isGone(std::size_t index) const { return outcomes_.at(index) == Outcome::Gone; }
 
     // Ends the running child. Kept on purpose: the queue then goes on with its next path.
     void terminate();
 
-    // Differs on purpose: ends the running child and starts no further path; the usual done call follows.
+    // Differs on purpose: ends the running child and starts no further path; the usual done call follows. A
+    // verification that is going on ends, and its call follows with false.
     void stop();
 
     bool running() const { return running_; }
     bool stopped() const { return stopped_; }
 
 private:
+    // What the disk says about a path after its deletion.
+    enum class Outcome : std::uint8_t {
+        Gone,
+        Left,
+        FolderGone, // its folder does not exist any more
+        FolderChanged, // its folder is another one now
+        Unknown, // the disk could not be asked, or the tool that had to overwrite it failed
+        NotStarted,
+    };
+    class Check;
+    using Files = std::vector<TWDeletionTarget>;
+
     void fileDeleterProgressed(const std::string& message) override;
     void fileDeleterDone() override;
     void deleteNextFile();
     void report(const std::string& message);
-    bool findWhatIsLeft(std::vector<std::string>& lines) const;
+    void checked(std::vector<Outcome>);
+    void distrustFailedOverwriting();
+    bool isNotable(std::size_t index) const;
+    void sayOutcome(std::size_t index);
+    void finishVerifying(bool nothingLeft);
+    void endStoppedCheck();
 
     const std::shared_ptr<const int> life_
-        = std::make_shared<const int>(0); // to notice being destroyed by the delegate
-    const TWFileSystem& fileSystem_;
+        = std::make_shared<const int>(0); // tells whether the delegate destroyed this
+    TWDeletionTools tools_;
     const Announcing announcing_;
     TWFileDeleter fileDeleter_;
     TWFileDeleteQueueDelegate* delegate_ = nullptr;
@@ -68,8 +95,11 @@ private:
     bool running_ = false;
     bool stopped_ = false;
     std::size_t deleteIndex_ = 0; // of the next path to start
-    std::vector<std::string> files_;
-    // By index, of the few paths that have one.
-    std::unordered_map<std::size_t, std::string> problems_; // said when the path is still there
-    std::unordered_map<std::size_t, std::string> notices_; // said when it is gone
+    std::shared_ptr<Files> files_ = std::make_shared<Files>(); // read by the check in the background once all are added
+    std::map<std::size_t, TWDeletionReport> reports_; // by index, of the few paths that have something to report
+    std::vector<Outcome> outcomes_; // by index, after the check
+    std::vector<std::size_t> notable_; // paths about which verify() has something to say
+    std::unique_ptr<TWBackgroundStream<std::vector<Outcome>>> check_;
+    std::unique_ptr<TWPacedSteps> saying_;
+    std::unique_ptr<TWRunLoopHandle> ending_; // of a verification that was stopped
 };

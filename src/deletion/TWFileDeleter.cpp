@@ -1,7 +1,6 @@
 #include "deletion/TWFileDeleter.h"
 
 #include "support/TWLog.h"
-#include "support/TWPath.h"
 #include "support/TWText.h"
 
 using namespace std::chrono_literals;
@@ -11,14 +10,23 @@ namespace {
 constexpr auto Busy
     = "TWFileDeleter: A deletion request was made while a deletion was ongoing! You can't do that unless you "
       "instanciate another TWFileCleaner in parallel.";
+constexpr auto Refused = "Refused to delete \"%@\": %@";
+constexpr auto FolderNotOpened = "\"%@\" was left alone, because its folder cannot be opened any more (%@).";
+constexpr auto FolderChanged = "\"%@\" was left alone, because its folder is another one than when it was looked at.";
 constexpr auto NotStarted
     = "The deletion tool %@ could not be started (%@). Please install Tidewell and the package coreutils again.";
 constexpr auto Killed = "The deletion tool %@ was ended by signal %@.";
 constexpr auto ToolSaid = "The deletion tool said: %@";
 
+// Of one tool, for one path.
+constexpr std::size_t MostToolLines = 20;
+
+// Our srm marks with this what it has to say besides failures.
+constexpr std::string_view NoteMark = "srm: note: ";
+
 struct ModeRow {
     TWSecureMode mode;
-    const char* option; // absent when the tool is run without one
+    const char* option; // nothing if the tool is run without one
     const char* label;
 };
 
@@ -41,23 +49,34 @@ const ModeRow& rowFor(TWSecureMode mode)
     return AnyOtherMode;
 }
 
-std::string toolsFirstLine(const TWTermination& termination)
+void addToolLines(TWDeletionReport& report, std::string_view output)
 {
-    const auto firstLine = termination.output.substr(0, termination.output.find('\n'));
-    return firstLine.empty() ? "" : TWText::fill(ToolSaid, { firstLine });
+    for (std::size_t count = 0; !output.empty() && count < MostToolLines; ++count) {
+        const auto line = output.substr(0, output.find('\n'));
+        output.remove_prefix(std::min(line.size() + 1, output.size()));
+        auto& lines = line.starts_with(NoteMark) ? report.notices : report.problems;
+        if (!line.empty())
+            lines.push_back(TWText::fill(ToolSaid, { line }));
+    }
 }
 
-std::string problemText(const TWTermination& termination, const std::string& launchPath)
+TWDeletionReport reportOn(const TWTermination& termination, const std::string& launchPath)
 {
+    TWDeletionReport report;
     switch (termination.kind) {
     case TWTermination::Kind::NotLaunched:
-        return TWText::fill(NotStarted, { launchPath, TWErrorText(termination.code) });
+        report.problems.push_back(TWText::fill(NotStarted, { launchPath, TWErrorText(termination.code) }));
+        break;
     case TWTermination::Kind::Signalled:
-        return TWText::fill(Killed, { launchPath, std::to_string(termination.code) });
+        report.problems.push_back(TWText::fill(Killed, { launchPath, std::to_string(termination.code) }));
+        addToolLines(report, termination.output);
+        break;
     case TWTermination::Kind::Exited:
+        report.toolSucceeded = termination.code == 0;
+        addToolLines(report, termination.output);
         break;
     }
-    return toolsFirstLine(termination);
+    return report;
 }
 
 }
@@ -67,40 +86,75 @@ TWFileDeleter::TWFileDeleter(const TWDeletionTools& tools)
 {
 }
 
-std::string TWFileDeleter::deleteFile(const std::string& path, TWSecureMode mode, TWWaiting waiting, TWAuthorization)
+std::string TWFileDeleter::deleteFile(
+    const TWDeletionTarget& target, TWSecureMode mode, TWWaiting waiting, TWAuthorization)
 {
-    // Kept on purpose: the authorization is not looked at, no deletion ever asks for administrator rights.
-    return deleteFileWithoutAuthorization(path, mode, waiting);
+    // Kept on purpose: the authorization is ignored, no deletion ever asks for administrator rights.
+    return deleteFileWithoutAuthorization(target, mode, waiting);
 }
 
 std::string TWFileDeleter::deleteFileWithoutAuthorization(
-    const std::string& requestedPath, TWSecureMode mode, TWWaiting waiting)
+    const TWDeletionTarget& target, TWSecureMode mode, TWWaiting waiting)
 {
     if (deleting_) {
         TWLog::write(Busy);
         return "";
     }
     deleting_ = true;
-    const auto path = TWPath::withoutTrailingSlashes(requestedPath);
-    const auto& row = rowFor(mode);
-    // Differs on purpose: some paths are refused, see TWDeletionGuard.
-    problem_ = tools_.guard.objection(path);
-    notice_.clear();
-    if (problem_.empty()) {
-        launchPath_ = mode == TWPlainDelete ? tools_.places.rm : tools_.places.srm;
-        std::vector<std::string> arguments{ "-rf" };
-        if (row.option)
-            arguments.push_back(row.option);
-        arguments.push_back(path);
-        task_ = tools_.launcher.launch(launchPath_, arguments, [this](const TWTermination& end) { doneRunning(end); });
+    report_ = {};
+    std::string problem;
+    if (const auto folder = openFolder(target, problem)) {
+        launch(*folder, target.name, mode);
     } else {
+        report_.problems.push_back(std::move(problem));
         refusal_ = tools_.runLoop.after(0ms, [this] { finish(); });
     }
     auto& runLoop = tools_.runLoop;
     const std::weak_ptr<const int> life = life_;
     while (waiting == TWWaiting::UntilDone && !life.expired() && deleting_)
         runLoop.turn(100ms);
-    return row.label;
+    return rowFor(mode).label;
+}
+
+// The parent folder if the target may be deleted there now.
+std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& target, std::string& problem) const
+{
+    const auto path = target.path();
+    if (!target.folder) {
+        problem = TWText::fill(Refused, { path, TWDeletionRules::objectionToPath(path) });
+        return nullptr;
+    }
+    int error = 0;
+    auto folder = tools_.fileSystem.holdFolder(target.folder->realPath, error);
+    if (!folder) {
+        problem = TWText::fill(FolderNotOpened, { path, TWErrorText(error) });
+        return nullptr;
+    }
+    if (folder->identity() != target.folder->identity) {
+        problem = TWText::fill(FolderChanged, { path });
+        return nullptr;
+    }
+    const auto rules = tools_.guard.rules();
+    const auto judged = rules->judgeFolder(*folder, target.folder->realPath);
+    if (const auto* objection = rules->objection(judged, target.name, folder->look(target.name))) {
+        problem = TWText::fill(Refused, { path, objection });
+        return nullptr;
+    }
+    return folder;
+}
+
+void TWFileDeleter::launch(const TWHeldFolder& folder, const std::string& name, TWSecureMode mode)
+{
+    const bool plain = mode == TWPlainDelete;
+    launchPath_ = plain ? tools_.places.rm : tools_.places.srm;
+    std::vector<std::string> arguments{ "-rf" };
+    if (plain)
+        arguments.insert(arguments.end(), tools_.places.rmOptions.begin(), tools_.places.rmOptions.end());
+    if (const auto* option = rowFor(mode).option)
+        arguments.emplace_back(option);
+    arguments.push_back("./" + name);
+    task_ = tools_.launcher.launch(
+        launchPath_, arguments, folder, [this](const TWTermination& end) { doneRunning(end); });
 }
 
 void TWFileDeleter::terminate()
@@ -116,9 +170,7 @@ void TWFileDeleter::terminate()
 
 void TWFileDeleter::doneRunning(const TWTermination& termination)
 {
-    problem_ = problemText(termination, launchPath_);
-    if (termination.kind == TWTermination::Kind::Exited && termination.code == 0)
-        notice_ = toolsFirstLine(termination);
+    report_ = reportOn(termination, launchPath_);
     finish();
 }
 

@@ -1,19 +1,19 @@
 #pragma once
 
 #include "deletion/TWDeletionGuard.h"
+#include "deletion/TWDeletionTarget.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
 
 #include <cstdint>
-#include <memory>
-#include <string>
+#include <vector>
 
 // What every deleter and queue works with.
 struct TWDeletionTools {
     TWRunLoop& runLoop;
     TWProcessLauncher& launcher;
     const TWFileSystem& fileSystem;
-    const TWDeletionGuard& guard;
+    TWDeletionGuard& guard;
     const TWPlaces& places;
 };
 
@@ -35,8 +35,15 @@ protected:
     ~TWFileDeleterDelegate() = default;
 };
 
-// Deletes one file or folder at a time by running /bin/rm or our srm as a child process. The only place in the system
-// that removes files of the user. Main thread. Destroying it ends the child.
+// How the latest deletion went, as far as the tool and its launch tell. Lines are for the user.
+struct TWDeletionReport {
+    std::vector<std::string> problems; // why the path may still be there: a refusal, a tool that failed or was killed
+    std::vector<std::string> notices; // what the tool had to say although nothing failed
+    bool toolSucceeded = false; // the tool ran to its end and reported no failure
+};
+
+// Deletes one file or folder at a time by running /bin/rm or our srm as a child process. It is the only place in the
+// system that removes files of the user. Main thread. Destroying it ends the child.
 class TWFileDeleter final {
 public:
     explicit TWFileDeleter(const TWDeletionTools&);
@@ -44,38 +51,37 @@ public:
     void setDelegate(TWFileDeleterDelegate* delegate) { delegate_ = delegate; }
     TWFileDeleterDelegate* delegate() const { return delegate_; }
 
-    // The mode's label: "Delete", "One-pass secure delete" and so on, "" for a mode that is none of the four, and ""
-    // when a deletion is going on already. The path is absolute. A path that the guard refuses is treated as one that
-    // the tool could not delete. With UntilDone the run loop is turned until the child has ended and the delegate has
-    // been told.
-    std::string deleteFile(const std::string& path, TWSecureMode, TWWaiting, TWAuthorization);
+    // Starts a deletion and returns the mode's label: "Delete", "One-pass secure delete" and so on, or "" for a mode
+    // that is none of the four. If a deletion is going on already, returns "" and does nothing else. With UntilDone the
+    // event loop is turned until the child has ended and the delegate has been told.
+    //
+    // Differs on purpose: the child starts inside the parent folder that the target names, compared by device and
+    // inode, and gets "./NAME" in the place of the path. If the folder is another one by now, or the guard refuses the
+    // path, no child is started; the delegate is told on a later turn as after any other deletion.
+    std::string deleteFile(const TWDeletionTarget&, TWSecureMode, TWWaiting, TWAuthorization);
 
-    // Ends the running child; the done call follows as for any other end. Nothing when none runs.
+    // Ends the running child; the done call follows as for any other end. Does nothing if none runs.
     void terminate();
 
     bool deleting() const { return deleting_; }
 
-    // Why the latest deletion may have failed, one line for the user: the guard's refusal, a tool that could not be
-    // started or was killed, its own first line. "" when nothing is known.
-    const std::string& problem() const { return problem_; }
-
-    // What the tool had to say although it ended well: that a file with several names was not overwritten. "" usually.
-    const std::string& notice() const { return notice_; }
+    const TWDeletionReport& report() const { return report_; }
 
 private:
-    std::string deleteFileWithoutAuthorization(const std::string& path, TWSecureMode, TWWaiting);
+    std::string deleteFileWithoutAuthorization(const TWDeletionTarget&, TWSecureMode, TWWaiting);
+    std::unique_ptr<TWHeldFolder> openFolder(const TWDeletionTarget&, std::string& problem) const;
+    void launch(const TWHeldFolder&, const std::string& name, TWSecureMode);
     void doneRunning(const TWTermination&);
     void finish();
 
     const std::shared_ptr<const int> life_
-        = std::make_shared<const int>(0); // to notice being destroyed by the delegate
+        = std::make_shared<const int>(0); // tells whether the delegate destroyed this
     TWDeletionTools tools_;
     TWFileDeleterDelegate* delegate_ = nullptr;
     bool deleting_ = false;
-    std::string problem_;
-    std::string notice_;
+    TWDeletionReport report_;
     std::string launchPath_;
     std::unique_ptr<TWChildProcess> task_;
     std::unique_ptr<TWRunLoopHandle> refusal_;
-    std::unique_ptr<TWRunLoopHandle> patience_; // for a child that does not listen to terminate()
+    std::unique_ptr<TWRunLoopHandle> patience_; // for a child that ignores terminate()
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editors/TWEditor.h"
 #include "editors/TWEditorView.h"
 #include "settings/TWDataFolder.h"
 
@@ -20,13 +21,14 @@ protected:
 };
 
 // The keyword dictionary: one list of words for every keyword-driven cleaner. Main thread.
-class TWDictionaryWindowController final {
+class TWDictionaryWindowController final : public TWEditor {
 public:
     explicit TWDictionaryWindowController(const TWDataFolder&);
 
     void setView(TWDictionaryView* view) { view_ = view; }
 
-    void awakeFromNib() { loadDictionary(); }
+    void awakeFromNib(TWLaunchKind) override { loadDictionary(); }
+    bool hasUnsavedEdits() const override { return false; }
 
     // Fills the words from the file: none when there is no file. A file with an element that is no word keeps the words
     // as they were.
@@ -55,10 +57,10 @@ public:
     void cancel();
     void help();
 
-    std::string file() const;
+    std::string file() const override;
 
     // One line when the file is there but could not be read, else "".
-    const std::string& problem() const { return problem_; }
+    std::string problem() const override { return problem_; }
 
 private:
     std::optional<std::vector<std::string>> readWords();

@@ -27,9 +27,11 @@ constexpr auto OK = "OK";
 
 }
 
-TWFilesWindowController::TWFilesWindowController(const Context& context)
+TWFilesWindowController::TWFilesWindowController(
+    const TWEditorContext& context, const TWDictionaryWindowController& dictionary)
     : context_(context)
-    , notes_(context.runLoop, context.fileSystem, context.places, context.guard, [this] {
+    , dictionary_(dictionary)
+    , notes_({ context.deletion, context.settings }, [this] {
         if (view_)
             view_->notesChanged();
     })
@@ -40,7 +42,8 @@ void TWFilesWindowController::awakeFromNib(TWLaunchKind kind)
 {
     const auto saved = file();
     // A link that leads nowhere is no saved list either.
-    if (!context_.fileSystem.look(saved, TWLinkAtEnd::Follow).isThere() && context_.dataFolder.read(saved).missing) {
+    if (!context_.deletion.fileSystem.look(saved, TWLinkAtEnd::Follow).isThere()
+        && context_.dataFolder.read(saved).missing) {
         loadRules(defaultRules(), Existing::Replace);
     } else {
         problem_ = loadRules(saved, Existing::Replace);
@@ -137,7 +140,7 @@ std::string TWFilesWindowController::applyDefaults()
 {
     const auto path = defaultRules();
     // Reading a file that is missing is no problem elsewhere.
-    if (!context_.fileSystem.look(path).isThere() || !loadRules(path, Existing::Replace).empty())
+    if (!context_.deletion.fileSystem.look(path).isThere() || !loadRules(path, Existing::Replace).empty())
         return TWText::fill(NoDefaults, { path });
     ruleChanged();
     return "";
@@ -153,8 +156,8 @@ void TWFilesWindowController::add()
         return;
     view_->choosePath(ChooseTitle, ChoosePrompt, [this](std::optional<std::string> path) {
         if (path)
-            addRule(
-                { true, std::string(TWPath::lastComponent(*path)), context_.places.abbreviate(*path), TWItemItself });
+            addRule({ true, std::string(TWPath::lastComponent(*path)), context_.deletion.places.abbreviate(*path),
+                TWItemItself });
     });
 }
 
@@ -220,7 +223,7 @@ void TWFilesWindowController::sheetClosed()
 
 TWRuleNote TWFilesWindowController::note(int row)
 {
-    return notes_.note(rule(row), context_.dictionary.wordDictionary());
+    return notes_.note(rule(row), dictionary_.wordDictionary());
 }
 
 std::string TWFilesWindowController::defaultRules() const
@@ -236,10 +239,9 @@ void TWFilesWindowController::ruleChanged()
 
 void TWFilesWindowController::countNotes()
 {
-    notes_.forgetRefusals();
     if (!sheetIsOpen_)
         return;
     // Many edits within one turn begin one count.
-    counting_ = context_.runLoop.after(
-        TWRunLoop::Duration(0), [this] { notes_.count(rules(), context_.dictionary.wordDictionary()); });
+    counting_ = context_.deletion.runLoop.after(
+        TWRunLoop::Duration(0), [this] { notes_.find(rules(), dictionary_.wordDictionary()); });
 }

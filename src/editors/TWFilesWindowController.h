@@ -1,13 +1,10 @@
 #pragma once
 
 #include "cleaners/TWFilesRule.h"
-#include "deletion/TWDeletionGuard.h"
+#include "editors/TWEditor.h"
+#include "editors/TWEditorContext.h"
 #include "editors/TWEditorView.h"
 #include "editors/TWRuleNotes.h"
-#include "platform/TWAlerts.h"
-#include "settings/TWDataFolder.h"
-#include "settings/TWLaunchKind.h"
-#include "settings/TWSettings.h"
 
 #include <functional>
 #include <optional>
@@ -39,24 +36,13 @@ protected:
 
 // Owns the list of Files rules: loads it, merges newly shipped default rules, lets the user edit it in place, saves it,
 // and hands the live list to the cleaning run. Main thread.
-class TWFilesWindowController final {
+class TWFilesWindowController final : public TWEditor {
 public:
-    struct Context {
-        const TWSettings& settings;
-        const TWDataFolder& dataFolder;
-        const TWBundle& bundle;
-        const TWFileSystem& fileSystem;
-        const TWPlaces& places;
-        TWRunLoop& runLoop;
-        TWAlerts& alerts;
-        const TWDeletionGuard& guard;
-        const TWDictionaryWindowController& dictionary;
-    };
-
-    explicit TWFilesWindowController(const Context&);
+    TWFilesWindowController(const TWEditorContext&, const TWDictionaryWindowController&);
 
     void setView(TWFilesView* view) { view_ = view; }
-    void awakeFromNib(TWLaunchKind);
+    void awakeFromNib(TWLaunchKind) override;
+    bool hasUnsavedEdits() const override { return false; }
 
     // The live list itself, not a copy.
     TWFilesRuleList settings() const { return filesArray_; }
@@ -96,18 +82,18 @@ public:
     std::string write();
 
     // Where a choice of files begins.
-    const std::string& homeFolder() const { return context_.places.home; }
+    const std::string& homeFolder() const { return context_.deletion.places.home; }
 
     // While the sheet is open, what each rule matches is counted in the background.
     void sheetOpened();
     void sheetClosed();
     TWRuleNote note(int row);
 
-    std::string file() const;
+    std::string file() const override;
 
     // One line when the saved list is there but could not be read, else "". While there is one, no default rules were
     // merged.
-    const std::string& problem() const { return problem_; }
+    std::string problem() const override { return problem_; }
 
 private:
     std::string defaultRules() const;
@@ -116,7 +102,8 @@ private:
     void ruleChanged();
     void countNotes();
 
-    Context context_;
+    TWEditorContext context_;
+    const TWDictionaryWindowController& dictionary_;
     TWFilesView* view_ = nullptr;
     TWFilesRuleList filesArray_ = std::make_shared<std::vector<TWFilesRule>>();
     std::string problem_;

@@ -1,53 +1,44 @@
 #pragma once
 
+#include "cleaners/TWCleanerContext.h"
 #include "cleaners/TWFilesRule.h"
-#include "deletion/TWDeletionGuard.h"
-#include "platform/TWRunLoop.h"
+#include "cleaners/TWPlanSummary.h"
 
-#include <functional>
+#include <deque>
 #include <map>
-#include <string>
-#include <vector>
 
-// What the Files editor says about a rule, beside it.
+// What the Files editor says beside a rule.
 struct TWRuleNote {
     std::string text; // "" while nothing is known yet
-    bool warning = false; // something is wrong with the rule
+    bool warning = false; // the rule does less or more than it should
 };
 
-// What each rule matches now, counted in the background, and what is wrong with it. Main thread.
+// What each rule would do now: the cleaner plans each one in the background. Main thread.
 class TWRuleNotes final {
 public:
-    TWRuleNotes(
-        TWRunLoop&, const TWFileSystem&, const TWPlaces&, const TWDeletionGuard&, std::function<void()> changed);
+    TWRuleNotes(const TWCleanerContext&, std::function<void()> changed);
 
-    // Counts the rules that have not been counted yet; what is still being counted for an earlier list is given up.
-    void count(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);
+    // Finds out about the rules that are not known yet; what is still being found out for an earlier list is dropped.
+    void find(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);
 
-    // The list has changed: whether the guard refuses a rule is asked anew, once for each.
-    void forgetRefusals() { refusals_.clear(); }
-
-    // Ends the counting and forgets everything.
+    // Drops everything.
     void clear();
 
-    TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words);
+    TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words) const;
 
 private:
-    // All that a count depends on besides the words.
-    using Key = std::pair<std::string, std::int32_t>;
-    struct Progress;
+    // All that a note depends on besides the words.
+    using Key = std::pair<std::string, std::int64_t>;
 
     std::string mistake(const TWFilesRule&, const std::vector<std::string>& words) const;
-    bool isGuarded(const TWFilesRule&) const;
-    const std::string& refusal(const TWFilesRule&);
-    void take(Progress&);
+    void findNext();
+    static TWRuleNote noteFrom(const TWFilesRule&, const TWPlanSummary&);
 
-    TWRunLoop& runLoop_;
-    const TWFileSystem& fileSystem_;
-    const TWPlaces& places_;
-    const TWDeletionGuard& guard_;
+    TWCleanerContext cleaners_;
     std::function<void()> changed_;
-    std::map<Key, TWRuleNote> counted_;
-    std::map<Key, std::string> refusals_; // "" for a rule that is not refused
-    std::unique_ptr<TWRunLoopHandle> counting_;
+    std::map<Key, TWRuleNote> found_;
+    std::deque<TWFilesRule> waiting_;
+    std::vector<std::string> words_;
+    std::unique_ptr<TWPlanSummarizer> summarizer_; // of the first rule that waits
+    std::unique_ptr<TWRunLoopHandle> next_;
 };

@@ -1,14 +1,18 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
-// The mount points of the system, always up to date. Any number of questions costs one look at the table per change of
-// it. Main thread.
+// Real paths of mount points as bytes, sorted. Empty if the table could not be read: then nothing is known to be safe.
+using TWMountPoints = std::vector<std::string>;
+
+// The mount points of the system. Main thread.
 class TWMountTable {
 public:
     virtual ~TWMountTable() = default;
 
-    // Real paths as bytes. An empty list means that the table could not be read: then nothing is known to be safe.
-    virtual const std::vector<std::string>& mountPoints() = 0;
+    // The mount points now; the same list as before until the table changes. Asking costs one system call while nothing
+    // has changed.
+    virtual std::shared_ptr<const TWMountPoints> mountPoints() = 0;
 };

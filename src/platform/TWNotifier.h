@@ -8,6 +8,7 @@ struct TWNotification {
     std::string text;
     bool warning = false; // with the warning image
     bool sticky = false; // stays until it is dismissed
+    bool clickable = true; // a click is reported
 };
 
 // Desktop notifications. Without a notification service nothing happens.

@@ -22,13 +22,18 @@ constexpr MovedFolder MovedFolders[] = {
 
 }
 
-std::string TWPlaces::standardize(const std::string& path) const
+std::string TWPlaces::expand(const std::string& path) const
 {
     for (const auto& moved : MovedFolders) {
         if (TWPath::isAtOrBelow(path, moved.usual))
-            return TWPath::standardize(this->*moved.folder + path.substr(std::string_view(moved.usual).size()), home);
+            return this->*moved.folder + path.substr(std::string_view(moved.usual).size());
     }
-    return TWPath::standardize(path, home);
+    return TWPath::expandTilde(path, home);
+}
+
+std::string TWPlaces::standardize(const std::string& path) const
+{
+    return TWPath::standardize(expand(path), home);
 }
 
 std::string TWPlaces::abbreviate(const std::string& path) const

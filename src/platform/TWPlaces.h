@@ -1,11 +1,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 // Where everything is on this machine for this user. Absolute paths without trailing slashes, as bytes. Made once at
 // start; in a sandbox every one of the user's places lies below sandboxRoot.
 struct TWPlaces {
     std::string home;
+    std::string realHome; // the user's own home folder; differs from home only in a sandbox
     std::string configHome;
     std::string dataHome;
     std::string stateHome;
@@ -16,15 +18,21 @@ struct TWPlaces {
     std::string trash; // holds files/ and info/
     std::string resources; // Info.plist and the files beside it
     std::string rm;
+    std::vector<std::string> rmOptions; // that this system's rm gets besides -rf
     std::string srm;
     std::string eject;
     std::string sandboxRoot; // a real path; "" outside a sandbox
 
+    // Holds the settings file.
+    std::string settingsFolder() const { return configHome + "/Tidewell"; }
+
     bool sandboxed() const { return !sandboxRoot.empty(); }
 
-    // A stored path made absolute: a leading "$XDG_DATA_HOME" or "~" expanded ("~/.local/share", "~/.config",
-    // "~/.cache" and
-    // "~/.local/state" lead to where the user has moved those folders), then standardised.
+    // Replaces a leading "~" or "$XDG_DATA_HOME" of a stored path ("~/.local/share", "~/.config", "~/.cache" and
+    // "~/.local/state" lead to where the user has moved those folders). Leaves the rest as it is, ".." included.
+    std::string expand(const std::string& path) const;
+
+    // As expand(), then standardised: "." and ".." removed, links not resolved.
     std::string standardize(const std::string& path) const;
 
     // The reverse, for storing and showing: a path at or below the home folder begins with "~", unless standardize()

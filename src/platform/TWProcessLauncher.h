@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/TWFileSystem.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -19,6 +21,7 @@ struct TWTermination {
 };
 
 // A running child process. Destroying it ends the child (SIGTERM) and guarantees that the termination call is not made.
+// Main thread.
 class TWChildProcess {
 public:
     virtual ~TWChildProcess() = default;
@@ -31,17 +34,17 @@ public:
 };
 
 // Launches child processes without a shell: the arguments are bytes, the environment is small and fixed with the C
-// locale (a fifth of the life of a deletion tool is spent on loading another one), and none of our descriptors are
-// handed on.
+// locale (loading another one takes a fifth of a deletion tool's life), and no descriptor of ours is inherited.
 class TWProcessLauncher {
 public:
     virtual ~TWProcessLauncher() = default;
 
     using Terminated = std::function<void(const TWTermination&)>;
 
-    // Main thread. The termination call is made exactly once, always on a later turn of the run loop, also when the
-    // tool could not be launched. arguments does not hold the program's own name.
-    [[nodiscard]] virtual std::unique_ptr<TWChildProcess> launch(
-        const std::string& path, const std::vector<std::string>& arguments, Terminated)
+    // Starts the tool with the given working folder. arguments does not include the program's own name. The termination
+    // call is made exactly once, always on a later turn of the event loop, also if the tool could not be launched. Main
+    // thread.
+    [[nodiscard]] virtual std::unique_ptr<TWChildProcess> launch(const std::string& path,
+        const std::vector<std::string>& arguments, const TWHeldFolder& workingFolder, Terminated)
         = 0;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/TWApplicationView.h"
 #include "app/TWCleanerTable.h"
+#include "app/TWRunView.h"
 
 #include <QIcon>
 #include <QWidget>

@@ -17,20 +17,10 @@
 
 namespace {
 
-constexpr auto LaterLine = QT_TRANSLATE_NOOP("TWMainWindow", "Comes in a later version");
-constexpr auto TrashUnreadable = QT_TRANSLATE_NOOP("TWMainWindow", "The Trash cannot be read");
-constexpr auto TrashEmpty = QT_TRANSLATE_NOOP("TWMainWindow", "The Trash is empty");
-constexpr auto NoRules = QT_TRANSLATE_NOOP("TWMainWindow", "No rules yet");
-constexpr auto RulesOn = QT_TRANSLATE_NOOP("TWMainWindow", "%1 of %2 rules on");
-constexpr auto NoWords = QT_TRANSLATE_NOOP("TWMainWindow", "%1, no words in the dictionary");
 constexpr auto CloseTitle = "Cleaning is still going on.";
 constexpr auto CloseText = "If you stop now, what has been begun is still finished and nothing further is deleted.";
 constexpr auto StopAndQuit = "Stop and Quit";
 constexpr auto KeepCleaning = "Keep Cleaning";
-
-// Their rows have something to say that the table of cleaners does not know.
-constexpr auto TrashCleaner = "trash";
-constexpr auto FilesCleaner = "files";
 
 constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png" };
 
@@ -41,6 +31,9 @@ constexpr int RowSpacing = 12;
 
 TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     : delegate_(delegate)
+    , lines_(delegate.cleanerContext(), delegate.settingsSources(), [this](int position, const std::string& line) {
+        rows_[static_cast<std::size_t>(position)]->setLine(TWQtText::shown(line));
+    })
 {
     setObjectName("mainWindow");
     setWindowTitle(TWQtText::exact(delegate_.platform().bundle.info("CFBundleName")));
@@ -55,12 +48,12 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     makeMenus();
     setCleanEnabled(true);
     refresh();
-    delegate_.setView(this);
+    delegate_.setViews(this, this);
 }
 
 TWMainWindow::~TWMainWindow()
 {
-    delegate_.setView(nullptr);
+    delegate_.setViews(nullptr, nullptr);
 }
 
 QString TWMainWindow::resource(const std::string& name) const
@@ -72,16 +65,15 @@ void TWMainWindow::makeRows()
 {
     auto* column = centralWidget()->layout();
     for (const auto& cleaner : TWCleanerTable()) {
-        const bool editable = cleaner.name == std::string_view(FilesCleaner);
+        const bool editable = *cleaner.editor;
         auto* row = new TWCleanerRowView(cleaner,
             editable ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No, lightIcons_, centralWidget());
         rows_.push_back(row);
         column->addWidget(row);
         connect(row, &TWCleanerRowView::checked, this,
             [this, key = cleaner.key](bool checked) { delegate_.settings().set(key, checked); });
-        connect(row, &TWCleanerRowView::editRequested, this, &TWMainWindow::editFilesRequested);
-        if (!cleaner.available)
-            row->setLine(tr(LaterLine));
+        connect(
+            row, &TWCleanerRowView::editRequested, this, [this, &cleaner] { emit editorRequested(cleaner.editor); });
     }
 }
 
@@ -94,7 +86,7 @@ void TWMainWindow::makeButtons()
     cleanButton_->setObjectName("cleanButton");
     cleanButton_->setAccessibleName(tr("Clean"));
     cleanButton_->setDefault(true);
-    connect(cleanButton_, &QPushButton::clicked, this, [this] { delegate_.clean(); });
+    connect(cleanButton_, &QPushButton::clicked, this, [this] { clean(); });
     connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
 
     // Clean keeps its place while Stop comes and goes, so that a click meant for Stop that comes too late starts
@@ -122,7 +114,7 @@ void TWMainWindow::makeMenus()
 
     auto* edit = menuBar()->addMenu(tr("&Edit"));
     connect(addAction(edit, "filesAction", tr("&Files Rules..."), {}), &QAction::triggered, this,
-        &TWMainWindow::editFilesRequested);
+        [this] { emit editorRequested("files"); });
     connect(addAction(edit, "dictionaryAction", tr("&Keyword Dictionary..."), {}), &QAction::triggered, this,
         &TWMainWindow::editDictionaryRequested);
 
@@ -158,7 +150,7 @@ void TWMainWindow::afterFirstPaint()
     QApplication::setWindowIcon(QIcon::fromTheme("tidewell", QIcon(resource("tidewell.svg"))));
     for (auto* row : rows_)
         row->showPictures(resource("icons"));
-    refreshTrashLine();
+    lines_.refresh();
 }
 
 void TWMainWindow::changeEvent(QEvent* event)
@@ -182,70 +174,16 @@ void TWMainWindow::refresh()
     const auto& table = TWCleanerTable();
     for (std::size_t position = 0; position < table.size(); ++position)
         rows_[position]->setChecked(table[position].available && delegate_.settings().boolean(table[position].key));
-    refreshFilesLine();
-    if (painted_)
-        refreshTrashLine();
+    if (painted_ && !delegate_.running())
+        lines_.refresh();
 }
 
-void TWMainWindow::refreshFilesLine()
+void TWMainWindow::clean()
 {
-    const auto& rules = delegate_.filesWindowController().rules();
-    const auto& words = delegate_.dictionaryWindowController().wordDictionary();
-    const auto on = std::count_if(rules.begin(), rules.end(), [](const auto& rule) { return rule.active; });
-    const bool needsWords
-        = std::any_of(rules.begin(), rules.end(), [](const auto& rule) { return rule.active && rule.needsKeywords(); });
-    const bool hasWords = std::any_of(words.begin(), words.end(), [](const auto& word) { return !word.empty(); });
-    auto line = rules.empty() ? tr(NoRules) : tr(RulesOn).arg(on).arg(rules.size());
-    if (needsWords && !hasWords)
-        line = tr(NoWords).arg(line);
-    row(FilesCleaner).setLine(line);
-}
-
-void TWMainWindow::refreshTrashLine()
-{
-    if (delegate_.running())
-        return;
-    counting_.reset();
-    auto paths = delegate_.trashItems();
-    if (!paths.empty()) {
-        countTrash(std::move(paths));
-        return;
-    }
-    trashItems_ = 0;
-    int error = 0;
-    const auto& platform = delegate_.platform();
-    const auto items = platform.places.trash + "/files";
-    const bool known = platform.fileSystem.openFolder(items, error) || error == ENOENT;
-    row(TrashCleaner).setLine(tr(known ? TrashEmpty : TrashUnreadable));
-}
-
-// The number of items is known at once, their size only after a walk through all of them.
-void TWMainWindow::countTrash(std::vector<std::string> paths)
-{
-    const auto count = TWText::count(paths.size(), "item", "items");
-    if (std::exchange(trashItems_, paths.size()) != paths.size())
-        row(TrashCleaner).setLine(TWQtText::exact(count));
-    const auto bytes = std::make_shared<std::uint64_t>(0);
-    const auto& platform = delegate_.platform();
-    counting_ = platform.runLoop.inBackground(
-        [bytes, paths = std::move(paths), &fileSystem = platform.fileSystem](const auto& cancellation) {
-            for (const auto& path : paths) {
-                if (cancellation->cancelled())
-                    return;
-                *bytes += fileSystem.treeSize(path, *cancellation).bytes;
-            }
-        },
-        [this, bytes, count] { row(TrashCleaner).setLine(TWQtText::exact(count + ", " + TWText::size(*bytes))); });
-}
-
-TWCleanerRowView& TWMainWindow::row(const char* cleaner) const
-{
-    return *rows_[static_cast<std::size_t>(TWCleanerPosition(cleaner))];
-}
-
-bool TWMainWindow::isChecked(int position) const
-{
-    return rows_[static_cast<std::size_t>(position)]->isChecked();
+    TWRunChoice checked{};
+    for (std::size_t position = 0; position < checked.size(); ++position)
+        checked[position] = rows_[position]->isChecked();
+    delegate_.clean(checked);
 }
 
 void TWMainWindow::showLight(int position, TWLight light)
@@ -266,6 +204,8 @@ void TWMainWindow::stopSpinning(int position)
 // The keyboard focus moves along from the one button to the other.
 void TWMainWindow::setCleanEnabled(bool enabled)
 {
+    if (!enabled)
+        lines_.pause();
     const bool focused = cleanButton_->hasFocus() || stopButton_->hasFocus();
     cleanButton_->setEnabled(enabled);
     stopButton_->setEnabled(!enabled);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "app/TWApplicationView.h"
+#include "app/TWApplicationWindows.h"
+#include "app/TWCleanerLines.h"
 #include "app/TWTidewellAppDelegate.h"
 #include "ui/TWCleanerRowView.h"
 
@@ -15,7 +16,7 @@ class TWResultsWindow;
 
 // The one window that every launch shows: the eight cleaners, and the button that runs them. Closing it quits. It makes
 // the results window when that is first asked for.
-class TWMainWindow final : public QMainWindow, public TWApplicationView {
+class TWMainWindow final : public QMainWindow, public TWRunView, public TWApplicationWindows {
     Q_OBJECT
 
 public:
@@ -26,7 +27,9 @@ public:
     // Shows the check boxes and quiet lines as the settings and lists are now.
     void refresh();
 
-    bool isChecked(int position) const override;
+    // As a press of Clean.
+    void clean();
+
     void showLight(int position, TWLight) override;
     void startSpinning(int position) override;
     void stopSpinning(int position) override;
@@ -39,7 +42,7 @@ public:
     void cleaningEnded(TWRunOutcome) override;
 
 signals:
-    void editFilesRequested();
+    void editorRequested(const char* name);
     void editDictionaryRequested();
     void helpRequested();
 
@@ -59,11 +62,7 @@ private:
     QAction* addAction(QMenu*, const char* name, const QString& text, const QKeySequence&);
     void stop();
     void afterFirstPaint();
-    void refreshFilesLine();
-    void refreshTrashLine();
-    void countTrash(std::vector<std::string> paths);
     void askBeforeClosing();
-    TWCleanerRowView& row(const char* cleaner) const;
 
     TWTidewellAppDelegate& delegate_;
     TWLightIcons lightIcons_;
@@ -73,8 +72,7 @@ private:
     QAction* cleanAction_ = nullptr;
     QAction* stopAction_ = nullptr;
     std::unique_ptr<TWResultsWindow> resultsWindow_;
-    std::unique_ptr<TWRunLoopHandle> counting_;
-    std::size_t trashItems_ = 0; // when last counted
+    TWCleanerLines lines_;
     bool painted_ = false;
     Closing closing_ = Closing::No;
 };

@@ -1,5 +1,6 @@
 #include "ui/TWWindowSession.h"
 
+#include "editors/TWFilesWindowController.h"
 #include "ui/TWDictionarySheet.h"
 #include "ui/TWFilesSheet.h"
 #include "ui/TWHelpWindow.h"
@@ -10,7 +11,7 @@ TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate)
     : delegate_(delegate)
     , mainWindow_(delegate)
 {
-    QObject::connect(&mainWindow_, &TWMainWindow::editFilesRequested, &mainWindow_, [this] { editFiles(); });
+    QObject::connect(&mainWindow_, &TWMainWindow::editorRequested, &mainWindow_, [this] { editFiles(); });
     QObject::connect(&mainWindow_, &TWMainWindow::editDictionaryRequested, &mainWindow_, [this] { editDictionary(); });
     QObject::connect(
         &mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { helpWindow().openAnchor("index"); });
@@ -30,7 +31,7 @@ void TWWindowSession::activate()
 void TWWindowSession::clean()
 {
     activate();
-    delegate_.clean();
+    mainWindow_.clean();
 }
 
 TWHelpWindow& TWWindowSession::helpWindow()
@@ -43,7 +44,8 @@ TWHelpWindow& TWWindowSession::helpWindow()
 void TWWindowSession::editFiles()
 {
     if (!filesSheet_) {
-        filesSheet_ = std::make_unique<TWFilesSheet>(delegate_.filesWindowController(), helpWindow(), &mainWindow_);
+        filesSheet_ = std::make_unique<TWFilesSheet>(
+            delegate_.editors().get<TWFilesWindowController>(), helpWindow(), &mainWindow_);
         QObject::connect(filesSheet_.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
     }
     filesSheet_->open();
@@ -53,7 +55,7 @@ void TWWindowSession::editDictionary()
 {
     if (!dictionarySheet_)
         dictionarySheet_
-            = std::make_unique<TWDictionarySheet>(delegate_.dictionaryWindowController(), helpWindow(), &mainWindow_);
-    delegate_.dictionaryWindowController().loadDictionary();
+            = std::make_unique<TWDictionarySheet>(delegate_.editors().dictionary(), helpWindow(), &mainWindow_);
+    delegate_.editors().dictionary().loadDictionary();
     dictionarySheet_->open();
 }

@@ -1,3 +1,4 @@
+#include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeApplication.h"
 
 #include <gtest/gtest.h>
@@ -18,15 +19,15 @@ protected:
     TWCleaningRunTest()
     {
         root.write("home/default", "x");
-        root.write("home/.local/share/Trash/files/item", "x");
+        root.write("home/.local/share/Trash/files/./item", "x");
         userDefaults.values = { { "FirstLaunchDone", true }, { "TrashCleaner", true } };
-        view.checked[Trash] = view.checked[Files] = true;
+        checked[Trash] = checked[Files] = true;
         delegate->applicationDidFinishLaunching();
         view.lines.clear();
     }
     void run()
     {
-        delegate->clean();
+        delegate->clean(checked);
         runLoop.advance(1s);
     }
     // The results as "type text", with every digit of the text shown as 9.
@@ -47,6 +48,7 @@ protected:
         return std::find(view.lines.begin(), view.lines.end(), line) != view.lines.end();
     }
 
+    TWRunChoice checked{};
     std::unique_ptr<TWTidewellAppDelegate> delegate = start();
 };
 
@@ -73,18 +75,18 @@ TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
 {
     alerts.leavesOpen = true;
     locks.heldByAnother = true;
-    delegate->clean();
-    delegate->clean(); // while it is open
+    delegate->clean(checked);
+    delegate->clean(checked); // while it is open
     ASSERT_EQ(alerts.alerts.size(), 1U);
     EXPECT_EQ(alerts.alerts[0].title, "Another cleaning is running.");
     alerts.answer(TWAnswer::Default);
-    view.checked = {};
-    delegate->clean();
+    checked = {};
+    delegate->clean(checked);
     EXPECT_EQ(alerts.alerts[1].title, "No cleaner is activated.");
     alerts.answer(TWAnswer::Default);
     EXPECT_EQ(results(), Lines());
     EXPECT_EQ(view.lines, (Lines{ "ended: nothing run", "ended: nothing run" }));
-    view.checked[Trash] = true;
+    checked[Trash] = true;
     locks.heldByAnother = false;
     locks.error = EROFS;
     run();
@@ -94,7 +96,7 @@ TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
 TEST_F(TWCleaningRunTest, AWarningThatIsNotConfirmedRunsNothing)
 {
     userDefaults.values["FilesCleaner"] = true;
-    delegate->filesWindowController().setActive(0, false);
+    delegate->editors().get<TWFilesWindowController>().setActive(0, false);
     alerts.script = { TWAnswer::Alternate };
     run();
     EXPECT_EQ(results(), Lines{ Start });
@@ -128,7 +130,7 @@ TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
     userDefaults.values["ShowResults"] = userDefaults.values["FilesCleaner"] = true;
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
     delegate->stop();
-    delegate->clean();
+    delegate->clean(checked);
     delegate->stop();
     runLoop.advance(1s);
     EXPECT_FALSE(delegate->running() || saw("front results") || saw("yellow 5"));
@@ -174,21 +176,113 @@ TEST_F(TWCleaningRunTest, OnlyTheFilesCleanerGetsANarrowedSecureMode)
         launcher.records.clear();
         run();
         EXPECT_EQ(launcher.records,
-            (Lines{ "/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/files/item",
-                "/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/info/item.trashinfo",
-                "/libexec/srm -rf " + files + "ROOT/home/default" }));
+            (Lines{ "/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/files/./item",
+                "/libexec/srm -rf " + trash + "ROOT/home/.local/share/Trash/info/./item.trashinfo",
+                "/libexec/srm -rf " + files + "ROOT/home/./default" }));
     }
 }
 
 TEST_F(TWCleaningRunTest, CleanDuringARunStartsAgain)
 {
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
-    delegate->clean();
+    delegate->clean(checked);
+    runLoop.runUntilIdle();
+    EXPECT_TRUE(delegate->running() && launcher.running() == 1 && locks.held == 1);
     launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
-    EXPECT_EQ(locks.held, 1);
     run();
     const auto lines = results();
     EXPECT_TRUE(lines.size() == 5 && lines.front() == Start && lines.back() == End);
-    EXPECT_EQ(view.lines[view.lines.size() - 2], "enable");
+    EXPECT_EQ(std::count(view.lines.begin(), view.lines.end(), "enable"), 1) << "the first run ended silently";
+    EXPECT_EQ(launcher.records.size(), 3U) << "its child included";
     EXPECT_TRUE(locks.held == 0 && locks.paths.size() == 1);
+}
+
+TEST_F(TWCleaningRunTest, WhileTheSecondRunIsAskedForTheFirstOneStaysAsItWas)
+{
+    for (const auto answer : { TWAnswer::Alternate, TWAnswer::Default }) {
+        root.write("home/default", "x");
+        root.write("home/.local/share/Trash/files/item", "x");
+        userDefaults.values["FilesCleaner"] = false;
+        launcher.ending = TWRecordingLauncher::Ending::ByTest;
+        alerts.leavesOpen = true;
+        delegate->clean(checked);
+        runLoop.runUntilIdle();
+        const auto before = results();
+        view.lines.clear();
+        launcher.records.clear();
+        // Switched on only now, with a list that warrants a warning.
+        userDefaults.values["FilesCleaner"] = userDefaults.values["SecurelyDeleteFiles"] = true;
+        delegate->editors().get<TWFilesWindowController>().addRule({ false, "", "~/x", TWItemsWithKeywords });
+        delegate->clean(checked);
+        delegate->clean(checked);
+        ASSERT_EQ(alerts.open.size(), 1U);
+        runLoop.runUntilIdle();
+        EXPECT_EQ(results(), before);
+        EXPECT_EQ(view.lines, Lines());
+        launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+        if (answer == TWAnswer::Default) {
+            alerts.answer(answer);
+            runLoop.advance(1s);
+            EXPECT_EQ(launcher.records.front(), "destroyed");
+            EXPECT_TRUE(root.exists("home/default") == false && saw("green 5"));
+        } else {
+            launcher.endAll();
+            runLoop.advance(1s);
+            EXPECT_TRUE(root.exists("home/default")) << "the run that goes on has taken up nothing";
+            EXPECT_EQ(view.lines.back(), "ended: succeeded");
+            alerts.answer(answer);
+        }
+        EXPECT_TRUE(!delegate->running() && locks.held == 0);
+    }
+}
+
+TEST_F(TWCleaningRunTest, LostSettingsAreConfirmedAndAListThatCannotBeReadFails)
+{
+    userDefaults.problemLine = "The settings were lost.";
+    alerts.script = { TWAnswer::Alternate };
+    run();
+    EXPECT_EQ(alerts.alerts.back().text, "The settings were lost.");
+    EXPECT_EQ(results(), (Lines{ Start, "0 The settings were lost." }));
+    userDefaults.problemLine.clear();
+    root.write("home/.local/share/Tidewell/FilesRules.plist", "damaged");
+    userDefaults.values["FilesCleaner"] = true;
+    delegate = start();
+    delegate->applicationDidFinishLaunching();
+    run();
+    EXPECT_TRUE(saw("red 5") && root.exists("home/default"));
+}
+
+TEST_F(TWCleaningRunTest, ACommandEndsQuietlyAndIgnoresTheSwitches)
+{
+    for (const auto* key : { "ShowResults", "AutoQuit", "BounceDockIcon", "GrowlCleaningDone" })
+        userDefaults.values[key] = true;
+    userDefaults.values["ShowResultsMode"] = 2;
+    TWRunChoice choice{};
+    delegate->cleanForCommand(choice);
+    EXPECT_EQ(alerts.alerts.back().title, "No cleaner is activated.");
+    choice[Files] = true;
+    delegate->cleanForCommand(choice);
+    runLoop.advance(1s);
+    EXPECT_TRUE(saw("green 5") && !saw("green 2") && !saw("terminate") && !saw("attention") && !saw("front results"));
+    EXPECT_FALSE(notifier.notifications.back().clickable);
+    EXPECT_EQ(notifier.notifications.back().text, "All the selected cleaners ran successfully.");
+}
+
+TEST_F(TWCleaningRunTest, TheEndOfTheDelegateIsSilent)
+{
+    launcher.ending = TWRecordingLauncher::Ending::ByTest;
+    delegate->clean(checked);
+    runLoop.runUntilIdle();
+    view.lines.clear();
+    delegate.reset();
+    EXPECT_EQ(launcher.records.back(), "destroyed");
+    delegate = start();
+    userDefaults.values["FilesCleaner"] = true;
+    delegate->editors().get<TWFilesWindowController>().setActive(0, false);
+    alerts.leavesOpen = true;
+    delegate->clean(checked);
+    view.lines.clear();
+    delegate.reset();
+    alerts.answer(TWAnswer::Default);
+    EXPECT_TRUE(view.lines.empty() && locks.held == 0);
 }

@@ -1,3 +1,4 @@
+#include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeApplication.h"
 #include "fakes/TWFakeMachine.h"
 
@@ -42,13 +43,13 @@ TEST_F(TWLaunchTest, TheEditorsSeeTheVersionOfTheLaunchBeforeThisOne)
     userDefaults.values = { { "LastLaunchedVersion", "0.9" }, { "AutoQuit", true } };
     const auto command = start(TWLaunchKind::Command);
     command->prepareForCommand(); // is no launch
-    EXPECT_EQ(command->filesWindowController().rules().size(), 0U);
-    EXPECT_TRUE(alerts.alerts.empty() && view.lines.empty() && !command->settings().boolean(TWKey::AutoQuit));
+    EXPECT_EQ(command->editors().get<TWFilesWindowController>().rules().size(), 0U);
+    EXPECT_TRUE(alerts.alerts.empty() && view.lines.empty());
     EXPECT_NE(stored("UUID"), "");
     const auto window = start();
-    EXPECT_EQ(window->filesWindowController().rules().size(), 1U);
+    EXPECT_EQ(window->editors().get<TWFilesWindowController>().rules().size(), 1U);
     EXPECT_EQ(stored("LastLaunchedVersion"), "0.9");
     window->applicationDidFinishLaunching();
     EXPECT_EQ(stored("LastLaunchedVersion"), "1.0");
-    EXPECT_EQ(start()->filesWindowController().rules().size(), 0U) << "once per version";
+    EXPECT_EQ(start()->editors().get<TWFilesWindowController>().rules().size(), 0U) << "once per version";
 }

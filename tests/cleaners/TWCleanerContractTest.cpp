@@ -1,6 +1,6 @@
 #include "app/TWCleanerTable.h"
 
-#include "editors/TWDictionaryWindowController.h"
+#include "app/TWEditors.h"
 #include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
@@ -11,42 +11,65 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// A machine on which every cleaner has two things to delete.
+constexpr std::size_t EnoughTurns = 40; // for the whole job
+
+// A machine on which every cleaner has something to do.
 struct Stage : TWFakeMachine {
     explicit Stage(const TWCleanerRow& given)
-        : cleaner(given.create({ tools, settings }))
+        : row(given)
     {
-        for (const auto* name :
-            { "home/one", "home/two", "home/.local/share/Trash/files/one", "home/.local/share/Trash/files/two" })
+        for (const auto* name : { "home/one", "home/two", "home/.local/share/Trash/files/one",
+                 "home/.local/share/Trash/files/two", "home/.local/share/Trash/info/one.trashinfo", "home/kept" })
             root.write(name, "x");
-        files.addRule({ true, "", "~/one", TWItemItself });
-        files.addRule({ true, "", "~/two", TWItemItself });
+        for (const auto* path : { "~/one", "~/two", "~/missing", "~/missing too" })
+            editors.get<TWFilesWindowController>().addRule({ true, "", path, TWItemItself });
+        cleaner = row.make({ tools, settings });
+        row.giveInfo(*cleaner, { settings, places, &editors });
         cleaner->setDelegate(&reports);
-        given.giveInfo(*cleaner, { settings, places, &files, &dictionary });
+        reports.shown = [this](std::string text) { return launcher.shown(std::move(text)); };
     }
-    void cleanAndTurn(int turns)
+    void turn(std::size_t turns)
     {
-        cleaner->clean();
-        for (int turn = 0; turn < turns; ++turn)
+        while (turns-- > 0)
             runLoop.turn(0ms);
     }
-    void clear()
+    void cleanAndTurn(std::size_t turns)
     {
-        reports.take();
-        launcher.records.clear();
+        cleaner->clean();
+        turn(turns);
+    }
+    std::optional<TWPlan> plan()
+    {
+        std::optional<TWPlan> result;
+        const auto planning = cleaner->makePlan([](const TWPlan&) {}, [&](TWPlan made) { result = std::move(made); });
+        turn(EnoughTurns);
+        return result;
+    }
+    // Everything that a cleaner could change.
+    Lines world() const
+    {
+        Lines lines = launcher.records;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root.path()))
+            lines.push_back(launcher.shown(entry.path()));
+        std::sort(lines.begin(), lines.end());
+        return lines;
     }
     std::size_t outcomes() const { return reports.count("success: ") + reports.count("failure: "); }
+    void expectOneEnd(const std::string& when) const
+    {
+        EXPECT_EQ(outcomes(), 1U) << when;
+        EXPECT_EQ(reports.count("finished"), 1U) << when;
+        EXPECT_EQ(reports.lines.back(), "finished") << when;
+        EXPECT_EQ(launcher.running(), 0U) << when;
+    }
 
+    const TWCleanerRow& row;
     TWSettings settings{ userDefaults };
     TWDataFolder folder{ ownFiles, places, bundle };
-    TWDictionaryWindowController dictionary{ folder };
-    TWFilesWindowController files{ { settings, folder, bundle, fileSystem, places, runLoop, alerts, guard,
-        dictionary } };
+    TWEditors editors{ { settings, folder, bundle, alerts, tools } };
     std::unique_ptr<TWCleaner> cleaner;
     TWRecordingCleanerDelegate reports;
 };
-
-constexpr int EnoughTurns = 12; // for the whole job
 
 }
 
@@ -60,12 +83,9 @@ TEST_P(TWCleanerContractTest, StartsHasOneOutcomeAndFinishes)
     Stage stage(row);
     for (int run = 0; run < 2; ++run) {
         stage.cleanAndTurn(EnoughTurns);
-        const auto lines = stage.reports.lines;
-        EXPECT_EQ(stage.outcomes(), 1U);
+        stage.expectOneEnd("run " + std::to_string(run));
+        const auto lines = stage.reports.take();
         EXPECT_TRUE(lines.front().starts_with("started: ") && lines[lines.size() - 2].starts_with("success: "));
-        EXPECT_EQ(lines.back(), "finished");
-        EXPECT_EQ(stage.launcher.records.size(), run == 0 ? 2U : 0U) << "the second run finds nothing left";
-        stage.clear();
     }
     stage.cleaner->setIsActive(false);
     EXPECT_EQ(stage.cleaner->validate(), "");
@@ -73,53 +93,108 @@ TEST_P(TWCleanerContractTest, StartsHasOneOutcomeAndFinishes)
     EXPECT_EQ(stage.reports.lines, Lines{ "finished" });
 }
 
+TEST_P(TWCleanerContractTest, APlanChangesNothingAndIsWhatARunDoes)
+{
+    Stage planned(row);
+    const auto before = planned.world();
+    auto plan = planned.plan();
+    ASSERT_TRUE(plan.has_value());
+    EXPECT_GT(plan->items.size(), 0U);
+    EXPECT_EQ(planned.world(), before);
+    EXPECT_TRUE(planned.reports.lines.empty() && planned.alerts.alerts.empty());
+
+    Stage run(row);
+    run.cleanAndTurn(EnoughTurns);
+    EXPECT_NE(run.world(), before);
+    // What comes after the plan is no part of it.
+    planned.root.write("home/.local/share/Trash/files/late", "x");
+    planned.cleaner->carryOut(std::move(*plan));
+    planned.turn(EnoughTurns);
+    std::filesystem::remove(planned.root.path("home/.local/share/Trash/files/late"));
+    auto world = planned.world();
+    std::erase_if(world, [](const auto& line) { return line.ends_with("/late"); });
+    EXPECT_EQ(world, run.world());
+    EXPECT_EQ(planned.reports.lines, run.reports.lines);
+}
+
 TEST_P(TWCleanerContractTest, MayBeStoppedDestroyedOrStartedAgainAtAnyMoment)
 {
     bool over = false;
-    for (int turns = 0; !over; ++turns) {
+    for (std::size_t turns = 0; !over; ++turns) {
         ASSERT_LT(turns, EnoughTurns);
+        const auto when = "after turn " + std::to_string(turns);
         Stage stopped(row);
         stopped.cleanAndTurn(turns);
         over = stopped.reports.count("finished") > 0;
-        const auto children = stopped.launcher.running();
-        stopped.launcher.records.clear();
+        stopped.cleaner->stop();
         stopped.cleaner->stop();
         stopped.runLoop.advance(1min);
-        EXPECT_EQ(stopped.cleaner->cancelled(), !over) << turns;
-        EXPECT_EQ(stopped.reports.count("failure: The cleaner was terminated"), over ? 0U : 1U) << turns;
-        EXPECT_EQ(stopped.reports.count("finished"), 1U) << turns;
-        EXPECT_EQ(stopped.launcher.records, Lines(children, "terminate")) << turns;
+        EXPECT_EQ(stopped.cleaner->cancelled(), !over) << when;
+        EXPECT_EQ(stopped.reports.count("failure: The cleaner was terminated"), over ? 0U : 1U) << when;
+        stopped.expectOneEnd(when);
 
         Stage destroyed(row);
         destroyed.cleanAndTurn(turns);
-        destroyed.clear();
+        destroyed.reports.take();
         destroyed.cleaner.reset();
         destroyed.runLoop.advance(1min);
-        EXPECT_TRUE(destroyed.reports.lines.empty()) << turns;
-        EXPECT_EQ(destroyed.launcher.records, Lines(children, "destroyed")) << turns;
+        EXPECT_TRUE(destroyed.reports.lines.empty()) << when;
+        EXPECT_EQ(destroyed.launcher.running(), 0U) << when;
 
         Stage restarted(row);
         restarted.cleanAndTurn(turns);
-        restarted.clear();
+        restarted.reports.take();
         restarted.cleanAndTurn(EnoughTurns);
-        EXPECT_EQ(restarted.outcomes(), 1U) << turns;
-        EXPECT_EQ(restarted.reports.count("finished"), 1U) << turns << ": the earlier job ends silently";
+        restarted.expectOneEnd(when + ": the earlier job ends silently");
+
+        Stage switchedOff(row);
+        switchedOff.cleanAndTurn(turns);
+        switchedOff.reports.take();
+        switchedOff.cleaner->setIsActive(false);
+        switchedOff.cleanAndTurn(EnoughTurns);
+        EXPECT_EQ(switchedOff.reports.lines, Lines{ "finished" }) << when;
+        EXPECT_EQ(switchedOff.launcher.running(), 0U) << when;
     }
 }
 
-TEST_P(TWCleanerContractTest, StopWithinAReportIsHeeded)
+TEST_P(TWCleanerContractTest, TheDelegateMayStopRestartOrDestroyInEveryReport)
 {
-    Stage stage(row);
-    for (const auto* missing : { "~/missing", "~/missing too" })
-        stage.files.addRule({ true, "", missing, TWItemItself });
-    stage.reports.onReport = [&] {
-        if (stage.reports.count("- ") == 1)
-            stage.cleaner->stop();
-    };
-    stage.cleanAndTurn(EnoughTurns);
-    EXPECT_EQ(stage.outcomes(), 1U);
-    EXPECT_EQ(stage.reports.count("finished"), 1U);
-    EXPECT_EQ(stage.reports.lines.back(), "finished");
+    Stage quiet(row);
+    quiet.cleanAndTurn(EnoughTurns);
+    const auto all = quiet.reports.lines;
+    for (std::size_t report = 1; report <= all.size(); ++report) {
+        const auto when = "in report " + std::to_string(report) + ", " + all[report - 1];
+        Stage stopped(row);
+        stopped.reports.onReport = [&] {
+            if (stopped.reports.lines.size() == report)
+                stopped.cleaner->stop();
+        };
+        stopped.cleanAndTurn(EnoughTurns);
+        stopped.runLoop.advance(1min);
+        stopped.expectOneEnd(when);
+        const bool early = report + 1 < all.size();
+        EXPECT_EQ(stopped.reports.count("failure: The cleaner was terminated"), early ? 1U : 0U) << when;
+
+        Stage restarted(row);
+        bool once = false;
+        restarted.reports.onReport = [&] {
+            if (restarted.reports.lines.size() == report && !std::exchange(once, true)) {
+                restarted.reports.take();
+                restarted.cleaner->clean();
+            }
+        };
+        restarted.cleanAndTurn(2 * EnoughTurns);
+        restarted.expectOneEnd(when + ", restarted");
+
+        Stage destroyed(row);
+        destroyed.reports.onReport = [&] {
+            if (destroyed.reports.lines.size() == report)
+                destroyed.cleaner.reset();
+        };
+        destroyed.cleanAndTurn(EnoughTurns);
+        EXPECT_EQ(destroyed.reports.lines, Lines(all.begin(), all.begin() + std::ptrdiff_t(report))) << when;
+        EXPECT_EQ(destroyed.launcher.running(), 0U) << when;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Cleaners, TWCleanerContractTest, testing::ValuesIn([] {

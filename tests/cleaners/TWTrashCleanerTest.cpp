@@ -30,7 +30,7 @@ protected:
     }
 
     TWSettings settings{ userDefaults };
-    TWTrashCleaner cleaner{ tools, settings };
+    TWTrashCleaner cleaner{ { tools, settings } };
     TWRecordingCleanerDelegate reports;
 };
 
@@ -46,16 +46,19 @@ TEST_F(TWTrashCleanerTest, AnItemThatStaysKeepsItsRecordAndOtherRecordsGoQuietly
              "info/folder.trashinfo", "info/kept.trashinfo", "info/orphan.trashinfo", "info/.trashinfo", "info/note",
              "directorysizes", "expunged/x" })
         root.write(std::string("trash/") + name, "x");
+    // A file manager writes the record first and moves the item into the Trash a moment later.
+    root.write("trash/info/newcomer.trashinfo", "x");
+    launcher.atLaunch = [this] { root.write("trash/files/newcomer", "x"); };
     launcher.failures[places.trash + "/files/kept"] = { TWTermination::Kind::Exited, 1, "rm: not permitted" };
     EXPECT_EQ(run(),
         (Lines{ Started, "- Could not delete ROOT/trash/files/kept", "- Delete ROOT/trash/files/.hidden ...",
             "- Delete ROOT/trash/files/folder ...", "- Delete ROOT/trash/files/kept ...",
             "- The deletion tool said: rm: not permitted", Failure, "finished" }));
     EXPECT_EQ(launcher.records,
-        (Lines{ "/bin/rm -rf ROOT/trash/directorysizes", "/bin/rm -rf ROOT/trash/files/.hidden",
-            "/bin/rm -rf ROOT/trash/files/folder", "/bin/rm -rf ROOT/trash/files/kept",
-            "/bin/rm -rf ROOT/trash/info/.hidden.trashinfo", "/bin/rm -rf ROOT/trash/info/folder.trashinfo",
-            "/bin/rm -rf ROOT/trash/info/orphan.trashinfo" }));
+        (Lines{ "/bin/rm -rf ROOT/trash/./directorysizes", "/bin/rm -rf ROOT/trash/files/./.hidden",
+            "/bin/rm -rf ROOT/trash/files/./folder", "/bin/rm -rf ROOT/trash/files/./kept",
+            "/bin/rm -rf ROOT/trash/info/./.hidden.trashinfo", "/bin/rm -rf ROOT/trash/info/./folder.trashinfo",
+            "/bin/rm -rf ROOT/trash/info/./orphan.trashinfo" }));
 }
 
 TEST_F(TWTrashCleanerTest, WithoutAReadableFolderNothingIsDeletedAndTheReasonIsSaid)
@@ -66,7 +69,7 @@ TEST_F(TWTrashCleanerTest, WithoutAReadableFolderNothingIsDeletedAndTheReasonIsS
     root.write("trash/info/other.trashinfo", "x");
     root.link("trash/files", root.path("elsewhere"));
     EXPECT_EQ(run(),
-        (Lines{ Started, "- The Trash folder \"ROOT/trash/files\" could not be read (Not a directory).", Success,
+        (Lines{ Started, "- The Trash folder \"ROOT/trash/files\" could not be read (Not a directory).", Failure,
             "finished" }));
     EXPECT_EQ(launcher.records, Lines());
 }

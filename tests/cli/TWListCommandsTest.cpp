@@ -101,7 +101,7 @@ TEST_F(TWListCommandsTest, DamagedFilesAreNamedAndKept)
     EXPECT_NE(listed.err.find(Rules), std::string::npos) << listed.err;
     EXPECT_NE(listed.err.find(Settings), std::string::npos) << listed.err;
     EXPECT_EQ(listed.out.find("  on  "), std::string::npos) << listed.out;
-    EXPECT_EQ(run({ "clean", "--only", "files", "--yes" }).status, 0);
+    EXPECT_EQ(run({ "clean", "--only", "files", "--yes" }).status, 1);
     EXPECT_EQ(folder_.read(Rules), "damaged rules");
     EXPECT_EQ(folder_.read(Settings), "]\nTrashCleaner=true\n");
 

@@ -1,16 +1,31 @@
 #include "deletion/TWDeletionGuard.h"
 
 #include "fakes/TWFakeMachine.h"
+#include "platform/linux/TWLinuxMountTable.h"
+
+#include <sys/mount.h>
 
 namespace {
 
 class TWDeletionGuardTest : public testing::Test, protected TWFakeMachine {
 protected:
-    // Paths and reasons; "" when the path may be deleted.
-    void expect(const TWDeletionGuard& asked, const std::vector<std::pair<std::string, std::string>>& rows)
+    std::string reason(TWDeletionGuard& asked, const std::string& path)
     {
-        for (const auto& [path, reason] : rows)
-            EXPECT_EQ(asked.reason(path) ? asked.reason(path) : "", reason) << path;
+        const auto planned = target(path);
+        int error = 0;
+        const auto folder = fileSystem.holdFolder(planned.folder->realPath, error);
+        if (!path.starts_with('/') || planned.name.empty() || !folder)
+            return TWDeletionRules::objectionToPath(path);
+        const auto rules = asked.rules();
+        const auto judged = rules->judgeFolder(*folder, planned.folder->realPath);
+        const auto* objection = rules->objection(judged, planned.name, folder->look(planned.name));
+        return objection ? objection : "";
+    }
+    // Paths and reasons; "" if the path may be deleted.
+    void expect(TWDeletionGuard& asked, const std::vector<std::pair<std::string, std::string>>& rows)
+    {
+        for (const auto& [path, expected] : rows)
+            EXPECT_EQ(reason(asked, path), expected) << path;
     }
 };
 
@@ -18,8 +33,11 @@ constexpr auto System = "it is a folder of the system.";
 constexpr auto InsideSystem = "it belongs to the system.";
 constexpr auto Home = "it is the home folder.";
 constexpr auto AboveHome = "the home folder lies inside it.";
+constexpr auto Data = "it is the folder where Tidewell keeps its settings.";
+constexpr auto InsideData = "it belongs to the settings of Tidewell.";
 constexpr auto AboveData = "the folder where Tidewell keeps its settings lies inside it.";
 constexpr auto MountPoint = "a volume is mounted there.";
+constexpr auto MountInside = "a volume is mounted inside it.";
 
 }
 
@@ -27,49 +45,103 @@ TEST_F(TWDeletionGuardTest, RefusesWhatNobodyCanHaveMeant)
 {
     const auto home = places.home;
     root.folder("home/Documents");
+    root.folder("media/usb/sti");
+    root.write(".config/Tidewell/Tidewell.plist", "");
+    root.write("home/.config/Tidewell/Tidewell.plist", "");
+    root.write("home/.local/share/Tidewell/Dictionary.plist", "");
     mountTable.points.push_back(root.folder("media/usb/stick"));
     expect(guard,
         { { "", "the path is empty." }, { "Documents", "the path does not begin with \"/\" or \"~\"." },
             { "~", "the path does not begin with \"/\" or \"~\"." }, { "/", "it is the whole file system." },
             { "/tmp", System }, { "/etc", System }, { "/var/log", System }, { "/home", System }, { "/usr", System },
-            { "/usr/bin/env", InsideSystem }, { "/proc/self", InsideSystem }, { "/usr/local", System },
+            { "/bin", System }, { "/usr/bin/env", InsideSystem }, { "/bin/sh", InsideSystem }, { "/usr/local", System },
             { "/usr/local/nobody", "" }, { "/var/log/nobody", "" }, { home, Home }, { root.path(), AboveHome },
-            { home + "/.", Home }, { home + "/Documents/..", Home }, { home + "/Documents/../..", AboveHome },
             { home + "/Documents", "" }, { home + "/.local", AboveData }, { home + "/.local/share", AboveData },
-            { dataFolder, "it is the folder where Tidewell keeps its settings." },
-            { dataFolder + "/Dictionary.plist", "" }, { root.path("media/usb/stick"), MountPoint },
-            { root.path("media"), "a volume is mounted inside it." }, { root.path("media/usb/stick/file"), "" },
-            { root.path("media/usb/sti"), "" }, { root.path("no/such/folder"), "" } });
+            { home + "/.config", AboveData }, { dataFolder, Data }, { dataFolder + "/Dictionary.plist", InsideData },
+            { home + "/.config/Tidewell", Data }, { root.path("media/usb/stick"), MountPoint },
+            { root.path("media"), MountInside }, { root.path("media/usb/stick/file"), "" },
+            { root.path("media/usb/sti"), "" } });
     mountTable.points.clear();
     expect(guard, { { home + "/Documents", "the list of mounted volumes could not be read." } });
 }
 
-TEST_F(TWDeletionGuardTest, JudgesByTheRealPlaceButALinkItselfMayGo)
+TEST_F(TWDeletionGuardTest, KnowsFoldersByIdentityAndTheLinksThatLeadToThem)
 {
     root.link("to-home", places.home);
     root.link("to-root", root.path());
     root.link("to-usr", "/usr");
     expect(guard,
         { { root.path("to-home"), "" }, { root.path("to-usr"), "" }, { root.path("to-root/home"), Home },
-            { root.path("to-usr/share"), InsideSystem }, { root.path("to-home/x"), "" },
-            { root.path("to-root/to-usr"), "" }, { root.path("to-home/."), Home },
-            { root.path("to-home/.."), AboveHome } });
+            { root.path("to-usr/share"), InsideSystem }, { root.path("to-root/to-usr"), "" } });
+    // Now the user's home folder is reached through links, and the data folder through another one.
+    root.folder("elsewhere");
+    root.write("dotfiles/Tidewell/FilesRules.plist", "");
+    root.link("links/second", "../to-home");
+    root.link("home/data/Tidewell", root.path("dotfiles/Tidewell"));
     auto linked = places;
-    linked.home = root.path("to-home");
-    const TWDeletionGuard linkedGuard(linked, fileSystem, mountTable, root.path("to-home/.local/share/Tidewell"));
-    EXPECT_STREQ(linkedGuard.reason(places.home), Home);
-    EXPECT_STREQ(linkedGuard.reason(places.home + "/.local"), AboveData);
+    linked.home = root.path("links/second");
+    TWDeletionGuard linkedGuard(linked, fileSystem, mountTable, root.path("links/second/data/Tidewell"));
+    expect(linkedGuard,
+        { { root.path("links/second"), Home }, { root.path("to-home"), Home }, { places.home, Home },
+            { root.path("links"), AboveHome }, { root.path("elsewhere"), "" }, { root.path("to-usr"), "" },
+            { root.path("home/data/Tidewell"), Data }, { root.path("home/data"), AboveData },
+            { root.path("dotfiles"), AboveData }, { root.path("dotfiles/Tidewell/FilesRules.plist"), InsideData } });
 }
 
-TEST_F(TWDeletionGuardTest, ASandboxEndsAtItsWalls)
+TEST_F(TWDeletionGuardTest, ASandboxEndsAtItsWallsAndProtectsTheRealHome)
 {
     auto boxed = places;
-    boxed.sandboxRoot = root.path();
-    const TWDeletionGuard boxedGuard(boxed, fileSystem, mountTable, dataFolder);
-    root.link("out", "/var/tmp");
+    boxed.sandboxRoot = root.folder("box");
+    boxed.home = root.folder("box/home");
+    TWDeletionGuard boxedGuard(boxed, fileSystem, mountTable, root.path("box/home/data"));
+    root.link("box/out", "/var/tmp");
     const std::string outside = "it lies outside the sandbox.";
     expect(boxedGuard,
-        { { "/var/tmp/x", outside }, { "/no/such/folder", outside }, { root.path("out/x"), outside },
-            { root.path() + "x", outside }, { root.path(), "it is the sandbox itself." }, { places.home, Home },
-            { root.path("out"), "" }, { root.path("var/log"), "" } });
+        { { "/var/tmp/x", outside }, { root.path("box/out/x"), outside }, { root.path("boxx"), outside },
+            { root.path("home"), Home }, { root.path("home/x"), outside }, { root.path(), outside },
+            { boxed.sandboxRoot, "it is the sandbox itself." }, { boxed.home, Home }, { root.path("box/out"), "" },
+            { root.path("box/home/x"), "" } });
+    boxed.sandboxRoot = root.path();
+    TWDeletionGuard wideGuard(boxed, fileSystem, mountTable, root.path("box/home/data"));
+    expect(wideGuard, { { places.home, Home }, { places.home + "/x", outside } });
+}
+
+TEST_F(TWDeletionGuardTest, LooksAgainWhenAVolumeIsMountedOrTheJobIsNew)
+{
+    const auto folder = root.folder("media/stick");
+    expect(guard, { { folder, "" } });
+    mountTable.points.push_back(folder);
+    expect(guard, { { folder, MountPoint } });
+    std::filesystem::rename(places.home, root.path("moved"));
+    root.folder("home");
+    expect(guard, { { root.path("moved"), Home }, { places.home, "" } });
+    guard.renew();
+    expect(guard, { { root.path("moved"), "" }, { places.home, Home } });
+}
+
+// A bind mount leads to the home folder under another name, which no comparison of paths would notice.
+TEST_F(TWDeletionGuardTest, ABindMountIsNoWayAround)
+{
+    if (!std::getenv("TIDEWELL_TEST_MACHINE"))
+        GTEST_SKIP() << "mounts volumes; set TIDEWELL_TEST_MACHINE=1 on a machine made for that";
+    const auto alias = root.folder("outside/alias");
+    root.write("home/.local/share/Tidewell/FilesRules.plist", "");
+    ASSERT_EQ(mount(root.path().c_str(), alias.c_str(), nullptr, MS_BIND, nullptr), 0) << strerror(errno);
+    TWLinuxMountTable realTable;
+    TWDeletionGuard realGuard(places, fileSystem, realTable, dataFolder);
+    expect(realGuard,
+        { { alias + "/home", Home }, { alias + "/home/.local", AboveData },
+            { alias + "/home/.local/share/Tidewell/FilesRules.plist", InsideData }, { alias, AboveHome },
+            { root.path("outside"), MountInside }, { alias + "/home/nobody", "" } });
+    EXPECT_EQ(umount(alias.c_str()), 0);
+}
+
+TEST(TWLinuxMountTableTest, UnderstandsEveryLineOrNone)
+{
+    const std::string first = "36 35 98:0 /mnt1 /mnt2\\040a\\134b rw,noatime master:1 - ext3 /dev/root rw\n";
+    const std::string second = "37 36 0:5 / / rw - tmpfs none rw\n";
+    EXPECT_EQ(TWMountPointsIn(first + second), (TWMountPoints{ "/", "/mnt2 a\\b" }));
+    EXPECT_EQ(TWMountPointsIn(""), TWMountPoints());
+    for (const auto* damaged : { "36 35 98:0 /mnt1", "36 35 98:0 /mnt1 /mnt2", "36 35 98:0 /mnt1 mnt2 rw\n", "\n" })
+        EXPECT_EQ(TWMountPointsIn(second + damaged), TWMountPoints()) << damaged;
 }

@@ -29,10 +29,21 @@ protected:
         lines.emplace_back("done");
         onCall();
     }
+    void fileDeleteQueueVerified(bool nothingLeft) override
+    {
+        lines.emplace_back(nothingLeft ? "nothing left" : "something left");
+        onCall();
+    }
     void addFiles(const Lines& names)
     {
         for (const auto& name : names)
-            queue->addFile(root.write(name, "x"));
+            queue->addFile(target(root.write(name, "x")));
+    }
+    Lines verify()
+    {
+        queue->verify();
+        runLoop.advance(1s);
+        return takeLines();
     }
     void run()
     {
@@ -51,40 +62,123 @@ protected:
 TEST_F(TWFileDeleteQueueTest, DeletesInOrderDuplicatesIncluded)
 {
     addFiles({ "b", "a" });
-    queue->addFilesFromArray({ root.path("b"), root.path("never existed") });
+    queue->addFilesFromArray({ target(root.path("b")), target(root.path("never existed")) });
     queue->setSecureDeleteMode(1);
     run();
     EXPECT_EQ(takeLines(),
         (Lines{ "7-pass secure delete ROOT/b ...", "7-pass secure delete ROOT/a ...", "7-pass secure delete ROOT/b ...",
             "7-pass secure delete ROOT/never existed ...", "done" }));
-    EXPECT_TRUE(queue->verify());
+    EXPECT_EQ(verify(), Lines{ "nothing left" });
     renew();
     queue->deleteFiles(TWAuthorization::No);
     EXPECT_EQ(takeLines(), Lines{ "done" }) << "an empty queue is done at once, without a line";
-    EXPECT_TRUE(queue->verify());
+    EXPECT_EQ(verify(), Lines{ "nothing left" });
 }
 
-TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonDirectlyBefore)
+TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonsDirectlyBefore)
 {
     addFiles({ "kept", "gone", "silent" });
-    queue->addFile(places.home);
-    queue->addFile(root.link("dangling", "nowhere"));
+    queue->addFile(target(places.home));
+    queue->addFile(target(root.link("dangling", "nowhere")));
+    queue->addFile({ nullptr, "relative" });
     using Kind = TWTermination::Kind;
-    launcher.failures[root.path("kept")] = { Kind::Exited, 1, "rm: cannot remove\nrm: second line" };
+    launcher.failures[root.path("kept")] = { Kind::Exited, 1, "rm: cannot remove\nrm: second line\n" };
     launcher.failures[root.path("silent")] = { Kind::Exited, 1, "" };
     launcher.failures[root.path("dangling")] = { Kind::NotLaunched, ENOENT, "" };
     run();
     takeLines();
-    EXPECT_FALSE(queue->verify());
-    EXPECT_EQ(takeLines(),
-        (Lines{ "The deletion tool said: rm: cannot remove", "Could not delete ROOT/kept",
-            "Could not delete ROOT/silent", "Refused to delete \"ROOT/home\": it is the home folder.",
-            "Could not delete ROOT/home",
+    EXPECT_EQ(verify(),
+        (Lines{ "The deletion tool said: rm: cannot remove", "The deletion tool said: rm: second line",
+            "Could not delete ROOT/kept", "Could not delete ROOT/silent",
+            "Refused to delete \"ROOT/home\": it is the home folder.", "Could not delete ROOT/home",
             "The deletion tool /bin/rm could not be started (No such file or directory). Please install Tidewell and "
-            "the package "
-            "coreutils again.",
-            "Could not delete ROOT/dangling" }));
-    EXPECT_FALSE(root.exists("gone"));
+            "the package coreutils again.",
+            "Could not delete ROOT/dangling",
+            "Refused to delete \"relative\": the path does not begin with \"/\" or \"~\".", "Could not delete relative",
+            "something left" }));
+    EXPECT_TRUE(queue->isGone(1) && !queue->isGone(0));
+}
+
+TEST_F(TWFileDeleteQueueTest, AnOverwritingToolThatFailedIsNotTrusted)
+{
+    using Kind = TWTermination::Kind;
+    addFiles({ "noted", "killed", "failed" });
+    queue->setSecureDeleteMode(0);
+    launcher.failures[root.path("noted")] = { Kind::Exited, 0, "srm: note: ./noted: has several names\n" };
+    launcher.failures[root.path("killed")] = { Kind::Signalled, 9, "" };
+    launcher.failures[root.path("failed")] = { Kind::Exited, 1, "srm: note: a\nsrm: ./failed: why\n" };
+    run();
+    takeLines();
+    for (const auto* name : { "noted", "killed", "failed" })
+        std::filesystem::remove(root.path(name)); // as if it had got another name
+    EXPECT_EQ(verify(),
+        (Lines{ "The deletion tool said: srm: note: ./noted: has several names",
+            "The deletion tool /libexec/srm was ended by signal 9.", "Could not delete ROOT/killed",
+            "The deletion tool said: srm: ./failed: why", "The deletion tool said: srm: note: a",
+            "Could not delete ROOT/failed", "something left" }));
+}
+
+// Whatever becomes of the folder between the plan and the child, nothing outside of it is touched and nothing is called
+// gone.
+TEST_F(TWFileDeleteQueueTest, OnlyTheFolderThatWasPlannedIsTouched)
+{
+    const auto swapFor = [this](const std::string& what) {
+        std::filesystem::rename(root.path("folder"), root.path("away"));
+        if (what == "link")
+            root.link("folder", "other");
+        else if (what == "folder")
+            root.write("folder/2", "another one");
+    };
+    const std::string gone
+        = "\"ROOT/folder/2\" cannot be looked at, because its folder was moved or deleted meanwhile.";
+    const std::string changed
+        = "\"ROOT/folder/2\" was left alone, because its folder is another one than when it was looked at.";
+    const auto notOpened = [](const std::string& why) {
+        return "\"ROOT/folder/2\" was left alone, because its folder cannot be opened any more (" + why + ").";
+    };
+    const std::vector<std::tuple<std::string, std::size_t, std::string>> cases{
+        { "link", 1, notOpened("Not a directory") },
+        { "folder", 1, changed },
+        { "nothing", 1, notOpened("No such file or directory") },
+        { "link", 2, gone },
+        { "folder", 2,
+            "\"ROOT/folder/2\" cannot be looked at, because its folder was replaced by another one meanwhile." },
+        { "nothing", 2, gone },
+    };
+    for (const auto& [what, launches, reason] : cases) {
+        renew();
+        addFiles({ "folder/1", "folder/2" });
+        root.write("other/2", "canary");
+        std::size_t launched = 0;
+        launcher.atLaunch = [&, when = launches, swap = what] {
+            if (++launched == when)
+                swapFor(swap);
+        };
+        run();
+        takeLines();
+        const auto said = verify();
+        EXPECT_EQ(
+            Lines(said.end() - 3, said.end()), (Lines{ reason, "Could not delete ROOT/folder/2", "something left" }))
+            << what << launches;
+        EXPECT_EQ(root.read("other/2"), "canary");
+        EXPECT_EQ(root.exists("away/2"), launches == 1) << "the tool works in the folder that was planned";
+        for (const auto* name : { "folder", "away" })
+            std::filesystem::remove_all(root.path(name));
+    }
+}
+
+TEST_F(TWFileDeleteQueueTest, APathInsideAnotherOneOfTheListGoesWithIt)
+{
+    addFiles({ "outer/inner/file", "outer/inner/deep/file" });
+    queue->addFile(target(root.path("outer")));
+    root.write("elsewhere/file", "x");
+    queue->addFile(target(root.path("elsewhere/file")));
+    run();
+    std::filesystem::rename(root.path("elsewhere"), root.path("moved"));
+    takeLines();
+    EXPECT_EQ(verify(),
+        (Lines{ "\"ROOT/elsewhere/file\" cannot be looked at, because its folder was moved or deleted meanwhile.",
+            "Could not delete ROOT/elsewhere/file", "something left" }));
 }
 
 TEST_F(TWFileDeleteQueueTest, StopStartsNothingFurtherAndCountsTheRest)
@@ -98,11 +192,19 @@ TEST_F(TWFileDeleteQueueTest, StopStartsNothingFurtherAndCountsTheRest)
     EXPECT_TRUE(queue->running()) << "until the child has ended";
     runLoop.advance(1s);
     EXPECT_EQ(takeLines(), (Lines{ "Delete ROOT/1 ...", "Delete ROOT/2 ...", "done" }));
-    EXPECT_FALSE(queue->verify());
-    EXPECT_EQ(takeLines(),
+    EXPECT_EQ(verify(),
         (Lines{ "The deletion tool /bin/rm was ended by signal 15.", "Could not delete ROOT/2",
-            "Stopped: 2 items were not deleted." }));
+            "Stopped: 2 items were not deleted.", "something left" }));
     EXPECT_FALSE(queue->running());
+    renew();
+    addFiles({ "5" });
+    launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    run();
+    takeLines();
+    queue->verify();
+    queue->stop();
+    runLoop.advance(1s);
+    EXPECT_EQ(takeLines(), (Lines{ "Stopped: what was deleted could not be checked to the end.", "something left" }));
 }
 
 TEST_F(TWFileDeleteQueueTest, MayBeDestroyedInEveryOneOfItsCalls)
@@ -110,10 +212,10 @@ TEST_F(TWFileDeleteQueueTest, MayBeDestroyedInEveryOneOfItsCalls)
     launcher.deletes = false;
     const Lines all{ "Delete ROOT/home ...", "Delete ROOT/1 ...", "Delete ROOT/2 ...", "done",
         "Refused to delete \"ROOT/home\": it is the home folder.", "Could not delete ROOT/home",
-        "Could not delete ROOT/1" };
-    for (std::size_t calls = 1; calls < all.size(); ++calls) {
+        "Could not delete ROOT/1", "Could not delete ROOT/2", "something left" };
+    for (std::size_t calls = 1; calls <= all.size(); ++calls) {
         renew();
-        queue->addFile(places.home);
+        queue->addFile(target(places.home));
         addFiles({ "1", "2" });
         onCall = [&] {
             if (lines.size() == calls)
@@ -122,6 +224,7 @@ TEST_F(TWFileDeleteQueueTest, MayBeDestroyedInEveryOneOfItsCalls)
         run();
         if (queue)
             queue->verify();
+        runLoop.advance(1s);
         EXPECT_EQ(takeLines(), Lines(all.begin(), all.begin() + std::ptrdiff_t(calls)));
     }
 }

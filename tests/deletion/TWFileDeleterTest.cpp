@@ -16,7 +16,7 @@ protected:
     std::string deleteFile(
         const std::string& path, TWSecureMode mode = TWPlainDelete, TWWaiting waiting = TWWaiting::Asynchronously)
     {
-        return deleter.deleteFile(path, mode, waiting, TWAuthorization::Yes);
+        return deleter.deleteFile(target(path), mode, waiting, TWAuthorization::Yes);
     }
 
     TWFileDeleter deleter{ tools };
@@ -28,12 +28,13 @@ protected:
 TEST_F(TWFileDeleterTest, EachModeHasItsCommandLineAndLabel)
 {
     Lines labels;
+    places.rmOptions = { "--one" };
     for (const int mode : { -1, 0, 1, 2, 5, -2 })
-        labels.push_back(
-            deleteFile(root.path("x y//"), mode, TWWaiting::UntilDone)); // a slash would make the tool follow a link
+        labels.push_back(deleteFile(root.path("x y"), mode, TWWaiting::UntilDone));
     EXPECT_EQ(launcher.records,
-        (Lines{ "/bin/rm -rf ROOT/x y", "/libexec/srm -rf --simple ROOT/x y", "/libexec/srm -rf --medium ROOT/x y",
-            "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y", "/libexec/srm -rf ROOT/x y" }));
+        (Lines{ "/bin/rm -rf --one ROOT/./x y", "/libexec/srm -rf --simple ROOT/./x y",
+            "/libexec/srm -rf --medium ROOT/./x y", "/libexec/srm -rf ROOT/./x y", "/libexec/srm -rf ROOT/./x y",
+            "/libexec/srm -rf ROOT/./x y" }));
     EXPECT_EQ(
         labels, (Lines{ "Delete", "One-pass secure delete", "7-pass secure delete", "35-pass secure delete", "", "" }));
     EXPECT_EQ(doneCalls, 6);
@@ -46,7 +47,7 @@ TEST_F(TWFileDeleterTest, WhileBusyItRefusesLoudlyAndIsNotDisturbedByOthers)
 {
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
     TWFileDeleter other(tools);
-    other.deleteFile(root.path("other"), TWPlainDelete, TWWaiting::Asynchronously, TWAuthorization::No);
+    other.deleteFile(target(root.path("other")), TWPlainDelete, TWWaiting::Asynchronously, TWAuthorization::No);
     launcher.endAll();
     EXPECT_EQ(deleteFile(root.path("first")), "Delete");
     Lines log;
@@ -75,6 +76,6 @@ TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
         doneCalls = 0;
     }
     EXPECT_EQ(launcher.records,
-        (Lines{ "/bin/rm -rf ROOT/file", "terminate", "/bin/rm -rf ROOT/file", "terminate", "kill" }));
-    EXPECT_EQ(deleter.problem(), "The deletion tool /bin/rm was ended by signal 9.");
+        (Lines{ "/bin/rm -rf ROOT/./file", "terminate", "/bin/rm -rf ROOT/./file", "terminate", "kill" }));
+    EXPECT_EQ(deleter.report().problems, Lines{ "The deletion tool /bin/rm was ended by signal 9." });
 }

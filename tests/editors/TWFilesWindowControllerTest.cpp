@@ -48,8 +48,7 @@ protected:
     // Loads as at launch; the rules as "description path", with "off" before those that are switched off.
     Lines load()
     {
-        controller.emplace(TWFilesWindowController::Context{
-            settings, folder, bundle, fileSystem, places, runLoop, alerts, guard, dictionary });
+        controller.emplace(TWEditorContext{ settings, folder, bundle, alerts, tools }, dictionary);
         controller->setView(&view);
         controller->awakeFromNib(TWLaunchKind::Window);
         return rules();

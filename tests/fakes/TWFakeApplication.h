@@ -3,16 +3,13 @@
 #include "app/TWTidewellAppDelegate.h"
 #include "fakes/TWFakeMachine.h"
 
-#include <array>
 #include <set>
 
 // Records every call as a line; nothing is checked at first.
-struct TWFakeApplicationView final : TWApplicationView {
-    std::array<bool, 8> checked{};
+struct TWFakeApplicationView final : TWRunView, TWApplicationWindows {
     std::set<TWWindow> keyWindows;
     std::vector<std::string> lines;
 
-    bool isChecked(int position) const override { return checked[static_cast<std::size_t>(position)]; }
     void showLight(int position, TWLight light) override
     {
         static constexpr const char* Names[] = { "off", "yellow", "green", "red" };
@@ -55,7 +52,7 @@ struct TWFakeApplication : TWFakeMachine {
     std::unique_ptr<TWTidewellAppDelegate> start(TWLaunchKind kind = TWLaunchKind::Window)
     {
         auto delegate = std::make_unique<TWTidewellAppDelegate>(platform, kind);
-        delegate->setView(&view);
+        delegate->setViews(&view, &view);
         return delegate;
     }
 };

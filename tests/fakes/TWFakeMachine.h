@@ -7,6 +7,7 @@
 #include "fakes/TWRecordingLauncher.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/posix/TWPosixOwnFiles.h"
+#include "support/TWPath.h"
 
 // A whole user's machine below a throwaway folder: real files where they lie on Linux, everything else a fake.
 struct TWFakeMachine {
@@ -26,11 +27,21 @@ struct TWFakeMachine {
     TWDeletionGuard guard{ places, fileSystem, mountTable, dataFolder };
     TWDeletionTools tools{ runLoop, launcher, fileSystem, guard, places };
 
+    // A path as a plan sees it now.
+    TWDeletionTarget target(const std::string& path) const
+    {
+        const std::string parent(TWPath::parent(path));
+        const auto real = fileSystem.realPath(parent, TWLinkAtEnd::Follow).value_or(parent);
+        const auto identity = fileSystem.look(real).facts.identity;
+        return { std::make_shared<const TWPlannedFolder>(TWPlannedFolder{ parent, real, identity }),
+            std::string(TWPath::lastComponent(path)) };
+    }
+
 private:
     static TWPlaces makePlaces(const TWTemporaryFolder& root)
     {
         TWPlaces places;
-        places.home = root.folder("home");
+        places.home = places.realHome = root.folder("home");
         places.configHome = root.path("home/.config");
         places.dataHome = root.folder("home/.local/share");
         places.stateHome = root.path("home/.local/state");

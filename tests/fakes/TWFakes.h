@@ -7,6 +7,7 @@
 #include "platform/TWNotifier.h"
 #include "platform/TWUserDefaults.h"
 
+#include <algorithm>
 #include <deque>
 #include <map>
 
@@ -65,7 +66,17 @@ struct TWFakeNotifier final : TWNotifier {
 struct TWFakeMountTable final : TWMountTable {
     std::vector<std::string> points{ "/" };
 
-    const std::vector<std::string>& mountPoints() override { return points; }
+    // The same list until the points change, as the real table.
+    std::shared_ptr<const TWMountPoints> mountPoints() override
+    {
+        std::sort(points.begin(), points.end());
+        if (!given_ || *given_ != points)
+            given_ = std::make_shared<const TWMountPoints>(points);
+        return given_;
+    }
+
+private:
+    std::shared_ptr<const TWMountPoints> given_;
 };
 
 struct TWFakeLocks final : TWLocks {

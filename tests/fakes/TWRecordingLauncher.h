@@ -2,11 +2,11 @@
 
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
+#include "platform/posix/TWDescriptor.h"
 #include "support/TWPath.h"
 
 #include <filesystem>
 #include <map>
-#include <numeric>
 
 // Launches nothing: records command lines, and deletes what a deletion tool would, below one folder only.
 class TWRecordingLauncher final : public TWProcessLauncher {
@@ -23,17 +23,23 @@ public:
     Ending ending = Ending::OnALaterTurn;
     bool deaf = false; // children do not listen to terminate()
     bool deletes = true;
-    std::map<std::string, TWTermination>
-        failures; // by the last argument: how that child ends, without having deleted anything
-    std::vector<std::string> records; // "/bin/rm -rf ROOT/file", "terminate", "kill", "destroyed"
+    std::map<std::string, TWTermination> failures; // by path: how that child ends, without having deleted anything
+    std::vector<std::string> records; // "/bin/rm -rf ROOT/./file", "terminate", "kill", "destroyed"
+    std::function<void()> atLaunch = [] {}; // what another program does at that moment
 
-    std::unique_ptr<TWChildProcess> launch(
-        const std::string& path, const std::vector<std::string>& arguments, Terminated terminated) override
+    std::unique_ptr<TWChildProcess> launch(const std::string& path, const std::vector<std::string>& arguments,
+        const TWHeldFolder& workingFolder, Terminated terminated) override
     {
-        const auto join = [](const std::string& line, const std::string& argument) { return line + " " + argument; };
-        records.push_back(shown(std::accumulate(arguments.begin(), arguments.end(), path, join)));
-        auto child = std::make_shared<Child>(Child{ arguments.empty() ? "" : arguments.back(), std::move(terminated) });
+        auto child = std::make_shared<Child>();
+        child->folder = TWDescriptor(dup(workingFolder.descriptor()));
+        child->name = arguments.empty() ? "" : arguments.back();
+        child->terminated = std::move(terminated);
+        std::string line = path;
+        for (std::size_t index = 0; index + 1 < arguments.size(); ++index)
+            line += " " + arguments[index];
+        records.push_back(shown(line + " " + child->folderPath() + "/" + child->name));
         running_.push_back(child);
+        atLaunch();
         if (ending == Ending::OnALaterTurn)
             runLoop_.post([this, child] { end(child, natural(*child)); });
         return std::make_unique<Handle>(*this, child);
@@ -56,8 +62,15 @@ public:
 
 private:
     struct Child {
-        std::string path;
+        TWDescriptor folder; // its working folder
+        std::string name; // "./NAME"
         Terminated terminated;
+
+        std::string folderPath() const
+        {
+            return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(folder.get())).string();
+        }
+        std::string path() const { return folderPath() + name.substr(std::min<std::size_t>(1, name.size())); }
     };
     struct Handle final : TWChildProcess {
         Handle(TWRecordingLauncher& given, std::shared_ptr<Child> childGiven)
@@ -85,11 +98,12 @@ private:
     }
     TWTermination natural(const Child& child)
     {
-        if (const auto failure = failures.find(child.path); failure != failures.end())
+        if (const auto failure = failures.find(child.path()); failure != failures.end())
             return failure->second;
         std::error_code error;
-        if (deletes && TWPath::isAtOrBelow(child.path, root_) && child.path != root_)
-            std::filesystem::remove_all(child.path, error);
+        if (deletes && TWPath::isAtOrBelow(child.folderPath(), root_) && child.name.starts_with("./"))
+            std::filesystem::remove_all(
+                "/proc/self/fd/" + std::to_string(child.folder.get()) + "/" + child.name, error);
         return {};
     }
     void end(const std::shared_ptr<Child>& child, const TWTermination& termination)

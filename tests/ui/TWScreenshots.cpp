@@ -36,7 +36,7 @@ void grabAll()
     TWMainWindow window(delegate);
     delegate.applicationDidFinishLaunching();
     grab(machine, window, "main-idle");
-    delegate.clean();
+    window.clean();
     grab(machine, window, "main-running");
     TWResultsWindow results(delegate.resultsWindowController(), resourceFolder() + "/icons");
     grab(machine, results, "results");

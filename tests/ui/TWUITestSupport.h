@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/TWTidewellAppDelegate.h"
-#include "editors/TWDictionaryWindowController.h"
+#include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "ui/TWHelpWindow.h"
@@ -51,9 +51,10 @@ struct Editors : Machine {
     TWQtRunLoop qtRunLoop;
     TWSettings settings{ userDefaults };
     TWDataFolder folder{ ownFiles, places, bundle };
-    TWDictionaryWindowController dictionary{ folder };
-    TWFilesWindowController files{ { settings, folder, bundle, fileSystem, places, qtRunLoop, alerts, guard,
-        dictionary } };
+    TWDeletionTools qtTools{ qtRunLoop, launcher, fileSystem, guard, places };
+    TWEditors editors{ { settings, folder, bundle, alerts, qtTools } };
+    TWDictionaryWindowController& dictionary = editors.dictionary();
+    TWFilesWindowController& files = editors.get<TWFilesWindowController>();
     TWHelpWindow help{ bundle };
 };
 

@@ -2,70 +2,80 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <string_view>
-#include <unistd.h>
+
+#include <algorithm>
 
 namespace {
+
+constexpr int MountPointField = 4; // counted from 0; the fields are separated by single blanks
+
+bool isOctal(char digit)
+{
+    return digit >= '0' && digit <= '7';
+}
 
 // The table writes blank, tab, newline and backslash as a backslash and three octal digits.
 std::string unescaped(std::string_view text)
 {
     std::string result;
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        if (text[index] == '\\' && index + 3 < text.size()) {
-            result.push_back(static_cast<char>(
-                (text[index + 1] - '0') * 64 + (text[index + 2] - '0') * 8 + (text[index + 3] - '0')));
-            index += 3;
-        } else {
-            result.push_back(text[index]);
-        }
+    while (!text.empty()) {
+        const bool escape = text.size() > 3 && text[0] == '\\' && std::all_of(&text[1], &text[4], isOctal);
+        if (escape)
+            result.push_back(static_cast<char>((text[1] - '0') * 64 + (text[2] - '0') * 8 + (text[3] - '0')));
+        else
+            result.push_back(text.front());
+        text.remove_prefix(escape ? 4 : 1);
     }
     return result;
 }
 
-std::string_view field(std::string_view line, int number)
+std::string_view takeUntil(std::string_view& rest, char separator)
 {
-    for (; number > 0; --number)
-        line.remove_prefix(std::min(line.find(' '), line.size() - 1) + 1);
-    return line.substr(0, line.find(' '));
+    const auto taken = rest.substr(0, rest.find(separator));
+    rest.remove_prefix(std::min(taken.size() + 1, rest.size()));
+    return taken;
 }
 
+}
+
+TWMountPoints TWMountPointsIn(std::string_view mountInfo)
+{
+    TWMountPoints points;
+    while (!mountInfo.empty()) {
+        auto line = takeUntil(mountInfo, '\n');
+        for (int field = 0; field < MountPointField; ++field)
+            takeUntil(line, ' ');
+        const auto point = takeUntil(line, ' ');
+        if (!point.starts_with('/') || line.empty())
+            return {};
+        points.push_back(unescaped(point));
+    }
+    std::sort(points.begin(), points.end());
+    return points;
 }
 
 TWLinuxMountTable::TWLinuxMountTable()
-    : descriptor_(open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC))
+    : table_(open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC))
+    , mountPoints_(std::make_shared<const TWMountPoints>(read()))
 {
-    read();
 }
 
-TWLinuxMountTable::~TWLinuxMountTable()
+std::shared_ptr<const TWMountPoints> TWLinuxMountTable::mountPoints()
 {
-    if (descriptor_ >= 0)
-        close(descriptor_);
-}
-
-const std::vector<std::string>& TWLinuxMountTable::mountPoints()
-{
-    pollfd change{ descriptor_, POLLPRI, 0 };
-    if (descriptor_ >= 0 && poll(&change, 1, 0) > 0)
-        read();
+    pollfd change{ table_.get(), POLLPRI, 0 };
+    if (table_.isOpen() && poll(&change, 1, 0) > 0)
+        mountPoints_ = std::make_shared<const TWMountPoints>(read());
     return mountPoints_;
 }
 
-void TWLinuxMountTable::read()
+TWMountPoints TWLinuxMountTable::read() const
 {
-    mountPoints_.clear();
-    if (descriptor_ < 0 || lseek(descriptor_, 0, SEEK_SET) != 0)
-        return;
-    std::string table;
+    if (!table_.isOpen() || lseek(table_.get(), 0, SEEK_SET) != 0)
+        return {};
+    std::string text;
     char buffer[16384];
-    for (ssize_t length; (length = ::read(descriptor_, buffer, sizeof buffer)) > 0;)
-        table.append(buffer, static_cast<std::size_t>(length));
-    for (std::string_view rest = table; !rest.empty();) {
-        const auto end = rest.find('\n');
-        const auto line = rest.substr(0, end);
-        if (!line.empty())
-            mountPoints_.push_back(unescaped(field(line, 4)));
-        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-    }
+    ssize_t length = 0;
+    while ((length = ::read(table_.get(), buffer, sizeof buffer)) > 0)
+        text.append(buffer, static_cast<std::size_t>(length));
+    return length < 0 ? TWMountPoints() : TWMountPointsIn(text);
 }

@@ -1,18 +1,23 @@
 #pragma once
 
 #include "platform/TWMountTable.h"
+#include "platform/posix/TWDescriptor.h"
 
-// /proc/self/mountinfo, read again only after the kernel has said that it changed.
+#include <string_view>
+
+// The mount points in the text of a mountinfo table, sorted. Empty if a line of it cannot be understood.
+TWMountPoints TWMountPointsIn(std::string_view mountInfo);
+
+// Reads /proc/self/mountinfo, and again only after the kernel has signalled a change.
 class TWLinuxMountTable final : public TWMountTable {
 public:
     TWLinuxMountTable();
-    ~TWLinuxMountTable();
 
-    const std::vector<std::string>& mountPoints() override;
+    std::shared_ptr<const TWMountPoints> mountPoints() override;
 
 private:
-    void read();
+    TWMountPoints read() const;
 
-    int descriptor_ = -1;
-    std::vector<std::string> mountPoints_;
+    TWDescriptor table_;
+    std::shared_ptr<const TWMountPoints> mountPoints_;
 };

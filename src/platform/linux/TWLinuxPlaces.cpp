@@ -34,6 +34,8 @@ void addInstallation(TWPlaces& places)
     const std::string prefix(folder.ends_with("/libexec/tidewell") ? TWPath::parent(above) : above);
     places.resources = prefix + "/share/tidewell";
     places.rm = "/bin/rm";
+    // A volume that is mounted while the tool works is not entered.
+    places.rmOptions = { "--one-file-system" };
     places.srm = prefix + "/libexec/tidewell/srm";
     places.eject = prefix + "/libexec/tidewell/eject";
 }
@@ -52,6 +54,7 @@ TWPlaces TWLinuxPlaces()
 {
     TWPlaces places;
     places.home = homeFolder();
+    places.realHome = places.home;
     addDefaults(places);
     places.configHome = folderFrom("XDG_CONFIG_HOME", places.configHome);
     places.dataHome = folderFrom("XDG_DATA_HOME", places.dataHome);
@@ -70,6 +73,7 @@ TWPlaces TWLinuxSandboxPlaces(const std::string& root)
     TWPlaces places;
     places.sandboxRoot = root;
     places.home = root + "/home";
+    places.realHome = homeFolder();
     addDefaults(places);
     places.runtimeFolder = root + "/run";
     places.temporaryFolder = root + "/tmp";

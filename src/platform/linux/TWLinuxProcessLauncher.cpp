@@ -39,7 +39,7 @@ void closeDescriptor(int& descriptor)
 }
 
 // 0, or the errno.
-int spawn(const std::string& path, const std::vector<std::string>& arguments, int output, pid_t& process)
+int spawn(const std::string& path, const std::vector<std::string>& arguments, int folder, int output, pid_t& process)
 {
     std::vector<char*> words{ const_cast<char*>(path.c_str()) };
     for (const auto& argument : arguments)
@@ -54,6 +54,7 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, in
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
+    posix_spawn_file_actions_addfchdir_np(&actions, folder);
 
     // A child must not inherit what this process has blocked or ignored.
     posix_spawnattr_t attributes;
@@ -94,7 +95,7 @@ public:
         closeAll();
     }
 
-    void start(const std::string& path, const std::vector<std::string>& arguments)
+    void start(const std::string& path, const std::vector<std::string>& arguments, int folder)
     {
         int error = 0;
         int ends[2] = { -1, -1 };
@@ -104,7 +105,7 @@ public:
         outputWrite_ = ends[1];
         if (error == 0) {
             fcntl(outputRead_, F_SETFL, O_NONBLOCK);
-            error = spawn(path, arguments, outputWrite_, process_);
+            error = spawn(path, arguments, folder, outputWrite_, process_);
         }
         if (error == 0)
             error = watchDescriptors();
@@ -232,11 +233,11 @@ TWLinuxProcessLauncher::~TWLinuxProcessLauncher()
     closeDescriptor(epoll_);
 }
 
-std::unique_ptr<TWChildProcess> TWLinuxProcessLauncher::launch(
-    const std::string& path, const std::vector<std::string>& arguments, Terminated terminated)
+std::unique_ptr<TWChildProcess> TWLinuxProcessLauncher::launch(const std::string& path,
+    const std::vector<std::string>& arguments, const TWHeldFolder& workingFolder, Terminated terminated)
 {
     auto child = std::make_unique<Child>(*this, std::move(terminated));
-    child->start(path, arguments);
+    child->start(path, arguments, workingFolder.descriptor());
     return child;
 }
 

@@ -13,8 +13,8 @@ public:
     explicit TWLinuxProcessLauncher(TWRunLoop&);
     ~TWLinuxProcessLauncher();
 
-    std::unique_ptr<TWChildProcess> launch(
-        const std::string& path, const std::vector<std::string>& arguments, Terminated) override;
+    std::unique_ptr<TWChildProcess> launch(const std::string& path, const std::vector<std::string>& arguments,
+        const TWHeldFolder& workingFolder, Terminated) override;
 
 private:
     class Child;

@@ -44,7 +44,8 @@ void TWQtNotifier::post(const TWNotification& notification)
     auto message = QDBusMessage::createMethodCall(Service, Path, Service, "Notify");
     message.setArguments({ "Tidewell", previous, notification.warning ? "dialog-warning" : "",
         QString::fromStdString(notification.title), QString::fromStdString(notification.text).toHtmlEscaped(),
-        QStringList{ "default", tr("Show results") }, hints, notification.sticky ? 0 : -1 });
+        notification.clickable ? QStringList{ "default", tr("Show results") } : QStringList(), hints,
+        notification.sticky ? 0 : -1 });
     latest_ = QDBusConnection::sessionBus().asyncCall(message, Delivery);
 }
 

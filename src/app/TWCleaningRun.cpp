@@ -1,0 +1,246 @@
+#include "app/TWCleaningRun.h"
+
+#include "support/TWText.h"
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
+namespace {
+
+constexpr auto CleaningUp = "Cleaning up NOW! (%@)";
+constexpr auto WarningTitle = "Wait!";
+constexpr auto WarningContinue = "Continue Anyway";
+constexpr auto WarningCancel = "Cancel";
+constexpr auto Bullet = "  \xE2\x80\xA2 ";
+constexpr auto DoneCleaning = "Done Cleaning! (%@)";
+constexpr auto SuccessTitle = "Tidewell is done cleaning!";
+constexpr auto SuccessText = "All the selected cleaners ran successfully.";
+constexpr auto SuccessClick = " Click here to view the results.";
+constexpr auto FailureTitle = "Uh oh...";
+constexpr auto FailureText = "One or more cleaners failed to run successfully.";
+constexpr auto FailureClick = " Click here for details.";
+
+// Values of "ShowResultsMode".
+constexpr int OnFailure = 0;
+constexpr int AtStart = 1;
+constexpr int AtEnd = 2;
+
+std::string dateText()
+{
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm parts{};
+    gmtime_r(&now, &parts);
+    char text[40];
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S +0000", &parts);
+    return text;
+}
+
+}
+
+TWCleaningRun::TWCleaningRun(const Context& context, const TWRunChoice& choice, Ending ending,
+    std::shared_ptr<TWHeldLock> lock, std::vector<std::string> problems, std::string warning,
+    std::function<void(TWRunOutcome)> ended)
+    : context_(context)
+    , ending_(ending)
+    , lock_(std::move(lock))
+    , problems_(std::move(problems))
+    , warning_(std::move(warning))
+    , ended_(std::move(ended))
+{
+    createCleaners(choice);
+}
+
+TWCleaningRun::~TWCleaningRun() = default;
+
+// Differs on purpose: every run has cleaners of its own, so that a second press of Clean changes nothing for the run
+// that is going on.
+void TWCleaningRun::createCleaners(const TWRunChoice& choice)
+{
+    const auto& table = TWCleanerTable();
+    for (std::size_t position = 0; position < table.size(); ++position) {
+        auto cleaner = table[position].make(context_.cleaners);
+        cleaner->setDelegate(this);
+        cleaner->setIsActive(choice[position]);
+        table[position].giveInfo(*cleaner, context_.sources);
+        cleanerArray_.push_back(std::move(cleaner));
+    }
+}
+
+void TWCleaningRun::start()
+{
+    showBeginning();
+    confirmWarnings([this] { runFirstCleaner(); });
+}
+
+void TWCleaningRun::startInPlace(std::function<void()> replace)
+{
+    confirmWarnings([this, replace = std::move(replace)] {
+        replace();
+        for (int position = 0; position < TWCleanerCount; ++position)
+            context_.view.stopSpinning(position);
+        showBeginning();
+        runFirstCleaner();
+    });
+}
+
+void TWCleaningRun::showBeginning()
+{
+    context_.results.removeAllMessages();
+    addMessage(TWText::fill(CleaningUp, { dateText() }), TWMessageType::Information);
+    for (const auto& problem : problems_)
+        addMessage(problem, TWMessageType::Information);
+    context_.view.setCleanEnabled(false);
+    for (int position = 0; position < TWCleanerCount; ++position)
+        context_.view.showLight(position, TWLight::Off);
+}
+
+void TWCleaningRun::confirmWarnings(std::function<void()> confirmed)
+{
+    const auto text = warnings();
+    if (text.empty()) {
+        confirmed();
+        return;
+    }
+    asking_ = true;
+    context_.alerts.show({ WarningTitle, text, WarningContinue, WarningCancel },
+        [this, life = std::weak_ptr(life_), confirmed = std::move(confirmed)](TWAnswer answer) {
+            if (life.expired())
+                return;
+            asking_ = false;
+            if (answer == TWAnswer::Default)
+                confirmed();
+            else
+                finish(TWRunOutcome::NothingRun);
+        });
+}
+
+std::string TWCleaningRun::warnings()
+{
+    std::string joined = warning_;
+    for (const auto& cleaner : cleanerArray_) {
+        const auto warning = cleaner->validate();
+        if (!warning.empty())
+            joined += (joined.empty() ? "" : "\n\n") + warning;
+    }
+    return joined;
+}
+
+void TWCleaningRun::runFirstCleaner()
+{
+    if (showsResults(AtStart))
+        context_.windows.bringToFront(TWWindow::Results);
+    running_ = true;
+    currentCleanerIndex_ = 0;
+    runCurrentCleaner();
+}
+
+void TWCleaningRun::runCurrentCleaner()
+{
+    cleanerArray_[static_cast<std::size_t>(currentCleanerIndex_)]->clean();
+}
+
+void TWCleaningRun::stop()
+{
+    if (!running_)
+        return;
+    stopping_ = true;
+    cleanerArray_[static_cast<std::size_t>(currentCleanerIndex_)]->stop();
+}
+
+void TWCleaningRun::cleanerStarted(TWCleaner& cleaner)
+{
+    addMessage(cleaner.startedMessageString(), TWMessageType::Information);
+    context_.view.showLight(positionOf(cleaner), TWLight::Yellow);
+    context_.view.startSpinning(positionOf(cleaner));
+}
+
+void TWCleaningRun::cleanerProgress(TWCleaner& cleaner)
+{
+    addMessage(Bullet + cleaner.progressMessageString(), TWMessageType::Information);
+}
+
+void TWCleaningRun::cleanerSuccess(TWCleaner& cleaner)
+{
+    addMessage(cleaner.successMessageString(), TWMessageType::Success);
+    context_.view.showLight(positionOf(cleaner), TWLight::Green);
+    context_.view.stopSpinning(positionOf(cleaner));
+}
+
+void TWCleaningRun::cleanerFailure(TWCleaner& cleaner)
+{
+    allSuccess_ = false;
+    addMessage(cleaner.failureMessageString(), TWMessageType::Failure);
+    if (showsResults(OnFailure) && !cleaner.cancelled())
+        context_.windows.bringToFront(TWWindow::Results);
+    context_.view.showLight(positionOf(cleaner), TWLight::Red);
+    context_.view.stopSpinning(positionOf(cleaner));
+}
+
+void TWCleaningRun::cleanerFinished(TWCleaner&)
+{
+    if (stopping_ || currentCleanerIndex_ == TWCleanerCount - 1) {
+        endRun();
+        return;
+    }
+    ++currentCleanerIndex_;
+    runCurrentCleaner();
+}
+
+void TWCleaningRun::endRun()
+{
+    running_ = false;
+    addMessage(TWText::fill(DoneCleaning, { dateText() }), TWMessageType::Information);
+    if (showsResults(AtEnd))
+        context_.windows.bringToFront(TWWindow::Results);
+    if (context_.settings.boolean(TWKey::GrowlCleaningDone))
+        postNotification();
+    const bool asSettingsSay = ending_ == Ending::AsSettingsSay;
+    const auto quits = context_.settings.boolean(TWKey::AutoQuit)
+        && (context_.settings.integer(TWKey::AutoQuitMode) != 0 || allSuccess_);
+    if (asSettingsSay && quits) {
+        context_.windows.terminate();
+        return;
+    }
+    if (asSettingsSay && context_.settings.boolean(TWKey::BounceDockIcon))
+        context_.windows.requestUserAttention();
+    finish(allSuccess_ ? TWRunOutcome::Succeeded : TWRunOutcome::Failed);
+}
+
+void TWCleaningRun::postNotification()
+{
+    TWNotification notification{ SuccessTitle, SuccessText, false, false };
+    if (!allSuccess_)
+        notification = { FailureTitle, FailureText, true, true };
+    // A command has ended when the user clicks.
+    notification.clickable = ending_ == Ending::AsSettingsSay;
+    if (notification.clickable)
+        notification.text += allSuccess_ ? SuccessClick : FailureClick;
+    context_.notifier.post(notification);
+}
+
+// The last thing: the call usually destroys the run.
+void TWCleaningRun::finish(TWRunOutcome outcome)
+{
+    lock_.reset();
+    const auto ended = ended_;
+    ended(outcome);
+}
+
+int TWCleaningRun::positionOf(const TWCleaner& cleaner) const
+{
+    const auto found = std::find_if(
+        cleanerArray_.begin(), cleanerArray_.end(), [&](const auto& each) { return each.get() == &cleaner; });
+    return static_cast<int>(found - cleanerArray_.begin());
+}
+
+void TWCleaningRun::addMessage(const std::string& text, TWMessageType type)
+{
+    context_.results.addMessage(text, type);
+}
+
+bool TWCleaningRun::showsResults(int mode) const
+{
+    return ending_ == Ending::AsSettingsSay && context_.settings.boolean(TWKey::ShowResults)
+        && context_.settings.integer(TWKey::ShowResultsMode) == mode;
+}

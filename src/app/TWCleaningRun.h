@@ -1,0 +1,92 @@
+#pragma once
+
+#include "app/TWApplicationWindows.h"
+#include "app/TWCleanerTable.h"
+#include "app/TWResultsLog.h"
+#include "app/TWRunView.h"
+#include "platform/TWAlerts.h"
+#include "platform/TWLock.h"
+#include "platform/TWNotifier.h"
+
+// Which of the cleaners take part in a run, by position.
+using TWRunChoice = std::array<bool, TWCleanerCount>;
+
+// One press of Clean, from the warnings to the closing line. It owns its cleaners, the question and the lock.
+// Destroying it ends it silently, with its child. Main thread.
+class TWCleaningRun final : private TWCleanerDelegate {
+public:
+    // What happens after the last cleaner.
+    enum class Ending {
+        AsSettingsSay, // the results window, the notification, quitting, the request for attention
+        OfCommand, // only the notification, and it cannot be clicked
+    };
+
+    struct Context {
+        TWAlerts& alerts;
+        TWNotifier& notifier;
+        const TWSettings& settings;
+        TWCleanerContext cleaners;
+        TWSettingsSources sources;
+        TWResultsLog& results;
+        TWRunView& view;
+        TWApplicationWindows& windows;
+    };
+
+    // problems are lines about settings and lists that could not be read; warning is one that the user must confirm, or
+    // "". ended is called once, as the last thing, unless the run is destroyed before.
+    TWCleaningRun(const Context&, const TWRunChoice&, Ending, std::shared_ptr<TWHeldLock>,
+        std::vector<std::string> problems, std::string warning, std::function<void(TWRunOutcome)> ended);
+    ~TWCleaningRun();
+
+    // Clears the results, asks the user to confirm the warnings if there are any, and runs the cleaners.
+    void start();
+
+    // Asks first and shows nothing until the warnings are confirmed; then calls replace, which ends the run that has
+    // been going on, and starts like any other. If they are not confirmed, ended is called with NothingRun.
+    void startInPlace(std::function<void()> replace);
+
+    // Ends the run: what was begun is ended and checked, nothing further is begun, the closing line follows.
+    void stop();
+
+    // True while the warnings wait for an answer.
+    bool asking() const { return asking_; }
+
+    // True from then on to the end.
+    bool running() const { return running_; }
+    const std::shared_ptr<TWHeldLock>& lock() const { return lock_; }
+
+private:
+    void cleanerStarted(TWCleaner&) override;
+    void cleanerFinished(TWCleaner&) override;
+    void cleanerSuccess(TWCleaner&) override;
+    void cleanerFailure(TWCleaner&) override;
+    void cleanerProgress(TWCleaner&) override;
+
+    void createCleaners(const TWRunChoice&);
+    void showBeginning();
+    void confirmWarnings(std::function<void()> confirmed);
+    std::string warnings();
+    void runFirstCleaner();
+    void runCurrentCleaner();
+    void endRun();
+    void postNotification();
+    void finish(TWRunOutcome);
+
+    int positionOf(const TWCleaner&) const;
+    void addMessage(const std::string& text, TWMessageType);
+    bool showsResults(int mode) const;
+
+    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // an answer may come after the end
+    Context context_;
+    const Ending ending_;
+    std::shared_ptr<TWHeldLock> lock_;
+    const std::vector<std::string> problems_;
+    const std::string warning_;
+    const std::function<void(TWRunOutcome)> ended_;
+    std::vector<std::unique_ptr<TWCleaner>> cleanerArray_;
+    bool allSuccess_ = true;
+    bool asking_ = false;
+    bool running_ = false;
+    bool stopping_ = false;
+    int currentCleanerIndex_ = 0;
+};

@@ -1,0 +1,55 @@
+#include "app/TWEditors.h"
+
+#include "editors/TWFilesWindowController.h"
+
+namespace {
+
+template <typename Editor>
+constexpr TWEditorRow row(const char* name)
+{
+    return { name,
+        [](const TWEditorContext& context, const TWDictionaryWindowController& dictionary)
+            -> std::unique_ptr<TWEditor> { return std::make_unique<Editor>(context, dictionary); } };
+}
+
+constexpr TWEditorRow Rows[] = {
+    row<TWFilesWindowController>("files"),
+};
+
+}
+
+std::span<const TWEditorRow> TWEditorTable()
+{
+    return Rows;
+}
+
+TWEditors::TWEditors(const TWEditorContext& context)
+    : dictionary_(context.dataFolder)
+{
+    for (const auto& each : Rows)
+        editors_.push_back(each.make(context, dictionary_));
+}
+
+void TWEditors::awakeFromNib(TWLaunchKind kind)
+{
+    dictionary_.awakeFromNib(kind);
+    for (const auto& editor : editors_)
+        editor->awakeFromNib(kind);
+}
+
+std::vector<std::string> TWEditors::problems() const
+{
+    std::vector<std::string> problems;
+    for (const auto* editor : all())
+        problems.push_back(editor->problem());
+    std::erase(problems, "");
+    return problems;
+}
+
+std::vector<const TWEditor*> TWEditors::all() const
+{
+    std::vector<const TWEditor*> all{ &dictionary_ };
+    for (const auto& editor : editors_)
+        all.push_back(editor.get());
+    return all;
+}

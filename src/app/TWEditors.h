@@ -1,0 +1,48 @@
+#pragma once
+
+#include "editors/TWDictionaryWindowController.h"
+#include "editors/TWEditor.h"
+#include "editors/TWEditorContext.h"
+
+#include <span>
+#include <string_view>
+
+// One editor besides the dictionary, which they all may use.
+struct TWEditorRow {
+    const char* name; // in the table of cleaners and for its sheet
+    std::unique_ptr<TWEditor> (*make)(const TWEditorContext&, const TWDictionaryWindowController&);
+};
+
+std::span<const TWEditorRow> TWEditorTable();
+
+// All editors, made at start and loaded once. Main thread.
+class TWEditors final {
+public:
+    explicit TWEditors(const TWEditorContext&);
+
+    void awakeFromNib(TWLaunchKind);
+
+    TWDictionaryWindowController& dictionary() { return dictionary_; }
+    const TWDictionaryWindowController& dictionary() const { return dictionary_; }
+
+    // The editor of that class, which must be in the table.
+    template <typename Editor>
+    Editor& get() const
+    {
+        for (const auto& editor : editors_) {
+            if (auto* found = dynamic_cast<Editor*>(editor.get()))
+                return *found;
+        }
+        std::abort();
+    }
+
+    // One line for each list that could not be read.
+    std::vector<std::string> problems() const;
+
+    // All of them, the dictionary first.
+    std::vector<const TWEditor*> all() const;
+
+private:
+    TWDictionaryWindowController dictionary_;
+    std::vector<std::unique_ptr<TWEditor>> editors_; // in the order of the table
+};

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "deletion/TWFileDeleter.h"
+#include "settings/TWSettings.h"
+
+// What every cleaner is made from.
+struct TWCleanerContext {
+    const TWDeletionTools& deletion;
+    const TWSettings& settings;
+};

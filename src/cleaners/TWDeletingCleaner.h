@@ -1,0 +1,62 @@
+#pragma once
+
+#include "cleaners/TWCleaner.h"
+#include "deletion/TWFileDeleteQueue.h"
+
+// A cleaner whose job is to delete paths: the items of the plan through one queue and then, if the plan has quiet
+// items, those through a second one that announces nothing. Main thread.
+class TWDeletingCleaner : public TWCleaner, private TWFileDeleteQueueDelegate {
+public:
+    // Checks on the disk what is left and ends the job.
+    void verify();
+
+protected:
+    struct Texts {
+        const char* started;
+        const char* success;
+        const char* failure;
+    };
+
+    TWDeletingCleaner(const TWDeletionTools&, const Texts&);
+
+    // Says of the name of a quiet item without an owner, when its turn has come, whether it may still be deleted. Any
+    // thread.
+    using FollowerTest = std::function<bool(const std::string& name)>;
+    virtual FollowerTest followerTest() const
+    {
+        return [](const std::string&) { return true; };
+    }
+
+    const TWDeletionTools& tools() const { return tools_; }
+    TWFileDeleteQueue* fileDeleteQueue() { return fileDeleteQueue_.get(); }
+
+private:
+    // A quiet item on its way to the second queue.
+    struct Follower {
+        TWDeletionTarget target;
+        std::optional<std::size_t> owner; // position in the first queue
+    };
+
+    void perform(TWPlan) override;
+    void stopPerforming() override;
+    void dropJob() override;
+    void fileDeleteQueueProgressed(const std::string& message) override;
+    void fileDeleteQueueDone() override;
+    void fileDeleteQueueVerified(bool nothingLeft) override;
+
+    void deletePlanned(const TWPlan&);
+    void findFollowers();
+    void deleteFollowers(std::vector<TWDeletionTarget>);
+    std::unique_ptr<TWFileDeleteQueue> makeQueue(TWFileDeleteQueue::Announcing);
+
+    TWDeletionTools tools_;
+    Texts texts_;
+    TWSecureMode secureMode_ = TWPlainDelete;
+    TWAuthorization authorization_ = TWAuthorization::No;
+    bool complete_ = true; // everything was looked at and is gone, as far as is known by now
+    std::vector<Follower> followers_;
+    std::unique_ptr<TWFileDeleteQueue> fileDeleteQueue_; // a new one for each job
+    std::unique_ptr<TWBackgroundStream<std::vector<TWDeletionTarget>>> findingFollowers_;
+    std::unique_ptr<TWFileDeleteQueue> followersQueue_;
+    std::unique_ptr<TWRunLoopHandle> ending_; // of a job that was stopped between the two queues
+};

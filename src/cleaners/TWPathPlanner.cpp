@@ -1,0 +1,44 @@
+#include "cleaners/TWPathPlanner.h"
+
+#include <cerrno>
+
+std::optional<TWPathPlanner::Folder> TWPathPlanner::folder(
+    const std::string& path, const std::string& realPath, int& error) const
+{
+    auto held = fileSystem_.holdFolder(realPath, error);
+    if (!held)
+        return std::nullopt;
+    Folder folder;
+    folder.planned = std::make_shared<const TWPlannedFolder>(TWPlannedFolder{ path, realPath, held->identity() });
+    folder.judged = rules_->judgeFolder(*held, realPath);
+    folder.held = std::move(held);
+    return folder;
+}
+
+std::optional<TWPathPlanner::Folder> TWPathPlanner::folderThroughLinks(const std::string& path, int& error) const
+{
+    const auto real = fileSystem_.realPath(path, TWLinkAtEnd::Follow, &error);
+    return real ? folder(path, *real, error) : std::nullopt;
+}
+
+std::unique_ptr<TWOpenFolder> TWPathPlanner::list(const Folder& folder, int& error) const
+{
+    auto open = fileSystem_.openFolder(folder.planned->realPath, error);
+    if (!open || open->identity() == folder.planned->identity)
+        return open;
+    error = ESTALE;
+    return nullptr;
+}
+
+TWPlannedItem& TWPathPlanner::add(
+    TWPlan& plan, const Folder& folder, std::string_view name, const TWFileLook& look) const
+{
+    if (plan.folders.empty() || plan.folders.back() != folder.planned)
+        plan.folders.push_back(folder.planned);
+    auto& item = plan.items.emplace_back();
+    item.name = name;
+    item.facts = look.facts;
+    item.folder = static_cast<std::uint32_t>(plan.folders.size() - 1);
+    item.objection = rules_->objection(folder.judged, item.name, look);
+    return item;
+}

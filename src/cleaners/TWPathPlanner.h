@@ -1,0 +1,39 @@
+#pragma once
+
+#include "cleaners/TWPlan.h"
+
+// Turns paths into items of a plan: finds out in which real folder a path lies, looks at it there and asks the deletion
+// rules. Any thread.
+class TWPathPlanner final {
+public:
+    TWPathPlanner(const TWFileSystem& fileSystem, std::shared_ptr<const TWDeletionRules> rules)
+        : fileSystem_(fileSystem)
+        , rules_(std::move(rules))
+    {
+    }
+
+    // A parent folder of items.
+    struct Folder {
+        std::shared_ptr<const TWPlannedFolder> planned;
+        TWDeletionRules::Folder judged;
+        std::shared_ptr<const TWHeldFolder> held;
+    };
+
+    // path is what messages show. On failure returns nothing and sets error to the errno.
+    std::optional<Folder> folder(const std::string& path, const std::string& realPath, int& error) const;
+
+    // The same for a path whose links have not been resolved; all of them are followed.
+    std::optional<Folder> folderThroughLinks(const std::string& path, int& error) const;
+
+    // Lists the folder. On failure returns nothing and sets error to the errno: ESTALE if it is another folder by now.
+    std::unique_ptr<TWOpenFolder> list(const Folder&, int& error) const;
+
+    // Adds an entry of the folder to the end of the plan.
+    TWPlannedItem& add(TWPlan&, const Folder&, std::string_view name, const TWFileLook&) const;
+
+    const TWFileSystem& fileSystem() const { return fileSystem_; }
+
+private:
+    const TWFileSystem& fileSystem_;
+    std::shared_ptr<const TWDeletionRules> rules_;
+};

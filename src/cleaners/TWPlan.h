@@ -1,0 +1,52 @@
+#pragma once
+
+#include "deletion/TWDeletionTarget.h"
+#include "deletion/TWFileDeleter.h"
+
+#include <limits>
+#include <optional>
+
+// What a cleaner would do now. Made without changing anything; the run, the preview and the notes beside rules all use
+// it.
+
+// "None", where a plan refers to one of its own texts, folders or items by number.
+inline constexpr std::uint32_t TWNone = std::numeric_limits<std::uint32_t>::max();
+
+// One thing that would change: a path that would be deleted.
+struct TWPlannedItem {
+    std::string name; // bytes: the last component; the whole path if there is no folder
+    TWFileFacts facts; // as the disk showed it while planning
+    std::uint32_t folder = TWNone; // in TWPlan::folders
+    std::uint32_t rule = TWNone; // that names the item; its number among the cleaner's records, counted from 0
+    std::uint32_t word = TWNone; // of the dictionary, that matched; counted from 0
+    std::uint32_t owner
+        = TWNone; // item of the whole plan that this one belongs to: carried out only if that one is gone
+    TWObjection objection = nullptr; // why the deletion would be refused
+    bool quiet = false; // neither announced nor counted: a record that belongs to other items
+};
+
+// A line for the results that came up while planning.
+struct TWPlannedLine {
+    std::string text;
+    std::size_t place = 0; // number of items planned before it
+};
+
+struct TWPlan {
+    std::vector<std::shared_ptr<const TWPlannedFolder>> folders; // parent folders of the items, each once in a row
+    std::vector<TWPlannedItem> items; // in the order in which they are carried out
+    std::vector<TWPlannedLine> lines;
+    std::optional<std::string> failure; // ended the planning: nothing is carried out, and the job fails with this text
+    bool incomplete = false; // something could not be looked at: everything else is carried out, then the job fails
+    TWSecureMode secureMode = TWPlainDelete;
+    TWAuthorization authorization = TWAuthorization::No;
+
+    // Adds a part that was planned after this one.
+    void append(TWPlan part);
+
+    void addLine(std::string text) { lines.push_back({ std::move(text), items.size() }); }
+
+    TWDeletionTarget target(const TWPlannedItem&) const;
+
+    // Number of results in it; what background work measures its parts by.
+    std::size_t size() const { return items.size() + lines.size(); }
+};

@@ -1,0 +1,50 @@
+#include "cleaners/TWPlanSummary.h"
+
+namespace {
+
+TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, const TWCancellation& cancellation)
+{
+    TWPlanSummary summary;
+    summary.failure = plan.failure;
+    summary.incomplete = plan.incomplete;
+    if (!plan.lines.empty())
+        summary.remark = plan.lines.front().text;
+    for (const auto& item : plan.items) {
+        if (cancellation.cancelled())
+            return summary;
+        if (item.objection) {
+            summary.objection = summary.objection ? summary.objection : item.objection;
+            summary.refused += item.quiet ? 0 : 1;
+            continue;
+        }
+        summary.items += item.quiet ? 0 : 1;
+        const auto size = item.facts.kind == TWFileKind::Folder
+            ? fileSystem.treeSize(plan.target(item).realPath(), cancellation)
+            : TWTreeSize{ 1, item.facts.bytes };
+        summary.everything += item.quiet ? 0 : size.items;
+        summary.bytes += size.bytes;
+    }
+    return summary;
+}
+
+}
+
+TWPlanSummarizer::TWPlanSummarizer(std::unique_ptr<TWCleaner> cleaner, TWRunLoop& runLoop,
+    const TWFileSystem& fileSystem, std::function<void(const TWPlanSummary&)> made)
+    : runLoop_(runLoop)
+    , fileSystem_(fileSystem)
+    , made_(std::move(made))
+    , cleaner_(std::move(cleaner))
+{
+    planning_ = cleaner_->makePlan([](const TWPlan&) {}, [this](TWPlan plan) { measure(std::move(plan)); });
+}
+
+void TWPlanSummarizer::measure(TWPlan plan)
+{
+    const auto shared = std::make_shared<const TWPlan>(std::move(plan));
+    measuring_ = std::make_unique<TWBackgroundStream<TWPlanSummary>>(
+        runLoop_, 1,
+        [shared, &fileSystem = fileSystem_](
+            auto& sink) { sink.put(summaryOf(*shared, fileSystem, sink.cancellation())); },
+        [this](const TWPlanSummary& summary) { made_(summary); }, [] {});
+}

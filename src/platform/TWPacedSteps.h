@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/TWRunLoop.h"
+
+// Does a long row of small steps on the main thread, so many per turn of the event loop, beginning with the next turn,
+// and then makes one call that says it is done. Destroying it ends it, also from inside its calls. Main thread.
+class TWPacedSteps final {
+public:
+    TWPacedSteps(TWRunLoop&, std::size_t count, std::size_t stepsPerTurn, std::function<void(std::size_t)> step,
+        std::function<void()> done);
+    ~TWPacedSteps();
+
+    TWPacedSteps(const TWPacedSteps&) = delete;
+    TWPacedSteps& operator=(const TWPacedSteps&) = delete;
+
+private:
+    struct State;
+
+    static void scheduleTurn(const std::shared_ptr<State>&);
+    static void takeTurn(const std::shared_ptr<State>&);
+
+    std::shared_ptr<State> state_;
+};
