@@ -20,24 +20,26 @@
 
 namespace {
 
-std::vector<std::string> entriesOf(const TWFileSystem& fileSystem, const std::string& folder)
+std::vector<TWDeletionTarget> entriesOf(const TWFileSystem& fileSystem, const std::string& folder)
 {
-    std::vector<std::string> paths;
+    std::vector<TWDeletionTarget> targets;
     int error = 0;
-    if (const auto open = fileSystem.openFolder(folder, error))
-        for (const auto& entry : open->entries())
-            paths.push_back(folder + "/" + std::string(entry.name));
-    return paths;
+    const auto open = fileSystem.openFolder(folder, error);
+    if (!open)
+        return targets;
+    for (const auto& entry : open->entries())
+        targets.push_back(TWDeletionTarget::make({ folder, folder, open->identity() }, std::string(entry.name)));
+    return targets;
 }
 
 class Queue final : private TWFileDeleteQueueDelegate {
 public:
-    Queue(const TWDeletionTools& tools, std::vector<std::string> paths)
+    Queue(const TWDeletionTools& tools, std::vector<TWDeletionTarget> targets)
         : messages_(tools.runLoop)
         , queue_(tools)
     {
         queue_.setDelegate(this);
-        queue_.addFilesFromArray(std::move(paths));
+        queue_.addFilesFromArray(std::move(targets));
     }
 
     TWResultsWindowController& messages() { return messages_; }
@@ -59,11 +61,11 @@ private:
     TWFileDeleteQueue queue_;
 };
 
-void deleteSynchronously(const TWDeletionTools& tools, const std::vector<std::string>& paths)
+void deleteSynchronously(const TWDeletionTools& tools, const std::vector<TWDeletionTarget>& targets)
 {
     TWFileDeleter deleter(tools);
-    for (const auto& path : paths)
-        deleter.deleteFile(path, TWPlainDelete, TWWaiting::UntilDone, TWAuthorization::No);
+    for (const auto& target : targets)
+        deleter.deleteFile(target, TWPlainDelete, TWWaiting::UntilDone, TWAuthorization::No);
 }
 
 }
@@ -79,13 +81,13 @@ int main(int count, char** arguments)
     const TWLinuxFileSystem fileSystem;
     const auto places = TWLinuxPlaces();
     TWLinuxMountTable mountTable;
-    const TWDeletionGuard guard(places, fileSystem, mountTable, places.dataHome + "/Tidewell");
+    TWDeletionGuard guard(places, fileSystem, mountTable, places.dataHome + "/Tidewell");
     TWQtRunLoop runLoop;
     TWLinuxProcessLauncher launcher(runLoop);
     const TWDeletionTools tools{ runLoop, launcher, fileSystem, guard, places };
 
-    const auto paths = entriesOf(fileSystem, arguments[2]);
-    Queue queue(tools, paths);
+    const auto targets = entriesOf(fileSystem, arguments[2]);
+    Queue queue(tools, targets);
     std::unique_ptr<TWResultsWindow> window;
     if (showing) {
         window
@@ -96,7 +98,7 @@ int main(int count, char** arguments)
     const std::string ballast(mode == "ballast" ? std::size_t(1) << 30 : 0, 'x');
     const auto start = TWRunLoop::Clock::now();
     if (mode == "synchronously")
-        deleteSynchronously(tools, paths);
+        deleteSynchronously(tools, targets);
     else
         queue.run();
     std::printf("%.6f\n", std::chrono::duration<double>(TWRunLoop::Clock::now() - start).count());

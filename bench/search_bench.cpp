@@ -3,8 +3,11 @@
 //   search_bench search WORDS FOLDER...     prints the paths found
 //   search_bench match WORDS NAMES          prints milliseconds to build and nanoseconds per name
 
-#include "cleaners/TWFilesCleaner.h"
+#include "cleaners/TWFilesPlanner.h"
+#include "deletion/TWDeletionGuard.h"
 #include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/linux/TWLinuxMountTable.h"
+#include "platform/linux/TWLinuxPlaces.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -47,17 +50,24 @@ std::size_t walk(int folder)
     return entries;
 }
 
-// As the Files cleaner searches in a run: one rule for each folder.
+// As the Files cleaner plans in a run: one rule for each folder.
 void search(const char* words, const std::vector<std::string>& folders)
 {
+    const TWLinuxFileSystem fileSystem;
+    TWLinuxMountTable mountTable;
+    const TWPlaces places = TWLinuxPlaces();
+    TWDeletionGuard guard(places, fileSystem, mountTable, places.dataHome + "/Tidewell");
     std::vector<TWFilesRule> rules;
     for (const auto& folder : folders)
         rules.push_back({ true, "", folder, TWItemsWithKeywordsDeep });
-    const auto plan = TWFilesCleaner::plan(
-        rules, TWKeywordMatcher(linesOf(words)), TWPlaces(), TWLinuxFileSystem(),
-        [](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }, TWCancellation());
-    for (const auto& path : plan.paths)
-        std::puts(path.c_str());
+    const auto put = [](const TWPlan& part) {
+        for (const auto& item : part.items)
+            std::puts(part.path(item).c_str());
+        for (const auto& line : part.lines)
+            std::fprintf(stderr, "%s\n", line.text.c_str());
+    };
+    TWFilesPlanner(TWPathPlanner(fileSystem, guard.rules()), places, rules, linesOf(words), put, TWCancellation())
+        .plan();
 }
 
 void match(const char* words, const char* names)

@@ -16,30 +16,33 @@ void TWDeletingCleaner::perform(TWPlan plan)
 {
     auto lines = std::move(plan.lines);
     const auto shared = std::make_shared<const TWPlan>(std::move(plan));
-    sayLines(std::move(lines), [this, shared] { deletePlanned(*shared); });
+    sayLines(std::move(lines), [this, shared] { deletePlanned(shared); });
 }
 
-void TWDeletingCleaner::deletePlanned(const TWPlan& plan)
+void TWDeletingCleaner::deletePlanned(const std::shared_ptr<const TWPlan>& plan)
 {
-    if (plan.failure) {
-        finish(Outcome::Failure, *plan.failure);
+    if (plan->failure) {
+        finish(Outcome::Failure, *plan->failure);
         return;
     }
-    secureMode_ = plan.secureMode;
-    authorization_ = plan.authorization;
-    complete_ = !plan.incomplete;
+    secureMode_ = plan->secureMode;
+    authorization_ = plan->authorization;
+    complete_ = !plan->incomplete;
     fileDeleteQueue_ = makeQueue(TWFileDeleteQueue::Announcing::EveryPath);
+    std::vector<TWDeletionTarget> targets;
     std::vector<std::size_t> positions; // in the queue, by item
-    positions.reserve(plan.items.size());
-    for (const auto& item : plan.items) {
-        positions.push_back(fileDeleteQueue_->count());
+    targets.reserve(plan->items.size());
+    positions.reserve(plan->items.size());
+    for (const auto& item : plan->items) {
+        positions.push_back(targets.size());
         if (!item.quiet)
-            fileDeleteQueue_->addFile(plan.target(item));
+            targets.push_back(TWPlan::target(plan, item));
         else if (item.owner == TWNone)
-            followers_.push_back({ plan.target(item), std::nullopt });
+            followers_.push_back({ TWPlan::target(plan, item), std::nullopt });
         else
-            followers_.push_back({ plan.target(item), positions[item.owner] });
+            followers_.push_back({ TWPlan::target(plan, item), positions[item.owner] });
     }
+    fileDeleteQueue_->addFilesFromArray(std::move(targets));
     fileDeleteQueue_->deleteFiles(authorization_);
 }
 
@@ -89,7 +92,7 @@ void TWDeletingCleaner::findFollowers()
             for (const auto& follower : followers) {
                 if (sink.cancellation().cancelled())
                     return;
-                if (follower.owner || test(follower.target.name))
+                if (follower.owner || test(std::string(follower.target.name)))
                     due.push_back(follower.target);
             }
             sink.put(std::move(due));

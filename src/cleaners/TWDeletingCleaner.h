@@ -44,7 +44,7 @@ private:
     void fileDeleteQueueDone() override;
     void fileDeleteQueueVerified(bool nothingLeft) override;
 
-    void deletePlanned(const TWPlan&);
+    void deletePlanned(const std::shared_ptr<const TWPlan>&);
     void findFollowers();
     void deleteFollowers(std::vector<TWDeletionTarget>);
     std::unique_ptr<TWFileDeleteQueue> makeQueue(TWFileDeleteQueue::Announcing);

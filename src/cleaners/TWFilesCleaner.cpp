@@ -53,10 +53,13 @@ std::unique_ptr<TWRunLoopHandle> TWFilesCleaner::makePlan(PlanGrown grown, PlanM
         beginning.incomplete = true;
     }
     tools().guard.renew();
-    auto work
-        = [planner = TWPathPlanner(tools().fileSystem, tools().guard.rules()), places = tools().places,
-              rules = info_.filesArray ? *info_.filesArray : std::vector<TWFilesRule>(), words = info_.wordDictionary](
-              TWPlanStream::Sink& sink) { TWFilesPlanner(planner, places, rules, words, sink).plan(); };
+    auto work = [planner = TWPathPlanner(tools().fileSystem, tools().guard.rules()), places = tools().places,
+                    rules = info_.filesArray ? *info_.filesArray : std::vector<TWFilesRule>(),
+                    words = info_.wordDictionary](TWPlanStream::Sink& sink) {
+        TWFilesPlanner(
+            planner, places, rules, words, [&](TWPlan part) { sink.put(std::move(part)); }, sink.cancellation())
+            .plan();
+    };
     return std::make_unique<TWPlanStream>(
         tools().runLoop, std::move(beginning), std::move(work), std::move(grown), std::move(made));
 }

@@ -31,18 +31,20 @@ bool needsKeywords(const std::vector<TWFilesRule>& rules)
 }
 
 TWFilesPlanner::TWFilesPlanner(const TWPathPlanner& planner, const TWPlaces& places,
-    const std::vector<TWFilesRule>& rules, const std::vector<std::string>& words, TWPlanStream::Sink& sink)
+    const std::vector<TWFilesRule>& rules, const std::vector<std::string>& words, Put put,
+    const TWCancellation& cancellation)
     : planner_(planner)
     , places_(places)
     , rules_(rules)
     , keywords_(needsKeywords(rules) ? words : std::vector<std::string>())
-    , sink_(sink)
+    , put_(std::move(put))
+    , cancellation_(cancellation)
 {
 }
 
 void TWFilesPlanner::plan()
 {
-    for (rule_ = 0; rule_ < rules_.size() && !sink_.cancellation().cancelled(); ++rule_) {
+    for (rule_ = 0; rule_ < rules_.size() && !cancellation_.cancelled(); ++rule_) {
         if (rules_[rule_].active && !planRule(rules_[rule_]))
             break;
     }
@@ -72,8 +74,7 @@ void TWFilesPlanner::planItem(const std::string& path)
 {
     const std::string name(TWPath::lastComponent(path));
     if (!path.starts_with('/') || name.empty()) {
-        auto& item = part_.items.emplace_back();
-        item.name = path;
+        auto& item = part_.addItem(path);
         item.objection = TWDeletionRules::objectionToPath(path);
         item.rule = rule_;
         ++planned_;
@@ -124,7 +125,7 @@ void TWFilesPlanner::planContents(const Folder& folder)
     }
     std::size_t steps = 0;
     for (const auto& entry : open->entries()) {
-        if (++steps % EntriesBetweenQuestions == 0 && sink_.cancellation().cancelled())
+        if (++steps % EntriesBetweenQuestions == 0 && cancellation_.cancelled())
             return;
         addItem(part_, folder, entry.name, open->look(entry));
         if (part_.size() >= TWPlanStream::PartSize)
@@ -146,7 +147,7 @@ void TWFilesPlanner::sayUnreadable(const std::string& path, int error)
 
 void TWFilesPlanner::putPart()
 {
-    sink_.put(std::exchange(part_, TWPlan()));
+    put_(std::exchange(part_, TWPlan()));
 }
 
 // TEMPORARY
@@ -165,7 +166,7 @@ void TWFilesPlanner::itemsContainingKeywordsAtPath(const Folder& top, bool recur
         return;
     }
     levels.push_back({ top, std::move(open) });
-    while (!levels.empty() && !sink_.cancellation().cancelled()) {
+    while (!levels.empty() && !cancellation_.cancelled()) {
         auto& level = levels.back();
         if (level.next == level.open->entries().size()) {
             levels.pop_back();

@@ -9,11 +9,14 @@
 // Turns Files rules into a plan: what the active rules come to on this disk, at this moment. For one plan. Any thread.
 class TWFilesPlanner final {
 public:
+    // Takes the parts of the plan in order; called on any thread, once at a time.
+    using Put = std::function<void(TWPlan)>;
+
     // Everything given must outlive the planner. Numbers of rules in the plan are places in the list of rules.
     TWFilesPlanner(const TWPathPlanner&, const TWPlaces&, const std::vector<TWFilesRule>& rules,
-        const std::vector<std::string>& words, TWPlanStream::Sink&);
+        const std::vector<std::string>& words, Put, const TWCancellation&);
 
-    // Puts the parts of the plan into the sink. Inactive rules are passed over.
+    // Inactive rules are passed over. When cancelled, stops early.
     void plan();
 
 private:
@@ -36,7 +39,8 @@ private:
     const TWPlaces& places_;
     const std::vector<TWFilesRule>& rules_;
     const TWKeywordMatcher keywords_;
-    TWPlanStream::Sink& sink_;
+    const Put put_;
+    const TWCancellation& cancellation_;
     TWPlan part_; // not put yet
     std::size_t planned_ = 0; // items of all parts
     std::uint32_t rule_ = 0; // that is being planned

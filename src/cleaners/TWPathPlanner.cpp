@@ -35,8 +35,7 @@ TWPlannedItem& TWPathPlanner::add(
 {
     if (plan.folders.empty() || plan.folders.back() != folder.planned)
         plan.folders.push_back(folder.planned);
-    auto& item = plan.items.emplace_back();
-    item.name = name;
+    auto& item = plan.addItem(name);
     item.facts = look.facts;
     item.folder = static_cast<std::uint32_t>(plan.folders.size() - 1);
     item.objection = rules_->objection(folder.judged, item.name, look);

@@ -1,8 +1,13 @@
 #include "cleaners/TWPlan.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace {
+
+constexpr std::size_t BlockSize = 16384;
+
+const TWPlannedFolder NoFolder;
 
 template <typename T>
 void move(std::vector<T>& from, std::vector<T>& to)
@@ -10,6 +15,22 @@ void move(std::vector<T>& from, std::vector<T>& to)
     to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
 }
 
+}
+
+// One string per item would take half as much memory again and, when a long plan is dropped, a noticeable time.
+TWPlannedItem& TWPlan::addItem(std::string_view name)
+{
+    if (name.size() > room_) {
+        room_ = std::max(name.size(), BlockSize);
+        names_.push_back(std::make_unique_for_overwrite<char[]>(room_));
+    }
+    const bool whole = room_ > BlockSize;
+    char* const place = names_.back().get() + ((whole ? room_ : BlockSize) - room_);
+    std::copy(name.begin(), name.end(), place);
+    room_ -= name.size();
+    auto& item = items.emplace_back();
+    item.name = { place, name.size() };
+    return item;
 }
 
 void TWPlan::append(TWPlan part)
@@ -21,14 +42,27 @@ void TWPlan::append(TWPlan part)
     for (auto& line : part.lines)
         line.place += items.size();
     move(part.folders, folders);
-    move(part.items, items);
+    items.insert(items.end(), part.items.begin(), part.items.end());
     move(part.lines, lines);
+    move(part.names_, names_);
+    room_ = 0;
     if (part.failure)
         failure = std::move(part.failure);
     incomplete = incomplete || part.incomplete;
 }
 
-TWDeletionTarget TWPlan::target(const TWPlannedItem& item) const
+TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const TWPlannedItem& item)
 {
-    return { item.folder == TWNone ? nullptr : folders[item.folder], item.name };
+    return { { plan, item.folder == TWNone ? &NoFolder : plan->folders[item.folder].get() }, item.name };
+}
+
+std::string TWPlan::path(const TWPlannedItem& item) const
+{
+    return item.folder == TWNone ? std::string(item.name) : TWDeletionTarget{ folders[item.folder], item.name }.path();
+}
+
+std::string TWPlan::realPath(const TWPlannedItem& item) const
+{
+    return item.folder == TWNone ? std::string(item.name)
+                                 : TWDeletionTarget{ folders[item.folder], item.name }.realPath();
 }

@@ -9,19 +9,19 @@
 // What a cleaner would do now. Made without changing anything; the run, the preview and the notes beside rules all use
 // it.
 
-// "None", where a plan refers to one of its own texts, folders or items by number.
+// "None", where a plan refers to one of its own folders or items, or to a rule or word, by number.
 inline constexpr std::uint32_t TWNone = std::numeric_limits<std::uint32_t>::max();
 
 // One thing that would change: a path that would be deleted.
 struct TWPlannedItem {
-    std::string name; // bytes: the last component; the whole path if there is no folder
+    std::string_view name; // bytes, kept by the plan: the last component; the whole path if there is no folder
     TWFileFacts facts; // as the disk showed it while planning
+    TWObjection objection = nullptr; // why the deletion would be refused
     std::uint32_t folder = TWNone; // in TWPlan::folders
     std::uint32_t rule = TWNone; // that names the item; its number among the cleaner's records, counted from 0
     std::uint32_t word = TWNone; // of the dictionary, that matched; counted from 0
     std::uint32_t owner
         = TWNone; // item of the whole plan that this one belongs to: carried out only if that one is gone
-    TWObjection objection = nullptr; // why the deletion would be refused
     bool quiet = false; // neither announced nor counted: a record that belongs to other items
 };
 
@@ -40,13 +40,24 @@ struct TWPlan {
     TWSecureMode secureMode = TWPlainDelete;
     TWAuthorization authorization = TWAuthorization::No;
 
-    // Adds a part that was planned after this one.
-    void append(TWPlan part);
+    // Adds an item with a copy of the name.
+    TWPlannedItem& addItem(std::string_view name);
 
     void addLine(std::string text) { lines.push_back({ std::move(text), items.size() }); }
 
-    TWDeletionTarget target(const TWPlannedItem&) const;
+    // Adds a part that was planned after this one.
+    void append(TWPlan part);
 
-    // Number of results in it; what background work measures its parts by.
+    // Number of results in it; background work measures its parts by it.
     std::size_t size() const { return items.size() + lines.size(); }
+
+    // The item of a plan as something to delete. It keeps the plan alive.
+    static TWDeletionTarget target(const std::shared_ptr<const TWPlan>&, const TWPlannedItem&);
+
+    std::string path(const TWPlannedItem&) const;
+    std::string realPath(const TWPlannedItem&) const;
+
+private:
+    std::vector<std::unique_ptr<char[]>> names_; // blocks; the names of items point into them
+    std::size_t room_ = 0; // bytes left in the last block
 };

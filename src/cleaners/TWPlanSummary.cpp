@@ -18,9 +18,8 @@ TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, cons
             continue;
         }
         summary.items += item.quiet ? 0 : 1;
-        const auto size = item.facts.kind == TWFileKind::Folder
-            ? fileSystem.treeSize(plan.target(item).realPath(), cancellation)
-            : TWTreeSize{ 1, item.facts.bytes };
+        const auto size = item.facts.kind == TWFileKind::Folder ? fileSystem.treeSize(plan.realPath(item), cancellation)
+                                                                : TWTreeSize{ 1, item.facts.bytes };
         summary.everything += item.quiet ? 0 : size.items;
         summary.bytes += size.bytes;
     }

@@ -49,9 +49,12 @@ std::deque<std::string> componentsOf(const std::string& path)
     return components;
 }
 
-std::string join(const std::string& folder, const std::string& name)
+std::string join(const std::string& folder, std::string_view name)
 {
-    return folder == "/" ? folder + name : folder + "/" + name;
+    std::string path = folder;
+    if (path != "/")
+        path += '/';
+    return path.append(name);
 }
 
 }
@@ -133,7 +136,8 @@ void TWDeletionRules::protectSeen(const TWFileLook& look, const std::string& pat
 
 TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder, std::string realPath) const
 {
-    Folder judged{ std::move(realPath), nullptr };
+    Folder judged{ std::move(realPath), nullptr, true };
+    judged.hasMounts = hasMountsBelow(judged.realPath);
     const auto chain = folder.chain();
     if (chain.empty()) {
         judged.objection = CannotTell;
@@ -158,7 +162,7 @@ TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder,
     return judged;
 }
 
-TWObjection TWDeletionRules::objection(const Folder& folder, const std::string& name, const TWFileLook& look) const
+TWObjection TWDeletionRules::objection(const Folder& folder, std::string_view name, const TWFileLook& look) const
 {
     if (look.presence == TWPresence::Unknown)
         return CannotTell;
@@ -170,21 +174,26 @@ TWObjection TWDeletionRules::objection(const Folder& folder, const std::string& 
     }
     if (folder.objection)
         return folder.objection;
+    if (!folder.hasMounts && unseen_.empty())
+        return nullptr;
     const auto realPath = join(folder.realPath, name);
-    if (!unseen_.empty()) {
-        if (const auto found = unseen_.find(realPath); found != unseen_.end())
-            return found->second.itself;
-    }
+    if (const auto found = unseen_.find(realPath); found != unseen_.end())
+        return found->second.itself;
     return objectionToMounts(realPath);
+}
+
+bool TWDeletionRules::hasMountsBelow(const std::string& realPath) const
+{
+    const auto inside = realPath == "/" ? realPath : realPath + "/";
+    const auto next = std::lower_bound(mountPoints_->begin(), mountPoints_->end(), inside);
+    return next != mountPoints_->end() && next->starts_with(inside);
 }
 
 TWObjection TWDeletionRules::objectionToMounts(const std::string& realPath) const
 {
     if (std::binary_search(mountPoints_->begin(), mountPoints_->end(), realPath))
         return MountPoint;
-    const auto inside = realPath + "/";
-    const auto next = std::lower_bound(mountPoints_->begin(), mountPoints_->end(), inside);
-    return next != mountPoints_->end() && next->starts_with(inside) ? MountInside : nullptr;
+    return hasMountsBelow(realPath) ? MountInside : nullptr;
 }
 
 TWObjection TWDeletionRules::objectionToPath(const std::string& path)

@@ -21,13 +21,14 @@ public:
     struct Folder {
         std::string realPath;
         TWObjection objection = nullptr; // holds for everything in the folder
+        bool hasMounts = true; // volumes are mounted somewhere below
     };
 
     // Asks the disk once for each folder above.
     Folder judgeFolder(const TWHeldFolder&, std::string realPath) const;
 
     // What the rules say about an entry of such a folder, as the disk shows it now.
-    TWObjection objection(const Folder&, const std::string& name, const TWFileLook&) const;
+    TWObjection objection(const Folder&, std::string_view name, const TWFileLook&) const;
 
     // What the rules say about a path without a parent folder: "", "/", a relative path.
     static TWObjection objectionToPath(const std::string& path);
@@ -43,6 +44,7 @@ private:
     void protectUser(const TWPlaces&, const TWFileSystem&, const std::string& dataFolder);
     void protect(const TWFileSystem&, const std::string& path, const Protection&, TWObjection above);
     void protectSeen(const TWFileLook&, const std::string& path, const Protection&);
+    bool hasMountsBelow(const std::string& realPath) const;
     TWObjection objectionToMounts(const std::string& realPath) const;
 
     std::unordered_map<TWFileIdentity, Protection> protections_;

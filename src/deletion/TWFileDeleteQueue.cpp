@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <iterator>
 #include <unordered_set>
 
 using namespace std::chrono_literals;
@@ -50,19 +49,19 @@ public:
 private:
     Outcome lookAt(const TWDeletionTarget& target)
     {
-        if (!target.folder)
+        if (!target.hasFolder())
             return Outcome::Unknown;
-        openFolder(target.folder);
+        openFolder(target.folder.get());
         if (!folder_)
             return missing_;
-        const auto presence = folder_->look(target.name).presence;
+        const auto presence = folder_->look(std::string(target.name)).presence;
         if (presence == TWPresence::Unknown)
             return Outcome::Unknown;
         return presence == TWPresence::Gone ? Outcome::Gone : Outcome::Left;
     }
 
     // The paths of one folder usually stand side by side.
-    void openFolder(const std::shared_ptr<const TWPlannedFolder>& planned)
+    void openFolder(const TWPlannedFolder* planned)
     {
         if (planned == planned_)
             return;
@@ -106,7 +105,7 @@ private:
 
     const Files& files_;
     const TWFileSystem& fileSystem_;
-    std::shared_ptr<const TWPlannedFolder> planned_; // the folder looked at last
+    const TWPlannedFolder* planned_ = nullptr; // the folder looked at last
     std::unique_ptr<TWHeldFolder> folder_; // nothing if it could not be opened
     Outcome missing_ = Outcome::Unknown; // then holds for every path in it
 };
@@ -121,7 +120,10 @@ TWFileDeleteQueue::TWFileDeleteQueue(const TWDeletionTools& tools, Announcing an
 
 void TWFileDeleteQueue::addFilesFromArray(std::vector<TWDeletionTarget> targets)
 {
-    files_->insert(files_->end(), std::make_move_iterator(targets.begin()), std::make_move_iterator(targets.end()));
+    if (files_->empty())
+        *files_ = std::move(targets);
+    else
+        files_->insert(files_->end(), targets.begin(), targets.end());
 }
 
 void TWFileDeleteQueue::deleteFiles(TWAuthorization authorization)

@@ -104,7 +104,7 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     report_ = {};
     std::string problem;
     if (const auto folder = openFolder(target, problem)) {
-        launch(*folder, target.name, mode);
+        launch(*folder, std::string(target.name), mode);
     } else {
         report_.problems.push_back(std::move(problem));
         refusal_ = tools_.runLoop.after(0ms, [this] { finish(); });
@@ -120,10 +120,11 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
 std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& target, std::string& problem) const
 {
     const auto path = target.path();
-    if (!target.folder) {
+    if (!target.hasFolder()) {
         problem = TWText::fill(Refused, { path, TWDeletionRules::objectionToPath(path) });
         return nullptr;
     }
+    const std::string name(target.name);
     int error = 0;
     auto folder = tools_.fileSystem.holdFolder(target.folder->realPath, error);
     if (!folder) {
@@ -136,7 +137,7 @@ std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& 
     }
     const auto rules = tools_.guard.rules();
     const auto judged = rules->judgeFolder(*folder, target.folder->realPath);
-    if (const auto* objection = rules->objection(judged, target.name, folder->look(target.name))) {
+    if (const auto* objection = rules->objection(judged, name, folder->look(name))) {
         problem = TWText::fill(Refused, { path, objection });
         return nullptr;
     }

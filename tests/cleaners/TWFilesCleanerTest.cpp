@@ -44,7 +44,7 @@ protected:
     {
         Lines paths;
         for (const auto& item : planned.items)
-            paths.push_back(launcher.shown(planned.target(item).path()));
+            paths.push_back(launcher.shown(planned.path(item)));
         std::sort(paths.begin(), paths.end());
         return paths;
     }

@@ -14,11 +14,12 @@ protected:
         const auto planned = target(path);
         int error = 0;
         const auto folder = fileSystem.holdFolder(planned.folder->realPath, error);
-        if (!path.starts_with('/') || planned.name.empty() || !folder)
+        const std::string name(planned.name);
+        if (!path.starts_with('/') || name.empty() || !folder)
             return TWDeletionRules::objectionToPath(path);
         const auto rules = asked.rules();
         const auto judged = rules->judgeFolder(*folder, planned.folder->realPath);
-        const auto* objection = rules->objection(judged, planned.name, folder->look(planned.name));
+        const auto* objection = rules->objection(judged, name, folder->look(name));
         return objection ? objection : "";
     }
     // Paths and reasons; "" if the path may be deleted.

@@ -80,7 +80,7 @@ TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonsDirectlyBefore)
     addFiles({ "kept", "gone", "silent" });
     queue->addFile(target(places.home));
     queue->addFile(target(root.link("dangling", "nowhere")));
-    queue->addFile({ nullptr, "relative" });
+    queue->addFile(TWDeletionTarget::make({}, "relative"));
     using Kind = TWTermination::Kind;
     launcher.failures[root.path("kept")] = { Kind::Exited, 1, "rm: cannot remove\nrm: second line\n" };
     launcher.failures[root.path("silent")] = { Kind::Exited, 1, "" };

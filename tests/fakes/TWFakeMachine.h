@@ -33,8 +33,7 @@ struct TWFakeMachine {
         const std::string parent(TWPath::parent(path));
         const auto real = fileSystem.realPath(parent, TWLinkAtEnd::Follow).value_or(parent);
         const auto identity = fileSystem.look(real).facts.identity;
-        return { std::make_shared<const TWPlannedFolder>(TWPlannedFolder{ parent, real, identity }),
-            std::string(TWPath::lastComponent(path)) };
+        return TWDeletionTarget::make({ parent, real, identity }, std::string(TWPath::lastComponent(path)));
     }
 
 private:
