@@ -85,9 +85,9 @@ bool TWTreeEraser::openStart(const std::string& path)
     start.folder = TWDescriptor(open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!start.folder.isOpen() && errno == EACCES)
         start.folder = TWDescriptor(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    const int error = start.folder.isOpen() ? start.facts.read(start.folder.number(), "") : errno;
+    const int error = start.folder.isOpen() ? start.facts.read(start.folder.get(), "") : errno;
     if (error == 0) {
-        start.notWritable = writeRefusal(start.folder.number());
+        start.notWritable = writeRefusal(start.folder.get());
         levels_.push_back(std::move(start));
         return true;
     }
@@ -128,16 +128,16 @@ void TWTreeEraser::eraseFile(const std::string& name, const TWEntryFacts& facts)
     if (!file.isOpen())
         return keep(name, error);
     TWEntryFacts opened;
-    error = opened.read(file.number(), "");
+    error = opened.read(file.get(), "");
     if (error == 0 && (!opened.isSameAs(facts) || opened.links != 1))
         return keep(name, Replaced);
     if (error == 0)
-        error = overwriter_.overwrite(file.number(), opened);
-    if (error == 0 && ftruncate(file.number(), 0) != 0)
+        error = overwriter_.overwrite(file.get(), opened);
+    if (error == 0 && ftruncate(file.get(), 0) != 0)
         error = errno;
     if (error != 0) {
         if (!(facts.mode & S_IWUSR))
-            fchmod(file.number(), facts.mode & 07777);
+            fchmod(file.get(), facts.mode & 07777);
         return keep(name, error);
     }
     file.close();
@@ -159,9 +159,9 @@ TWDescriptor TWTreeEraser::openWriteProtected(const std::string& name, const TWE
 {
     const TWDescriptor handle(openat(here(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     TWEntryFacts opened;
-    if (!handle.isOpen() || opened.read(handle.number(), "") != 0 || !opened.isSameAs(facts) || opened.links != 1)
+    if (!handle.isOpen() || opened.read(handle.get(), "") != 0 || !opened.isSameAs(facts) || opened.links != 1)
         return TWDescriptor();
-    const std::string path = "/proc/self/fd/" + std::to_string(handle.number());
+    const std::string path = "/proc/self/fd/" + std::to_string(handle.get());
     if (chmod(path.c_str(), (facts.mode & 07777) | S_IWUSR) != 0)
         return TWDescriptor();
     TWDescriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -184,14 +184,14 @@ void TWTreeEraser::enterFolder(const std::string& name, const TWEntryFacts& fact
             keep(name, error);
         return;
     }
-    int error = level.facts.read(level.folder.number(), "");
+    int error = level.facts.read(level.folder.get(), "");
     if (error == 0 && !level.facts.isSameAs(facts))
         return keep(name, Replaced);
     if (error == 0)
-        error = listNames(level.folder.number(), level.pending);
+        error = listNames(level.folder.get(), level.pending);
     if (error != 0)
         return keep(name, error);
-    level.notWritable = writeRefusal(level.folder.number());
+    level.notWritable = writeRefusal(level.folder.get());
     pushLevel(std::move(level));
 }
 
@@ -209,7 +209,7 @@ void TWTreeEraser::leaveFolder()
     // In a folder that stays, the names must not come back after a crash; one that goes is covered by the folder above.
     // A failure loses nothing.
     if (left.removedSome && (left.keptSome || levels_.empty()))
-        fsync(left.folder.number());
+        fsync(left.folder.get());
     if (levels_.empty())
         return;
     if (!reopenFolder(levels_.back(), left)) {
@@ -229,9 +229,9 @@ bool TWTreeEraser::reopenFolder(Level& level, const Level& child)
 {
     if (level.folder.isOpen())
         return true;
-    TWDescriptor folder(openat(child.folder.number(), "..", FolderFlags));
+    TWDescriptor folder(openat(child.folder.get(), "..", FolderFlags));
     TWEntryFacts opened;
-    if (!folder.isOpen() || opened.read(folder.number(), "") != 0 || !opened.isSameAs(level.facts))
+    if (!folder.isOpen() || opened.read(folder.get(), "") != 0 || !opened.isSameAs(level.facts))
         return false;
     level.folder = std::move(folder);
     return true;

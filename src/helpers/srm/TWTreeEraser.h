@@ -1,9 +1,9 @@
 #pragma once
 
-#include "TWDescriptor.h"
 #include "TWEntryFacts.h"
 #include "TWOverwriter.h"
 #include "TWRandom.h"
+#include "platform/posix/TWDescriptor.h"
 
 #include <string>
 #include <vector>
@@ -44,7 +44,7 @@ private:
     std::string renamed(const std::string& name);
     bool removeName(const std::string& name);
 
-    int here() const { return levels_.back().folder.number(); }
+    int here() const { return levels_.back().folder.get(); }
     void keep(const std::string& name, const char* reason);
     void keep(const std::string& name, int error);
     void say(const std::string& name, const char* text) const;
