@@ -9,7 +9,7 @@ constexpr char NoticePrefix[] = "srm: note: ";
 constexpr char MoreFailures[] = " more: kept or not overwritten\n";
 constexpr char MoreNotices[] = " more\n";
 
-// Twice the bytes, and a line with a count for each kind, fit into 4 KiB.
+// For each kind. Twice as much, with two lines that give the counts of the rest, fits into 4 KiB.
 constexpr int MostLines = 20;
 constexpr std::size_t MostBytes = 1900;
 constexpr std::size_t LongestPath = 400; // bytes
@@ -67,7 +67,7 @@ void writeOut(const std::string& lines)
 
 bool TWReport::Tally::admits(const std::string& line)
 {
-    // Once one line is left out the following ones are, too: they would look as if nothing were missing between them.
+    // After the first line that is left out, no shorter one follows: it would look as if nothing were missing.
     if (omitted > 0 || lines == MostLines || bytes + line.size() > MostBytes) {
         ++omitted;
         return false;

@@ -3,16 +3,17 @@
 #include <cstddef>
 #include <string>
 
-// Tells the parent process on standard error what happened. There are two kinds of lines:
+// Tells the parent process on standard error what happened. There are failures and notices:
 //
 //   srm: PATH: TEXT          a failure: something was kept, or could not be overwritten
 //   srm: and N more: TEXT    failures that did not fit
 //   srm: note: PATH: TEXT    a notice: the entry is gone as requested, but there is something to know about it
 //   srm: note: and N more    notices that did not fit
+//   srm: arguments: TEXT     wrong use, alone
 //
 // Failures are written at once and notices only in finish(), so every failure comes before every notice. PATH is the
-// path as given, "./NAME", and what lies below it: it always starts with "./" and so cannot be mistaken for "note".
-// Control characters in it appear as \xNN, and a long path is cut in the middle. All lines together stay below 4 KiB,
+// path as given, "./NAME", or a path below it: it always starts with "./" and so cannot be mistaken for "note". Control
+// characters in it appear as \xNN, and a long path is cut in the middle. All lines together stay below 4 KiB,
 // however much goes wrong: a parent that keeps only the first 4 KiB misses nothing.
 class TWReport final {
 public:

@@ -15,18 +15,18 @@
 // recursion and with few descriptors, however deep the tree is.
 //
 // A file keeps its name until it is overwritten, and then loses it in a single system call. Whenever the process is
-// killed, each file is therefore either still found under its old name, whole or partly overwritten, or overwritten
-// completely and gone; nothing else can be left behind. Kept on purpose: names are not disguised by renaming before
-// they are removed. That would leave a file with a meaningless name behind if the process is killed between the two
-// steps, and it gains nothing: a rename does not overwrite the old name on the disk, it removes it just as unlinking
-// does.
+// killed, each file is therefore either still there under its old name, whole or partly overwritten, or overwritten
+// completely and gone. Nothing else can be left behind, and the parent sees a signal instead of an exit status of 0.
+//
+// Kept on purpose: names are not disguised by renaming before they are removed. A process that is killed between the
+// two steps would leave a file behind that nobody can recognize, and nothing is gained: a rename does not overwrite the
+// old name on the disk, it removes it just as unlinking does.
 class TWTreeEraser final {
 public:
     TWTreeEraser(TWOverwriter&, TWReport&, const TWHeldSignals&);
 
-    // Call it once, with the name of an entry, without slashes. Returns true if nothing is left of it and everything
-    // that should be was overwritten. Everything else is reported as a failure, or a signal is pending, at which the
-    // work stops.
+    // Takes the name of an entry, without slashes. Call it once. Returns true if nothing is left of the entry.
+    // Otherwise failures were reported, or a signal is pending and the work was stopped.
     bool erase(const std::string& name);
 
 private:
