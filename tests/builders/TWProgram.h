@@ -12,7 +12,6 @@
 struct TWProgramResult {
     int status = -1; // 1000 and more for one that a signal ended
     std::string out, err;
-    long blocksWritten = 0; // of 512 bytes; pages made dirty again after they went to the disk count again
 };
 
 // A program as a child of the test: it gets the given environment only, and writes into two files of the folder.
@@ -46,10 +45,9 @@ public:
     TWProgramResult wait() const
     {
         int status = 0;
-        rusage usage{};
-        wait4(process_, &status, 0, &usage);
+        waitpid(process_, &status, 0);
         return { WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status, out(),
-            folder_.read(outputName(process_) + ".err"), usage.ru_oublock };
+            folder_.read(outputName(process_) + ".err") };
     }
 
     static bool limit(__rlimit_resource resource, rlim_t value)

@@ -1,6 +1,5 @@
 #include "TWEntryFacts.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 
@@ -15,8 +14,7 @@ int TWEntryFacts::read(int folder, const char* name)
     mode = found.stx_mode;
     links = found.stx_nlink;
     size = off_t(found.stx_size);
-    blockSize = std::max<off_t>(found.stx_blksize, 1);
-    // A folder of the same file system bound to a second place has the same device number; only this bit gives it away.
+    // A bind mount from the same file system has the same device number; only this bit reveals it.
     mountPoint = (found.stx_attributes & found.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
     return 0;
 }

@@ -3,21 +3,24 @@
 #include <cstdint>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <utility>
 
-// What stands behind a name in a folder, never followed through a link.
+// What a name in a folder stands for. A link is described itself, never followed.
 struct TWEntryFacts {
+    using Identity = std::pair<std::uint64_t, std::uint64_t>; // device and inode
+
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     mode_t mode = 0;
     std::uint32_t links = 0;
     off_t size = 0; // bytes
-    off_t blockSize = 1; // bytes
     bool mountPoint = false;
 
-    // 0, or the errno. An empty name asks for the folder descriptor itself.
+    // Returns 0 or the errno. An empty name asks for the descriptor itself.
     int read(int folder, const char* name);
 
     bool isFolder() const { return S_ISDIR(mode); }
     bool isFile() const { return S_ISREG(mode); }
-    bool isSameAs(const TWEntryFacts& other) const { return device == other.device && inode == other.inode; }
+    bool isSameAs(const TWEntryFacts& other) const { return identity() == other.identity(); }
+    Identity identity() const { return { device, inode }; }
 };

@@ -2,27 +2,37 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <limits>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr std::size_t BufferSize = 1 << 20;
+constexpr char Stopped[] = "stopped before it was overwritten completely, kept";
+constexpr char Shortened[]
+    = "another program shortened it meanwhile, kept; what was cut off was perhaps not overwritten";
+constexpr char KeepsGrowing[] = "another program keeps writing to it, kept";
 
-// A pass writes either random bytes or three bytes again and again.
+// Additions to a file are found at most this many times before it counts as one that is being written to.
+constexpr int MostRounds = 5;
+
+constexpr std::size_t BufferSize = 1 << 20;
+constexpr off_t PageSize = 4096;
+
+// A pass writes either random bytes or a pattern of three bytes.
 constexpr std::int32_t Random = -1;
 
 constexpr std::int32_t SimplePasses[] = { Random };
 
-// Every bit is written as 0 and as 1, as part of even and of alternating runs, between random passes. The first pass is
-// random in every table, so that a run that is cut short has done what it could, and the last, so that the result tells
-// nothing.
+// Writes every bit as 0 and as 1, in uniform and in alternating runs, between random passes. In every table the first
+// pass is random, so that an interrupted run has done the most that it could, and so is the last, so that the result
+// reveals nothing.
 constexpr std::int32_t MediumPasses[] = { Random, 0x000000, 0xFFFFFF, Random, 0x555555, 0xAAAAAA, Random };
 
-// The same, with every repeated four-bit pattern and its complement, then runs of one and two bits in three, whose
-// three shifts put every bit into every place of the run; eleven random passes at the start, in the middle and at the
-// end.
+// The same, with every repeated four-bit pattern and its complement, then patterns that repeat every three bits, in all
+// three shifts. Eleven random passes are spread over the start, the middle and the end.
 constexpr std::int32_t FullPasses[] = {
     Random, Random, Random, Random, //
     0x000000, 0xFFFFFF, 0x555555, 0xAAAAAA, 0x333333, 0xCCCCCC, 0x666666, 0x999999, //
@@ -33,22 +43,33 @@ constexpr std::int32_t FullPasses[] = {
 };
 static_assert(std::size(MediumPasses) == 7 && std::size(FullPasses) == 35);
 
-// The rest of the last block may still hold what another file left there. Network file systems name blocks of a
-// megabyte, which are transfer sizes; no disk allocates more than this at once.
-constexpr off_t LargestBlock = off_t{ 64 } * 1024;
-
-off_t roundedUpToBlock(off_t end, off_t blockSize)
+// The size to which a file is extended, so that its last block is overwritten as a whole: it may still hold an older
+// file's data, and a partly written page would have to be read from the disk first. Network file systems report a
+// transfer size of a megabyte as their block size; no disk allocates more than 64 KiB at once.
+off_t roundedUpToBlock(off_t size, off_t blockSize)
 {
-    const off_t block = std::min(blockSize, LargestBlock);
-    const off_t slack = (block - end % block) % block;
-    return end <= std::numeric_limits<off_t>::max() - slack ? end + slack : end;
+    constexpr off_t LargestBlock = off_t{ 64 } * 1024;
+    const off_t block = std::clamp<off_t>(blockSize, 1, LargestBlock);
+    const off_t slack = (block - size % block) % block;
+    return size <= std::numeric_limits<off_t>::max() - slack ? size + slack : size;
+}
+
+// The kernel grants a write lease only on a file that nobody else has open; it is given back at once. Returns true also
+// if the kernel cannot tell, as on network file systems or for another user's file.
+bool mayBeOpenElsewhere(int file)
+{
+    if (fcntl(file, F_SETLEASE, F_WRLCK) != 0)
+        return true;
+    fcntl(file, F_SETLEASE, F_UNLCK);
+    return false;
 }
 
 }
 
-TWOverwriter::TWOverwriter(TWOverwriteLevel level, TWRandom& random)
+TWOverwriter::TWOverwriter(TWOverwriteLevel level, TWRandom& random, const TWHeldSignals& signals)
     : passes_(passes(level))
     , random_(random)
+    , signals_(signals)
     , buffer_(std::make_unique_for_overwrite<unsigned char[]>(BufferSize))
 {
 }
@@ -66,53 +87,101 @@ std::span<const TWOverwriter::Pass> TWOverwriter::passes(TWOverwriteLevel level)
     return FullPasses;
 }
 
-int TWOverwriter::overwrite(int file, const TWEntryFacts& facts)
+const char* TWOverwriter::overwrite(int file)
 {
-    // Asked once: the first pass makes the file longer, up to the end of its last block.
-    const std::vector<Extent> extents = allocatedExtents(file, facts);
-    if (extents.empty())
-        return 0;
+    struct stat facts = {};
+    if (fstat(file, &facts) != 0)
+        return strerror(errno);
+    // A program that has the file open may go on writing at the old end of the file. If the file were extended, its
+    // size would not show that.
+    blockSize_ = mayBeOpenElsewhere(file) ? 1 : facts.st_blksize;
+    overwritten_.clear();
+    size_ = 0;
+    for (int round = 0; round < MostRounds; ++round) {
+        Extents found;
+        if (const char* problem = findAdditions(file, found))
+            return problem;
+        if (found.empty())
+            return nullptr;
+        if (const char* problem = overwriteExtents(file, found))
+            return problem;
+    }
+    return KeepsGrowing;
+}
+
+// Finds the data between and after the extents that are already overwritten: at first all that the file holds.
+const char* TWOverwriter::findAdditions(int file, Extents& found)
+{
+    if (const char* problem = checkSize(file))
+        return problem;
+    off_t at = 0;
+    for (const Extent& done : overwritten_) {
+        appendData(file, { at, done.begin }, found);
+        at = done.end;
+    }
+    appendData(file, { at, size_ }, found);
+    if (!found.empty() && found.back().end == size_)
+        found.back().end = roundedUpToBlock(size_, blockSize_);
+    return nullptr;
+}
+
+void TWOverwriter::appendData(int file, Extent gap, Extents& found)
+{
+    while (gap.begin < gap.end) {
+        off_t begin = lseek(file, gap.begin, SEEK_DATA);
+        if ((begin < 0 && errno == ENXIO) || begin >= gap.end)
+            return;
+        off_t end = begin < 0 ? -1 : lseek(file, begin, SEEK_HOLE);
+        // A file system that cannot tell: everything counts as data.
+        if (end <= begin) {
+            begin = gap.begin;
+            end = gap.end;
+        }
+        found.push_back({ begin, std::min(end, gap.end) });
+        gap.begin = end;
+    }
+}
+
+const char* TWOverwriter::overwriteExtents(int file, const Extents& extents)
+{
     for (const Pass pass : passes_) {
-        if (const int error = writePass(file, pass, extents))
-            return error;
+        if (const char* problem = writePass(file, pass, extents))
+            return problem;
     }
-    return 0;
+    overwritten_.insert(overwritten_.end(), extents.begin(), extents.end());
+    std::sort(overwritten_.begin(), overwritten_.end(),
+        [](const Extent& one, const Extent& other) { return one.begin < other.begin; });
+    return nullptr;
 }
 
-std::vector<TWOverwriter::Extent> TWOverwriter::allocatedExtents(int file, const TWEntryFacts& facts)
+const char* TWOverwriter::writePass(int file, Pass pass, const Extents& extents)
 {
-    std::vector<Extent> extents;
-    for (off_t at = 0; at < facts.size;) {
-        const off_t begin = lseek(file, at, SEEK_DATA);
-        if (begin < 0 && errno == ENXIO)
-            break;
-        const off_t end = begin < 0 ? -1 : lseek(file, begin, SEEK_HOLE);
-        if (end <= begin)
-            return { { 0, roundedUpToBlock(facts.size, facts.blockSize) } };
-        extents.push_back({ begin, roundedUpToBlock(end, facts.blockSize) });
-        at = end;
+    if (pass != Random) {
+        off_t longest = 0;
+        for (const Extent& extent : extents)
+            longest = std::max(longest, extent.end - extent.begin);
+        fillWithPattern(pass, std::size_t(std::min<off_t>(longest, BufferSize)));
     }
-    return extents;
-}
-
-int TWOverwriter::writePass(int file, Pass pass, const std::vector<Extent>& extents)
-{
-    if (pass != Random)
-        fillWithPattern(pass);
     for (const Extent& extent : extents) {
-        if (const int error = writeExtent(file, pass, extent))
-            return error;
+        if (const char* problem = writeExtent(file, pass, extent))
+            return problem;
     }
     if (fdatasync(file) != 0)
-        return errno;
-    // What was written will not be read again and must not push out what will be.
-    posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED);
-    return 0;
+        return strerror(errno);
+    // What was written will not be read again and must not displace what will be. A partial last page stays: the next
+    // pass would have to read it first.
+    if (const off_t wholePages = size_ - size_ % PageSize)
+        posix_fadvise(file, 0, wholePages, POSIX_FADV_DONTNEED);
+    return nullptr;
 }
 
-int TWOverwriter::writeExtent(int file, Pass pass, Extent extent)
+const char* TWOverwriter::writeExtent(int file, Pass pass, Extent extent)
 {
     while (extent.begin < extent.end) {
+        if (signals_.pending())
+            return Stopped;
+        if (const char* problem = checkSize(file))
+            return problem;
         const std::size_t length = std::size_t(std::min<off_t>(extent.end - extent.begin, BufferSize));
         if (pass == Random)
             random_.fill(buffer_.get(), length);
@@ -120,22 +189,35 @@ int TWOverwriter::writeExtent(int file, Pass pass, Extent extent)
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)
-            return written < 0 ? errno : EIO;
-        // Lets the disk begin while the next piece is made, and keeps a large file from filling the memory with
-        // unwritten pages. Only fdatasync counts: this may fail.
+            return strerror(written < 0 ? errno : EIO);
+        // Lets the disk start while the next block is made, and keeps a large file from filling the memory with dirty
+        // pages. Only fdatasync counts, so this may fail.
         sync_file_range(file, extent.begin, written, SYNC_FILE_RANGE_WRITE);
         extent.begin += written;
+        size_ = std::max(size_, extent.begin);
     }
-    return 0;
+    return nullptr;
 }
 
-void TWOverwriter::fillWithPattern(Pass pass)
+// A file that became smaller has given blocks back to the disk, perhaps before they were overwritten.
+const char* TWOverwriter::checkSize(int file)
+{
+    const off_t size = lseek(file, 0, SEEK_END);
+    if (size < 0)
+        return strerror(errno);
+    if (size < size_)
+        return Shortened;
+    size_ = size;
+    return nullptr;
+}
+
+void TWOverwriter::fillWithPattern(Pass pass, std::size_t length)
 {
     const unsigned char bytes[] = {
         static_cast<unsigned char>(pass >> 16),
         static_cast<unsigned char>(pass >> 8),
         static_cast<unsigned char>(pass),
     };
-    for (std::size_t at = 0; at < BufferSize; ++at)
+    for (std::size_t at = 0; at < length; ++at)
         buffer_[at] = bytes[at % 3];
 }

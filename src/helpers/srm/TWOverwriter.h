@@ -1,39 +1,54 @@
 #pragma once
 
-#include "TWEntryFacts.h"
+#include "TWHeldSignals.h"
 #include "TWRandom.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <sys/types.h>
 #include <vector>
 
 enum class TWOverwriteLevel { Simple, Medium, Full }; // 1, 7 and 35 passes
 
-// Overwrites what a file holds, in place, pass by pass, each pass flushed to the disk before the next begins. Where the
-// disk or the file system writes changed data to a new place (flash, copies on write, snapshots), the old place is out
-// of reach from here.
+// Overwrites what a file holds, in place, pass by pass, each pass flushed to the disk before the next begins. Holes
+// stay holes. Where the disk or the file system writes changed data to a new place (flash, copy-on-write, snapshots),
+// the old place is out of reach.
 class TWOverwriter final {
 public:
-    TWOverwriter(TWOverwriteLevel, TWRandom&);
+    TWOverwriter(TWOverwriteLevel, TWRandom&, const TWHeldSignals&);
 
-    // The file must be open for writing. 0, or the errno of the first write or flush that failed.
-    int overwrite(int file, const TWEntryFacts&);
+    // Overwrites the file and then whatever other programs have added to it in the meantime. The file must be open for
+    // writing. Returns null on success, else why the file must be kept: a write or a flush failed, the file was
+    // shortened, it keeps growing, or a signal is pending.
+    const char* overwrite(int file);
+
+    // Of the file that overwrite() was last called for, in bytes.
+    off_t size() const { return size_; }
 
 private:
     struct Extent {
         off_t begin;
         off_t end;
     };
+    using Extents = std::vector<Extent>; // sorted, not overlapping
     using Pass = std::int32_t;
 
     static std::span<const Pass> passes(TWOverwriteLevel);
-    static std::vector<Extent> allocatedExtents(int file, const TWEntryFacts&);
-    int writePass(int file, Pass, const std::vector<Extent>&);
-    int writeExtent(int file, Pass, Extent);
-    void fillWithPattern(Pass);
+    const char* findAdditions(int file, Extents& found);
+    static void appendData(int file, Extent gap, Extents& found);
+    const char* overwriteExtents(int file, const Extents&);
+    const char* writePass(int file, Pass, const Extents&);
+    const char* writeExtent(int file, Pass, Extent);
+    const char* checkSize(int file);
+    void fillWithPattern(Pass, std::size_t length);
 
-    std::span<const Pass> passes_;
+    const std::span<const Pass> passes_;
     TWRandom& random_;
-    std::unique_ptr<unsigned char[]> buffer_;
+    const TWHeldSignals& signals_;
+    const std::unique_ptr<unsigned char[]> buffer_;
+    Extents overwritten_; // of the current file
+    off_t size_ = 0;
+    off_t blockSize_ = 1;
 };

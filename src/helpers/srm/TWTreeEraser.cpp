@@ -1,30 +1,29 @@
 #include "TWTreeEraser.h"
 
-#include "TWReport.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <stdio.h>
 #include <string_view>
 
 namespace {
 
 constexpr char MountPoint[] = "another file system is mounted here, kept";
-constexpr char SeveralNames[] = "the file has several names; this one was removed, the file was not overwritten";
 constexpr char Replaced[] = "replaced by something else meanwhile, kept";
+constexpr char ChangedLate[] = "changed by another program while it was being removed, kept";
+constexpr char SeveralNames[] = "the file has several names; this one was removed, the file was not overwritten";
 constexpr char Moved[] = "moved elsewhere meanwhile, stopped";
 
-// How many of the innermost folders stay open; those further up are found again through "..".
+// How many of the innermost folders stay open. Those further up, except the working directory, are found again through
+// "..".
 constexpr std::size_t OpenLevels = 32;
 
-// O_NONBLOCK: should a name become a pipe at the last moment, opening it must not hang.
+// O_NONBLOCK: if the name becomes a pipe at the last moment, opening it must not hang.
 constexpr int SafeFlags = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | SafeFlags;
 
-// All names at once: a listing that is read on while entries go may miss some. 0, or the errno.
+// Reads all names at once: a listing that continues while entries are removed may miss some. Returns 0 or the errno.
 int listNames(int folder, std::vector<std::string>& names)
 {
     alignas(dirent64) char buffer[32 * 1024];
@@ -49,53 +48,56 @@ int writeRefusal(int folder)
 
 }
 
-TWTreeEraser::TWTreeEraser(TWOverwriter& overwriter, TWRandom& random)
+TWTreeEraser::TWTreeEraser(TWOverwriter& overwriter, TWReport& report, const TWHeldSignals& signals)
     : overwriter_(overwriter)
-    , random_(random)
+    , report_(report)
+    , signals_(signals)
 {
 }
 
-bool TWTreeEraser::erase(const std::string& path)
+bool TWTreeEraser::erase(const std::string& name)
 {
-    keptSome_ = false;
-    if (!openStart(path))
-        return !keptSome_;
+    const bool gone = eraseAll(name);
+    for (const auto& [identity, path] : linkedElsewhere_)
+        report_.notice(path, SeveralNames);
+    return gone;
+}
+
+bool TWTreeEraser::eraseAll(const std::string& name)
+{
+    failed_ = !openWorkingDirectory(name);
     while (!levels_.empty()) {
         std::vector<std::string>& pending = levels_.back().pending;
         if (pending.empty()) {
             leaveFolder();
             continue;
         }
-        const std::string name = std::move(pending.back());
+        if (signals_.pending())
+            return false;
+        const std::string next = std::move(pending.back());
         pending.pop_back();
-        eraseEntry(name);
+        eraseEntry(next);
     }
-    return !keptSome_;
+    return !failed_;
 }
 
-// The path's parent becomes the outermost level, with the path's last name as its only pending one.
-bool TWTreeEraser::openStart(const std::string& path)
+// The working directory becomes the outermost level, with the given name as its only pending one.
+bool TWTreeEraser::openWorkingDirectory(const std::string& name)
 {
-    const std::size_t slash = path.rfind('/');
     Level start;
-    start.name = path.substr(0, slash);
-    start.pending.push_back(path.substr(slash + 1));
-    // Links on the way to the parent are followed: whoever named the path meant the way as well.
-    const std::string parent = start.name + "/";
-    start.folder = TWDescriptor(open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    start.name = ".";
+    start.pending.push_back(name);
+    start.folder = TWDescriptor(open(".", FolderFlags));
+    // A folder that may be searched but not listed.
     if (!start.folder.isOpen() && errno == EACCES)
-        start.folder = TWDescriptor(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    const int error = start.folder.isOpen() ? start.facts.read(start.folder.number(), "") : errno;
-    if (error == 0) {
-        start.notWritable = writeRefusal(start.folder.number());
-        levels_.push_back(std::move(start));
-        return true;
+        start.folder = TWDescriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (const int error = start.folder.isOpen() ? start.facts.read(start.folder.get(), "") : errno) {
+        report_.failure("./" + name, strerror(error));
+        return false;
     }
-    if (error != ENOENT && error != ENOTDIR) {
-        report(path, strerror(error));
-        keptSome_ = true;
-    }
-    return false;
+    start.refusal = writeRefusal(start.folder.get());
+    levels_.push_back(std::move(start));
+    return true;
 }
 
 void TWTreeEraser::eraseEntry(const std::string& name)
@@ -107,41 +109,50 @@ void TWTreeEraser::eraseEntry(const std::string& name)
             keep(name, error);
         return;
     }
-    // Only folders are asked for their device: a union of file systems shows files with devices of their own.
+    // Only folders are compared by device: a union of file systems shows files with devices of their own.
     if (facts.mountPoint || (facts.isFolder() && facts.device != level.facts.device))
         return keep(name, MountPoint);
-    // Asked before anything is overwritten: what cannot be removed must not be spoiled either.
-    if (level.notWritable)
-        return keep(name, level.notWritable);
+    if (level.refusal)
+        return keep(name, level.refusal);
     if (facts.isFolder())
         return enterFolder(name, facts);
     if (facts.isFile() && facts.links == 1)
         return eraseFile(name, facts);
-    if (removeName(name) && facts.isFile())
-        say(name, SeveralNames);
+    if (removeName(name, 0) && facts.isFile())
+        linkedElsewhere_.emplace(facts.identity(), TWReport::shown(pathOf(name)));
 }
 
-void TWTreeEraser::eraseFile(const std::string& name, const TWEntryFacts& facts)
+void TWTreeEraser::eraseFile(const std::string& name, TWEntryFacts facts)
 {
-    int error = 0;
-    TWDescriptor file = openForWriting(name, facts, error);
-    if (!file.isOpen())
-        return keep(name, error);
+    // Asked before the file is touched: what cannot be removed must not be spoiled.
+    int error = removalRefusal(name);
+    TWDescriptor file = error == 0 ? openForWriting(name, facts, error) : TWDescriptor();
     TWEntryFacts opened;
-    error = opened.read(file.number(), "");
-    if (error == 0 && (!opened.isSameAs(facts) || opened.links != 1))
-        return keep(name, Replaced);
     if (error == 0)
-        error = overwriter_.overwrite(file.number(), opened);
-    if (error == 0 && ftruncate(file.number(), 0) != 0)
-        error = errno;
-    if (error != 0) {
-        if (!(facts.mode & S_IWUSR))
-            fchmod(file.number(), facts.mode & 07777);
+        error = opened.read(file.get(), "");
+    if (error != 0)
         return keep(name, error);
-    }
-    file.close();
-    removeDisguised(name, facts);
+    if (!opened.isSameAs(facts) || opened.links != 1)
+        return keep(name, Replaced);
+    if (const char* problem = overwriter_.overwrite(file.get()))
+        return keep(name, problem);
+    // Closed first: NFS and FUSE give an open file a hidden name instead of removing it.
+    if (file.close() != 0)
+        return keep(name, errno);
+    facts.size = overwriter_.size();
+    removeSame(name, facts);
+    linkedElsewhere_.erase(facts.identity());
+}
+
+// Returns 0 if the kernel would let this process unlink the entry, which must not be a folder, else the errno. The
+// kernel itself is asked, by a call that cannot succeed: it refuses to remove a file as if it were a folder, but only
+// after it has checked everything that unlinking needs. That is the folder's mode and access list, the sticky bit,
+// capabilities, append-only and immutable folders and files, read-only mounts and swap files. The servers of network
+// and FUSE file systems may have further rules; a file that they do not let go is kept overwritten, under its name.
+int TWTreeEraser::removalRefusal(const std::string& name) const
+{
+    // Success means that an empty folder has taken the file's place just now. It is gone; opening will notice.
+    return unlinkat(here(), name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOTDIR ? 0 : errno;
 }
 
 TWDescriptor TWTreeEraser::openForWriting(const std::string& name, const TWEntryFacts& facts, int& error)
@@ -153,22 +164,19 @@ TWDescriptor TWTreeEraser::openForWriting(const std::string& name, const TWEntry
     return file;
 }
 
-// The mode is changed through a descriptor that was compared first, so that it cannot hit another file. On failure it
-// is put back.
+// Changes the mode for the moment of opening, through a descriptor that was compared first: it cannot hit another file.
 TWDescriptor TWTreeEraser::openWriteProtected(const std::string& name, const TWEntryFacts& facts, int& error)
 {
     const TWDescriptor handle(openat(here(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     TWEntryFacts opened;
-    if (!handle.isOpen() || opened.read(handle.number(), "") != 0 || !opened.isSameAs(facts) || opened.links != 1)
+    if (!handle.isOpen() || opened.read(handle.get(), "") != 0 || !opened.isSameAs(facts) || opened.links != 1)
         return TWDescriptor();
-    const std::string path = "/proc/self/fd/" + std::to_string(handle.number());
+    const std::string path = "/proc/self/fd/" + std::to_string(handle.get());
     if (chmod(path.c_str(), (facts.mode & 07777) | S_IWUSR) != 0)
         return TWDescriptor();
     TWDescriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file.isOpen()) {
-        error = errno;
-        chmod(path.c_str(), facts.mode & 07777);
-    }
+    error = file.isOpen() ? 0 : errno;
+    chmod(path.c_str(), facts.mode & 07777);
     return file;
 }
 
@@ -179,26 +187,26 @@ void TWTreeEraser::enterFolder(const std::string& name, const TWEntryFacts& fact
     level.folder = TWDescriptor(openat(here(), name.c_str(), FolderFlags));
     if (!level.folder.isOpen()) {
         const int error = errno;
-        // A folder that may not be read can still go when it is empty; if it is not, this does nothing.
+        // A folder that may not be read can still be removed if it is empty. If it is not, this does nothing.
         if (error != EACCES || unlinkat(here(), name.c_str(), AT_REMOVEDIR) != 0)
             keep(name, error);
         return;
     }
-    int error = level.facts.read(level.folder.number(), "");
+    int error = level.facts.read(level.folder.get(), "");
     if (error == 0 && !level.facts.isSameAs(facts))
         return keep(name, Replaced);
     if (error == 0)
-        error = listNames(level.folder.number(), level.pending);
+        error = listNames(level.folder.get(), level.pending);
     if (error != 0)
         return keep(name, error);
-    level.notWritable = writeRefusal(level.folder.number());
+    level.refusal = writeRefusal(level.folder.get());
     pushLevel(std::move(level));
 }
 
 void TWTreeEraser::pushLevel(Level level)
 {
     levels_.push_back(std::move(level));
-    if (levels_.size() > OpenLevels)
+    if (levels_.size() > OpenLevels + 1)
         levels_[levels_.size() - 1 - OpenLevels].folder.close();
 }
 
@@ -206,77 +214,56 @@ void TWTreeEraser::leaveFolder()
 {
     const Level left = std::move(levels_.back());
     levels_.pop_back();
-    // In a folder that stays, the names must not come back after a crash; one that goes is covered by the folder above.
-    // A failure loses nothing.
+    // In a folder that stays, removed names must not come back after a crash of the system. For one that goes, the
+    // folder above it is enough. A failure loses nothing.
     if (left.removedSome && (left.keptSome || levels_.empty()))
-        fsync(left.folder.number());
+        fsync(left.folder.get());
     if (levels_.empty())
         return;
     if (!reopenFolder(levels_.back(), left)) {
-        keep(left.name, Moved);
+        fail(left.name, Moved);
         levels_.clear();
         return;
     }
     if (left.keptSome)
         levels_.back().keptSome = true;
     else
-        removeDisguised(left.name, left.facts);
+        removeSame(left.name, left.facts);
 }
 
-// The folder may have been closed to save descriptors. What ".." leads to counts only if it is the folder that was
-// left.
+// Opens the folder again if it was closed to save descriptors. Where ".." leads counts only if it is the same folder.
 bool TWTreeEraser::reopenFolder(Level& level, const Level& child)
 {
     if (level.folder.isOpen())
         return true;
-    TWDescriptor folder(openat(child.folder.number(), "..", FolderFlags));
+    TWDescriptor folder(openat(child.folder.get(), "..", FolderFlags));
     TWEntryFacts opened;
-    if (!folder.isOpen() || opened.read(folder.number(), "") != 0 || !opened.isSameAs(level.facts))
+    if (!folder.isOpen() || opened.read(folder.get(), "") != 0 || !opened.isSameAs(level.facts))
         return false;
     level.folder = std::move(folder);
     return true;
 }
 
-// For an overwritten file or a folder that should be empty: takes its name away, then itself.
-void TWTreeEraser::removeDisguised(const std::string& name, const TWEntryFacts& facts)
+// Removes an overwritten file or an emptied folder, but nothing that has taken its name meanwhile and no file that has
+// another size than the one overwritten. Kept on purpose: a change within the microseconds between this look and the
+// removal goes unnoticed; no system call removes a name only if it still belongs to a certain file.
+void TWTreeEraser::removeSame(const std::string& name, const TWEntryFacts& facts)
 {
     TWEntryFacts now;
-    const int gone = now.read(here(), name.c_str());
-    if (gone == ENOENT)
+    const int error = now.read(here(), name.c_str());
+    if (error == ENOENT)
         return;
-    if (gone != 0 || !now.isSameAs(facts))
+    if (error != 0 || !now.isSameAs(facts))
         return keep(name, Replaced);
-    const std::string disguise = renamed(name);
-    if (unlinkat(here(), disguise.c_str(), facts.isFolder() ? AT_REMOVEDIR : 0) == 0) {
-        levels_.back().removedSome = true;
-        return;
-    }
-    const int error = errno;
-    if (disguise != name)
-        renameat2(here(), disguise.c_str(), here(), name.c_str(), RENAME_NOREPLACE);
-    keep(name, error);
+    if (facts.isFile() && now.size != facts.size)
+        return keep(name, ChangedLate);
+    removeName(name, facts.isFolder() ? AT_REMOVEDIR : 0);
 }
 
-// Gives the entry a random name of the same length, so that it fits where the old one stood. Returns the name that it
-// has now: the old one when the file system would not have it.
-std::string TWTreeEraser::renamed(const std::string& name)
+// Returns true if the name is gone and nobody else removed it.
+bool TWTreeEraser::removeName(const std::string& name, int flags)
 {
-    constexpr std::string_view Letters = "abcdefghijklmnopqrstuvwxyz012345";
-    for (int attempt = 0; attempt < 8; ++attempt) {
-        std::string disguise(std::max<std::size_t>(name.size(), 8), ' ');
-        for (char& letter : disguise)
-            letter = Letters[random_.next() >> 59];
-        if (renameat2(here(), name.c_str(), here(), disguise.c_str(), RENAME_NOREPLACE) == 0)
-            return disguise;
-        if (errno != EEXIST)
-            break;
-    }
-    return name;
-}
-
-bool TWTreeEraser::removeName(const std::string& name)
-{
-    if (unlinkat(here(), name.c_str(), 0) == 0)
+    if (unlinkat(here(), name.c_str(), flags) == 0)
         return levels_.back().removedSome = true;
     if (errno != ENOENT)
         keep(name, errno);
@@ -285,9 +272,8 @@ bool TWTreeEraser::removeName(const std::string& name)
 
 void TWTreeEraser::keep(const std::string& name, const char* reason)
 {
-    say(name, reason);
+    fail(name, reason);
     levels_.back().keptSome = true;
-    keptSome_ = true;
 }
 
 void TWTreeEraser::keep(const std::string& name, int error)
@@ -295,10 +281,16 @@ void TWTreeEraser::keep(const std::string& name, int error)
     keep(name, strerror(error));
 }
 
-void TWTreeEraser::say(const std::string& name, const char* text) const
+void TWTreeEraser::fail(const std::string& name, const char* reason)
+{
+    report_.failure(pathOf(name), reason);
+    failed_ = true;
+}
+
+std::string TWTreeEraser::pathOf(const std::string& name) const
 {
     std::string path;
     for (const Level& level : levels_)
         path += level.name + "/";
-    report(path + name, text);
+    return path + name;
 }

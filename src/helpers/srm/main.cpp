@@ -1,6 +1,11 @@
-// srm -rf [--simple|--medium] PATH: overwrites the files at and below PATH 1, 7 or else 35 times, then removes them.
-// Exits with 0 when nothing is left at PATH, 1 when something was kept, 2 when called in any other way.
+// srm -rf [--simple|--medium] ./NAME: overwrites the file NAME of the working directory, or all files below the folder
+// NAME, once, 7 times or else 35 times, and removes them. It is started in the parent folder and takes no path, so no
+// link or swapped folder on the way can lead it astray. What it writes to standard error is described in TWReport.h.
+//
+// Exits with 0 if nothing is left of NAME, with 1 if something was kept, with 2 if it was used in any other way.
+// SIGHUP, SIGINT and SIGTERM stop it between two blocks and then end it, unless nothing is left by then.
 
+#include "TWHeldSignals.h"
 #include "TWOverwriter.h"
 #include "TWRandom.h"
 #include "TWReport.h"
@@ -13,13 +18,14 @@
 
 namespace {
 
-constexpr char Usage[] = "use as: srm -rf [--simple|--medium] PATH";
-constexpr char BadPath[] = "not an absolute path of a file or folder";
+constexpr char Usage[] = "use as: srm -rf [--simple|--medium] ./NAME, with NAME an entry of the working directory";
 constexpr char NoSeed[] = "the system gives no random numbers";
 
 constexpr int ExitGone = 0;
 constexpr int ExitKept = 1;
 constexpr int ExitMisused = 2;
+
+constexpr std::string_view WorkingDirectory = "./";
 
 std::optional<TWOverwriteLevel> levelFromArguments(int argumentCount, char** arguments)
 {
@@ -35,42 +41,42 @@ std::optional<TWOverwriteLevel> levelFromArguments(int argumentCount, char** arg
     return std::nullopt;
 }
 
-// With a trailing slash the system would follow a link at the end.
-std::string withoutTrailingSlashes(std::string path)
+// Returns an empty name for anything but "./NAME".
+std::string nameFromPath(std::string_view path)
 {
-    while (path.ends_with('/'))
-        path.pop_back();
-    return path;
-}
-
-bool mayBeErased(const std::string& path)
-{
-    return path.starts_with('/') && !path.ends_with("/.") && !path.ends_with("/..");
+    if (!path.starts_with(WorkingDirectory))
+        return "";
+    const std::string_view name = path.substr(WorkingDirectory.size());
+    return name == "." || name == ".." || name.find('/') != name.npos ? "" : std::string(name);
 }
 
 }
 
 int main(int argumentCount, char** arguments)
 {
+    TWReport report;
     const std::optional<TWOverwriteLevel> level = levelFromArguments(argumentCount, arguments);
-    if (!level) {
-        report("arguments", Usage);
+    const std::string name = level ? nameFromPath(arguments[argumentCount - 1]) : "";
+    if (name.empty()) {
+        report.failure("arguments", Usage);
         return ExitMisused;
     }
-    const std::string given = arguments[argumentCount - 1];
-    const std::string path = withoutTrailingSlashes(given);
-    if (!mayBeErased(path)) {
-        report(given, BadPath);
-        return ExitMisused;
-    }
-    // A file beyond the limit on file sizes is a file that cannot be overwritten, no reason to die.
+    // A file beyond the limit on file sizes cannot be overwritten, but that is no reason to die.
     std::signal(SIGXFSZ, SIG_IGN);
+    // Sent if another program opens a file in the moment in which the overwriter holds a lease on it.
+    std::signal(SIGIO, SIG_IGN);
+    TWHeldSignals signals;
     TWRandom random;
     if (!random.seed()) {
-        report(path, NoSeed);
+        report.failure(arguments[argumentCount - 1], NoSeed);
         return ExitKept;
     }
-    TWOverwriter overwriter(*level, random);
-    TWTreeEraser eraser(overwriter, random);
-    return eraser.erase(path) ? ExitGone : ExitKept;
+    TWOverwriter overwriter(*level, random, signals);
+    TWTreeEraser eraser(overwriter, report, signals);
+    const bool gone = eraser.erase(name);
+    report.finish();
+    if (gone)
+        return ExitGone;
+    signals.release();
+    return ExitKept;
 }
