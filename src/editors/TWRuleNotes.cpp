@@ -1,6 +1,7 @@
 #include "editors/TWRuleNotes.h"
 
 #include "cleaners/TWFilesCleaner.h"
+#include "platform/TWTreeSizes.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
@@ -37,12 +38,7 @@ TWRuleNote countedNote(TWFilesRule rule, const TWKeywordMatcher& keywords, const
         return { TWText::fill(StopsTheRun, { *plan.failure }), true };
     if (plan.paths.empty())
         return { rule.whatToDelete == TWItemItself ? NothingThere : NothingFound, false };
-    TWTreeSize total;
-    for (const auto& path : plan.paths) {
-        const auto size = fileSystem.treeSize(path, cancellation);
-        total.items += size.items;
-        total.bytes += size.bytes;
-    }
+    const auto total = TWAddUpTrees(fileSystem, plan.paths, cancellation).total();
     return { TWText::fill(ItemsAndSize, { TWText::count(total.items, "item", "items"), TWText::size(total.bytes) }),
         false };
 }

@@ -1,5 +1,6 @@
 #include "ui/TWMainWindow.h"
 
+#include "platform/TWTreeSizes.h"
 #include "support/TWText.h"
 #include "ui/TWQtText.h"
 #include "ui/TWResultsWindow.h"
@@ -228,13 +229,8 @@ void TWMainWindow::countTrash(std::vector<std::string> paths)
     const auto bytes = std::make_shared<std::uint64_t>(0);
     const auto& platform = delegate_.platform();
     counting_ = platform.runLoop.inBackground(
-        [bytes, paths = std::move(paths), &fileSystem = platform.fileSystem](const auto& cancellation) {
-            for (const auto& path : paths) {
-                if (cancellation->cancelled())
-                    return;
-                *bytes += fileSystem.treeSize(path, *cancellation).bytes;
-            }
-        },
+        [bytes, paths = std::move(paths), &fileSystem = platform.fileSystem](
+            const auto& cancellation) { *bytes = TWAddUpTrees(fileSystem, paths, *cancellation).total().bytes; },
         [this, bytes, count] { row(TrashCleaner).setLine(TWQtText::exact(count + ", " + TWText::size(*bytes))); });
 }
 
