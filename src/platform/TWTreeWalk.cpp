@@ -349,8 +349,10 @@ private:
     {
         askAfter(VisitsLikeAFolder);
         auto folder = opening();
-        while (!folder && (error == EMFILE || error == ENFILE) && walk_.tasks.waitForDescriptors())
-            folder = opening();
+        for (bool others = true; others && !folder && (error == EMFILE || error == ENFILE);) {
+            others = walk_.tasks.waitForDescriptors();
+            folder = opening(); // all others, if they wait, have closed some meanwhile
+        }
         return folder;
     }
 
