@@ -120,8 +120,8 @@ struct Task {
     std::uint64_t device = 0;
 };
 
-// Hands tasks from busy threads to idle ones and starts threads when there is work for them. A task is only added when
-// a thread is idle, so there are never more tasks than threads.
+// Hands tasks from busy threads to idle ones and starts threads when there is work for them. Busy threads add tasks
+// only for idle ones, so about as many tasks as threads exist at any time.
 class Tasks final {
 public:
     Tasks(unsigned threads, std::function<void()> work)
@@ -343,7 +343,7 @@ private:
         return real ? walk_.fileSystem.openFolder(*real, error, &walk_.cancellation) : nullptr;
     }
 
-    // A folder is not unreadable because the other threads have used up the descriptors.
+    // When this walk's own threads have used up the descriptors, the folder is opened later.
     template <typename Opening>
     std::unique_ptr<TWOpenFolder> open(const Opening& opening, const int& error)
     {
@@ -351,7 +351,7 @@ private:
         auto folder = opening();
         for (bool others = true; others && !folder && (error == EMFILE || error == ENFILE);) {
             others = walk_.tasks.waitForDescriptors();
-            folder = opening(); // all others, if they wait, have closed some meanwhile
+            folder = opening(); // even if no other thread goes on: those that wait have closed some first
         }
         return folder;
     }
@@ -390,6 +390,7 @@ private:
         return goOn();
     }
 
+    // The latter half of what is left in the outermost folder, or of the roots. Nothing if the descriptors are used up.
     void giveAway()
     {
         Task task;
@@ -475,7 +476,7 @@ TWWalkEnd TWWalkTrees(const TWFileSystem& fileSystem, const TWWalkRoots& roots, 
         tasks.add(std::move(all));
         work({ fileSystem, roots, job, cancellation, results, tasks });
         const auto end = tasks.waitForThreads();
-        // Results may have been withheld since.
+        // A cancellation keeps back results even after the last folder was visited.
         return end == TWWalkEnd::Complete && cancellation.cancelled() ? TWWalkEnd::Cancelled : end;
     } catch (const std::bad_alloc&) {
         return TWWalkEnd::Failed;

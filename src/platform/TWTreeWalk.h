@@ -3,6 +3,8 @@
 #include "platform/TWFileSystem.h"
 #include "platform/TWRunLoop.h"
 
+#include <type_traits>
+
 // Goes through directory trees on all cores. Whatever the number of threads, the results arrive in the order of a
 // single-threaded depth-first walk. A walk never follows a link below a root, never enters another file system, and
 // needs few descriptors and little stack however deep or wide a tree is.

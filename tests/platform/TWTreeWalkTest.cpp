@@ -109,13 +109,14 @@ protected:
         return temporary.path("tree");
     }
 
-    // Each level has two folders below it.
+    // Every tenth level has a second folder below it.
     std::string makeDeepTree(const std::string& name, int levels) const
     {
         TWDescriptor deepest(open(temporary.folder(name).c_str(), O_PATH));
         for (int level = 0; level < levels; ++level) {
             mkdirat(deepest.get(), "down", 0700);
-            mkdirat(deepest.get(), "side", 0700);
+            if (level % 10 == 0)
+                mkdirat(deepest.get(), "side", 0700);
             deepest = TWDescriptor(openat(deepest.get(), "down", O_PATH));
         }
         return temporary.path(name);
@@ -137,7 +138,7 @@ TEST_F(TWTreeWalkTest, GivesWhatOneThreadWouldInItsOrderOneCallAtATime)
     const auto canary = hostile.canaryDigest();
     temporary.link("way", "tree");
     Lines roots{ makeTree(6000), hostile.path(), temporary.path("nothing"), temporary.path("way") };
-    for (int number = 0; number < 1000; ++number) {
+    for (int number = 0; number < 300; ++number) {
         roots.push_back(temporary.folder("small/" + std::to_string(number)) + "/");
         mkdir((roots.back() + "in").c_str(), 0700);
     }
@@ -166,21 +167,28 @@ TEST_F(TWTreeWalkTest, GivesWhatOneThreadWouldInItsOrderOneCallAtATime)
 
 TEST_F(TWTreeWalkTest, NeedsFewDescriptorsForDeepAndWideTrees)
 {
-    Lines deep{ makeDeepTree("very deep", 2000) };
+    const auto everythingIsEntered = [](const Lines& found) {
+        return std::ranges::none_of(found, [](const auto& line) { return line.find('!') != std::string::npos; });
+    };
+    const auto deep = makeDeepTree("very deep", 2000);
+    const auto wide = temporary.folder("wide");
+    for (int number = 0; number < 1000; ++number)
+        mkdir((wide + "/" + std::to_string(number)).c_str(), 0700);
+    Lines many;
     for (int number = 0; number < 8; ++number)
-        deep.push_back(makeDeepTree("deep" + std::to_string(number), 60));
-    Lines wide{ temporary.folder("wide") };
-    for (int number = 0; number < 3000; ++number)
-        mkdir((wide.front() + "/" + std::to_string(number)).c_str(), 0700);
+        many.push_back(makeDeepTree("deep" + std::to_string(number), 60));
     const auto nextFree = static_cast<rlim_t>(TWDescriptor(open("/", O_PATH)).get());
-    const auto usual = setLimit(RLIMIT_NOFILE, nextFree + 3 * 8);
     for (const unsigned threads : { 1U, 8U }) {
-        const auto found = walk(deep, threads);
-        EXPECT_EQ(found.size(), (2000 + 8 * 60) * 2U);
-        EXPECT_TRUE(std::ranges::none_of(found, [](const auto& line) { return line.find('!') != std::string::npos; }));
-        EXPECT_EQ(walk(wide, threads).size(), 3000U);
+        const auto usual = setLimit(RLIMIT_NOFILE, 256);
+        auto found = walk({ deep, wide }, threads);
+        EXPECT_EQ(found.size(), 2000 + 200 + 1000U);
+        EXPECT_TRUE(everythingIsEntered(found));
+        setLimit(RLIMIT_NOFILE, nextFree + 3 * 8);
+        found = walk(many, threads);
+        EXPECT_EQ(found.size(), 8 * (60 + 6U));
+        EXPECT_TRUE(everythingIsEntered(found));
+        setLimit(RLIMIT_NOFILE, usual);
     }
-    setLimit(RLIMIT_NOFILE, usual);
 }
 
 TEST_F(TWTreeWalkTest, EndsSoonWhenCancelledAndSaysSo)
