@@ -1,10 +1,12 @@
 // One measured case per call, for search.py:
 //   search_bench walk FOLDER...             the least that any search must do: open, list, look at the kind
 //   search_bench search WORDS FOLDER...     prints the paths found
+//   search_bench walker THREADS WORDS FOLDER...   the same search by the walker alone; 0 threads: one for each core
 //   search_bench match WORDS NAMES          prints milliseconds to build and nanoseconds per name
 
 #include "cleaners/TWFilesPlanner.h"
 #include "deletion/TWDeletionGuard.h"
+#include "platform/TWTreeWalk.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPlaces.h"
@@ -70,6 +72,43 @@ void search(const char* words, const std::vector<std::string>& folders)
         .plan();
 }
 
+class KeywordVisitor final : public TWTreeVisitor<std::vector<std::string>> {
+public:
+    explicit KeywordVisitor(const TWKeywordMatcher& keywords)
+        : keywords_(keywords)
+    {
+    }
+
+    TWWalkStep visit(
+        const TWWalkedFolder& folder, const TWFolderEntry& entry, std::vector<std::string>& found) const override
+    {
+        if (folder.isPackage())
+            return TWWalkStep::PassOver;
+        if (!keywords_.matches(entry.name))
+            return TWWalkStep::Enter;
+        found.push_back(folder.pathOf(entry));
+        return TWWalkStep::PassOver;
+    }
+    void notEntered(std::size_t, const std::string& path, int, std::vector<std::string>&) const override
+    {
+        std::fprintf(stderr, "%s could not be searched\n", path.c_str());
+    }
+
+private:
+    const TWKeywordMatcher& keywords_;
+};
+
+void searchWithWalker(const char* threads, const char* words, std::vector<std::string> folders)
+{
+    const TWKeywordMatcher keywords(linesOf(words));
+    const auto print = [](const std::vector<std::string>& found) {
+        for (const auto& path : found)
+            std::puts(path.c_str());
+    };
+    TWWalkTrees(TWLinuxFileSystem(), { std::move(folders), TWLinkAtEnd::Follow }, KeywordVisitor(keywords), print,
+        TWCancellation(), static_cast<unsigned>(std::stoul(threads)));
+}
+
 void match(const char* words, const char* names)
 {
     const auto list = linesOf(words);
@@ -97,6 +136,8 @@ int main(int count, char** arguments)
         std::printf("%zu\n", entries);
     } else if (mode == "search") {
         search(arguments[2], { arguments + 3, arguments + count });
+    } else if (mode == "walker" && count > 4) {
+        searchWithWalker(arguments[2], arguments[3], { arguments + 4, arguments + count });
     } else if (mode == "match" && count == 4) {
         match(arguments[2], arguments[3]);
     } else {

@@ -1,6 +1,7 @@
 #include "cleaners/TWFilesPlanner.h"
 
 #include "platform/TWAmbiguousPath.h"
+#include "platform/TWTreeWalk.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
@@ -17,6 +18,7 @@ constexpr auto Ambiguous
 constexpr auto Unreadable = "The folder %@ could not be read (%@).";
 constexpr auto SkippingBundle = "Skipping Bundle ";
 constexpr auto NotSearched = "The folder %@ could not be searched.";
+constexpr auto NotFinished = "The search in %@ could not be finished, because the memory ran out.";
 constexpr auto MountMet = "The folder %@ was not searched, because a volume is mounted there.";
 constexpr auto NothingToDelete = "No files to delete in %@";
 
@@ -27,6 +29,72 @@ bool needsKeywords(const std::vector<TWFilesRule>& rules)
     return std::any_of(
         rules.begin(), rules.end(), [](const auto& rule) { return rule.active && rule.needsKeywords(); });
 }
+
+// What one thread of a search has found.
+struct Found {
+    TWPlan plan;
+    std::optional<TWPathPlanner::Folder> folder; // of the latest items
+
+    std::size_t size() const { return plan.size(); }
+};
+
+class KeywordVisitor final : public TWTreeVisitor<Found> {
+public:
+    KeywordVisitor(const TWPathPlanner& planner, const TWKeywordMatcher& keywords, const TWPathPlanner::Folder& top,
+        std::uint32_t rule, bool recursive)
+        : planner_(planner)
+        , keywords_(keywords)
+        , top_(*top.planned)
+        , rule_(rule)
+        , recursive_(recursive)
+    {
+    }
+
+    TWWalkStep visit(const TWWalkedFolder& folder, const TWFolderEntry& entry, Found& found) const override
+    {
+        if (folder.isPackage()) {
+            found.plan.addLine(SkippingBundle + shown(folder.pathOf(entry)));
+            return TWWalkStep::PassOver;
+        }
+        if (keywords_.matches(entry.name)) {
+            add(folder, entry, found);
+            return TWWalkStep::PassOver;
+        }
+        return recursive_ ? TWWalkStep::Enter : TWWalkStep::PassOver;
+    }
+
+    void notEntered(std::size_t, const std::string& path, int error, Found& found) const override
+    {
+        found.plan.addLine(TWText::fill(error == EXDEV ? MountMet : NotSearched, { shown(path) }));
+        found.plan.incomplete = found.plan.incomplete || error != EXDEV;
+    }
+
+private:
+    void add(const TWWalkedFolder& folder, const TWFolderEntry& entry, Found& found) const
+    {
+        if (!found.folder || found.folder->planned->realPath != folder.path()) {
+            int error = 0;
+            found.folder = planner_.folder(shown(folder.path()), folder.path(), error);
+        }
+        // Moved or replaced since the search entered it.
+        if (!found.folder || found.folder->planned->identity != folder.folder().identity()) {
+            notEntered(0, folder.path(), ESTALE, found);
+            return;
+        }
+        auto& item = planner_.add(found.plan, *found.folder, entry.name, folder.folder().look(entry));
+        item.rule = rule_;
+        item.word = static_cast<std::uint32_t>(keywords_.firstMatch(entry.name).value_or(TWNone));
+    }
+
+    // The real path in the words of the rule.
+    std::string shown(const std::string& path) const { return top_.path + path.substr(top_.realPath.size()); }
+
+    const TWPathPlanner& planner_;
+    const TWKeywordMatcher& keywords_;
+    const TWPlannedFolder& top_;
+    const std::uint32_t rule_;
+    const bool recursive_;
+};
 
 }
 
@@ -150,50 +218,18 @@ void TWFilesPlanner::putPart()
     put_(std::exchange(part_, TWPlan()));
 }
 
-// TEMPORARY
 void TWFilesPlanner::itemsContainingKeywordsAtPath(const Folder& top, bool recursive)
 {
-    struct Level {
-        Folder folder;
-        std::unique_ptr<TWOpenFolder> open;
-        std::size_t next = 0;
+    putPart();
+    const KeywordVisitor visitor(planner_, keywords_, top, rule_, recursive);
+    const auto receive = [this](Found found) {
+        planned_ += found.plan.items.size();
+        put_(std::move(found.plan));
     };
-    std::vector<Level> levels;
-    int error = 0;
-    auto open = planner_.list(top, error);
-    if (!open) {
-        sayUnreadable(top.planned->path, error);
+    const auto end
+        = TWWalkTrees<Found>(planner_.fileSystem(), { { top.planned->realPath } }, visitor, receive, cancellation_);
+    if (end != TWWalkEnd::Failed)
         return;
-    }
-    levels.push_back({ top, std::move(open) });
-    while (!levels.empty() && !cancellation_.cancelled()) {
-        auto& level = levels.back();
-        if (level.next == level.open->entries().size()) {
-            levels.pop_back();
-            continue;
-        }
-        const auto& entry = level.open->entries()[level.next++];
-        const auto path = level.folder.planned->path + "/" + std::string(entry.name);
-        if (level.open->isPackage()) {
-            part_.addLine(SkippingBundle + path);
-        } else if (const auto word = keywords_.firstMatch(entry.name)) {
-            addItem(part_, level.folder, entry.name, level.open->look(entry));
-            part_.items.back().word = static_cast<std::uint32_t>(*word);
-        } else if (recursive && entry.kind == TWFileKind::Folder) {
-            auto child = level.open->openFolder(entry, error);
-            auto folder = child
-                ? planner_.folder(path, level.folder.planned->realPath + "/" + std::string(entry.name), error)
-                : std::nullopt;
-            if (folder) {
-                levels.push_back({ *folder, std::move(child) });
-            } else if (error == EXDEV) {
-                part_.addLine(TWText::fill(MountMet, { path }));
-            } else {
-                part_.addLine(TWText::fill(NotSearched, { path }));
-                part_.incomplete = true;
-            }
-        }
-        if (part_.size() >= TWPlanStream::PartSize)
-            putPart();
-    }
+    part_.addLine(TWText::fill(NotFinished, { top.planned->path }));
+    part_.incomplete = true;
 }

@@ -20,12 +20,11 @@ void move(std::vector<T>& from, std::vector<T>& to)
 // One string per item would take half as much memory again and, when a long plan is dropped, a noticeable time.
 TWPlannedItem& TWPlan::addItem(std::string_view name)
 {
-    if (name.size() > room_) {
-        room_ = std::max(name.size(), BlockSize);
-        names_.push_back(std::make_unique_for_overwrite<char[]>(room_));
+    if (names_.empty() || name.size() > room_) {
+        blockSize_ = room_ = std::max(name.size(), BlockSize);
+        names_.push_back(std::make_unique_for_overwrite<char[]>(blockSize_));
     }
-    const bool whole = room_ > BlockSize;
-    char* const place = names_.back().get() + ((whole ? room_ : BlockSize) - room_);
+    char* const place = names_.back().get() + (blockSize_ - room_);
     std::copy(name.begin(), name.end(), place);
     room_ -= name.size();
     auto& item = items.emplace_back();

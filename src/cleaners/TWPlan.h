@@ -59,5 +59,6 @@ struct TWPlan {
 
 private:
     std::vector<std::unique_ptr<char[]>> names_; // blocks; the names of items point into them
-    std::size_t room_ = 0; // bytes left in the last block
+    std::size_t blockSize_ = 0; // of the last block, in bytes
+    std::size_t room_ = 0; // of these left
 };

@@ -1,5 +1,7 @@
 #include "cleaners/TWPlanSummary.h"
 
+#include "platform/TWTreeSizes.h"
+
 namespace {
 
 TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, const TWCancellation& cancellation)
@@ -9,20 +11,26 @@ TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, cons
     summary.incomplete = plan.incomplete;
     if (!plan.lines.empty())
         summary.remark = plan.lines.front().text;
+    std::vector<std::string> folders;
     for (const auto& item : plan.items) {
-        if (cancellation.cancelled())
-            return summary;
+        if (item.quiet)
+            continue;
         if (item.objection) {
             summary.objection = summary.objection ? summary.objection : item.objection;
-            summary.refused += item.quiet ? 0 : 1;
+            ++summary.refused;
             continue;
         }
-        summary.items += item.quiet ? 0 : 1;
-        const auto size = item.facts.kind == TWFileKind::Folder ? fileSystem.treeSize(plan.realPath(item), cancellation)
-                                                                : TWTreeSize{ 1, item.facts.bytes };
-        summary.everything += item.quiet ? 0 : size.items;
-        summary.bytes += size.bytes;
+        ++summary.items;
+        if (item.facts.kind == TWFileKind::Folder) {
+            folders.push_back(plan.realPath(item));
+        } else {
+            ++summary.everything;
+            summary.bytes += item.facts.bytes;
+        }
     }
+    const auto inside = TWAddUpTrees(fileSystem, std::move(folders), cancellation).total();
+    summary.everything += inside.items;
+    summary.bytes += inside.bytes;
     return summary;
 }
 

@@ -57,9 +57,9 @@ struct TWFolderEntry {
 };
 
 // A folder held open for reading and listed once. Its entries are opened relative to it and never through a link, so
-// nobody can redirect the reader by replacing a folder with a link. A folder must outlive the folders opened from it
-// with openFolder(), and one thread at a time uses such a chain. A tree of any depth takes a bounded number of
-// descriptors.
+// nobody can redirect the reader by replacing a folder with a link. A folder opened from another one with openFolder()
+// can be used only as long as that one exists, and one thread at a time uses such a chain. A chain of any length takes
+// a bounded number of descriptors.
 class TWOpenFolder {
 public:
     virtual ~TWOpenFolder() = default;
@@ -76,8 +76,9 @@ public:
     // another part of this one, is mounted there.
     virtual std::unique_ptr<TWOpenFolder> openFolder(const TWFolderEntry&, int& error) const = 0;
 
-    // As openFolder(), but the result does not depend on this folder and may be used on another thread.
-    virtual std::unique_ptr<TWOpenFolder> openApart(const TWFolderEntry&, int& error) const = 0;
+    // Another handle on this folder with the same entries, in the same order. It depends on no other folder, so it may
+    // be used on another thread. On failure returns nothing and sets error to the errno.
+    virtual std::unique_ptr<TWOpenFolder> duplicate(int& error) const = 0;
 
     // True for a folder that the desktop shows as one file: by the ending of its name, or by an executable "AppRun" in
     // it.
@@ -104,11 +105,6 @@ public:
 
 enum class TWLinkAtEnd { Follow, DoNotFollow };
 
-struct TWTreeSize {
-    std::uint64_t items = 0; // everything inside and the path itself
-    std::uint64_t bytes = 0; // space taken on disk, a file with several names counted once
-};
-
 // Looks at the disk and changes nothing. Paths are absolute; trailing slashes are ignored. Any thread.
 // Differs on purpose: existence is asked without following a link at the end, so a dangling link exists.
 class TWFileSystem {
@@ -123,15 +119,13 @@ public:
         const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow, int* error = nullptr) const = 0;
 
     // Opens and lists the folder. realPath must have no links in it: a link anywhere on the way makes the call fail. On
-    // failure returns nothing and sets error to the errno.
-    virtual std::unique_ptr<TWOpenFolder> openFolder(const std::string& realPath, int& error) const = 0;
+    // failure returns nothing and sets error to the errno. The cancellation, which must outlive the folder and all that
+    // is opened from it, ends the listing of a very large folder early, with ECANCELED.
+    virtual std::unique_ptr<TWOpenFolder> openFolder(
+        const std::string& realPath, int& error, const TWCancellation* = nullptr) const = 0;
 
     // As openFolder(), but needs no permission to list the folder.
     virtual std::unique_ptr<TWHeldFolder> holdFolder(const std::string& realPath, int& error) const = 0;
-
-    // Adds up a tree without following links or entering other file systems. When cancelled, returns what it has so
-    // far.
-    virtual TWTreeSize treeSize(const std::string& path, const TWCancellation&) const = 0;
 };
 
 // The errno as an English phrase, "Permission denied", for messages that name the file and the remedy.

@@ -1,6 +1,5 @@
 #include "platform/linux/TWLinuxFileSystem.h"
 
-#include "platform/TWRunLoop.h"
 #include "platform/linux/TWLinuxFacts.h"
 #include "platform/linux/TWLinuxHeldFolder.h"
 #include "platform/linux/TWLinuxOpen.h"
@@ -12,7 +11,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <set>
 
 namespace {
 
@@ -55,67 +53,6 @@ TWDescriptor openWithoutLinks(const std::string& realPath, int flags)
     return place.path.empty() ? TWDescriptor() : TWLinuxOpenWithoutLinks(place.folder(), place.path.c_str(), flags);
 }
 
-// Adds up one tree, keeping the folders on the way down open.
-class TreeCounter final {
-public:
-    explicit TreeCounter(const TWCancellation& cancellation)
-        : cancellation_(cancellation)
-    {
-    }
-
-    void countTree(std::unique_ptr<TWOpenFolder> top)
-    {
-        push(std::move(top));
-        while (!levels_.empty() && !cancellation_.cancelled()) {
-            Level& level = levels_.back();
-            if (level.next == level.folder->entries().size())
-                levels_.pop_back();
-            else
-                countEntry(*level.folder, level.folder->entries()[level.next++]);
-        }
-    }
-
-    void count(const TWFileFacts& facts)
-    {
-        if (size_.items++ == 0)
-            device_ = facts.identity.device;
-        const bool severalNames = facts.kind != TWFileKind::Folder && facts.links > 1;
-        if (facts.identity.device == device_ && (!severalNames || counted_.insert(facts.identity.inode).second))
-            size_.bytes += facts.bytes;
-    }
-
-    const TWTreeSize& size() const { return size_; }
-
-private:
-    struct Level {
-        std::unique_ptr<TWOpenFolder> folder;
-        std::size_t next = 0;
-    };
-
-    void push(std::unique_ptr<TWOpenFolder> folder)
-    {
-        if (folder)
-            levels_.push_back({ std::move(folder) });
-    }
-
-    void countEntry(const TWOpenFolder& folder, const TWFolderEntry& entry)
-    {
-        int error = 0;
-        const auto found = folder.look(entry);
-        if (!found.isThere())
-            return;
-        count(found.facts);
-        if (found.isFolder())
-            push(folder.openFolder(entry, error));
-    }
-
-    const TWCancellation& cancellation_;
-    std::vector<Level> levels_;
-    std::set<std::uint64_t> counted_; // files with several names
-    std::uint64_t device_ = 0;
-    TWTreeSize size_;
-};
-
 std::optional<std::string> resolved(const std::string& path, int& error)
 {
     const std::unique_ptr<char, decltype(&std::free)> found(realpath(path.c_str(), nullptr), &std::free);
@@ -135,28 +72,16 @@ TWFileLook TWLinuxFileSystem::look(const std::string& path, TWLinkAtEnd link) co
     return { TWPresence::There, 0, TWFactsFrom(found) };
 }
 
-std::unique_ptr<TWOpenFolder> TWLinuxFileSystem::openFolder(const std::string& realPath, int& error) const
+std::unique_ptr<TWOpenFolder> TWLinuxFileSystem::openFolder(
+    const std::string& realPath, int& error, const TWCancellation* cancellation) const
 {
-    return TWLinuxOpenFolder::list(
-        openWithoutLinks(realPath, O_RDONLY), TWPath::lastComponent(TWPath::systemPath(realPath)), nullptr, error);
+    return TWLinuxOpenFolder::list(openWithoutLinks(realPath, O_RDONLY),
+        TWPath::lastComponent(TWPath::systemPath(realPath)), nullptr, cancellation, error);
 }
 
 std::unique_ptr<TWHeldFolder> TWLinuxFileSystem::holdFolder(const std::string& realPath, int& error) const
 {
     return TWLinuxHeldFolder::hold(openWithoutLinks(realPath, O_PATH), error);
-}
-
-TWTreeSize TWLinuxFileSystem::treeSize(const std::string& path, const TWCancellation& cancellation) const
-{
-    TreeCounter counter(cancellation);
-    const auto found = look(path);
-    int error = 0;
-    if (found.isThere()) {
-        counter.count(found.facts);
-        if (found.isFolder())
-            counter.countTree(openFolder(path, error));
-    }
-    return counter.size();
 }
 
 std::optional<std::string> TWLinuxFileSystem::realPath(const std::string& path, TWLinkAtEnd link, int* error) const

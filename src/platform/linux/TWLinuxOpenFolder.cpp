@@ -1,5 +1,6 @@
 #include "platform/linux/TWLinuxOpenFolder.h"
 
+#include "platform/TWRunLoop.h"
 #include "platform/linux/TWLinuxFacts.h"
 #include "platform/linux/TWLinuxOpen.h"
 
@@ -32,60 +33,82 @@ bool isDots(const char* name)
 
 }
 
-TWLinuxOpenFolder::TWLinuxOpenFolder(TWDescriptor descriptor, std::string_view name, const TWLinuxOpenFolder* parent)
+TWLinuxOpenFolder::TWLinuxOpenFolder(
+    TWDescriptor descriptor, std::string_view name, const TWLinuxOpenFolder* parent, const TWCancellation* cancellation)
     : parent_(parent)
     , name_(name)
+    , cancellation_(cancellation)
     , depth_(parent ? parent->depth_ + 1 : 0)
-    , namedAsPackage_(endsAsPackage(name))
-    , descriptor_(std::move(descriptor))
+    , handle_(std::make_shared<Handle>())
 {
+    handle_->descriptor = std::move(descriptor);
+    if (parent)
+        parentHandle_ = parent->handle_;
 }
 
-std::unique_ptr<TWLinuxOpenFolder> TWLinuxOpenFolder::list(
-    TWDescriptor descriptor, std::string_view name, const TWLinuxOpenFolder* parent, int& error)
+// The walk goes on in the parent. If that has given up its descriptor, this is the quickest way to it: the way down
+// from the outermost folder would make the walk of a deep tree quadratic.
+TWLinuxOpenFolder::~TWLinuxOpenFolder()
 {
-    if (descriptor.isOpen()) {
-        std::unique_ptr<TWLinuxOpenFolder> folder(new TWLinuxOpenFolder(std::move(descriptor), name, parent));
-        folder->giveUpOuterDescriptor();
-        if (folder->readListing())
-            return folder;
+    const auto parent = parentHandle_.lock();
+    if (parent && !parent->descriptor.isOpen() && handle_->descriptor.isOpen())
+        parent->takeIfSame(TWLinuxOpenChild(handle_->descriptor.get(), "..", O_RDONLY));
+}
+
+std::unique_ptr<TWOpenFolder> TWLinuxOpenFolder::list(TWDescriptor descriptor, std::string_view name,
+    const TWLinuxOpenFolder* parent, const TWCancellation* cancellation, int& error)
+{
+    if (!descriptor.isOpen()) {
+        error = errno;
+        return nullptr;
     }
+    std::unique_ptr<TWLinuxOpenFolder> folder(new TWLinuxOpenFolder(std::move(descriptor), name, parent, cancellation));
+    folder->giveUpOuterDescriptor();
+    folder->listing_ = folder->readListing();
+    if (folder->listing_)
+        return folder;
     error = errno;
     return nullptr;
 }
 
 // Reads the records by hand: readdir() would copy each name, allocate a stream per folder and hide the kind of some
 // errors.
-bool TWLinuxOpenFolder::readListing()
+std::shared_ptr<const TWLinuxOpenFolder::Listing> TWLinuxOpenFolder::readListing() const
 {
     alignas(dirent64) char buffer[32 * 1024];
+    auto listing = std::make_shared<Listing>();
     std::size_t count = 0;
     for (;;) {
-        const ssize_t length = getdents64(descriptor_.get(), buffer, sizeof buffer);
+        const ssize_t length = getdents64(handle_->descriptor.get(), buffer, sizeof buffer);
         if (length < 0)
-            return false;
+            return nullptr;
+        if (cancellation_ && cancellation_->cancelled()) {
+            errno = ECANCELED;
+            return nullptr;
+        }
         if (length == 0)
             break;
-        listing_.insert(listing_.end(), buffer, buffer + length);
+        listing->records.insert(listing->records.end(), buffer, buffer + length);
         for (ssize_t at = 0; at < length; ++count)
             at += reinterpret_cast<const dirent64*>(buffer + at)->d_reclen;
     }
-    makeEntries(count);
-    return true;
+    listing->namedAsPackage = endsAsPackage(name_);
+    makeEntries(*listing, count);
+    return listing;
 }
 
-void TWLinuxOpenFolder::makeEntries(std::size_t count)
+void TWLinuxOpenFolder::makeEntries(Listing& listing, std::size_t count) const
 {
-    entries_.reserve(count);
-    for (std::size_t at = 0; at < listing_.size();) {
-        const auto* record = reinterpret_cast<const dirent64*>(listing_.data() + at);
+    listing.entries.reserve(count);
+    for (std::size_t at = 0; at < listing.records.size();) {
+        const auto* record = reinterpret_cast<const dirent64*>(listing.records.data() + at);
         at += record->d_reclen;
         if (isDots(record->d_name))
             continue;
         const TWFolderEntry entry{ record->d_name, kindOf(record->d_type, record->d_name) };
         if (entry.name == AppRun && entry.kind != TWFileKind::Folder)
-            listsAppRun_ = true;
-        entries_.push_back(entry);
+            listing.listsAppRun = true;
+        listing.entries.push_back(entry);
     }
 }
 
@@ -99,7 +122,7 @@ TWFileKind TWLinuxOpenFolder::kindOf(unsigned char type, const char* name) const
     case DT_LNK:
         return TWFileKind::Link;
     case DT_UNKNOWN: // some file systems do not tell in the listing
-        return TWLookAt(descriptor_.get(), name).facts.kind;
+        return TWLookAt(handle_->descriptor.get(), name).facts.kind;
     default:
         return TWFileKind::Other;
     }
@@ -107,37 +130,79 @@ TWFileKind TWLinuxOpenFolder::kindOf(unsigned char type, const char* name) const
 
 TWFileLook TWLinuxOpenFolder::look(const TWFolderEntry& entry) const
 {
-    return TWLookAt(descriptor(), entry.name.data());
+    const int here = descriptor();
+    if (here < 0)
+        return { TWPresence::Unknown, errno, {} };
+    return TWLookAt(here, entry.name.data());
 }
 
 std::unique_ptr<TWOpenFolder> TWLinuxOpenFolder::openFolder(const TWFolderEntry& entry, int& error) const
 {
-    return list(TWLinuxOpenChild(descriptor(), entry.name.data(), O_RDONLY), entry.name, this, error);
+    return list(openChild(entry.name), entry.name, this, cancellation_, error);
 }
 
-std::unique_ptr<TWOpenFolder> TWLinuxOpenFolder::openApart(const TWFolderEntry& entry, int& error) const
+std::unique_ptr<TWOpenFolder> TWLinuxOpenFolder::duplicate(int& error) const
 {
-    return list(TWLinuxOpenChild(descriptor(), entry.name.data(), O_RDONLY), entry.name, nullptr, error);
+    const int here = descriptor();
+    TWDescriptor copy(here < 0 ? -1 : fcntl(here, F_DUPFD_CLOEXEC, 0));
+    if (!copy.isOpen()) {
+        error = errno;
+        return nullptr;
+    }
+    std::unique_ptr<TWLinuxOpenFolder> folder(
+        new TWLinuxOpenFolder(std::move(copy), std::string_view(), nullptr, cancellation_));
+    folder->handle_->identity = handle_->identity;
+    folder->listing_ = listing_;
+    return folder;
 }
 
 TWFileIdentity TWLinuxOpenFolder::identity() const
 {
-    if (!identity_)
-        identity_ = TWLookAt(descriptor(), "").facts.identity;
-    return *identity_;
+    return handle_->knownIdentity();
 }
 
 bool TWLinuxOpenFolder::isPackage() const
 {
-    return namedAsPackage_ || (listsAppRun_ && faccessat(descriptor(), AppRun.data(), X_OK, 0) == 0);
+    return listing_->namedAsPackage || (listing_->listsAppRun && faccessat(descriptor(), AppRun.data(), X_OK, 0) == 0);
 }
 
-void TWLinuxOpenFolder::giveUpDescriptor() const
+// When the process has no descriptor left, this chain gives up those it can open again later.
+TWDescriptor TWLinuxOpenFolder::openChild(std::string_view name) const
 {
-    if (!descriptor_.isOpen())
+    const int here = descriptor();
+    if (here < 0)
+        return TWDescriptor();
+    auto child = TWLinuxOpenChild(here, name.data(), O_RDONLY);
+    if (!child.isOpen() && (errno == EMFILE || errno == ENFILE) && giveUpOuterDescriptors())
+        child = TWLinuxOpenChild(here, name.data(), O_RDONLY);
+    return child;
+}
+
+TWFileIdentity TWLinuxOpenFolder::Handle::knownIdentity()
+{
+    if (!identity)
+        identity = TWLookAt(descriptor.get(), "").facts.identity;
+    return *identity;
+}
+
+void TWLinuxOpenFolder::Handle::giveUp()
+{
+    if (!descriptor.isOpen())
         return;
-    identity();
-    descriptor_.close();
+    knownIdentity();
+    descriptor.close();
+}
+
+bool TWLinuxOpenFolder::Handle::takeIfSame(TWDescriptor found)
+{
+    if (!found.isOpen())
+        return false;
+    if (TWLookAt(found.get(), "").facts.identity != knownIdentity()) {
+        errno = ESTALE;
+        return false;
+    }
+    descriptor = std::move(found);
+    return true;
 }
 
 // The outermost folder keeps its descriptor: all others are found again from there.
@@ -148,29 +213,34 @@ void TWLinuxOpenFolder::giveUpOuterDescriptor() const
     const TWLinuxOpenFolder* outer = this;
     for (unsigned level = 0; level < OpenLevels; ++level)
         outer = outer->parent_;
-    outer->giveUpDescriptor();
+    outer->handle_->giveUp();
+}
+
+// False, with errno as it was, if there was none.
+bool TWLinuxOpenFolder::giveUpOuterDescriptors() const
+{
+    const int error = errno;
+    bool any = false;
+    for (const auto* folder = parent_; folder && folder->parent_; folder = folder->parent_) {
+        any = any || folder->handle_->descriptor.isOpen();
+        folder->handle_->giveUp();
+    }
+    errno = error;
+    return any;
 }
 
 int TWLinuxOpenFolder::descriptor() const
 {
-    if (descriptor_.isOpen())
-        return descriptor_.get();
+    if (handle_->descriptor.isOpen())
+        return handle_->descriptor.get();
     std::vector<const TWLinuxOpenFolder*> closed;
-    for (const auto* folder = this; !folder->descriptor_.isOpen(); folder = folder->parent_)
+    for (const auto* folder = this; !folder->handle_->descriptor.isOpen(); folder = folder->parent_)
         closed.push_back(folder);
     for (; !closed.empty(); closed.pop_back()) {
-        if (!closed.back()->reopenBelowParent())
+        const auto& folder = *closed.back();
+        if (!folder.handle_->takeIfSame(folder.parent_->openChild(folder.name_)))
             return -1;
-        closed.back()->giveUpOuterDescriptor();
+        folder.giveUpOuterDescriptor();
     }
-    return descriptor_.get();
-}
-
-bool TWLinuxOpenFolder::reopenBelowParent() const
-{
-    TWDescriptor found = TWLinuxOpenChild(parent_->descriptor(), name_.data(), O_RDONLY);
-    if (!found.isOpen() || TWLookAt(found.get(), "").facts.identity != identity())
-        return false;
-    descriptor_ = std::move(found);
-    return true;
+    return handle_->descriptor.get();
 }

@@ -1,0 +1,139 @@
+#include "platform/TWTreeSizes.h"
+
+#include <cerrno>
+#include <unordered_set>
+#include <utility>
+
+namespace {
+
+// What one thread has added up of one tree.
+struct Part {
+    struct File {
+        std::uint64_t inode;
+        std::uint64_t bytes;
+    };
+
+    std::size_t tree = 0;
+    TWTreeSize size;
+    std::vector<File> withSeveralNames; // their bytes are not in the size yet
+};
+
+class Parts final {
+public:
+    Part& of(std::size_t tree)
+    {
+        if (parts_.empty() || parts_.back().tree != tree)
+            parts_.push_back({ tree, {}, {} });
+        return parts_.back();
+    }
+
+    void count(std::size_t tree, const TWFileFacts& facts)
+    {
+        auto& part = of(tree);
+        ++part.size.items;
+        if (facts.kind == TWFileKind::Folder || facts.links <= 1) {
+            part.size.bytes += facts.bytes;
+            return;
+        }
+        part.withSeveralNames.push_back({ facts.identity.inode, facts.bytes });
+        ++filesWithSeveralNames_;
+    }
+
+    std::size_t size() const { return parts_.size() + filesWithSeveralNames_; }
+    const std::vector<Part>& parts() const { return parts_; }
+
+private:
+    std::vector<Part> parts_;
+    std::size_t filesWithSeveralNames_ = 0;
+};
+
+class SizeVisitor final : public TWTreeVisitor<Parts> {
+public:
+    TWWalkStep visitRoot(std::size_t root, const TWFileLook& found, Parts& parts) const override
+    {
+        if (found.isThere())
+            parts.count(root, found.facts);
+        else if (found.presence == TWPresence::Unknown)
+            ++parts.of(root).size.unknown;
+        return found.isFolder() ? TWWalkStep::Enter : TWWalkStep::PassOver;
+    }
+
+    TWWalkStep visit(const TWWalkedFolder& folder, const TWFolderEntry& entry, Parts& parts) const override
+    {
+        const auto found = folder.folder().look(entry);
+        if (!found.isThere()) {
+            if (found.presence == TWPresence::Unknown)
+                ++parts.of(folder.root()).size.unknown;
+            return TWWalkStep::PassOver;
+        }
+        if (found.facts.identity.device != folder.device()) {
+            ++parts.of(folder.root()).size.items;
+            return TWWalkStep::PassOver;
+        }
+        parts.count(folder.root(), found.facts);
+        return TWWalkStep::Enter;
+    }
+
+    void notEntered(std::size_t root, const std::string&, int error, Parts& parts) const override
+    {
+        // What is mounted inside does not belong to the tree, and what has gone meanwhile takes no space.
+        if (error != EXDEV && error != ENOENT)
+            ++parts.of(root).size.unknown;
+    }
+};
+
+// Takes the parts of each tree one after the other, so that it remembers the files of one tree at a time.
+class Total final {
+public:
+    explicit Total(std::vector<TWTreeSize>& sizes)
+        : sizes_(sizes)
+    {
+    }
+
+    void add(const Part& part)
+    {
+        if (std::exchange(tree_, part.tree) != part.tree)
+            counted_.clear();
+        auto& size = sizes_[part.tree];
+        size.items += part.size.items;
+        size.bytes += part.size.bytes;
+        size.unknown += part.size.unknown;
+        for (const auto& file : part.withSeveralNames) {
+            if (counted_.insert(file.inode).second)
+                size.bytes += file.bytes;
+        }
+    }
+
+private:
+    std::vector<TWTreeSize>& sizes_;
+    std::size_t tree_ = 0;
+    std::unordered_set<std::uint64_t> counted_; // inodes of files with several names
+};
+
+}
+
+TWTreeSize TWTreeSizes::total() const
+{
+    TWTreeSize total;
+    for (const auto& size : sizes) {
+        total.items += size.items;
+        total.bytes += size.bytes;
+        total.unknown += size.unknown;
+    }
+    return total;
+}
+
+TWTreeSizes TWAddUpTrees(const TWFileSystem& fileSystem, std::vector<std::string> paths,
+    const TWCancellation& cancellation, unsigned threads)
+{
+    TWTreeSizes result;
+    result.sizes.resize(paths.size());
+    Total total(result.sizes);
+    const auto receive = [&total](const Parts& parts) {
+        for (const auto& part : parts.parts())
+            total.add(part);
+    };
+    result.end = TWWalkTrees(
+        fileSystem, { std::move(paths), TWLinkAtEnd::DoNotFollow }, SizeVisitor(), receive, cancellation, threads);
+    return result;
+}

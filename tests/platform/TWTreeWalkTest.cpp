@@ -1,0 +1,326 @@
+#include "platform/TWTreeSizes.h"
+
+#include "builders/TWHostileTree.h"
+#include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/posix/TWDescriptor.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <random>
+#include <thread>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Gives back the old one.
+rlim_t setLimit(__rlimit_resource resource, rlim_t value)
+{
+    rlimit limits{};
+    getrlimit(resource, &limits);
+    std::swap(limits.rlim_cur, value);
+    setrlimit(resource, &limits);
+    return value;
+}
+
+// Enters everything and notes each path, with "!" and the errno where a folder was not entered.
+class Recorder final : public TWTreeVisitor<Lines> {
+public:
+    TWWalkStep visit(const TWWalkedFolder& folder, const TWFolderEntry& entry, Lines& lines) const override
+    {
+        ++visits;
+        lines.push_back(folder.pathOf(entry));
+        atVisit(lines.back());
+        return TWWalkStep::Enter;
+    }
+    void notEntered(std::size_t root, const std::string& path, int error, Lines& lines) const override
+    {
+        lines.push_back(std::to_string(root) + " " + path + " !" + std::to_string(error));
+    }
+
+    mutable std::atomic<std::size_t> visits = 0;
+    std::function<void(const std::string& path)> atVisit = [](const std::string&) {};
+};
+
+class TWTreeWalkTest : public testing::Test {
+protected:
+    Lines walk(const Lines& roots, unsigned threads)
+    {
+        Lines all;
+        end = TWWalkTrees(
+            files, { roots, TWLinkAtEnd::Follow }, recorder,
+            [&](const Lines& lines) {
+                atReceive();
+                all.insert(all.end(), lines.begin(), lines.end());
+            },
+            cancellation, threads);
+        return all;
+    }
+
+    // The order and the errors by the plainest walk there is.
+    void walkPlainly(std::size_t root, const std::string& path, const TWOpenFolder& folder, Lines& lines) const
+    {
+        for (const auto& entry : folder.entries()) {
+            const auto inner = path + (path.ends_with('/') ? "" : "/") + std::string(entry.name);
+            lines.push_back(inner);
+            int error = 0;
+            if (entry.kind != TWFileKind::Folder)
+                continue;
+            if (const auto child = folder.openFolder(entry, error))
+                walkPlainly(root, inner, *child, lines);
+            else
+                recorder.notEntered(root, inner, error, lines);
+        }
+    }
+    Lines walkPlainly(const Lines& roots) const
+    {
+        Lines lines;
+        for (std::size_t root = 0; root < roots.size(); ++root) {
+            int error = 0;
+            const auto real = files.realPath(roots[root], TWLinkAtEnd::Follow, &error);
+            if (const auto folder = real ? files.openFolder(*real, error) : nullptr)
+                walkPlainly(root, roots[root], *folder, lines);
+            else
+                recorder.notEntered(root, roots[root], error, lines);
+        }
+        return lines;
+    }
+
+    // Folders with few and with many entries, in no order. The files are one file: that is quicker to make.
+    std::string makeTree(int entries) const
+    {
+        std::mt19937 random(7);
+        const auto file = temporary.write("one", "");
+        std::vector<std::string> folders{ temporary.folder("tree") };
+        for (int number = 0; number < entries; ++number) {
+            const auto name = folders[random() % folders.size()] + "/" + std::to_string(number);
+            if (random() % 12 == 0) {
+                mkdir(name.c_str(), 0755);
+                folders.push_back(name);
+            } else {
+                std::filesystem::create_hard_link(file, name);
+            }
+        }
+        return temporary.path("tree");
+    }
+
+    // Every tenth level has a second folder below it.
+    std::string makeDeepTree(const std::string& name, int levels) const
+    {
+        TWDescriptor deepest(open(temporary.folder(name).c_str(), O_PATH));
+        for (int level = 0; level < levels; ++level) {
+            mkdirat(deepest.get(), "down", 0700);
+            if (level % 10 == 0)
+                mkdirat(deepest.get(), "side", 0700);
+            deepest = TWDescriptor(openat(deepest.get(), "down", O_PATH));
+        }
+        return temporary.path(name);
+    }
+
+    TWTemporaryFolder temporary;
+    TWLinuxFileSystem files;
+    Recorder recorder;
+    TWCancellation cancellation;
+    TWWalkEnd end = TWWalkEnd::Complete;
+    std::function<void()> atReceive = [] {};
+};
+
+}
+
+TEST_F(TWTreeWalkTest, GivesWhatOneThreadWouldInItsOrderOneCallAtATime)
+{
+    const TWHostileTree hostile(temporary);
+    const auto canary = hostile.canaryDigest();
+    temporary.link("way", "tree");
+    Lines roots{ makeTree(6000), hostile.path(), temporary.path("nothing"), temporary.path("way") };
+    for (int number = 0; number < 300; ++number) {
+        roots.push_back(temporary.folder("small/" + std::to_string(number)) + "/");
+        mkdir((roots.back() + "in").c_str(), 0700);
+    }
+    roots.push_back(temporary.path("small"));
+    roots.push_back(temporary.write("file", ""));
+
+    const auto expected = walkPlainly(roots);
+    std::atomic<int> receiving = 0;
+    std::size_t visitsBeforeFirst = 0;
+    atReceive = [&] {
+        EXPECT_EQ(receiving++, 0);
+        visitsBeforeFirst = visitsBeforeFirst ? visitsBeforeFirst : recorder.visits.load();
+        std::this_thread::sleep_for(std::chrono::microseconds(100)); // so that another call would fall into this one
+        --receiving;
+    };
+    for (const unsigned threads : { 1U, 2U, 8U, TWAllCores }) {
+        for (int round = 0; round < 5; ++round) {
+            recorder.visits = visitsBeforeFirst = 0;
+            ASSERT_TRUE(walk(roots, threads) == expected) << threads << " threads";
+            EXPECT_EQ(end, TWWalkEnd::Complete);
+            EXPECT_TRUE(threads > 1 || visitsBeforeFirst < recorder.visits / 2);
+        }
+    }
+    EXPECT_EQ(hostile.canaryDigest(), canary);
+}
+
+TEST_F(TWTreeWalkTest, NeedsFewDescriptorsForDeepAndWideTrees)
+{
+    const auto everythingIsEntered = [](const Lines& found) {
+        return std::ranges::none_of(found, [](const auto& line) { return line.find('!') != std::string::npos; });
+    };
+    const auto deep = makeDeepTree("very deep", 2000);
+    const auto wide = temporary.folder("wide");
+    for (int number = 0; number < 1000; ++number)
+        mkdir((wide + "/" + std::to_string(number)).c_str(), 0700);
+    Lines many;
+    for (int number = 0; number < 8; ++number)
+        many.push_back(makeDeepTree("deep" + std::to_string(number), 60));
+    const auto nextFree = static_cast<rlim_t>(TWDescriptor(open("/", O_PATH)).get());
+    for (const unsigned threads : { 1U, 8U }) {
+        const auto usual = setLimit(RLIMIT_NOFILE, 256);
+        auto found = walk({ deep, wide }, threads);
+        EXPECT_EQ(found.size(), 2000 + 200 + 1000U);
+        EXPECT_TRUE(everythingIsEntered(found));
+        setLimit(RLIMIT_NOFILE, nextFree + 3 * 8);
+        found = walk(many, threads);
+        EXPECT_EQ(found.size(), 8 * (60 + 6U));
+        EXPECT_TRUE(everythingIsEntered(found));
+        setLimit(RLIMIT_NOFILE, usual);
+    }
+}
+
+TEST_F(TWTreeWalkTest, EndsSoonWhenCancelledAndSaysSo)
+{
+    const auto tree = makeTree(3000);
+    recorder.atVisit = [this](const std::string&) {
+        if (recorder.visits >= 3000)
+            cancellation.cancel();
+    };
+    walk({ tree, tree, tree }, 8);
+    EXPECT_EQ(end, TWWalkEnd::Cancelled);
+    EXPECT_LT(recorder.visits, 3000 + 8 * 512U);
+    recorder.visits = 0;
+    EXPECT_TRUE(walk({ tree }, 1).empty());
+    EXPECT_EQ(recorder.visits, 0U);
+}
+
+TEST_F(TWTreeWalkTest, SaysSoWhenMemoryRanOutOnAnyThread)
+{
+    const auto tree = makeTree(3000);
+    for (const bool onCallingThread : { true, false }) {
+        std::atomic<bool> thrown = false;
+        recorder.visits = 0;
+        recorder.atVisit = [&, caller = std::this_thread::get_id()](const std::string&) {
+            if (recorder.visits < 2000 || thrown)
+                return;
+            if ((std::this_thread::get_id() == caller) == onCallingThread) {
+                thrown = true;
+                throw std::bad_alloc();
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1)); // until the other one has come so far
+        };
+        walk({ tree, tree, tree }, 2);
+        EXPECT_EQ(end, TWWalkEnd::Failed);
+    }
+    recorder.atVisit = [](const std::string&) {};
+    atReceive = [] { throw std::bad_alloc(); };
+    walk({ tree }, 2);
+    EXPECT_EQ(end, TWWalkEnd::Failed);
+}
+
+TEST_F(TWTreeWalkTest, GoesOnWithTheThreadsThatTheSystemGrants)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become a user who may start no threads";
+    const auto tree = makeTree(3000);
+    chmod(temporary.path().c_str(), 0755);
+    chmod(tree.c_str(), 0755);
+    const auto expected = walkPlainly({ tree });
+    ASSERT_EQ(setresuid(65534, 0, 0), 0);
+    ASSERT_EQ(setresuid(65534, 65534, 0), 0);
+    const auto usual = setLimit(RLIMIT_NPROC, 0);
+    EXPECT_THROW(std::jthread([] {}), std::system_error);
+    const auto found = walk({ tree }, 8);
+    setLimit(RLIMIT_NPROC, usual);
+    ASSERT_EQ(setresuid(0, 0, 0), 0);
+    EXPECT_TRUE(found == expected);
+    EXPECT_EQ(end, TWWalkEnd::Complete);
+}
+
+TEST_F(TWTreeWalkTest, DoesNotEnterWhatWasSwappedForALink)
+{
+    temporary.write("canary/secret", "");
+    recorder.atVisit = [this](const std::string& path) {
+        if (!path.ends_with("/victim"))
+            return;
+        std::filesystem::remove(path);
+        std::filesystem::create_symlink(temporary.path("canary"), path);
+    };
+    for (const unsigned threads : { 1U, 8U }) {
+        const auto victim = temporary.folder("tree" + std::to_string(threads) + "/victim");
+        const auto found = walk({ temporary.path("tree" + std::to_string(threads)) }, threads);
+        ASSERT_EQ(found.size(), 2U);
+        EXPECT_TRUE(found[1].starts_with("0 " + victim + " !")) << found[1];
+    }
+}
+
+TEST_F(TWTreeWalkTest, NamesWhatItCannotRead)
+{
+    const auto locked = temporary.folder("tree/locked");
+    for (const auto& path : { temporary.path(), temporary.path("tree") })
+        chmod(path.c_str(), 0755);
+    chmod(locked.c_str(), 0);
+    const uid_t user = geteuid();
+    [[maybe_unused]] const int dropped = user == 0 ? seteuid(65534) : 0; // root may read everything
+    EXPECT_EQ(
+        walk({ temporary.path("tree"), locked }, 8), (Lines{ locked, "0 " + locked + " !13", "1 " + locked + " !13" }));
+    const auto sizes = TWAddUpTrees(files, { temporary.path("tree"), locked }, cancellation);
+    EXPECT_EQ(sizes.total().items, 3U);
+    EXPECT_EQ(sizes.total().unknown, 2U);
+    [[maybe_unused]] const int restored = seteuid(user);
+}
+
+TEST_F(TWTreeWalkTest, DoesNotEnterWhatIsMountedInside)
+{
+    if (!std::getenv("TIDEWELL_TEST_MACHINE"))
+        GTEST_SKIP() << "mounts only on a machine that is there for tests";
+    const auto mounted = temporary.folder("tree/mounted");
+    const auto before = TWAddUpTrees(files, { temporary.path("tree") }, cancellation).total();
+    ASSERT_EQ(mount("tmpfs", mounted.c_str(), "tmpfs", 0, nullptr), 0);
+    temporary.write("tree/mounted/file", std::string(100'000, 'x'));
+    const auto found = walk({ temporary.path("tree"), mounted }, 8);
+    const auto size = TWAddUpTrees(files, { temporary.path("tree") }, cancellation).total();
+    umount2(mounted.c_str(), MNT_DETACH);
+    EXPECT_EQ(found, (Lines{ mounted, "0 " + mounted + " !18", mounted + "/file" }));
+    EXPECT_EQ(size.items, before.items);
+    EXPECT_LT(size.bytes, before.bytes);
+    EXPECT_EQ(size.unknown, 0U);
+}
+
+TEST_F(TWTreeWalkTest, AddsUpEachFileOnceInEachTreeAndNothingBehindLinks)
+{
+    const auto big = temporary.write("t/deeper/big", std::string(100'000, 'x'));
+    for (const auto* name : { "t/again", "t/deeper/again", "other" })
+        std::filesystem::create_hard_link(big, temporary.path(name));
+    temporary.link("t/link", "/usr");
+    temporary.link("way", "t");
+    const auto own = [this](const char* name) { return files.look(temporary.path(name)).facts.bytes; };
+    const auto deeper = own("t/deeper") + own("other");
+    const Lines paths{ temporary.path("t/"), temporary.path("other"), temporary.path("way/deeper"),
+        temporary.path("way"), temporary.path("nothing") };
+    for (const unsigned threads : { 1U, 8U }) {
+        const auto result = TWAddUpTrees(files, paths, cancellation, threads);
+        EXPECT_EQ(result.end, TWWalkEnd::Complete);
+        std::vector<std::uint64_t> figures;
+        for (const auto& size : result.sizes)
+            figures.insert(figures.end(), { size.items, size.bytes });
+        EXPECT_EQ(figures,
+            (std::vector<std::uint64_t>{
+                6, own("t") + own("t/link") + deeper, 1, own("other"), 3, deeper, 1, own("way"), 0, 0 }));
+        EXPECT_EQ(result.total().unknown, 0U);
+    }
+    cancellation.cancel();
+    EXPECT_EQ(TWAddUpTrees(files, paths, cancellation).end, TWWalkEnd::Cancelled);
+}
