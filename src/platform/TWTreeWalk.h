@@ -70,7 +70,18 @@ protected:
     ~TWTreeVisitor() = default;
 };
 
-// What the walk itself knows of a visitor, its outputs and their receiver.
+constexpr unsigned TWAllCores = 0;
+
+// Walks the roots one after the other and returns when all is visited and received, or when cancelled. receive gets the
+// outputs in order, one call at a time, on any of the walk's threads, early ones while later folders are still being
+// read. Nothing is called any more after the return. Any thread.
+template <typename Output>
+TWWalkEnd TWWalkTrees(const TWFileSystem&, const TWWalkRoots&, const TWTreeVisitor<Output>&,
+    const std::type_identity_t<std::function<void(Output)>>& receive, const TWCancellation&,
+    unsigned threads = TWAllCores);
+
+// The rest is the way from the above to the walk itself, which does not know the type of the outputs.
+
 class TWWalkJob {
 public:
     class Results {
@@ -126,17 +137,12 @@ private:
     const Receiver& receiver_;
 };
 
-constexpr unsigned TWAllCores = 0;
-
 TWWalkEnd TWWalkTrees(const TWFileSystem&, const TWWalkRoots&, TWWalkJob&, const TWCancellation&, unsigned threads);
 
-// Walks the roots one after the other and returns when all is visited and received, or when cancelled. receive gets the
-// outputs in order, one call at a time, on any of the walk's threads, early ones while later folders are still being
-// read. Nothing is called any more after the return. Any thread.
 template <typename Output>
 TWWalkEnd TWWalkTrees(const TWFileSystem& fileSystem, const TWWalkRoots& roots, const TWTreeVisitor<Output>& visitor,
     const std::type_identity_t<std::function<void(Output)>>& receive, const TWCancellation& cancellation,
-    unsigned threads = TWAllCores)
+    unsigned threads)
 {
     TWWalkJobOf<Output> job(visitor, receive);
     return TWWalkTrees(fileSystem, roots, job, cancellation, threads);
