@@ -1,0 +1,36 @@
+// The fakes keep the same promises as the bodies whose place they take.
+
+#include "fakes/TWFakes.h"
+#include "contracts/TWLocksContract.h"
+#include "contracts/TWProcessLauncherContract.h"
+#include "contracts/TWRunLoopContract.h"
+#include "contracts/TWUserDefaultsContract.h"
+
+namespace {
+
+struct Launcher {
+    explicit Launcher(TWFakeMachine& machine)
+        : recorder_(machine.launcher)
+    {
+        recorder_.lasting = { "/bin/sleep" };
+        recorder_.missing = { "/missing" };
+    }
+    TWProcessLauncher& launcher() { return recorder_; }
+
+private:
+    TWRecordingLauncher& recorder_;
+};
+
+struct UserDefaults {
+    TWUserDefaults& defaults() { return fake_; }
+
+private:
+    TWFakeUserDefaults fake_;
+};
+
+}
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWRunLoopContract, TWFakeRunLoop);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWLocksContract, TWFakeLocks);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, Launcher);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWUserDefaultsContract, UserDefaults);
