@@ -67,7 +67,7 @@ std::string writeLists(TWTidewellAppDelegate& delegate)
         problem = dictionary.write();
     if (problem.empty())
         problem = delegate.settings().userDefaults().synchronize();
-    return problem.empty() ? "" : problem + "\n";
+    return problem.empty() ? "" : TWText::oneLine(problem) + "\n";
 }
 
 TWCommandResult demonstrate(const TWCommandContext& context, const TWInvocation&)

@@ -70,7 +70,7 @@ TWCommandResult saveRules(TWFilesWindowController& files, std::vector<TWFilesRul
     if (problem.empty())
         return {};
     files.replaceRules(std::move(before));
-    return { TWStatus::Failure, "", problem + "\n" };
+    return { TWStatus::Failure, "", TWText::oneLine(problem) + "\n" };
 }
 
 TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocation)
@@ -108,7 +108,7 @@ TWCommandResult applyDefaults(const TWCommandContext& context, const TWInvocatio
     auto before = files.rules();
     const auto problem = files.applyDefaults();
     return problem.empty() ? saveRules(files, std::move(before))
-                           : TWCommandResult{ TWStatus::Failure, "", problem + "\n" };
+                           : TWCommandResult{ TWStatus::Failure, "", TWText::oneLine(problem) + "\n" };
 }
 
 // Changes the rule whose number was given, counted from 1.

@@ -64,7 +64,7 @@ TWCommandResult changeSetting(TWSettings& settings, const TWKeyRow& row, const s
         return {};
     if (defaults.value(row.name) != before)
         store(settings, row, before);
-    return { TWStatus::Failure, "", problem + "\n" };
+    return { TWStatus::Failure, "", TWText::oneLine(problem) + "\n" };
 }
 
 TWCommandResult noSuchKey(const TWInvocation& invocation)

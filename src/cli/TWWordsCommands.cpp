@@ -32,7 +32,7 @@ TWCommandResult change(const TWCommandContext& context, const Change& change)
     change(words);
     const auto problem = dictionary.write(words);
     if (!problem.empty())
-        return { TWStatus::Failure, "", problem + "\n" };
+        return { TWStatus::Failure, "", TWText::oneLine(problem) + "\n" };
     auto shown = dictionary.wordDictionary();
     change(shown);
     dictionary.replaceWords(std::move(shown));
