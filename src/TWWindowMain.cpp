@@ -21,8 +21,7 @@ using namespace std::chrono_literals;
 constexpr auto NoDisplay
     = "There is no display for a window. Try \"tidewell clean\", \"tidewell demo\" or \"tidewell --help\".\n";
 constexpr auto NotListening = "Tidewell: commands cannot reach this window (no socket could be made in %@). Please do "
-                              "not change lists with commands "
-                              "while it is open.";
+                              "not change lists with commands while it is open.";
 
 // A command that was handed over, or a second start of the program.
 TWCommandResult carryOut(const TWWorld& world, TWWindowSession& session, TWTidewellAppDelegate& delegate,
@@ -71,14 +70,14 @@ private:
 
 int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
 {
+    // A second start brings the first window forward and needs none of its own.
+    world.dataFolder.make();
+    if (const auto answer = world.host.makeHandover(world.places, world.dataFolder.path())->handOver({}, "/"))
+        return TWPrint(*answer);
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(world.bundle.identifier()));
     TWSystem system(world);
-    world.dataFolder.make();
-    const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
-    if (const auto answer = handover->handOver({}, "/"))
-        return TWPrint(*answer);
     // Held from before the lists are read until commands come to this window, so that none writes in between.
     auto locked = TWLockLists(*world.host.makeLocks(), world.dataFolder);
     if (locked.heldByAnother)
@@ -89,9 +88,10 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     alerts.setWindow(&session.mainWindow());
     EndOnSignal ending(system.runLoop(), delegate);
     const auto endRequests = world.host.whenToldToEnd(system.runLoop(), [&] { ending.signalled(); });
+    const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
     if (!handover->listen(system.runLoop(),
             [&](const auto& words, const auto& folder) { return carryOut(world, session, delegate, words, folder); })) {
-        // Another window has come first, or no socket can be made.
+        // Another window was faster, or no socket can be made.
         if (const auto answer = handover->handOver({}, "/"))
             return TWPrint(*answer);
         TWLog::write(TWText::fill(NotListening, { world.dataFolder.path() }));

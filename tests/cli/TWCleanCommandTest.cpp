@@ -6,7 +6,6 @@
 
 #include <csignal>
 #include <nlohmann/json.hpp>
-#include <sys/file.h>
 #include <thread>
 
 namespace {
@@ -112,33 +111,10 @@ TEST_F(TWCleanCommandTest, ARequestToEndStopsTheRunWithTheTruth)
         EXPECT_EQ(lines(ending), lines(counted + "The cleaner was terminated before its job was finished!\n" + Ending));
         EXPECT_EQ(count("home" + std::string(Trash) + "/info"), Many); // what was not gone through keeps its records
     }
-    // Who was started to ignore a signal does so.
-    std::filesystem::remove_all(folder_.path("home" + std::string(Trash)));
-    for (int number = 0; number < 50; ++number)
-        trash(std::to_string(number));
-    const auto child = start({ "clean", "--only", "trash" }, [] { return std::signal(SIGHUP, SIG_IGN) != SIG_ERR; });
-    while (child.out().find("Delete ") == std::string::npos)
-        std::this_thread::sleep_for(1ms);
-    kill(child.process(), SIGHUP);
-    EXPECT_EQ(child.wait().status, 0);
-}
-
-TEST_F(TWCleanCommandTest, OneCleaningAtATime)
-{
-    trash("a");
-    const auto lock = open(folder_.write(Data + std::string(".cleaning.lock"), "").c_str(), O_RDWR | O_CLOEXEC);
-    ASSERT_EQ(flock(lock, LOCK_EX), 0);
-    const auto refused = run({ "clean", "--only", "trash" });
-    EXPECT_EQ(refused.status, 3);
-    EXPECT_EQ(refused.out, "");
-    EXPECT_EQ(lines(refused.err).size(), 1U) << refused.err;
-    EXPECT_TRUE(folder_.exists(trashedA_));
-    close(lock); // as when the other process is killed
-    EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 0);
 }
 
 // A window in this process, a command in another one.
-TEST_F(TWCleanCommandTest, ARefusedCleanKeepsNoLock)
+TEST_F(TWCleanCommandTest, OneCleaningAtATimeAndARefusedOneKeepsNoLock)
 {
     TWFakeApplication window;
     TWPosixLocks locks;
@@ -157,7 +133,7 @@ TEST_F(TWCleanCommandTest, ARefusedCleanKeepsNoLock)
     delegate.clean(checked);
     window.runLoop.runUntilIdle();
     ASSERT_TRUE(delegate.running());
-    EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 3);
+    expectLines(run({ "clean", "--only", "trash" }), 3, {});
     window.userDefaults.problemLine = "A warning.";
     window.alerts.script = { TWAnswer::Alternate };
     delegate.clean(checked); // during the run, and not confirmed

@@ -10,7 +10,6 @@ template <typename Body>
 class TWLocksContract : public testing::Test {
 protected:
     Body body_;
-    TWLocks& locks_ = body_;
     TWTemporaryFolder root_;
 };
 
@@ -18,15 +17,15 @@ TYPED_TEST_SUITE_P(TWLocksContract);
 
 TYPED_TEST_P(TWLocksContract, ALockHasOneHolderUntilItGoes)
 {
+    TWLocks& locks = this->body_;
     const auto path = this->root_.path("lock");
-    auto first = this->locks_.tryLock(path);
+    auto first = locks.tryLock(path);
     EXPECT_TRUE(first.lock && !first.heldByAnother && first.error == 0);
-    const auto second = this->locks_.tryLock(path);
+    const auto second = TWWaitForLock(locks, path, std::chrono::milliseconds(30));
     EXPECT_TRUE(!second.lock && second.heldByAnother);
-    EXPECT_TRUE(this->locks_.tryLock(this->root_.path("other")).lock);
-    EXPECT_TRUE(TWWaitForLock(this->locks_, path, std::chrono::milliseconds(30)).heldByAnother);
+    EXPECT_TRUE(locks.tryLock(this->root_.path("other")).lock);
     first.lock.reset();
-    EXPECT_TRUE(TWWaitForLock(this->locks_, path, std::chrono::milliseconds(0)).lock);
+    EXPECT_TRUE(TWWaitForLock(locks, path, std::chrono::milliseconds(0)).lock);
 }
 
 REGISTER_TYPED_TEST_SUITE_P(TWLocksContract, ALockHasOneHolderUntilItGoes);

@@ -11,6 +11,12 @@
 template <typename Body>
 class TWRunLoopContract : public testing::Test {
 protected:
+    using Handle = std::unique_ptr<TWRunLoopHandle>;
+
+    Handle after(int milliseconds, std::function<void()> call)
+    {
+        return loop_.after(TWRunLoop::Duration(milliseconds), std::move(call));
+    }
     void turnUntil(const std::function<bool()>& condition)
     {
         for (int turns = 0; !condition(); ++turns) {
@@ -21,7 +27,7 @@ protected:
     void turnForAWhile()
     {
         bool over = false;
-        const auto timer = loop_.after(TWRunLoop::Duration(30), [&] { over = true; });
+        const auto timer = after(30, [&] { over = true; });
         turnUntil([&] { return over; });
     }
 
@@ -34,17 +40,15 @@ TYPED_TEST_SUITE_P(TWRunLoopContract);
 TYPED_TEST_P(TWRunLoopContract, TimersCallOnALaterTurnInOrderUntilTheirHandleIsDestroyed)
 {
     std::string calls;
-    const auto later = this->loop_.after(TWRunLoop::Duration(20), [&] { calls += 'c'; });
-    const auto soon = this->loop_.after(TWRunLoop::Duration(1), [&] { calls += 'b'; });
-    const auto atOnce = this->loop_.after(TWRunLoop::Duration(0), [&] { calls += 'a'; });
-    auto dropped = this->loop_.after(TWRunLoop::Duration(0), [&] { calls += 'x'; });
-    dropped.reset();
+    const auto later = this->after(20, [&] { calls += 'c'; });
+    const auto soon = this->after(1, [&] { calls += 'b'; });
+    const auto atOnce = this->after(0, [&] { calls += 'a'; });
+    this->after(0, [&] { calls += 'x'; }).reset();
     EXPECT_EQ(calls, "");
     this->turnForAWhile();
     EXPECT_EQ(calls, "abc");
 
-    std::unique_ptr<TWRunLoopHandle> repeating;
-    repeating = this->loop_.every(TWRunLoop::Duration(1), [&] {
+    std::unique_ptr<TWRunLoopHandle> repeating = this->loop_.every(TWRunLoop::Duration(1), [&] {
         calls += 'r';
         if (calls == "abcrrr")
             repeating.reset(); // within its own call
@@ -56,24 +60,16 @@ TYPED_TEST_P(TWRunLoopContract, TimersCallOnALaterTurnInOrderUntilTheirHandleIsD
 TYPED_TEST_P(TWRunLoopContract, PostedCallsComeLaterInOrderFromAnyThread)
 {
     std::string calls;
-    bool onMainThread = true;
     const auto mainThread = std::this_thread::get_id();
     const auto post = [&](char name) {
-        this->loop_.post([&, name] {
-            calls += name;
-            onMainThread = onMainThread && std::this_thread::get_id() == mainThread;
-        });
+        this->loop_.post([&, name] { calls += std::this_thread::get_id() == mainThread ? name : '!'; });
     };
     post('a');
-    std::thread([&] {
-        post('b');
-        post('c');
-    }).join();
-    post('d');
+    std::thread([&] { post('b'); }).join();
+    post('c');
     EXPECT_EQ(calls, "");
-    this->turnUntil([&] { return calls.size() == 4; });
-    EXPECT_EQ(calls, "abcd");
-    EXPECT_TRUE(onMainThread);
+    this->turnUntil([&] { return calls.size() == 3; });
+    EXPECT_EQ(calls, "abc");
 }
 
 TYPED_TEST_P(TWRunLoopContract, BackgroundWorkFinishesOnTheMainThreadUnlessNobodyWaits)
@@ -84,17 +80,14 @@ TYPED_TEST_P(TWRunLoopContract, BackgroundWorkFinishesOnTheMainThreadUnlessNobod
         = this->loop_.inBackground([&](const auto&) { ++worked; }, [&] { finishedOn = std::this_thread::get_id(); });
     EXPECT_EQ(finishedOn, std::thread::id());
     this->turnUntil([&] { return finishedOn != std::thread::id(); });
-    EXPECT_EQ(finishedOn, std::this_thread::get_id());
-    EXPECT_EQ(worked, 1);
+    EXPECT_TRUE(finishedOn == std::this_thread::get_id() && worked == 1);
 
-    auto dropped = this->loop_.inBackground(
-        [&](const auto& cancellation) {
-            while (!cancellation->cancelled())
-                std::this_thread::yield();
-            ++worked;
-        },
-        [] { ADD_FAILURE() << "nobody waited for it"; });
-    dropped.reset();
+    const auto untilCancelled = [&](const auto& cancellation) {
+        while (!cancellation->cancelled())
+            std::this_thread::yield();
+        ++worked;
+    };
+    this->loop_.inBackground(untilCancelled, [] { ADD_FAILURE() << "nobody waited for it"; }).reset();
     this->turnUntil([&] { return worked == 2; });
     this->turnForAWhile();
 }
@@ -106,8 +99,7 @@ TYPED_TEST_P(TWRunLoopContract, ADescriptorIsReportedWhileItCanBeRead)
     const TWDescriptor readEnd(ends[0]);
     const TWDescriptor writeEnd(ends[1]);
     std::string received;
-    std::unique_ptr<TWRunLoopHandle> watch;
-    watch = this->loop_.whenReadable(readEnd.get(), [&] {
+    std::unique_ptr<TWRunLoopHandle> watch = this->loop_.whenReadable(readEnd.get(), [&] {
         char byte = 0;
         EXPECT_EQ(read(readEnd.get(), &byte, 1), 1);
         received += byte;

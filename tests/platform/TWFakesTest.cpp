@@ -10,22 +10,20 @@ namespace {
 
 struct Launcher {
     explicit Launcher(TWFakeMachine& machine)
-        : recorder_(machine.launcher)
+        : recorder(machine.launcher)
     {
-        recorder_.lasting = { "/bin/sleep" };
-        recorder_.missing = { "/missing" };
+        recorder.lasting = { "/bin/sleep" };
+        recorder.missing = { "/missing" };
     }
-    TWProcessLauncher& launcher() { return recorder_; }
+    TWProcessLauncher& launcher() { return recorder; }
 
-private:
-    TWRecordingLauncher& recorder_;
+    TWRecordingLauncher& recorder;
 };
 
 struct UserDefaults {
-    TWUserDefaults& defaults() { return fake_; }
+    TWUserDefaults& defaults() { return fake; }
 
-private:
-    TWFakeUserDefaults fake_;
+    TWFakeUserDefaults fake;
 };
 
 }

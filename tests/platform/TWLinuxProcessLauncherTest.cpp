@@ -64,14 +64,9 @@ protected:
 };
 
 struct Launcher {
-    explicit Launcher(TWFakeMachine& machine)
-        : launcher_(machine.runLoop)
-    {
-    }
-    TWProcessLauncher& launcher() { return launcher_; }
-
-private:
-    TWLinuxProcessLauncher launcher_;
+    TWFakeMachine& machine;
+    TWLinuxProcessLauncher body{ machine.runLoop };
+    TWProcessLauncher& launcher() { return body; }
 };
 
 }
@@ -102,14 +97,7 @@ TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
     const auto signalled = runShell("kill -SEGV $$");
     EXPECT_EQ(signalled.kind, Kind::Signalled);
     EXPECT_EQ(signalled.code, SIGSEGV);
-    for (const auto& [tool, error] : std::vector<std::pair<std::string, int>>{
-             { root.path("missing"), ENOENT }, { root.write("not executable", "x"), EACCES } }) {
-        const auto missing = run(tool, { "-rf" });
-        EXPECT_EQ(missing.kind, Kind::NotLaunched);
-        EXPECT_EQ(missing.code, error);
-    }
-    EXPECT_EQ(run("/bin/rm", { "-rf", root.write("-file", "x") }).code, 0);
-    EXPECT_FALSE(root.exists("-file"));
+    EXPECT_EQ(run(root.write("not executable", "x"), { "-rf" }).code, EACCES);
 }
 
 TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)

@@ -22,13 +22,11 @@ private:
 
 class Application final : public testing::Environment {
 public:
-    void SetUp() override { application_ = std::make_unique<QCoreApplication>(argumentCount_, arguments_); }
+    void SetUp() override { application_ = std::make_unique<QCoreApplication>(argumentCount_, nullptr); }
     void TearDown() override { application_.reset(); }
 
 private:
-    char name_[6] = "tests";
-    char* arguments_[2] = { name_, nullptr };
-    int argumentCount_ = 1;
+    int argumentCount_ = 0;
     std::unique_ptr<QCoreApplication> application_;
 };
 
