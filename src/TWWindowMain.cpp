@@ -2,7 +2,10 @@
 
 #include "TWSystem.h"
 #include "app/TWTidewellAppDelegate.h"
-#include "cli/TWCommands.h"
+#include "cli/TWCommandLine.h"
+#include "cli/TWCommandRunner.h"
+#include "cli/TWSandbox.h"
+#include "cli/TWTerminal.h"
 #include "platform/qt/TWQtApplicationService.h"
 #include "support/TWLog.h"
 #include "support/TWText.h"
@@ -11,8 +14,6 @@
 
 #include <QApplication>
 
-#include <cstdlib>
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -20,29 +21,18 @@ using namespace std::chrono_literals;
 constexpr auto NoDisplay
     = "There is no display for a window. Try \"tidewell clean\", \"tidewell demo\" or \"tidewell --help\".\n";
 constexpr auto NotListening = "Tidewell: commands cannot reach this window (no socket could be made in %@). Please do "
-                              "not change lists with commands "
-                              "while it is open.";
-
-bool hasDisplay()
-{
-    for (const auto* variable : { "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM" }) {
-        const char* value = std::getenv(variable);
-        if (value && *value)
-            return true;
-    }
-    return false;
-}
+                              "not change lists with commands while it is open.";
 
 // A command that was handed over, or a second start of the program.
-TWCommandResult carryOut(TWWindowSession& session, TWTidewellAppDelegate& delegate,
+TWCommandResult carryOut(const TWWorld& world, TWWindowSession& session, TWTidewellAppDelegate& delegate,
     const std::vector<std::string>& words, const std::string& workingFolder)
 {
     const auto parsed = TWParseCommandLine(words, workingFolder);
     if (!parsed.invocation)
-        return { parsed.status, parsed.out, parsed.err };
+        return parsed.result;
     TWCommandResult result;
-    if (parsed.invocation->concernsLists())
-        result = TWRunListCommand(delegate, *parsed.invocation);
+    if (parsed.invocation->row->kind == TWCommandKind::ChangesLists)
+        result = TWRunCommand({ world.host, world.places, world.dataFolder, &delegate }, *parsed.invocation);
     else
         session.activate();
     session.mainWindow().refresh();
@@ -80,33 +70,33 @@ private:
 
 int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
 {
+    // A second start brings the first window forward and needs none of its own.
+    world.dataFolder.make();
+    if (const auto answer = world.host.makeHandover(world.places, world.dataFolder.path())->handOver({}, "/"))
+        return TWPrint(*answer);
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(world.bundle.identifier()));
     TWSystem system(world);
-    auto handover = system.handover();
-    if (const auto answer = handover.handOver({}, "/"))
-        return TWPrint(*answer);
-    // From before the lists are read until commands come to this window: none can write in between.
-    world.dataFolder.make();
-    bool busy = false;
-    auto lock = system.lockLists(busy);
-    if (busy)
+    // Held from before the lists are read until commands come to this window, so that none writes in between.
+    auto locked = TWLockLists(*world.host.makeLocks(), world.dataFolder);
+    if (locked.heldByAnother)
         return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
     TWWindowSession session(delegate);
     alerts.setWindow(&session.mainWindow());
     EndOnSignal ending(system.runLoop(), delegate);
-    const TWStopSignals stopping(system.runLoop(), [&] { ending.signalled(); });
-    if (!handover.listen(
-            [&](const auto& words, const auto& folder) { return carryOut(session, delegate, words, folder); })) {
-        // Another window has come first, or no socket can be made.
-        if (const auto answer = handover.handOver({}, "/"))
+    const auto endRequests = world.host.whenToldToEnd(system.runLoop(), [&] { ending.signalled(); });
+    const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
+    if (!handover->listen(system.runLoop(),
+            [&](const auto& words, const auto& folder) { return carryOut(world, session, delegate, words, folder); })) {
+        // Another window was faster, or no socket can be made.
+        if (const auto answer = handover->handOver({}, "/"))
             return TWPrint(*answer);
         TWLog::write(TWText::fill(NotListening, { world.dataFolder.path() }));
     }
-    lock.reset();
+    locked.lock.reset();
     delegate.applicationDidFinishLaunching();
     TWQtApplicationService service({ [&] { session.activate(); }, [&] { session.clean(); } });
     if (!world.places.sandboxed())
@@ -120,20 +110,22 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
 
 int main(int argumentCount, char** arguments)
 {
-    TWPrepareProcess();
+    const auto host = TWMakeHost();
+    TWPrepareProcess(*host);
     const std::vector<std::string> words(arguments + std::min(argumentCount, 1), arguments + argumentCount);
     const auto parsed = TWParseCommandLine(words, TWWorkingFolder());
     if (!parsed.invocation)
-        return TWPrint({ parsed.status, parsed.out, parsed.err });
-    int status = 0;
-    const auto places = TWPlacesFor(*parsed.invocation, status);
+        return TWPrint(parsed.result);
+    TWCommandResult problem;
+    const auto places = TWPlacesFor(*parsed.invocation, *host, problem);
     if (!places)
-        return status;
-    const TWWorld world(*places);
-    if (const auto problem = world.problem(); !problem.empty())
-        return TWPrint({ places->sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem });
-    if (!hasDisplay())
+        return TWPrint(problem);
+    const TWWorld world(*host, *places);
+    problem.err = TWProblemOfPlaces(host->fileSystem(), *places, world.dataFolder.path());
+    if (!problem.err.empty())
+        return TWPrint({ places->sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem.err });
+    if (!host->hasDisplay())
         return TWPrint({ TWStatus::WrongUse, "", NoDisplay });
-    TWBlockStopSignals();
+    host->holdEndRequests();
     return runWindow(world, argumentCount, arguments);
 }

@@ -1,150 +1,79 @@
-// Parses the command line and carries it out; the window is a program of its own, since loading its libraries takes
+// Parses the command line and carries it out. The window is a program of its own, because loading its libraries takes
 // longer than most commands.
 
 #include "TWSystem.h"
-#include "cli/TWCleanCommand.h"
-#include "cli/TWCommands.h"
-#include "cli/TWDemo.h"
-#include "platform/linux/TWLinuxPlaces.h"
-#include "support/TWPath.h"
+#include "cli/TWCommandLine.h"
+#include "cli/TWCommandRunner.h"
+#include "cli/TWSandbox.h"
+#include "cli/TWTerminal.h"
 #include "support/TWText.h"
 
 #include <QCoreApplication>
 
-#include <cerrno>
-#include <cstdlib>
-#include <unistd.h>
-
 namespace {
-
-using Command = TWInvocation::Command;
 
 constexpr auto NoWindow
     = "The program of the window, \"%@\", could not be started (%@). Please install Tidewell again.\n";
-constexpr auto DemoNotMade = "The folder \"%@\" for the demonstration could not be made (%@). Please name one.\n";
-constexpr auto DemoNotEmpty
-    = "The folder \"%@\" is not empty. Please name a new or an empty one for the demonstration.\n";
-constexpr auto DemoPlace
-    = "Tidewell makes a world of its own under %@ and cleans it. Nothing outside of it is touched.\n\n";
-constexpr auto DemoLeft = "\nHave a look at what is left: find %@/home. Delete the folder when you like.\n";
 
-int runClean(TWSystem& system, const TWInvocation& invocation, QCoreApplication& application)
+TWCommandResult becomeWindow(const TWHost& host, char** arguments)
 {
-    TWTerminal terminal(invocation);
-    TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
-    TWCleanCommand command(delegate, terminal, invocation);
-    const TWStopSignals stopping(system.runLoop(), [&] { command.interrupt(); });
-    int status = -1;
-    command.start([&](int ended) {
-        status = ended;
-        application.exit(ended);
-    });
-    // A run can be over before the event loop has begun.
-    return status >= 0 ? status : application.exec();
+    const auto program = host.places().window;
+    const int error = host.becomeProgram(program, arguments);
+    return { TWStatus::Failure, "", TWText::fill(NoWindow, { TWText::oneLine(program), TWErrorText(error) }) };
 }
 
-int runListCommand(
-    TWSystem& system, const TWWorld& world, const TWInvocation& invocation, const std::vector<std::string>& words)
+// Loads settings and lists in this process and runs the command on them.
+TWCommandResult runHere(const TWWorld& world, const TWInvocation& invocation, int& argumentCount, char** arguments)
 {
-    const auto handover = system.handover();
-    if (const auto answer = handover.handOver(words, TWWorkingFolder()))
-        return TWPrint(*answer);
-    std::unique_ptr<TWHeldLock> lock;
-    if (invocation.changesLists()) {
-        world.dataFolder.make();
-        bool busy = false;
-        lock = system.lockLists(busy);
-        if (busy)
-            return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
-        // It may have been a window that held the lock while it began.
-        if (const auto answer = handover.handOver(words, TWWorkingFolder()))
-            return TWPrint(*answer);
-    }
-    // Read only now, so that nothing is lost that another command has written meanwhile.
-    TWTerminal terminal(invocation);
+    QCoreApplication application(argumentCount, arguments);
+    TWSystem system(world);
+    TWTerminal terminal(invocation.json ? TWOutputFormat::JSON : TWOutputFormat::Lines);
     TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
-    delegate.setViews(&terminal, &terminal);
+    terminal.attach(delegate);
     delegate.prepareForCommand();
-    const int status = TWPrint(TWRunListCommand(delegate, invocation));
-    // A command that failed has said so already.
-    if (status == TWStatus::Success)
+    auto result = TWRunCommand({ world.host, world.places, world.dataFolder, &delegate, &terminal }, invocation);
+    // A command that could not save has said so already.
+    if (result.status == TWStatus::Success || invocation.row->kind != TWCommandKind::ChangesLists)
         delegate.applicationWillTerminate();
-    return status;
+    return result;
 }
 
-// The folder of the demonstration, or nothing after having said why.
-std::optional<std::string> demoFolder(const TWFileSystem& fileSystem, const std::string& wanted)
+TWCommandResult run(const TWWorld& world, const TWInvocation& invocation, int& argumentCount, char** arguments,
+    const std::vector<std::string>& words, const std::string& workingFolder)
 {
-    if (wanted.empty()) {
-        std::string folder = TWLinuxPlaces().temporaryFolder + "/tidewell-demo-XXXXXX";
-        if (mkdtemp(folder.data()))
-            return folder;
-        TWPrint({ TWStatus::Failure, "", TWText::fill(DemoNotMade, { folder, TWErrorText(errno) }) });
-        return std::nullopt;
+    const auto kind = invocation.row->kind;
+    if (kind == TWCommandKind::NeedsPlaces)
+        return TWRunCommand({ world.host, world.places, world.dataFolder }, invocation);
+    if (auto problem = TWProblemOfPlaces(world.host.fileSystem(), world.places, world.dataFolder.path());
+        !problem.empty())
+        return { world.places.sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem };
+    const auto here = [&] { return runHere(world, invocation, argumentCount, arguments); };
+    if (kind == TWCommandKind::ChangesLists) {
+        const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
+        return TWChangeLists(*handover, *world.host.makeLocks(), world.dataFolder, { words, workingFolder, here });
     }
-    int error = 0;
-    const auto real = fileSystem.realPath(wanted, TWLinkAtEnd::Follow);
-    const auto open = real ? fileSystem.openFolder(*real, error) : nullptr;
-    if (fileSystem.look(wanted).isThere() && (!open || !open->entries().empty())) {
-        TWPrint({ TWStatus::WrongUse, "", TWText::fill(DemoNotEmpty, { wanted }) });
-        return std::nullopt;
-    }
-    return wanted;
-}
-
-// Goes on as the program of the window, with the same words.
-int becomeWindow(char** arguments)
-{
-    const auto program = std::string(TWPath::parent(TWLinuxPlaces().srm)) + "/tidewell-window";
-    execv(program.c_str(), arguments);
-    return TWPrint({ TWStatus::Failure, "", TWText::fill(NoWindow, { program, TWErrorText(errno) }) });
+    if (kind != TWCommandKind::Reads)
+        world.host.holdEndRequests();
+    return here();
 }
 
 }
 
 int main(int argumentCount, char** arguments)
 {
-    TWPrepareProcess();
+    const auto host = TWMakeHost();
+    TWPrepareProcess(*host);
     const std::vector<std::string> words(arguments + std::min(argumentCount, 1), arguments + argumentCount);
-    auto parsed = TWParseCommandLine(words, TWWorkingFolder());
+    const auto workingFolder = TWWorkingFolder();
+    const auto parsed = TWParseCommandLine(words, workingFolder);
     if (!parsed.invocation)
-        return TWPrint({ parsed.status, parsed.out, parsed.err });
-    auto& invocation = *parsed.invocation;
-    if (invocation.command == Command::Window)
-        return becomeWindow(arguments);
-
-    const bool demo = invocation.command == Command::Demo;
-    if (demo) {
-        TWExpandHome(invocation.path);
-        invocation.sandbox = demoFolder(TWLinuxFileSystem(), invocation.path);
-        if (!invocation.sandbox)
-            return invocation.path.empty() ? TWStatus::Failure : TWStatus::WrongUse;
-    }
-    int status = 0;
-    const auto places = TWPlacesFor(invocation, status);
+        return TWPrint(parsed.result);
+    if (parsed.invocation->row->kind == TWCommandKind::OpensWindow)
+        return TWPrint(becomeWindow(*host, arguments));
+    TWCommandResult problem;
+    const auto places = TWPlacesFor(*parsed.invocation, *host, problem);
     if (!places)
-        return status;
-    const TWWorld world(*places);
-    if (invocation.command == Command::Paths)
-        return TWPrint(TWPrintPaths(world.places, world.dataFolder.path(), world.settingsFile, invocation.json));
-    if (const auto problem = world.problem(); !problem.empty())
-        return TWPrint({ invocation.sandbox ? TWStatus::WrongUse : TWStatus::Failure, "", problem });
-    if (demo) {
-        if (const auto problem
-            = TWMakeDemoWorld(world.ownFiles, world.places, world.dataFolder.path(), world.settingsFile);
-            !problem.empty())
-            return TWPrint({ TWStatus::Failure, "", problem + "\n" });
-        if (!invocation.json)
-            TWPrint({ 0, TWText::fill(DemoPlace, { world.places.sandboxRoot }), "" });
-    }
-    if (!invocation.concernsLists())
-        TWBlockStopSignals();
-    QCoreApplication application(argumentCount, arguments);
-    TWSystem system(world);
-    if (invocation.concernsLists())
-        return runListCommand(system, world, invocation, words);
-    status = runClean(system, invocation, application);
-    if (demo && !invocation.json)
-        TWPrint({ 0, TWText::fill(DemoLeft, { world.places.sandboxRoot }), "" });
-    return status;
+        return TWPrint(problem);
+    const TWWorld world(*host, *places);
+    return TWPrint(run(world, *parsed.invocation, argumentCount, arguments, words, workingFolder));
 }

@@ -1,50 +1,89 @@
 #include "cli/TWCleanCommand.h"
 
-#include <algorithm>
+#include "cli/TWTerminal.h"
+#include "support/TWText.h"
 
-TWCleanCommand::TWCleanCommand(TWTidewellAppDelegate& delegate, TWTerminal& terminal, const TWInvocation& invocation)
-    : delegate_(delegate)
-    , terminal_(terminal)
-    , invocation_(invocation)
+namespace {
+
+constexpr auto NoSuchCleaner = "There is no cleaner \"%@\". The cleaners are: %@.\n";
+constexpr auto LaterCleaner = "The cleaner \"%@\" comes in a later version.\n";
+
+constexpr auto Only = "--only";
+constexpr auto Yes = "--yes";
+
+constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any time will do: what happens wakes the loop
+
+std::string cleanerNames()
 {
-    delegate.setViews(&terminal, &terminal);
-    delegate.resultsWindowController().setView(&terminal);
-    terminal.setDelegate(delegate);
+    std::string names;
+    for (const auto& row : TWCleanerTable())
+        names += (names.empty() ? "" : ", ") + std::string(row.name);
+    return names;
 }
 
-void TWCleanCommand::start(std::function<void(int)> ended)
+// "", or one line about a name that is none.
+std::string readChoice(const std::vector<std::string>& names, TWRunChoice& choice)
 {
-    if (interrupted_) {
-        ended(TWStatus::Interrupted);
-        return;
+    for (const auto& name : names) {
+        const int position = TWCleanerPosition(name);
+        if (position < 0)
+            return TWText::fill(NoSuchCleaner, { TWText::oneLine(name), cleanerNames() });
+        const auto index = static_cast<std::size_t>(position);
+        if (!TWCleanerTable()[index].available)
+            return TWText::fill(LaterCleaner, { name });
+        choice[index] = true;
     }
-    ended_ = std::move(ended);
-    terminal_.setEnded([this](TWRunOutcome outcome) { finish(outcome); });
-    delegate_.prepareForCommand();
-    auto choice = delegate_.switchedOn();
-    if (invocation_.only) {
-        choice = {};
-        for (const int position : *invocation_.only)
-            choice[static_cast<std::size_t>(position)] = true;
-    }
-    delegate_.cleanForCommand(choice);
+    return "";
 }
 
-void TWCleanCommand::interrupt()
+int statusOf(TWRunOutcome outcome, const TWTerminal& terminal)
 {
-    interrupted_ = true;
-    terminal_.endQuestion();
-    delegate_.stop();
+    if (outcome == TWRunOutcome::NothingRun)
+        return TWStatus::NothingRun;
+    return outcome == TWRunOutcome::Succeeded && terminal.outputWritten() ? TWStatus::Success : TWStatus::Failure;
 }
 
-void TWCleanCommand::finish(TWRunOutcome outcome)
+TWCommandResult clean(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    delegate_.resultsWindowController().flush();
-    delegate_.applicationWillTerminate();
-    if (interrupted_)
-        ended_(TWStatus::Interrupted);
-    else if (outcome == TWRunOutcome::NothingRun)
-        ended_(TWStatus::NothingRun);
-    else
-        ended_(outcome == TWRunOutcome::Succeeded && terminal_.outputWritten() ? TWStatus::Success : TWStatus::Failure);
+    TWRunChoice choice{};
+    if (const auto problem = readChoice(invocation.texts(Only), choice); !problem.empty())
+        return TWWrongUse(problem);
+    if (!invocation.has(Only))
+        choice = context.delegate->switchedOn();
+    if (invocation.has(Yes))
+        context.terminal->confirmWarnings();
+    return TWRunCleaners(context, choice);
+}
+
+}
+
+TWCommandGroup TWCleanCommands()
+{
+    using enum TWArgument::Kind;
+    using enum TWArgument::Need;
+    return { "", "",
+        { { "clean", "Run the cleaners that are switched on", TWCommandKind::Cleans,
+            { { OptionList, Optional, Only, "Run these cleaners instead: " + cleanerNames(), "A,B" },
+                { Flag, Optional, Yes, "Do not ask when a cleaner warns" } },
+            clean } } };
+}
+
+TWCommandResult TWRunCleaners(const TWCommandContext& context, const TWRunChoice& choice)
+{
+    auto& delegate = *context.delegate;
+    auto& terminal = *context.terminal;
+    auto& runLoop = delegate.platform().runLoop;
+    bool interrupted = false;
+    const auto endRequests = context.host.whenToldToEnd(runLoop, [&] {
+        // A terminal that is closed, and some tools, ask twice.
+        if (std::exchange(interrupted, true))
+            return;
+        terminal.endQuestion();
+        delegate.stop();
+    });
+    delegate.cleanForCommand(choice);
+    while (!terminal.outcome())
+        runLoop.turn(LongestTurn);
+    delegate.resultsWindowController().flush();
+    return { interrupted ? TWStatus::Interrupted : statusOf(*terminal.outcome(), terminal), "", "" };
 }

@@ -1,25 +1,9 @@
 #pragma once
 
-#include "app/TWTidewellAppDelegate.h"
-#include "cli/TWTerminal.h"
+#include "cli/TWCommandTable.h"
 
-// `tidewell clean`: one run, shown on the terminal. Main thread.
-class TWCleanCommand final {
-public:
-    TWCleanCommand(TWTidewellAppDelegate&, TWTerminal&, const TWInvocation&);
+// `tidewell clean`.
+TWCommandGroup TWCleanCommands();
 
-    // Starts the run. ended gets the exit status, possibly within this call.
-    void start(std::function<void(int status)> ended);
-
-    // After SIGINT or SIGTERM: the run ends with the truth in its lines.
-    void interrupt();
-
-private:
-    void finish(TWRunOutcome);
-
-    TWTidewellAppDelegate& delegate_;
-    TWTerminal& terminal_;
-    const TWInvocation& invocation_;
-    bool interrupted_ = false;
-    std::function<void(int)> ended_;
-};
+// One run of the cleaners, shown on the terminal. Returns when it is over.
+TWCommandResult TWRunCleaners(const TWCommandContext&, const TWRunChoice&);

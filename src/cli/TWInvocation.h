@@ -1,51 +1,32 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-// The words of a command line, understood.
-struct TWInvocation {
-    enum class Command { Window, Clean, Settings, Words, Files, Paths, Demo };
-    enum class Action { None, List, Get, Set, Reset, Add, Remove, Clear, On, Off, Defaults };
+struct TWCommandRow;
 
-    Command command = Command::Window;
-    Action action = Action::None;
+// The words of a command line, understood: which command, the values of its arguments, and what holds for every
+// command.
+struct TWInvocation {
+    const TWCommandRow* row = nullptr; // never nothing once parsed
+    std::map<std::string, std::vector<std::string>, std::less<>> values; // of the arguments that were given, by name
     std::optional<std::string> sandbox;
     bool json = false;
-    bool yes = false; // warnings count as confirmed
-    std::optional<std::vector<int>> only; // positions of cleaners, in place of the switches
-    std::string key, value; // of settings
-    std::vector<std::string> words;
-    std::string path; // of files add, demo; absolute
-    std::int32_t whatToDelete = 0;
-    std::optional<std::string> description;
-    bool off = false;
-    int number = 0; // of a list's row, counted from 1
 
-    // Lists and settings belong to the running window when there is one.
-    bool concernsLists() const
+    bool has(std::string_view name) const { return values.find(name) != values.end(); }
+
+    // Empty if the argument was not given.
+    std::vector<std::string> texts(std::string_view name) const
     {
-        return command == Command::Settings || command == Command::Words || command == Command::Files;
+        const auto found = values.find(name);
+        return found == values.end() ? std::vector<std::string>() : found->second;
     }
-    bool changesLists() const { return concernsLists() && action != Action::List && action != Action::Get; }
+    std::string text(std::string_view name) const
+    {
+        const auto given = texts(name);
+        return given.empty() ? std::string() : given.front();
+    }
 };
-
-struct TWParsedInvocation {
-    std::optional<TWInvocation> invocation; // nothing when there is nothing more to do than this:
-    int status = 0;
-    std::string out; // help or version
-    std::string err; // one line with the remedy
-};
-
-// words without the program's name. Relative paths are taken from workingFolder.
-TWParsedInvocation TWParseCommandLine(const std::vector<std::string>& words, const std::string& workingFolder);
-
-// Exit statuses.
-namespace TWStatus {
-inline constexpr int Success = 0;
-inline constexpr int Failure = 1;
-inline constexpr int WrongUse = 2;
-inline constexpr int NothingRun = 3;
-inline constexpr int Interrupted = 130;
-}

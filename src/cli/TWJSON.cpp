@@ -30,5 +30,5 @@ void TWJSON::addBytes(Object& object, const std::string& key, const std::string&
 
 std::string TWJSON::line(const Object& object)
 {
-    return object.dump(-1, ' ', false, Object::error_handler_t::replace) + "\n";
+    return TWText::harmlessJSON(object.dump(-1, ' ', false, Object::error_handler_t::replace)) + "\n";
 }

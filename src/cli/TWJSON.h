@@ -5,7 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
-// One JSON object per line, keys in the order of adding. Bytes that are no UTF-8 become U+FFFD.
+// One JSON object per line, keys in the order of adding. Bytes that are not UTF-8 become U+FFFD; characters that would
+// drive a terminal are escaped.
 namespace TWJSON {
 
 using Object = nlohmann::ordered_json;

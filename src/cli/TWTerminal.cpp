@@ -24,16 +24,30 @@ bool wantsColours()
     return isatty(STDOUT_FILENO) && !std::getenv("NO_COLOR");
 }
 
-std::string lineFor(const TWMessage& message, bool json, bool coloured)
+std::string lineFor(const TWMessage& message, TWOutputFormat format, bool coloured)
 {
     const auto type = static_cast<int>(message.type);
-    if (json) {
+    if (format == TWOutputFormat::JSON) {
         TWJSON::Object object{ { "type", type } };
         TWJSON::addBytes(object, "text", "textBytes", message.text);
         return TWJSON::line(object);
     }
     const auto text = TWText::oneLine(message.text);
     return coloured && type != 0 ? Colours[type] + text + NoColour + "\n" : text + "\n";
+}
+
+// An alert's text can have several lines, and names of files in them.
+std::string harmlessLines(std::string_view text)
+{
+    std::string result;
+    for (;;) {
+        const auto line = text.substr(0, text.find('\n'));
+        result += TWText::oneLine(line);
+        if (line.size() == text.size())
+            return result;
+        result += '\n';
+        text.remove_prefix(line.size() + 1);
+    }
 }
 
 }
@@ -46,17 +60,33 @@ bool TWWriteToOutput(const std::string& text)
     return false;
 }
 
-TWTerminal::TWTerminal(const TWInvocation& invocation)
-    : invocation_(invocation)
+int TWPrint(const TWCommandResult& result)
+{
+    const bool written = TWWriteToOutput(result.out);
+    std::fwrite(result.err.data(), 1, result.err.size(), stderr);
+    return written ? result.status : std::max(result.status, TWStatus::Failure);
+}
+
+TWTerminal::TWTerminal(TWOutputFormat format)
+    : format_(format)
     , coloured_(wantsColours())
 {
 }
 
+void TWTerminal::attach(TWTidewellAppDelegate& delegate)
+{
+    delegate_ = &delegate;
+    delegate.setViews(this, this);
+    delegate.resultsWindowController().setView(this);
+}
+
 void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answered)
 {
-    std::fprintf(stderr, "%s %s\n", alert.title.c_str(), alert.text.c_str());
+    // What the question is about stands above it.
+    delegate_->resultsWindowController().flush();
+    std::fprintf(stderr, "%s %s\n", alert.title.c_str(), harmlessLines(alert.text).c_str());
     // With one button there is nothing to ask.
-    if (alert.alternateButton.empty() || invocation_.yes) {
+    if (alert.alternateButton.empty() || confirms_) {
         answered(TWAnswer::Default);
         return;
     }
@@ -105,14 +135,8 @@ void TWTerminal::messagesAdded(std::size_t count)
     std::string lines;
     const auto& messages = delegate_->resultsWindowController().messages();
     for (; printed_ < count; ++printed_)
-        lines += lineFor(messages[printed_], invocation_.json, coloured_);
+        lines += lineFor(messages[printed_], format_, coloured_);
     // Said once; the run goes on, since it is known what is to be deleted.
     if (outputWritten_)
         outputWritten_ = TWWriteToOutput(lines);
-}
-
-void TWTerminal::cleaningEnded(TWRunOutcome outcome)
-{
-    if (ended_)
-        ended_(outcome);
 }

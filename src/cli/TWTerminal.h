@@ -1,28 +1,38 @@
 #pragma once
 
 #include "app/TWTidewellAppDelegate.h"
-#include "cli/TWInvocation.h"
+#include "platform/TWHandover.h"
 
-// Brings the text to standard output. False, after one line on standard error, when it could not be written completely.
+// Brings the text to standard output. False, after one line on standard error, if it could not be written completely.
 bool TWWriteToOutput(const std::string&);
+
+// Prints what a command said. Returns its exit status, or a failure if it could not be printed.
+int TWPrint(const TWCommandResult&);
+
+enum class TWOutputFormat { Lines, JSON };
 
 // A cleaning seen from a terminal: results lines on standard output, alerts on standard error and at the prompt. Main
 // thread.
 class TWTerminal final : public TWRunView, public TWApplicationWindows, public TWResultsView, public TWAlerts {
 public:
-    explicit TWTerminal(const TWInvocation&);
+    explicit TWTerminal(TWOutputFormat);
 
-    // Whose runs are shown; before the first one.
-    void setDelegate(TWTidewellAppDelegate& delegate) { delegate_ = &delegate; }
+    // Becomes the view of the delegate, which outlives the terminal's last call. Before the first run.
+    void attach(TWTidewellAppDelegate&);
 
-    // Called once, when the run is over or was not begun.
-    void setEnded(std::function<void(TWRunOutcome)> ended) { ended_ = std::move(ended); }
+    // From now on warnings count as confirmed.
+    void confirmWarnings() { confirms_ = true; }
+
+    // How the run ended. Nothing until it is over or was not begun.
+    const std::optional<TWRunOutcome>& outcome() const { return outcome_; }
 
     // Answers the question at the prompt, if there is one, with no.
     void endQuestion();
 
     // False once results could not be written.
     bool outputWritten() const { return outputWritten_; }
+
+    TWOutputFormat format() const { return format_; }
 
     void show(const TWAlert&, std::function<void(TWAnswer)> answered) override;
 
@@ -38,19 +48,20 @@ public:
     void activate() override { }
     void requestUserAttention() override { }
     void terminate() override { }
-    void cleaningEnded(TWRunOutcome) override;
+    void cleaningEnded(TWRunOutcome outcome) override { outcome_ = outcome; }
 
 private:
     void ask(const TWAlert&);
     void readAnswer();
     void answer(TWAnswer);
 
-    const TWInvocation& invocation_;
+    const TWOutputFormat format_;
+    const bool coloured_;
+    bool confirms_ = false;
     TWTidewellAppDelegate* delegate_ = nullptr;
-    std::function<void(TWRunOutcome)> ended_;
+    std::optional<TWRunOutcome> outcome_;
     std::function<void(TWAnswer)> answered_; // while a question is at the prompt
     std::unique_ptr<TWRunLoopHandle> prompt_;
     std::size_t printed_ = 0;
     bool outputWritten_ = true;
-    const bool coloured_;
 };

@@ -2,11 +2,18 @@
 
 #include "support/TWPath.h"
 
+// Each ".." is judged by itself, so that the answer is the same whether what lies behind it exists or not.
 bool TWIsAmbiguousPath(const TWFileSystem& fileSystem, const std::string& path)
 {
-    if (path.find("/..") == std::string::npos)
-        return false;
-    const auto asShellSees = fileSystem.realPath(path);
-    const auto asTidewellSees = fileSystem.realPath(TWPath::standardize(path, ""));
-    return asShellSees != asTidewellSees;
+    for (auto slash = path.find("/.."); slash != std::string::npos; slash = path.find("/..", slash + 1)) {
+        const auto end = slash + 3;
+        if (end < path.size() && path[end] != '/')
+            continue; // a name like "..x"
+        const auto climbing = path.substr(0, end);
+        const auto asShellSees = fileSystem.realPath(climbing, TWLinkAtEnd::Follow);
+        const auto asTidewellSees = fileSystem.realPath(TWPath::standardize(climbing, ""), TWLinkAtEnd::Follow);
+        if (asShellSees != asTidewellSees)
+            return true;
+    }
+    return false;
 }

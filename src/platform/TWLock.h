@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -10,14 +11,19 @@ public:
 };
 
 struct TWLockResult {
-    std::unique_ptr<TWHeldLock> lock; // nothing when not obtained
-    bool heldByAnother = false; // else the lock could not be made: error is the errno
+    std::unique_ptr<TWHeldLock> lock; // nothing if the lock was not obtained
+    bool heldByAnother = false; // if false and there is no lock, it could not be made: error is the errno
     int error = 0;
 };
 
-// Locks between processes, by name of a file that is made when missing. Never waits.
+// Locks between processes, by the name of a file, which is created if missing. Any thread.
 class TWLocks {
 public:
     virtual ~TWLocks() = default;
+
+    // Never waits. A lock that this process holds already counts as held by another.
     virtual TWLockResult tryLock(const std::string& path) = 0;
 };
+
+// Waits until the lock is free, but no longer than the time given.
+TWLockResult TWWaitForLock(TWLocks&, const std::string& path, std::chrono::milliseconds longest);

@@ -21,10 +21,12 @@ struct TWPlaces {
     std::vector<std::string> rmOptions; // that this system's rm gets besides -rf
     std::string srm;
     std::string eject;
+    std::string window; // the program of the window
     std::string sandboxRoot; // a real path; "" outside a sandbox
 
     // Holds the settings file.
     std::string settingsFolder() const { return configHome + "/Tidewell"; }
+    std::string settingsFile() const { return settingsFolder() + "/Tidewell.plist"; }
 
     bool sandboxed() const { return !sandboxRoot.empty(); }
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-// The stored settings of the user: one file, read at start. Main thread. Typed reading, registered defaults and
-// overrides are TWSettings' work.
+// The stored settings of the user: one file, read at start. Main thread. Typed reading and registered defaults
+// are TWSettings' work.
 class TWUserDefaults {
 public:
     virtual ~TWUserDefaults() = default;

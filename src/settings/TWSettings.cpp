@@ -145,8 +145,6 @@ std::optional<TWValue> TWSettings::stored(const TWKeyRow& row) const
 std::optional<TWValue> TWSettings::find(TWKey key) const
 {
     const auto& found = row(key);
-    if (const auto override = overrides_.find(key); override != overrides_.end())
-        return override->second;
     if (const auto value = stored(found))
         return value;
     const auto* registered = registered_.find(found.name);

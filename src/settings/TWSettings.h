@@ -2,7 +2,6 @@
 
 #include "platform/TWUserDefaults.h"
 
-#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -42,8 +41,8 @@ struct TWKeyRow {
     const char* meaning; // for `tidewell settings list`
 };
 
-// Typed reading and writing of the settings. A value is looked for among the overrides, then the stored values, then
-// the registered defaults; one that does not fit the key's type counts as absent. Main thread.
+// Typed reading and writing of the settings. A value is looked for among the stored values, then among the registered
+// defaults; one that does not fit the key's type counts as absent. Main thread.
 class TWSettings final {
 public:
     explicit TWSettings(TWUserDefaults&);
@@ -67,9 +66,6 @@ public:
     // The defaults that hold where nothing is stored. Kept in memory only.
     void registerDefaults(TWDictionary defaults) { registered_ = std::move(defaults); }
 
-    // Holds for this process and is never stored.
-    void override(TWKey key, TWValue value) { overrides_[key] = std::move(value); }
-
     TWUserDefaults& userDefaults() { return userDefaults_; }
 
     // A text as a user writes it ("yes", "off", "2"), or as the settings file holds it. Nothing when it does not fit
@@ -82,5 +78,4 @@ private:
 
     TWUserDefaults& userDefaults_;
     TWDictionary registered_;
-    std::map<TWKey, TWValue> overrides_;
 };

@@ -11,27 +11,64 @@ namespace {
 
 constexpr std::string_view Replacement = "\xEF\xBF\xBD";
 
-// Calls valid with each run of valid UTF-8 and invalid once for each byte that is not.
-template <typename Valid, typename Invalid>
-void walkUTF8(std::string_view bytes, Valid valid, Invalid invalid)
+// Characters that drive a terminal, break a line or change the order in which the text around them is shown.
+bool isHarmful(UChar32 character)
 {
+    return character < 0x20 || (character >= 0x7F && character <= 0x9F) // control characters
+        || character == 0x061C || character == 0x200E || character == 0x200F // direction marks
+        || (character >= 0x2028 && character <= 0x202E) // line and paragraph separator, embeddings, overrides
+        || (character >= 0x2066 && character <= 0x2069); // isolates
+}
+
+bool isNeverHarmful(UChar32)
+{
+    return false;
+}
+
+std::string numbered(const char* format, UChar32 character)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, format, static_cast<unsigned>(character));
+    return text;
+}
+
+std::string pictured(UChar32 character)
+{
+    if (character < 0x20)
+        return std::string("\xE2\x90").append(1, static_cast<char>(0x80 + character)); // U+2400 and following
+    if (character == 0x7F)
+        return "\xE2\x90\xA1"; // U+2421
+    return numbered("<U+%04X>", character);
+}
+
+std::string escapedForJSON(UChar32 character)
+{
+    return numbered("\\u%04x", character);
+}
+
+// A copy with U+FFFD in the place of each byte that is not part of a valid sequence, and what shown makes of each
+// character for which replaces is true. Runs of all other characters are copied at once.
+template <typename Replaces, typename Shown>
+std::string replaced(std::string_view bytes, Replaces replaces, Shown shown)
+{
+    std::string result;
+    result.reserve(bytes.size());
     const auto length = static_cast<std::int32_t>(bytes.size());
     std::int32_t runStart = 0;
-    std::int32_t index = 0;
-    while (index < length) {
+    for (std::int32_t index = 0; index < length;) {
         const std::int32_t start = index;
         UChar32 character;
         U8_NEXT(bytes.data(), index, length, character);
-        if (character >= 0)
+        if (character >= 0 && !replaces(character))
             continue;
-        if (start > runStart)
-            valid(bytes.substr(runStart, start - runStart));
-        for (std::int32_t bad = start; bad < index; ++bad)
-            invalid();
+        result.append(bytes.substr(runStart, start - runStart));
         runStart = index;
+        if (character >= 0)
+            result.append(shown(character));
+        for (std::int32_t bad = start; character < 0 && bad < index; ++bad)
+            result.append(Replacement);
     }
-    if (length > runStart)
-        valid(bytes.substr(runStart));
+    return result.append(bytes.substr(runStart));
 }
 
 }
@@ -53,34 +90,29 @@ std::string fill(std::string_view format, std::initializer_list<std::string_view
 
 std::string validUTF8(std::string_view bytes)
 {
-    std::string result;
-    result.reserve(bytes.size());
-    walkUTF8(
-        bytes, [&](std::string_view run) { result.append(run); }, [&] { result.append(Replacement); });
-    return result;
+    return replaced(bytes, isNeverHarmful, pictured);
 }
 
 bool isValidUTF8(std::string_view bytes)
 {
-    bool valid = true;
-    walkUTF8(
-        bytes, [](std::string_view) {}, [&] { valid = false; });
-    return valid;
+    const auto length = static_cast<std::int32_t>(bytes.size());
+    for (std::int32_t index = 0; index < length;) {
+        UChar32 character;
+        U8_NEXT(bytes.data(), index, length, character);
+        if (character < 0)
+            return false;
+    }
+    return true;
 }
 
 std::string oneLine(std::string_view bytes)
 {
-    std::string result;
-    for (const char byte : validUTF8(bytes)) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code < 0x20)
-            result.append("\xE2\x90").push_back(static_cast<char>(0x80 + code)); // U+2400 and following
-        else if (code == 0x7F)
-            result.append("\xE2\x90\xA1"); // U+2421
-        else
-            result.push_back(byte);
-    }
-    return result;
+    return replaced(bytes, isHarmful, pictured);
+}
+
+std::string harmlessJSON(std::string_view json)
+{
+    return replaced(json, isHarmful, escapedForJSON);
 }
 
 std::string count(unsigned long long number, std::string_view singular, std::string_view plural)

@@ -15,9 +15,13 @@ std::string validUTF8(std::string_view bytes);
 
 bool isValidUTF8(std::string_view bytes);
 
-// For one line on a terminal or in a window: as validUTF8, and control characters become their pictures (newline
-// U+240A), so that a file name can neither break the line nor drive the terminal.
+// For one line on a terminal or in a window: as validUTF8, and a file name can neither break the line, nor drive the
+// terminal, nor turn the text around it. Control characters become their pictures (newline U+240A); those without a
+// picture, separators of lines and direction marks become "<U+202E>".
 std::string oneLine(std::string_view bytes);
+
+// The same for a line of JSON: those characters become escapes, which stand for exactly them.
+std::string harmlessJSON(std::string_view json);
 
 // "1 item", "12 items" with thousands separated: "12,345 items".
 std::string count(unsigned long long number, std::string_view singular, std::string_view plural);

@@ -1,10 +1,11 @@
 #include "TWProgramTest.h"
 
+#include "fakes/TWFakeApplication.h"
+#include "platform/posix/TWPosixLocks.h"
 #include "support/TWText.h"
 
 #include <csignal>
 #include <nlohmann/json.hpp>
-#include <sys/file.h>
 #include <thread>
 
 namespace {
@@ -54,6 +55,9 @@ TEST_F(TWCleanCommandTest, RunsNothingThatWasNotAskedFor)
     expectLines(warned, 3, { Beginning });
     EXPECT_NE(warned.err.find("--yes"), std::string::npos) << warned.err;
     EXPECT_TRUE(folder_.exists(trashedA_));
+    // The results so far stand above the question.
+    const auto together = start({ "clean", "--only", "trash,files" }, [] { return dup2(1, 2) == 2; }).wait();
+    EXPECT_LT(together.out.find("Cleaning up"), together.out.find("Wait!")) << together.out;
 
     EXPECT_EQ(run({ "clean", "--only", "trash,files", "--yes" }).status, 0);
     EXPECT_FALSE(folder_.exists(trashedA_));
@@ -81,41 +85,62 @@ TEST_F(TWCleanCommandTest, LinesAreValidAndExactWhateverTheNames)
     expectLines(run({ "clean" }), 0, { Beginning, Emptying, deleted, Empty, Ending });
 }
 
-TEST_F(TWCleanCommandTest, InterruptEndsTheRunWithTheTruth)
+TEST_F(TWCleanCommandTest, ARequestToEndStopsTheRunWithTheTruth)
 {
-    constexpr std::size_t Many = 3000;
-    for (std::size_t number = 0; number < Many; ++number)
-        trash(std::to_string(number));
-    const auto child = start({ "clean", "--only", "trash" });
-    while (child.out().find("Delete ") == std::string::npos)
-        std::this_thread::sleep_for(1ms);
-    const auto asked = Clock::now();
-    kill(child.process(), SIGINT);
-    const auto result = child.wait();
-    EXPECT_LT(Clock::now() - asked, 1s); // usually a few hundredths
-    EXPECT_EQ(result.status, 130);
-    const auto left = count("home" + std::string(Trash) + "/files");
-    EXPECT_GT(left, 0U);
-    EXPECT_LT(left, Many);
-    // The item at which the deletion was ended is named when it stayed; the others are counted.
-    const std::size_t named = result.out.find("Could not delete") != std::string::npos;
-    const auto counted = "Stopped: " + TWText::count(left - named, "item was", "items were") + " not deleted.\n";
-    const auto ending = result.out.substr(std::min(result.out.find("Stopped"), result.out.size()));
-    EXPECT_EQ(lines(ending), lines(counted + "The cleaner was terminated before its job was finished!\n" + Ending));
-    EXPECT_EQ(count("home" + std::string(Trash) + "/info"), Many); // what was not gone through keeps its records
+    constexpr std::size_t Many = 1000;
+    // A terminal that is closed tells twice.
+    for (const auto& signals : { std::vector{ SIGINT }, std::vector{ SIGHUP, SIGHUP } }) {
+        for (std::size_t number = 0; number < Many; ++number)
+            trash(std::to_string(number));
+        const auto child = start({ "clean", "--only", "trash" });
+        while (child.out().find("Delete ") == std::string::npos)
+            std::this_thread::sleep_for(1ms);
+        const auto asked = Clock::now();
+        for (const int signal : signals)
+            kill(child.process(), signal);
+        const auto result = child.wait();
+        EXPECT_LT(Clock::now() - asked, 1s); // usually a few hundredths
+        EXPECT_EQ(result.status, 130);
+        const auto left = count("home" + std::string(Trash) + "/files");
+        EXPECT_GT(left, 0U);
+        EXPECT_LT(left, Many);
+        // The item at which the deletion was ended is named when it stayed; the others are counted.
+        const std::size_t named = result.out.find("Could not delete") != std::string::npos;
+        const auto counted = "Stopped: " + TWText::count(left - named, "item was", "items were") + " not deleted.\n";
+        const auto ending = result.out.substr(std::min(result.out.find("Stopped"), result.out.size()));
+        EXPECT_EQ(lines(ending), lines(counted + "The cleaner was terminated before its job was finished!\n" + Ending));
+        EXPECT_EQ(count("home" + std::string(Trash) + "/info"), Many); // what was not gone through keeps its records
+    }
 }
 
-TEST_F(TWCleanCommandTest, OneCleaningAtATime)
+// A window in this process, a command in another one.
+TEST_F(TWCleanCommandTest, OneCleaningAtATimeAndARefusedOneKeepsNoLock)
 {
-    trash("a");
-    const auto lock = open(folder_.write(Data + std::string(".cleaning.lock"), "").c_str(), O_RDWR | O_CLOEXEC);
-    ASSERT_EQ(flock(lock, LOCK_EX), 0);
-    const auto refused = run({ "clean", "--only", "trash" });
-    EXPECT_EQ(refused.status, 3);
-    EXPECT_EQ(refused.out, "");
-    EXPECT_EQ(lines(refused.err).size(), 1U) << refused.err;
-    EXPECT_TRUE(folder_.exists(trashedA_));
-    close(lock); // as when the other process is killed
+    TWFakeApplication window;
+    TWPosixLocks locks;
+    TWTidewellAppDelegate delegate(
+        { window.runLoop, window.launcher, window.fileSystem, window.ownFiles, window.mountTable, window.places,
+            window.userDefaults, window.bundle, locks, window.alerts, window.notifier },
+        TWLaunchKind::Window);
+    delegate.setViews(&window.view, &window.view);
+    delegate.prepareForCommand();
+    home_ = window.places.home;
+    window.root.write("home" + std::string(Trash) + "/files/a", "");
+    window.userDefaults.values["TrashCleaner"] = true;
+    window.launcher.ending = TWRecordingLauncher::Ending::ByTest;
+    TWRunChoice checked{};
+    checked[2] = true;
+    delegate.clean(checked);
+    window.runLoop.runUntilIdle();
+    ASSERT_TRUE(delegate.running());
+    expectLines(run({ "clean", "--only", "trash" }), 3, {});
+    window.userDefaults.problemLine = "A warning.";
+    window.alerts.script = { TWAnswer::Alternate };
+    delegate.clean(checked); // during the run, and not confirmed
+    window.launcher.endAll();
+    window.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    window.runLoop.runUntilIdle();
+    EXPECT_FALSE(delegate.running());
     EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 0);
 }
 

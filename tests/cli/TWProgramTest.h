@@ -16,7 +16,9 @@ protected:
         Words words, const std::function<bool()>& prepare = [] { return true; }) const
     {
         words.insert(words.begin(), TIDEWELL_PROGRAM);
-        return { folder_, words, { "HOME=" + home_, "PATH=/usr/bin:/bin", "TMPDIR=" + folder_.path() }, prepare };
+        return { folder_, words,
+            { "HOME=" + home_, "PATH=/usr/bin:/bin", "TMPDIR=" + folder_.path(), "QT_QPA_PLATFORM=offscreen" },
+            prepare };
     }
     TWProgramResult run(const Words& words) const { return start(words).wait(); }
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <set>
 
 // The small seams, each settable and recording.
 
@@ -88,20 +89,29 @@ struct TWFakeLocks final : TWLocks {
     TWLockResult tryLock(const std::string& path) override
     {
         paths.push_back(path);
-        if (heldByAnother || error != 0)
-            return { nullptr, heldByAnother, error };
-        return { std::make_unique<Held>(held), false, 0 };
+        if (heldByAnother || error != 0 || heldPaths_.contains(path))
+            return { nullptr, error == 0, error };
+        return { std::make_unique<Held>(*this, path), false, 0 };
     }
 
 private:
     struct Held final : TWHeldLock {
-        explicit Held(int& given)
-            : count(++given)
+        Held(TWFakeLocks& given, std::string givenPath)
+            : locks(given)
+            , path(std::move(givenPath))
         {
+            ++locks.held;
+            locks.heldPaths_.insert(path);
         }
-        ~Held() override { --count; }
-        int& count;
+        ~Held() override
+        {
+            --locks.held;
+            locks.heldPaths_.erase(path);
+        }
+        TWFakeLocks& locks;
+        const std::string path;
     };
+    std::set<std::string> heldPaths_;
 };
 
 struct TWFakeBundle final : TWBundle {

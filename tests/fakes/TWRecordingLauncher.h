@@ -5,8 +5,10 @@
 #include "platform/posix/TWDescriptor.h"
 #include "support/TWPath.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <map>
+#include <set>
 
 // Launches nothing: records command lines, and deletes what a deletion tool would, below one folder only.
 class TWRecordingLauncher final : public TWProcessLauncher {
@@ -24,6 +26,8 @@ public:
     bool deaf = false; // children do not listen to terminate()
     bool deletes = true;
     std::map<std::string, TWTermination> failures; // by path: how that child ends, without having deleted anything
+    std::set<std::string> lasting; // tools that end only when they are told to
+    std::set<std::string> missing; // tools that cannot be launched
     std::vector<std::string> records; // "/bin/rm -rf ROOT/./file", "terminate", "kill", "destroyed"
     std::function<void()> atLaunch = [] {}; // what another program does at that moment
 
@@ -40,7 +44,9 @@ public:
         records.push_back(shown(line + " " + child->folderPath() + "/" + child->name));
         running_.push_back(child);
         atLaunch();
-        if (ending == Ending::OnALaterTurn)
+        if (missing.contains(path))
+            runLoop_.post([this, child] { end(child, { TWTermination::Kind::NotLaunched, ENOENT, "" }); });
+        else if (ending == Ending::OnALaterTurn && !lasting.contains(path))
             runLoop_.post([this, child] { end(child, natural(*child)); });
         return std::make_unique<Handle>(*this, child);
     }

@@ -25,10 +25,6 @@ TEST(TWSettingsTest, ReadsWhatIsStoredByTheTypeOfTheKey)
         EXPECT_EQ(settings.boolean(TWKey::AutoQuit), boolean) << shown;
         EXPECT_EQ(settings.integer(TWKey::AutoQuitMode), integer) << shown;
     }
-    settings.override(TWKey::AutoQuit, false);
-    settings.set(TWKey::AutoQuit, true);
-    EXPECT_FALSE(settings.boolean(TWKey::AutoQuit)) << "for this process only";
-    EXPECT_EQ(defaults.values.at("AutoQuit"), TWValue(true));
 }
 
 TEST(TWSettingsTest, EveryKeyHasAShippedDefaultThatDeletesNothing)

@@ -38,6 +38,7 @@ void addInstallation(TWPlaces& places)
     places.rmOptions = { "--one-file-system" };
     places.srm = prefix + "/libexec/tidewell/srm";
     places.eject = prefix + "/libexec/tidewell/eject";
+    places.window = prefix + "/libexec/tidewell/tidewell-window";
 }
 
 void addDefaults(TWPlaces& places)

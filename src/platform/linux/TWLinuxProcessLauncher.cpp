@@ -9,13 +9,17 @@
 #include <sys/epoll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <system_error>
 #include <thread>
 #include <unistd.h>
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr std::size_t KeptOutput = 4096;
+
+// How long a child that nobody waits for any more may take to end by itself.
+constexpr auto Patience = 100ms;
 
 // The low bit of an epoll tag says which of a child's two descriptors is meant.
 constexpr std::uint64_t OutputBit = 1;
@@ -31,11 +35,10 @@ void sendSignal(int pidfd, int number)
     syscall(SYS_pidfd_send_signal, pidfd, number, nullptr, 0);
 }
 
-void closeDescriptor(int& descriptor)
+// True once the process has ended and nothing of it is left.
+bool collect(pid_t process)
 {
-    if (descriptor >= 0)
-        close(descriptor);
-    descriptor = -1;
+    return waitpid(process, nullptr, WNOHANG) != 0;
 }
 
 // 0, or the errno.
@@ -89,10 +92,9 @@ public:
     {
         launcher_.children_.erase(identifier_);
         if (process_ > 0) {
-            ::kill(process_, SIGTERM);
-            abandon();
+            signal(SIGTERM);
+            launcher_.abandon(identifier_, process_, std::move(pidfd_));
         }
-        closeAll();
     }
 
     void start(const std::string& path, const std::vector<std::string>& arguments, int folder)
@@ -101,11 +103,11 @@ public:
         int ends[2] = { -1, -1 };
         if (pipe2(ends, O_CLOEXEC) != 0)
             error = errno;
-        outputRead_ = ends[0];
-        outputWrite_ = ends[1];
+        outputRead_ = TWDescriptor(ends[0]);
+        outputWrite_ = TWDescriptor(ends[1]);
         if (error == 0) {
-            fcntl(outputRead_, F_SETFL, O_NONBLOCK);
-            error = spawn(path, arguments, folder, outputWrite_, process_);
+            fcntl(outputRead_.get(), F_SETFL, O_NONBLOCK);
+            error = spawn(path, arguments, folder, outputWrite_.get(), process_);
         }
         if (error == 0)
             error = watchDescriptors();
@@ -119,7 +121,7 @@ public:
     void drainOutput()
     {
         char buffer[16384];
-        for (ssize_t length; (length = read(outputRead_, buffer, sizeof buffer)) > 0;) {
+        for (ssize_t length; (length = read(outputRead_.get(), buffer, sizeof buffer)) > 0;) {
             const auto room = KeptOutput - termination_.output.size();
             termination_.output.append(buffer, std::min(static_cast<std::size_t>(length), room));
         }
@@ -145,9 +147,9 @@ public:
 private:
     int watchDescriptors()
     {
-        pidfd_ = openProcess(process_);
-        if (pidfd_ >= 0 && launcher_.watch(pidfd_, identifier_)
-            && launcher_.watch(outputRead_, identifier_ | OutputBit))
+        pidfd_ = TWDescriptor(openProcess(process_));
+        if (pidfd_.isOpen() && launcher_.watch(pidfd_.get(), identifier_)
+            && launcher_.watch(outputRead_.get(), identifier_ | OutputBit))
             return 0;
         // A child whose end cannot be noticed is not left running.
         const int error = errno;
@@ -174,39 +176,17 @@ private:
         terminated(termination);
     }
 
-    // The process that nobody waits for any more still has to be collected once it has ended. Hops to a thread of its
-    // own, which touches nothing of ours; the process number stays taken until it is collected.
-    void abandon()
-    {
-        try {
-            std::thread(collect, process_, 100).detach();
-        } catch (const std::system_error&) { // no more threads are to be had
-            collect(process_, 1);
-        }
-    }
-
-    static void collect(pid_t process, int milliseconds)
-    {
-        for (int attempt = 0; attempt < milliseconds; ++attempt) {
-            if (waitpid(process, nullptr, WNOHANG) != 0)
-                return;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        ::kill(process, SIGKILL);
-        waitpid(process, nullptr, 0);
-    }
-
     void signal(int number) const
     {
         if (process_ > 0)
-            sendSignal(pidfd_, number);
+            sendSignal(pidfd_.get(), number);
     }
 
     void closeAll()
     {
-        closeDescriptor(pidfd_);
-        closeDescriptor(outputRead_);
-        closeDescriptor(outputWrite_);
+        pidfd_.close();
+        outputRead_.close();
+        outputWrite_.close();
     }
 
     TWLinuxProcessLauncher& launcher_;
@@ -214,23 +194,44 @@ private:
     Terminated terminated_;
     TWTermination termination_;
     pid_t process_ = -1;
-    int pidfd_ = -1;
-    int outputRead_ = -1;
-    int outputWrite_ = -1; // held open so that the child's end does not wake the loop twice
+    TWDescriptor pidfd_;
+    TWDescriptor outputRead_;
+    TWDescriptor outputWrite_; // held open so that the child's end does not wake the loop twice
     std::unique_ptr<TWRunLoopHandle> failure_;
 };
 
 TWLinuxProcessLauncher::TWLinuxProcessLauncher(TWRunLoop& loop)
     : loop_(loop)
     , epoll_(epoll_create1(EPOLL_CLOEXEC))
-    , watch_(loop.whenReadable(epoll_, [this] { serveEvents(); }))
+    , watch_(loop.whenReadable(epoll_.get(), [this] { serveEvents(); }))
 {
 }
 
+// The program may be about to end: no tool goes on without it.
 TWLinuxProcessLauncher::~TWLinuxProcessLauncher()
 {
-    watch_.reset();
-    closeDescriptor(epoll_);
+    collectAbandoned();
+    for (const auto& [identifier, child] : abandoned_)
+        sendSignal(child.pidfd.get(), SIGKILL);
+    collectAbandoned();
+}
+
+void TWLinuxProcessLauncher::abandon(std::uint64_t identifier, pid_t process, TWDescriptor pidfd)
+{
+    auto patience
+        = loop_.after(Patience, [this, identifier] { sendSignal(abandoned_[identifier].pidfd.get(), SIGKILL); });
+    abandoned_[identifier] = { process, std::move(pidfd), std::move(patience) };
+}
+
+void TWLinuxProcessLauncher::collectAbandoned()
+{
+    const auto end = std::chrono::steady_clock::now() + Patience;
+    for (;;) {
+        std::erase_if(abandoned_, [](const auto& each) { return collect(each.second.process); });
+        if (abandoned_.empty() || std::chrono::steady_clock::now() > end)
+            return;
+        std::this_thread::sleep_for(1ms);
+    }
 }
 
 std::unique_ptr<TWChildProcess> TWLinuxProcessLauncher::launch(const std::string& path,
@@ -246,20 +247,21 @@ bool TWLinuxProcessLauncher::watch(int descriptor, std::uint64_t tag) const
     epoll_event event{};
     event.events = EPOLLIN;
     event.data.u64 = tag;
-    return epoll_ctl(epoll_, EPOLL_CTL_ADD, descriptor, &event) == 0;
+    return epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
 }
 
 void TWLinuxProcessLauncher::serveEvents()
 {
     epoll_event events[16];
-    const int count = epoll_wait(epoll_, events, 16, 0);
+    const int count = epoll_wait(epoll_.get(), events, 16, 0);
     for (int index = 0; index < count; ++index) {
         const auto tag = events[index].data.u64;
         // Looked up anew each time: an earlier call may have destroyed the child.
         const auto found = children_.find(tag & ~OutputBit);
         if (found == children_.end())
-            continue;
-        if (tag & OutputBit)
+            std::erase_if(
+                abandoned_, [tag](const auto& each) { return each.first == tag && collect(each.second.process); });
+        else if (tag & OutputBit)
             found->second->drainOutput();
         else
             found->second->ended();

@@ -2,12 +2,16 @@
 
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
+#include "platform/posix/TWDescriptor.h"
+
+#include <sys/types.h>
 
 #include <cstdint>
 #include <unordered_map>
 
 // posix_spawn (no copy of our memory, however large it is), one pidfd per child, all of them behind one epoll
-// descriptor that the run loop watches. No process-wide signal handler.
+// descriptor that the run loop watches. No process-wide signal handler. Destroying the launcher kills the children that
+// were destroyed before they had ended.
 class TWLinuxProcessLauncher final : public TWProcessLauncher {
 public:
     explicit TWLinuxProcessLauncher(TWRunLoop&);
@@ -19,12 +23,22 @@ public:
 private:
     class Child;
 
+    // A child that was destroyed and told to end, until it has ended.
+    struct Abandoned {
+        pid_t process = -1;
+        TWDescriptor pidfd;
+        std::unique_ptr<TWRunLoopHandle> patience;
+    };
+
     void serveEvents();
+    void abandon(std::uint64_t identifier, pid_t, TWDescriptor pidfd);
+    void collectAbandoned();
     bool watch(int descriptor, std::uint64_t tag) const;
 
     TWRunLoop& loop_;
-    int epoll_ = -1;
+    const TWDescriptor epoll_;
     std::unordered_map<std::uint64_t, Child*> children_; // each removes itself
+    std::unordered_map<std::uint64_t, Abandoned> abandoned_;
     std::uint64_t nextIdentifier_ = 0;
     std::unique_ptr<TWRunLoopHandle> watch_;
 };

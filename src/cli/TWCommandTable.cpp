@@ -1,0 +1,24 @@
+#include "cli/TWCommandTable.h"
+
+#include "cli/TWCleanCommand.h"
+#include "cli/TWDemoCommand.h"
+#include "cli/TWFilesCommands.h"
+#include "cli/TWPathsCommand.h"
+#include "cli/TWSettingsCommands.h"
+#include "cli/TWWordsCommands.h"
+
+namespace {
+
+TWCommandGroup windowCommand()
+{
+    return { "", "", { { "", "", TWCommandKind::OpensWindow, {}, nullptr } } };
+}
+
+}
+
+std::span<const TWCommandGroup> TWCommandTable()
+{
+    static const TWCommandGroup table[] = { windowCommand(), TWCleanCommands(), TWSettingsCommands(), TWWordsCommands(),
+        TWFilesCommands(), TWPathsCommands(), TWDemoCommands() };
+    return table;
+}

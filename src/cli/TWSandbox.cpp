@@ -1,0 +1,145 @@
+#include "cli/TWSandbox.h"
+
+#include "cli/TWCommandTable.h"
+#include "cli/TWPathArgument.h"
+#include "support/TWPath.h"
+#include "support/TWText.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace {
+
+constexpr auto NotUTF8
+    = "The folder \"%@\" cannot be used, since its name is not valid UTF-8. Please choose another one.\n";
+constexpr auto HoldsHome = "The folder \"%@\" cannot be a sandbox: it is your home folder or holds it. Please choose "
+                           "another one, for example a new folder.\n";
+constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
+constexpr auto NoDemoFolder
+    = "No folder for the demonstration could be made (%@). Please name one: \"tidewell demo DIR\".\n";
+constexpr auto DemoNotEmpty
+    = "The folder \"%@\" is not empty. Please name a new or an empty one for the demonstration.\n";
+constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
+                              "link or choose another folder.\n";
+
+// True for the real home, every folder above it, and whatever path leads to one of them.
+bool holdsHome(const TWFileSystem& fileSystem, const std::string& folder, const std::string& home)
+{
+    if (TWPath::isAtOrBelow(home, folder))
+        return true;
+    const auto realHome = fileSystem.realPath(home, TWLinkAtEnd::Follow);
+    const auto realFolder = fileSystem.realPath(folder, TWLinkAtEnd::Follow);
+    if (realHome && realFolder && TWPath::isAtOrBelow(*realHome, *realFolder))
+        return true;
+    int error = 0;
+    const auto held = fileSystem.holdFolder(realHome.value_or("/"), error);
+    const auto chain = held ? held->chain() : std::vector<TWFileIdentity>();
+    const auto look = fileSystem.look(folder, TWLinkAtEnd::Follow);
+    return look.isThere() && std::find(chain.begin(), chain.end(), look.facts.identity) != chain.end();
+}
+
+// True if a folder can be made at the path, or is there and has nothing in it.
+bool isNewOrEmpty(const TWFileSystem& fileSystem, const std::string& path)
+{
+    int error = 0;
+    const auto real = fileSystem.realPath(path, TWLinkAtEnd::Follow);
+    const auto open = real ? fileSystem.openFolder(*real, error) : nullptr;
+    return open ? open->entries().empty() : !fileSystem.look(path).isThere();
+}
+
+std::optional<TWPlaces> sandboxAt(const std::string& wanted, const TWHost& host, TWCommandResult& problem)
+{
+    const auto real = host.places();
+    const auto meant = TWReadPathArgument(host.fileSystem(), real, wanted);
+    const auto shown = TWText::oneLine(meant.path);
+    if (!meant.problem.empty())
+        problem = TWWrongUse(meant.problem);
+    else if (!TWText::isValidUTF8(meant.path))
+        problem = TWWrongUse(TWText::fill(NotUTF8, { shown }));
+    else if (holdsHome(host.fileSystem(), meant.path, real.realHome)
+        || holdsHome(host.fileSystem(), meant.path + "/home", real.realHome))
+        problem = TWWrongUse(TWText::fill(HoldsHome, { shown }));
+    if (problem.status != TWStatus::Success)
+        return std::nullopt;
+    int error = host.ownFiles().makeFolders(meant.path + "/home");
+    const auto root = error == 0 ? host.fileSystem().realPath(meant.path, TWLinkAtEnd::Follow, &error) : std::nullopt;
+    if (root)
+        return host.sandboxPlaces(*root);
+    problem = { TWStatus::Failure, "", TWText::fill(NoSandbox, { shown, TWErrorText(error) }) };
+    return std::nullopt;
+}
+
+std::optional<TWPlaces> newSandboxAt(const std::string& wanted, const TWHost& host, TWCommandResult& problem)
+{
+    if (wanted.empty()) {
+        int error = 0;
+        if (const auto folder = host.makeTemporaryFolder(error))
+            return sandboxAt(*folder, host, problem);
+        problem = { TWStatus::Failure, "", TWText::fill(NoDemoFolder, { TWErrorText(error) }) };
+        return std::nullopt;
+    }
+    const auto meant = TWReadPathArgument(host.fileSystem(), host.places(), wanted);
+    if (meant.problem.empty() && isNewOrEmpty(host.fileSystem(), meant.path))
+        return sandboxAt(wanted, host, problem);
+    problem = TWWrongUse(
+        meant.problem.empty() ? TWText::fill(DemoNotEmpty, { TWText::oneLine(meant.path) }) : meant.problem);
+    return std::nullopt;
+}
+
+// A link at the path, or on the way to it from the sandbox's root, that leads out of the sandbox or nobody knows where;
+// "" if there is none.
+std::string linkOut(const TWFileSystem& fileSystem, const std::string& root, std::string path)
+{
+    for (; path.size() > root.size(); path = TWPath::parent(path)) {
+        const auto look = fileSystem.look(path);
+        if (!look.isThere() || look.facts.kind != TWFileKind::Link)
+            continue;
+        const auto target = fileSystem.realPath(path, TWLinkAtEnd::Follow);
+        if (!target || !TWPath::isAtOrBelow(*target, root))
+            return path;
+    }
+    return "";
+}
+
+// The same for the folder and everything directly in it: whatever file is opened there, it lies in the sandbox.
+std::string linkOutOfFolder(const TWFileSystem& fileSystem, const std::string& root, const std::string& folder)
+{
+    if (auto link = linkOut(fileSystem, root, folder); !link.empty())
+        return link;
+    int error = 0;
+    const auto real = fileSystem.realPath(folder, TWLinkAtEnd::Follow);
+    const auto open = real ? fileSystem.openFolder(*real, error) : nullptr;
+    if (!open)
+        return "";
+    for (const auto& entry : open->entries()) {
+        if (auto link = linkOut(fileSystem, root, *real + "/" + std::string(entry.name)); !link.empty())
+            return link;
+    }
+    return "";
+}
+
+}
+
+std::optional<TWPlaces> TWPlacesFor(const TWInvocation& invocation, const TWHost& host, TWCommandResult& problem)
+{
+    if (invocation.row->kind == TWCommandKind::CleansNewSandbox)
+        return newSandboxAt(invocation.text(invocation.row->arguments.front().name), host, problem);
+    return invocation.sandbox ? sandboxAt(*invocation.sandbox, host, problem) : host.places();
+}
+
+std::string TWProblemOfPlaces(const TWFileSystem& fileSystem, const TWPlaces& places, const std::string& dataFolder)
+{
+    // The settings file could not be written.
+    if (!TWText::isValidUTF8(places.settingsFile()))
+        return TWText::fill(NotUTF8, { TWText::oneLine(places.configHome) });
+    if (!places.sandboxed())
+        return "";
+    for (const auto& folder : { places.home, places.settingsFolder(), dataFolder, places.runtimeFolder }) {
+        const auto& root = places.sandboxRoot;
+        const auto link
+            = folder == places.home ? linkOut(fileSystem, root, folder) : linkOutOfFolder(fileSystem, root, folder);
+        if (!link.empty())
+            return TWText::fill(SandboxLeaks, { TWText::oneLine(root), TWText::oneLine(link) });
+    }
+    return "";
+}

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "cli/TWCommandTable.h"
+
+// `tidewell settings ...`.
+TWCommandGroup TWSettingsCommands();

@@ -1,0 +1,97 @@
+#include "platform/linux/TWLinuxHost.h"
+
+#include "platform/linux/TWLinuxEndRequests.h"
+#include "platform/linux/TWLinuxMountTable.h"
+#include "platform/linux/TWLinuxPeer.h"
+#include "platform/linux/TWLinuxPlaces.h"
+#include "platform/linux/TWLinuxProcessLauncher.h"
+#include "platform/posix/TWPosixLocks.h"
+#include "platform/posix/TWSocketHandover.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+
+std::unique_ptr<TWHost> TWMakeHost()
+{
+    return std::make_unique<TWLinuxHost>();
+}
+
+void TWLinuxHost::prepareProcess() const
+{
+    // Otherwise a file that is opened later could become the standard output by taking its number.
+    for (const int descriptor : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", O_RDWR); // gets the lowest free number, which is this one
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+TWPlaces TWLinuxHost::places() const
+{
+    return TWLinuxPlaces();
+}
+
+TWPlaces TWLinuxHost::sandboxPlaces(const std::string& root) const
+{
+    return TWLinuxSandboxPlaces(root);
+}
+
+std::unique_ptr<TWProcessLauncher> TWLinuxHost::makeLauncher(TWRunLoop& runLoop) const
+{
+    return std::make_unique<TWLinuxProcessLauncher>(runLoop);
+}
+
+std::unique_ptr<TWMountTable> TWLinuxHost::makeMountTable() const
+{
+    return std::make_unique<TWLinuxMountTable>();
+}
+
+std::unique_ptr<TWLocks> TWLinuxHost::makeLocks() const
+{
+    return std::make_unique<TWPosixLocks>();
+}
+
+std::unique_ptr<TWHandover> TWLinuxHost::makeHandover(const TWPlaces& places, const std::string& dataFolder) const
+{
+    return std::make_unique<TWSocketHandover>(TWSocketHandover::Setup{
+        fileSystem_, dataFolder, places.sandboxRoot, places.runtimeFolder, TWLinuxPeerIsThisUser });
+}
+
+void TWLinuxHost::holdEndRequests() const
+{
+    TWLinuxEndRequests::hold();
+}
+
+std::unique_ptr<TWRunLoopHandle> TWLinuxHost::whenToldToEnd(TWRunLoop& runLoop, std::function<void()> requested) const
+{
+    return std::make_unique<TWLinuxEndRequests>(runLoop, std::move(requested));
+}
+
+std::optional<std::string> TWLinuxHost::makeTemporaryFolder(int& error) const
+{
+    auto folder = places().temporaryFolder + "/tidewell-XXXXXX";
+    if (mkdtemp(folder.data()))
+        return folder;
+    error = errno;
+    return std::nullopt;
+}
+
+bool TWLinuxHost::hasDisplay() const
+{
+    for (const auto* variable : { "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM" }) {
+        const char* value = std::getenv(variable);
+        if (value && *value)
+            return true;
+    }
+    return false;
+}
+
+int TWLinuxHost::becomeProgram(const std::string& path, char** arguments) const
+{
+    execv(path.c_str(), arguments);
+    return errno;
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/TWHost.h"
+#include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/posix/TWPosixOwnFiles.h"
+
+class TWLinuxHost final : public TWHost {
+public:
+    void prepareProcess() const override;
+    TWPlaces places() const override;
+    TWPlaces sandboxPlaces(const std::string& root) const override;
+    const TWFileSystem& fileSystem() const override { return fileSystem_; }
+    const TWOwnFiles& ownFiles() const override { return ownFiles_; }
+    std::unique_ptr<TWProcessLauncher> makeLauncher(TWRunLoop&) const override;
+    std::unique_ptr<TWMountTable> makeMountTable() const override;
+    std::unique_ptr<TWLocks> makeLocks() const override;
+    std::unique_ptr<TWHandover> makeHandover(const TWPlaces&, const std::string& dataFolder) const override;
+    void holdEndRequests() const override;
+    std::unique_ptr<TWRunLoopHandle> whenToldToEnd(TWRunLoop&, std::function<void()>) const override;
+    std::optional<std::string> makeTemporaryFolder(int& error) const override;
+    bool hasDisplay() const override;
+    int becomeProgram(const std::string& path, char** arguments) const override;
+
+private:
+    const TWLinuxFileSystem fileSystem_;
+    const TWPosixOwnFiles ownFiles_;
+};

@@ -1,0 +1,311 @@
+#include "platform/posix/TWSocketHandover.h"
+
+#include "support/TWPath.h"
+#include "support/TWText.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto OtherLists
+    = "The open Tidewell window works on other lists than this command: on those in \"%@\". Nothing "
+      "was changed. Please close the window, then try again.\n";
+constexpr auto OtherVersion = "The open Tidewell window is of another version than this command. Nothing was changed. "
+                              "Please close the window, then try again.\n";
+constexpr auto TooLong
+    = "The command is too long to be handed to the open Tidewell window. Nothing was changed. Please "
+      "close the window, then try again.\n";
+constexpr auto AnswerTooLong = "The command was carried out, but its output is too long to be shown.\n";
+constexpr auto NoAnswer
+    = "The Tidewell window ended before it had answered. Please look whether the command was carried out.\n";
+
+// The first field of every message: programs of different versions do not talk to each other.
+constexpr auto Protocol = "Tidewell handover 1";
+constexpr std::size_t AnswerFields = 3;
+
+// For a whole message, and for the answer to be taken.
+constexpr auto Patience = 5000ms;
+constexpr auto BetweenTries = 10ms;
+constexpr std::size_t PieceSize = 65536;
+constexpr int WaitingClients = 16;
+
+// A longer path would be cut by the system.
+bool fitsSocket(const std::string& path)
+{
+    return !path.empty() && path.size() < sizeof(sockaddr_un::sun_path);
+}
+
+sockaddr_un addressOf(const std::string& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
+}
+
+// True if only this user, and root, can put something into the folder.
+bool isPrivate(const std::string& folder)
+{
+    struct stat found;
+    return stat(folder.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && (found.st_mode & (S_IWGRP | S_IWOTH)) == 0
+        && (found.st_uid == geteuid() || found.st_uid == 0);
+}
+
+// True for a socket of this user; a link to one is none.
+bool isOurSocket(const std::string& path)
+{
+    struct stat found;
+    return lstat(path.c_str(), &found) == 0 && S_ISSOCK(found.st_mode) && found.st_uid == geteuid();
+}
+
+enum class Blocking { Yes, No };
+
+// Children do not inherit it.
+bool prepare(int descriptor, Blocking blocking)
+{
+    return fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0
+        && (blocking == Blocking::Yes || fcntl(descriptor, F_SETFL, O_NONBLOCK) == 0);
+}
+
+TWDescriptor makeSocket(Blocking blocking)
+{
+    TWDescriptor made(socket(AF_UNIX, SOCK_STREAM, 0));
+    return made.isOpen() && prepare(made.get(), blocking) ? std::move(made) : TWDescriptor();
+}
+
+bool sendAll(int socket, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const auto sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(sent));
+        else if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
+
+// Waits for one whole message. Nothing if the other end goes away before.
+std::optional<TWHandoverMessage::Fields> receiveAll(int socket)
+{
+    std::string received;
+    TWHandoverMessage::Fields fields;
+    std::vector<char> piece(PieceSize);
+    for (auto state = TWHandoverMessage::State::Incomplete; state != TWHandoverMessage::State::Complete;) {
+        const auto length = recv(socket, piece.data(), piece.size(), 0);
+        if (length < 0 && errno == EINTR)
+            continue;
+        if (length <= 0)
+            return std::nullopt;
+        received.append(piece.data(), static_cast<std::size_t>(length));
+        state = TWHandoverMessage::unpack(received, fields);
+        if (state == TWHandoverMessage::State::Broken)
+            return std::nullopt;
+    }
+    return fields;
+}
+
+}
+
+// A command that has connected to the window: its message arrives and the answer leaves while the event loop goes on.
+class TWSocketHandover::Client final {
+public:
+    Client(TWSocketHandover& owner, TWRunLoop& runLoop, TWDescriptor socket)
+        : owner_(owner)
+        , runLoop_(runLoop)
+        , socket_(std::move(socket))
+        , watch_(runLoop.whenReadable(socket_.get(), [this] { receivePiece(); }))
+        , deadline_(runLoop.after(Patience, [this] { leave(); }))
+    {
+    }
+
+private:
+    // One piece per turn of the event loop.
+    void receivePiece()
+    {
+        char piece[PieceSize];
+        const auto length = recv(socket_.get(), piece, sizeof piece, 0);
+        if (length < 0 && (errno == EAGAIN || errno == EINTR))
+            return;
+        received_.append(piece, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+        TWHandoverMessage::Fields request;
+        const auto state = TWHandoverMessage::unpack(received_, request);
+        if (length <= 0 || state == TWHandoverMessage::State::Broken)
+            leave();
+        else if (state == TWHandoverMessage::State::Complete)
+            answer(request);
+    }
+
+    void answer(const TWHandoverMessage::Fields& request)
+    {
+        watch_.reset();
+        const auto result = owner_.answer(request);
+        deadline_ = runLoop_.after(Patience, [this] { leave(); });
+        const auto status = std::to_string(result.status);
+        answer_ = TWHandoverMessage::pack({ status, result.out, result.err })
+                      .value_or(TWHandoverMessage::pack({ status, "", AnswerTooLong }).value_or(""));
+        retry_ = runLoop_.every(BetweenTries, [this] { sendPiece(); });
+        sendPiece();
+    }
+
+    void sendPiece()
+    {
+        const auto sent = send(socket_.get(), answer_.data(), answer_.size(), MSG_NOSIGNAL);
+        if (sent < 0 && (errno == EAGAIN || errno == EINTR))
+            return;
+        answer_.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
+        if (sent < 0 || answer_.empty())
+            leave();
+    }
+
+    // Destroys this object.
+    void leave()
+    {
+        owner_.clients_.remove_if([this](const auto& client) { return client.get() == this; });
+    }
+
+    TWSocketHandover& owner_;
+    TWRunLoop& runLoop_;
+    const TWDescriptor socket_;
+    std::string received_;
+    std::string answer_; // what is still to be sent
+    std::unique_ptr<TWRunLoopHandle> watch_;
+    std::unique_ptr<TWRunLoopHandle> deadline_;
+    std::unique_ptr<TWRunLoopHandle> retry_;
+};
+
+TWSocketHandover::TWSocketHandover(Setup setup)
+    : setup_(std::move(setup))
+{
+}
+
+TWSocketHandover::~TWSocketHandover()
+{
+    const auto look = setup_.fileSystem.look(listenerPath_);
+    if (listener_.isOpen() && look.isThere() && look.facts.identity == listenerIdentity_)
+        unlink(listenerPath_.c_str());
+}
+
+std::vector<std::string> TWSocketHandover::socketPaths() const
+{
+    const auto look = setup_.fileSystem.look(setup_.dataFolder, TWLinkAtEnd::Follow);
+    if (!look.isFolder())
+        return {};
+    std::vector<std::string> paths{ setup_.dataFolder + "/.window.socket" };
+    char name[80];
+    std::snprintf(name, sizeof name, "/tidewell-%llx-%llx.socket",
+        static_cast<unsigned long long>(look.facts.identity.device),
+        static_cast<unsigned long long>(look.facts.identity.inode));
+    if (!setup_.runtimeFolder.empty())
+        paths.push_back(setup_.runtimeFolder + name);
+    return paths;
+}
+
+// Which lists this program works on. Asked anew each time: the folder can have been replaced.
+TWHandoverMessage::Fields TWSocketHandover::address() const
+{
+    const auto real = setup_.fileSystem.realPath(setup_.dataFolder, TWLinkAtEnd::Follow);
+    const auto identity = setup_.fileSystem.look(setup_.dataFolder, TWLinkAtEnd::Follow).facts.identity;
+    return { Protocol, real.value_or(""), std::to_string(identity.device), std::to_string(identity.inode),
+        setup_.sandboxRoot };
+}
+
+// Closed if nobody of this user listens there.
+TWDescriptor TWSocketHandover::connectTo(const std::string& path) const
+{
+    if (!fitsSocket(path) || !isPrivate(std::string(TWPath::parent(path))) || !isOurSocket(path))
+        return TWDescriptor();
+    auto socket = makeSocket(Blocking::Yes);
+    const auto address = addressOf(path);
+    int result = -1;
+    do
+        result = connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    while (result != 0 && errno == EINTR);
+    return result == 0 && setup_.peerIsThisUser(socket.get()) ? std::move(socket) : TWDescriptor();
+}
+
+bool TWSocketHandover::listen(TWRunLoop& runLoop, CarryOut carryOut)
+{
+    carryOut_ = std::move(carryOut);
+    const auto paths = socketPaths();
+    if (std::any_of(paths.begin(), paths.end(), [this](const auto& path) { return connectTo(path).isOpen(); }))
+        return false;
+    if (!std::any_of(paths.begin(), paths.end(), [this](const auto& path) { return listenAt(path); }))
+        return false;
+    watch_ = runLoop.whenReadable(listener_.get(), [this, &runLoop] { acceptClients(runLoop); });
+    return true;
+}
+
+bool TWSocketHandover::listenAt(const std::string& path)
+{
+    if (!fitsSocket(path) || !isPrivate(std::string(TWPath::parent(path))))
+        return false;
+    if (isOurSocket(path))
+        unlink(path.c_str()); // left behind by a window that was killed
+    auto socket = makeSocket(Blocking::No);
+    const auto address = addressOf(path);
+    // Nobody can connect before the socket listens, and by then only this user may.
+    if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return false;
+    listenerPath_ = path;
+    listenerIdentity_ = setup_.fileSystem.look(path).facts.identity;
+    if (chmod(path.c_str(), S_IRUSR | S_IWUSR) != 0 || ::listen(socket.get(), WaitingClients) != 0) {
+        unlink(path.c_str());
+        return false;
+    }
+    listener_ = std::move(socket);
+    return true;
+}
+
+void TWSocketHandover::acceptClients(TWRunLoop& runLoop)
+{
+    for (;;) {
+        TWDescriptor accepted(accept(listener_.get(), nullptr, nullptr));
+        if (!accepted.isOpen())
+            return;
+        if (prepare(accepted.get(), Blocking::No) && setup_.peerIsThisUser(accepted.get()))
+            clients_.push_back(std::make_unique<Client>(*this, runLoop, std::move(accepted)));
+    }
+}
+
+TWCommandResult TWSocketHandover::answer(const TWHandoverMessage::Fields& request) const
+{
+    const auto own = address();
+    if (request.empty() || request.front() != Protocol)
+        return { TWStatus::NothingRun, "", OtherVersion };
+    if (request.size() <= own.size() || !std::equal(own.begin(), own.end(), request.begin()))
+        return { TWStatus::NothingRun, "", TWText::fill(OtherLists, { TWText::oneLine(setup_.dataFolder) }) };
+    const auto workingFolder = request.begin() + static_cast<std::ptrdiff_t>(own.size());
+    return carryOut_({ workingFolder + 1, request.end() }, *workingFolder);
+}
+
+std::optional<TWCommandResult> TWSocketHandover::handOver(
+    const std::vector<std::string>& words, const std::string& workingFolder) const
+{
+    TWDescriptor socket;
+    for (const auto& path : socketPaths()) {
+        if (!socket.isOpen())
+            socket = connectTo(path);
+    }
+    if (!socket.isOpen())
+        return std::nullopt;
+    auto request = address();
+    request.push_back(workingFolder);
+    request.insert(request.end(), words.begin(), words.end());
+    const auto message = TWHandoverMessage::pack(request);
+    if (!message)
+        return TWCommandResult{ TWStatus::NothingRun, "", TooLong };
+    const auto answer = sendAll(socket.get(), *message) ? receiveAll(socket.get()) : std::nullopt;
+    if (!answer || answer->size() != AnswerFields)
+        return TWCommandResult{ TWStatus::Failure, "", NoAnswer };
+    return TWCommandResult{ std::atoi(answer->at(0).c_str()), answer->at(1), answer->at(2) };
+}

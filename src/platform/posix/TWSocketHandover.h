@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/TWFileSystem.h"
+#include "platform/TWHandover.h"
+#include "platform/TWHandoverMessage.h"
+#include "platform/posix/TWDescriptor.h"
+
+#include <list>
+
+// Hands over through a local socket that only this user can reach, in the data folder or, if no socket can be made
+// there (a path too long for a socket, a file system without sockets, a folder that others can write), in the session's
+// runtime folder. A socket is used only if it belongs to this user and no other user could have put it there, and both
+// ends check whose program the other one is.
+class TWSocketHandover final : public TWHandover {
+public:
+    struct Setup {
+        const TWFileSystem& fileSystem;
+        std::string dataFolder;
+        std::string sandboxRoot; // "" outside a sandbox
+        std::string runtimeFolder; // "" when the session has none
+        bool (*peerIsThisUser)(int socket); // asks the system about the program at the other end
+    };
+
+    explicit TWSocketHandover(Setup);
+    ~TWSocketHandover();
+
+    bool listen(TWRunLoop&, CarryOut) override;
+    std::optional<TWCommandResult> handOver(
+        const std::vector<std::string>& words, const std::string& workingFolder) const override;
+
+    // Where the window may listen, in the order of trying. Empty while there is no data folder.
+    std::vector<std::string> socketPaths() const;
+
+private:
+    class Client;
+
+    TWHandoverMessage::Fields address() const;
+    TWDescriptor connectTo(const std::string& path) const;
+    bool listenAt(const std::string& path);
+    void acceptClients(TWRunLoop&);
+    TWCommandResult answer(const TWHandoverMessage::Fields& request) const;
+
+    const Setup setup_;
+    CarryOut carryOut_;
+    TWDescriptor listener_;
+    std::string listenerPath_;
+    TWFileIdentity listenerIdentity_;
+    std::unique_ptr<TWRunLoopHandle> watch_;
+    std::list<std::unique_ptr<Client>> clients_; // each removes itself
+};

@@ -1,0 +1,126 @@
+#include "TWProgramTest.h"
+
+#include <csignal>
+#include <sched.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <thread>
+
+namespace {
+
+const std::string Dictionary = "home/.local/share/Tidewell/Dictionary.plist";
+
+class TWSandboxTest : public TWProgramTest {
+protected:
+    void expectRefused(const TWProgramResult& result, const std::string& shown, int status = 2) const
+    {
+        EXPECT_EQ(result.status, status) << shown << ": " << result.out << result.err;
+        EXPECT_EQ(result.out, "") << shown;
+        EXPECT_EQ(lines(result.err).size(), 1U) << shown << ": " << result.err;
+    }
+    void waitUntilExists(const std::string& name) const
+    {
+        for (int tries = 0; !folder_.exists(name); ++tries) {
+            ASSERT_LT(tries, 20'000) << name << " does not appear";
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+};
+
+TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
+{
+    folder_.link("alias", home_);
+    folder_.link("above", folder_.path());
+    folder_.link("box/home", home_);
+    for (const auto& path :
+        { std::string("/"), std::string("//."), home_, home_ + "/", std::string("~"), folder_.path(),
+            folder_.path("alias"), folder_.path("above"), std::string("/proc/self/root"), folder_.path("box") }) {
+        expectRefused(run({ "words", "add", "x", "--sandbox", path }), path);
+        expectRefused(run({ "--sandbox=" + path }), path); // the window
+        expectRefused(run({ "demo", path }), path);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(home_));
+
+    // No path tells that a bind mount is the same folder. The mount is seen by the child only.
+    const auto mounted = folder_.folder("mounted");
+    for (const auto& held : { home_, folder_.path() }) {
+        const auto bind = [&] {
+            return unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
+                && mount(held.c_str(), mounted.c_str(), nullptr, MS_BIND, nullptr) == 0;
+        };
+        const auto result = start({ "words", "add", "x", "--sandbox", mounted }, bind).wait();
+        if (result.status == TWProgram::CannotPrepare)
+            GTEST_SKIP() << "mounting is not permitted here";
+        expectRefused(result, held);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(home_));
+}
+
+TEST_F(TWSandboxTest, NoLinkLeadsOutOfIt)
+{
+    const auto outside = folder_.folder("outside/Tidewell");
+    const std::string data = "home/.local/share/Tidewell/";
+    int number = 0;
+    for (const auto& name : { std::string("home"), std::string("home/.local"), data + "Dictionary.plist",
+             data + ".window.socket", data + "anything", std::string("home/.config"), std::string("run") }) {
+        const auto box = "box" + std::to_string(++number);
+        folder_.link(box + "/" + name, outside);
+        expectRefused(run({ "words", "add", "x", "--sandbox", folder_.path(box) }), name);
+        folder_.link(box + "dangling/" + name, "nowhere");
+        expectRefused(run({ "words", "list", "--sandbox", folder_.path(box + "dangling") }), name,
+            name == "home" ? 1 : 2); // where no home can be made there is no sandbox
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(outside));
+    folder_.link("box/home/.config", folder_.folder("box/elsewhere"));
+    EXPECT_EQ(run({ "words", "add", "x", "--sandbox", folder_.path("box") }).status, 0);
+}
+
+TEST_F(TWSandboxTest, APathThatMeansTwoThingsIsRefused)
+{
+    folder_.folder("elsewhere/deep");
+    folder_.folder("home/plain");
+    folder_.link("home/lnk", folder_.path("elsewhere/deep"));
+    const auto inHome = [this] { return chdir(home_.c_str()) == 0; };
+    for (const std::string path : { "~/lnk/../Documents", "lnk/../Documents", "./plain/../lnk/..",
+             "plain/../lnk/../no/such/folder", "lnk/plain/../../x" }) {
+        expectRefused(start({ "files", "add", path }, inHome).wait(), path);
+        expectRefused(start({ "words", "add", "x", "--sandbox", path }, inHome).wait(), path);
+        expectRefused(start({ "demo", path }, inHome).wait(), path);
+    }
+    expectRefused(run({ "files", "add", home_ + "/lnk/.." }), "absolute");
+    EXPECT_FALSE(folder_.exists("elsewhere/Documents") || folder_.exists("home/Documents"));
+    folder_.write("home/.local/share/Tidewell/FilesRules.plist", "<plist><array/></plist>");
+    for (const std::string path : { "~/plain/../a", "plain/.././/b", "..c", "lnk", "~/.cache/d/" })
+        EXPECT_EQ(start({ "files", "add", path }, inHome).wait().status, 0) << path;
+    EXPECT_EQ(run({ "files", "list" }).out,
+        "1   on   item          ~/a  (a)\n2   on   item          ~/b  (b)\n3   on   item          ~/..c  (..c)\n"
+        "4   on   item          ~/lnk  (lnk)\n5   on   item          ~/.cache/d  (d)\n");
+}
+
+TEST_F(TWSandboxTest, WordsGoToTheirOwnWindowOnly)
+{
+    const auto lock = open(folder_.write(Data + std::string(".lists.lock"), "").c_str(), O_RDWR | O_CLOEXEC);
+    const auto window = start({});
+    waitUntilExists(Data + std::string(".window.socket"));
+    ASSERT_EQ(flock(lock, LOCK_EX), 0); // once the window has let it go; from now on only the window can write
+    EXPECT_EQ(run({ "words", "add", "ours" }).status, 0);
+    EXPECT_EQ(run({ "words", "list" }).out, "ours\n");
+    EXPECT_EQ(run({ "words", "add", "\xFF" }).status, 2) << "the window's answer";
+    EXPECT_EQ(run({}).status, 0) << "a second start brings the window forward";
+
+    // Somebody has laid the real window's socket into a sandbox.
+    const auto box = folder_.folder("box");
+    const auto boxedData = folder_.folder("box/home/.local/share/Tidewell");
+    std::filesystem::create_hard_link(
+        folder_.path(Data + std::string(".window.socket")), boxedData + "/.window.socket");
+    expectRefused(run({ "words", "add", "theirs", "--sandbox", box }), "from a sandbox", 3);
+    EXPECT_EQ(run({ "words", "list" }).out, "ours\n");
+
+    kill(window.process(), SIGHUP);
+    EXPECT_EQ(window.wait().status, 0);
+    expectRefused(run({ "words", "add", "later" }), "the lists are locked", 3);
+    close(lock);
+    EXPECT_EQ(run({ "words", "remove", "ours" }).status, 0);
+}
+
+}

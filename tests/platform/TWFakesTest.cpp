@@ -1,0 +1,34 @@
+// The fakes keep the same promises as the bodies whose place they take.
+
+#include "fakes/TWFakes.h"
+#include "contracts/TWLocksContract.h"
+#include "contracts/TWProcessLauncherContract.h"
+#include "contracts/TWRunLoopContract.h"
+#include "contracts/TWUserDefaultsContract.h"
+
+namespace {
+
+struct Launcher {
+    explicit Launcher(TWFakeMachine& machine)
+        : recorder(machine.launcher)
+    {
+        recorder.lasting = { "/bin/sleep" };
+        recorder.missing = { "/missing" };
+    }
+    TWProcessLauncher& launcher() { return recorder; }
+
+    TWRecordingLauncher& recorder;
+};
+
+struct UserDefaults {
+    TWUserDefaults& defaults() { return fake; }
+
+    TWFakeUserDefaults fake;
+};
+
+}
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWRunLoopContract, TWFakeRunLoop);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWLocksContract, TWFakeLocks);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, Launcher);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWUserDefaultsContract, UserDefaults);

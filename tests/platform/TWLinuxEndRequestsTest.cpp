@@ -1,0 +1,29 @@
+#include "platform/linux/TWLinuxEndRequests.h"
+
+#include "fakes/TWFakeRunLoop.h"
+
+#include <csignal>
+
+TEST(TWLinuxEndRequestsTest, RequestsToEndBecomeEventsUnlessTheyAreIgnored)
+{
+    sigset_t before;
+    pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    const auto hangup = std::signal(SIGHUP, SIG_IGN); // as nohup does
+    TWFakeRunLoop runLoop;
+    int requests = 0;
+    TWLinuxEndRequests::hold();
+    const TWLinuxEndRequests watching(runLoop, [&] { ++requests; });
+    for (const int signal : { SIGHUP, SIGTERM, SIGINT }) {
+        raise(signal);
+        runLoop.runUntilIdle();
+    }
+    EXPECT_EQ(requests, 2);
+    std::signal(SIGHUP, SIG_DFL);
+    TWLinuxEndRequests::hold();
+    const TWLinuxEndRequests watchingAll(runLoop, [&] { requests += 10; });
+    raise(SIGHUP);
+    runLoop.runUntilIdle();
+    EXPECT_EQ(requests, 12);
+    std::signal(SIGHUP, hangup);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
