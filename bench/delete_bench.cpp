@@ -11,7 +11,7 @@
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "ui/TWResultsWindow.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
 

@@ -5,7 +5,7 @@
 
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "ui/TWResultsWindow.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
 #include <QHeaderView>

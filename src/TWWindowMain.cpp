@@ -6,8 +6,8 @@
 #include "platform/qt/TWQtApplicationService.h"
 #include "support/TWLog.h"
 #include "support/TWText.h"
-#include "ui/TWQtAlerts.h"
-#include "ui/TWWindowSession.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWWindowSession.h"
 
 #include <QApplication>
 

@@ -1,4 +1,4 @@
-#include "ui/TWFilesSheet.h"
+#include "ui/sheets/TWFilesSheet.h"
 
 #include "TWUITestSupport.h"
 

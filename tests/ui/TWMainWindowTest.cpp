@@ -1,8 +1,8 @@
-#include "ui/TWMainWindow.h"
+#include "ui/windows/TWMainWindow.h"
 
 #include "TWUITestSupport.h"
 #include "support/TWText.h"
-#include "ui/TWSpinner.h"
+#include "ui/parts/TWSpinner.h"
 
 #include <QApplication>
 #include <QCheckBox>

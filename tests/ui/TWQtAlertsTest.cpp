@@ -1,4 +1,4 @@
-#include "ui/TWQtAlerts.h"
+#include "ui/windows/TWQtAlerts.h"
 
 #include "TWUITestSupport.h"
 

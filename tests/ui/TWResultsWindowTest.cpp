@@ -1,7 +1,7 @@
-#include "ui/TWResultsWindow.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include "TWUITestSupport.h"
-#include "ui/TWResultsModel.h"
+#include "ui/windows/TWResultsModel.h"
 
 #include <QComboBox>
 #include <QLineEdit>

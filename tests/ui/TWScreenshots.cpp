@@ -1,11 +1,11 @@
 // Pictures of all windows for people to look at: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter=TWScreenshots*
 
 #include "TWUITestSupport.h"
-#include "ui/TWDictionarySheet.h"
-#include "ui/TWFilesSheet.h"
-#include "ui/TWMainWindow.h"
-#include "ui/TWQtAlerts.h"
-#include "ui/TWResultsWindow.h"
+#include "ui/sheets/TWDictionarySheet.h"
+#include "ui/sheets/TWFilesSheet.h"
+#include "ui/windows/TWMainWindow.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
-#include "ui/TWTokenField.h"
+#include "ui/parts/TWTokenField.h"
 
 #include "TWUITestSupport.h"
-#include "ui/TWDictionarySheet.h"
+#include "ui/sheets/TWDictionarySheet.h"
 
 #include <QApplication>
 #include <QClipboard>

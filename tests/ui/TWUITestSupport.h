@@ -4,7 +4,7 @@
 #include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "ui/TWHelpWindow.h"
+#include "ui/windows/TWHelpWindow.h"
 
 #include <QCoreApplication>
 #include <QLabel>

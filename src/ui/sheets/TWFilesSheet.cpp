@@ -1,11 +1,11 @@
-#include "ui/TWFilesSheet.h"
+#include "ui/sheets/TWFilesSheet.h"
 
 #include "support/TWPath.h"
-#include "ui/TWFilesTable.h"
-#include "ui/TWFilesTableModel.h"
-#include "ui/TWHelpWindow.h"
-#include "ui/TWMessageBar.h"
-#include "ui/TWQtText.h"
+#include "ui/parts/TWMessageBar.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/sheets/TWFilesTable.h"
+#include "ui/sheets/TWFilesTableModel.h"
+#include "ui/windows/TWHelpWindow.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

@@ -1,7 +1,7 @@
-#include "ui/TWFilesTable.h"
+#include "ui/sheets/TWFilesTable.h"
 
-#include "ui/TWFilesDelegate.h"
-#include "ui/TWFilesTableModel.h"
+#include "ui/sheets/TWFilesDelegate.h"
+#include "ui/sheets/TWFilesTableModel.h"
 
 #include <QDropEvent>
 #include <QHeaderView>

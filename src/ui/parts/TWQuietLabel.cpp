@@ -1,4 +1,4 @@
-#include "ui/TWQuietLabel.h"
+#include "ui/parts/TWQuietLabel.h"
 
 #include <QEvent>
 #include <QFontInfo>

@@ -1,6 +1,6 @@
-#include "ui/TWHelpWindow.h"
+#include "ui/windows/TWHelpWindow.h"
 
-#include "ui/TWQtText.h"
+#include "ui/parts/TWQtText.h"
 
 #include <QEvent>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "ui/TWMessageBar.h"
+#include "ui/parts/TWMessageBar.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/TWMainWindow.h"
+#include "ui/windows/TWMainWindow.h"
 
 #include <memory>
 

@@ -1,9 +1,9 @@
-#include "ui/TWWindowSession.h"
+#include "ui/windows/TWWindowSession.h"
 
 #include "editors/TWFilesWindowController.h"
-#include "ui/TWDictionarySheet.h"
-#include "ui/TWFilesSheet.h"
-#include "ui/TWHelpWindow.h"
+#include "ui/sheets/TWDictionarySheet.h"
+#include "ui/sheets/TWFilesSheet.h"
+#include "ui/windows/TWHelpWindow.h"
 
 #include <QApplication>
 

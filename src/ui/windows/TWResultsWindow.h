@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/TWResultsWindowController.h"
-#include "ui/TWResultsFilter.h"
+#include "ui/windows/TWResultsFilter.h"
 
 #include <QWidget>
 

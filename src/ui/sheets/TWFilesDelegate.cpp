@@ -1,6 +1,6 @@
-#include "ui/TWFilesDelegate.h"
+#include "ui/sheets/TWFilesDelegate.h"
 
-#include "ui/TWFilesTableModel.h"
+#include "ui/sheets/TWFilesTableModel.h"
 
 #include <QComboBox>
 #include <QLineEdit>

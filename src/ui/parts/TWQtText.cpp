@@ -1,4 +1,4 @@
-#include "ui/TWQtText.h"
+#include "ui/parts/TWQtText.h"
 
 #include "support/TWText.h"
 

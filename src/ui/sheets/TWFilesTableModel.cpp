@@ -1,6 +1,6 @@
-#include "ui/TWFilesTableModel.h"
+#include "ui/sheets/TWFilesTableModel.h"
 
-#include "ui/TWQtText.h"
+#include "ui/parts/TWQtText.h"
 
 TWFilesTableModel::TWFilesTableModel(TWFilesWindowController& controller, QObject* parent)
     : QAbstractTableModel(parent)

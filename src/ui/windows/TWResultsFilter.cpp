@@ -1,6 +1,6 @@
-#include "ui/TWResultsFilter.h"
+#include "ui/windows/TWResultsFilter.h"
 
-#include "ui/TWResultsModel.h"
+#include "ui/windows/TWResultsModel.h"
 
 void TWResultsFilter::setFilter(const QString& text, Kind kind)
 {

@@ -1,6 +1,6 @@
-#include "ui/TWResultsModel.h"
+#include "ui/windows/TWResultsModel.h"
 
-#include "ui/TWQtText.h"
+#include "ui/parts/TWQtText.h"
 
 #include <QColor>
 

@@ -1,8 +1,8 @@
-#include "ui/TWMainWindow.h"
+#include "ui/windows/TWMainWindow.h"
 
 #include "support/TWText.h"
-#include "ui/TWQtText.h"
-#include "ui/TWResultsWindow.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>

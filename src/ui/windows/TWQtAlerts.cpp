@@ -1,6 +1,6 @@
-#include "ui/TWQtAlerts.h"
+#include "ui/windows/TWQtAlerts.h"
 
-#include "ui/TWQtText.h"
+#include "ui/parts/TWQtText.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,9 +1,9 @@
-#include "ui/TWDictionarySheet.h"
+#include "ui/sheets/TWDictionarySheet.h"
 
-#include "ui/TWHelpWindow.h"
-#include "ui/TWMessageBar.h"
-#include "ui/TWQtText.h"
-#include "ui/TWTokenField.h"
+#include "ui/parts/TWMessageBar.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/parts/TWTokenField.h"
+#include "ui/windows/TWHelpWindow.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

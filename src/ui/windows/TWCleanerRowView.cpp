@@ -1,8 +1,8 @@
-#include "ui/TWCleanerRowView.h"
+#include "ui/windows/TWCleanerRowView.h"
 
-#include "ui/TWIconView.h"
-#include "ui/TWQuietLabel.h"
-#include "ui/TWSpinner.h"
+#include "ui/parts/TWIconView.h"
+#include "ui/parts/TWQuietLabel.h"
+#include "ui/parts/TWSpinner.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

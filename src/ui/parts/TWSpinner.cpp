@@ -1,4 +1,4 @@
-#include "ui/TWSpinner.h"
+#include "ui/parts/TWSpinner.h"
 
 #include <QPainter>
 

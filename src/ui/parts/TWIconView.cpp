@@ -1,4 +1,4 @@
-#include "ui/TWIconView.h"
+#include "ui/parts/TWIconView.h"
 
 #include <QPainter>
 

@@ -1,4 +1,4 @@
-#include "ui/TWTypedWords.h"
+#include "ui/parts/TWTypedWords.h"
 
 #include <QRegularExpression>
 

@@ -1,7 +1,7 @@
-#include "ui/TWResultsWindow.h"
+#include "ui/windows/TWResultsWindow.h"
 
-#include "ui/TWQtText.h"
-#include "ui/TWResultsModel.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/windows/TWResultsModel.h"
 
 #include <QAction>
 #include <QClipboard>

@@ -1,7 +1,7 @@
-#include "ui/TWTokenField.h"
+#include "ui/parts/TWTokenField.h"
 
-#include "ui/TWQtText.h"
-#include "ui/TWTypedWords.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/parts/TWTypedWords.h"
 
 #include <QClipboard>
 #include <QEvent>

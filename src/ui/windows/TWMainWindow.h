@@ -3,7 +3,7 @@
 #include "app/TWApplicationWindows.h"
 #include "app/TWCleanerLines.h"
 #include "app/TWTidewellAppDelegate.h"
-#include "ui/TWCleanerRowView.h"
+#include "ui/windows/TWCleanerRowView.h"
 
 #include <QMainWindow>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/TWTokenLayout.h"
+#include "ui/parts/TWTokenLayout.h"
 
 #include <QAbstractScrollArea>
 #include <QStringList>

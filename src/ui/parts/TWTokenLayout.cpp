@@ -1,4 +1,4 @@
-#include "ui/TWTokenLayout.h"
+#include "ui/parts/TWTokenLayout.h"
 
 #include <algorithm>
 
