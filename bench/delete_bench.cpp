@@ -88,8 +88,8 @@ int main(int count, char** arguments)
     Queue queue(tools, paths);
     std::unique_ptr<TWResultsWindow> window;
     if (showing) {
-        window
-            = std::make_unique<TWResultsWindow>(queue.messages(), QString::fromStdString(places.resources + "/icons"));
+        window = std::make_unique<TWResultsWindow>(
+            queue.messages(), QString::fromStdString(places.resources + "/icons"), "/");
         window->show();
         QCoreApplication::processEvents();
     }

@@ -68,7 +68,7 @@ class Ours final : public Shown {
 public:
     Ours()
         : controller_(runLoop_)
-        , window_(controller_, QString::fromStdString(TWLinuxPlaces().resources + "/icons"))
+        , window_(controller_, QString::fromStdString(TWLinuxPlaces().resources + "/icons"), "/")
     {
         window_.show();
     }

@@ -95,8 +95,7 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
         return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
-    TWWindowSession session(delegate);
-    alerts.setWindow(&session.mainWindow());
+    TWWindowSession session(delegate, alerts);
     EndOnSignal ending(system.runLoop(), delegate);
     const TWStopSignals stopping(system.runLoop(), [&] { ending.signalled(); });
     if (!handover.listen(

@@ -3,7 +3,7 @@
 #include <QIcon>
 #include <QLabel>
 
-// A picture of fixed size, sharp at every scale of the screen and greyed out while it is disabled.
+// A picture of fixed size, sharp at every screen scale and greyed out while it is disabled.
 class TWIconView final : public QLabel {
     Q_OBJECT
 

@@ -2,7 +2,7 @@
 
 #include <QLabel>
 
-// One line in small, subdued letters. What does not fit is cut at the end, and the whole text is then its tooltip.
+// One line in small, subdued letters. A text that does not fit is elided at the end and shown in full by the tooltip.
 class TWQuietLabel final : public QLabel {
     Q_OBJECT
 

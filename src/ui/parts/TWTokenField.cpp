@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QHelpEvent>
 #include <QLineEdit>
+#include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -26,10 +27,11 @@ QString shown(const QString& word)
     return word.isEmpty() ? TWTokenField::tr("(empty)") : TWQtText::shown(TWQtText::bytes(word));
 }
 
-QColor mixed(const QColor& ground, const QColor& tint, float share)
+QColor mixed(const QColor& background, const QColor& tint, float share)
 {
-    return QColor::fromRgbF(ground.redF() * (1 - share) + tint.redF() * share,
-        ground.greenF() * (1 - share) + tint.greenF() * share, ground.blueF() * (1 - share) + tint.blueF() * share);
+    return QColor::fromRgbF(background.redF() * (1 - share) + tint.redF() * share,
+        background.greenF() * (1 - share) + tint.greenF() * share,
+        background.blueF() * (1 - share) + tint.blueF() * share);
 }
 
 }
@@ -50,7 +52,7 @@ TWTokenField::TWTokenField(QWidget* parent)
     input_->setAccessibleName(tr("New word"));
     input_->setFrame(false);
     input_->installEventFilter(this);
-    // Many words may be pasted at once.
+    // The user may paste many words at once.
     input_->setMaxLength(std::numeric_limits<int>::max());
     connect(input_, &QLineEdit::textChanged, this, &TWTokenField::arrange);
     connect(input_, &QLineEdit::textEdited, this, [this](const QString& typed) {
@@ -71,7 +73,7 @@ void TWTokenField::setWords(const QStringList& words)
     measure();
 }
 
-// Of the edited token among other words: behind as many of its like as before.
+// The place of the edited token in another list of words. Among several equal words it keeps its rank.
 int TWTokenField::placeOfEdited(const QStringList& words) const
 {
     if (editing_ == None)
@@ -85,17 +87,32 @@ int TWTokenField::placeOfEdited(const QStringList& words) const
     return None;
 }
 
+void TWTokenField::insertWords(const TWPlacedWords& inserted)
+{
+    auto words = words_;
+    for (const auto& each : inserted)
+        words.insert(std::min<qsizetype>(each.place, words.size()), each.word);
+    setWords(words);
+    emit wordsEdited();
+    if (editing_ != None || inserted.empty())
+        return;
+    choose(std::min(inserted.front().place, count() - 1));
+    for (const auto& each : inserted)
+        selected_.insert(std::min(each.place, count() - 1));
+    updateDescription();
+}
+
 void TWTokenField::finishTyping()
 {
     if (editing_ == None && input_->text().isEmpty())
         return;
-    // A word from a file may hold a comma: it is cut only when it was changed.
+    // A word from a file may hold a comma, so a word that was not changed is not split.
     if (editing_ != None && input_->text() == words_[editing_]) {
         leaveEdited();
         return;
     }
     auto words = TWTypedWords(input_->text(), afterComma_ && editing_ == None).words;
-    // A token that was cleared while editing is an empty word.
+    // A token that the user has cleared is an empty word.
     if (words.isEmpty())
         words.append(QString());
     afterComma_ = false;
@@ -106,12 +123,18 @@ void TWTokenField::discardTyping()
 {
     editing_ = None;
     afterComma_ = false;
-    input_->clear();
+    clearInput();
     backToInput();
-    arrange(); // clearing what is empty tells nobody
+    arrange(); // an empty input that is cleared sends no signal
 }
 
-// The token stays as it was, and is selected.
+// Unlike clear(), this forgets the typing, so that Ctrl+Z does not bring back a word that was ended long ago.
+void TWTokenField::clearInput()
+{
+    input_->setText({});
+}
+
+// The token stays as it was and is selected.
 void TWTokenField::leaveEdited()
 {
     const int token = editing_;
@@ -119,8 +142,8 @@ void TWTokenField::leaveEdited()
     choose(token);
 }
 
-// Typing a comma ends a word; a pasted text ends as many as it holds, the last one too. A token being edited waits for
-// Return.
+// A typed comma ends a word. A pasted text ends as many words as it holds, including the last one. A token being edited
+// waits for Return.
 void TWTokenField::splitTyped(const QString& typed)
 {
     if (editing_ != None || !TWTypedWords::hasSeparator(typed))
@@ -130,7 +153,7 @@ void TWTokenField::splitTyped(const QString& typed)
     afterComma_ = cut.endsWithComma;
 }
 
-// The line edit would take long to lay out a long text.
+// Splits the text before the line edit sees it, which would take long to lay out a long one.
 bool TWTokenField::paste()
 {
     const auto pasted = QGuiApplication::clipboard()->text();
@@ -145,7 +168,7 @@ bool TWTokenField::paste()
 void TWTokenField::insertTyped(const QStringList& words)
 {
     const int edited = std::exchange(editing_, None);
-    input_->clear();
+    clearInput();
     const int place = edited == None ? count() : edited;
     std::vector<int> widths;
     for (const auto& word : words)
@@ -169,9 +192,12 @@ void TWTokenField::removeSelected()
         return;
     QStringList words;
     std::vector<int> widths;
+    TWPlacedWords removed;
     for (int token = 0; token < count(); ++token) {
-        if (selected_.contains(token))
+        if (selected_.contains(token)) {
+            removed.push_back({ token, words_[token] });
             continue;
+        }
         words.append(words_[token]);
         widths.push_back(widths_[static_cast<std::size_t>(token)]);
     }
@@ -183,9 +209,10 @@ void TWTokenField::removeSelected()
         choose(next);
     else
         backToInput();
+    emit wordsRemoved(removed);
 }
 
-// By the user. The tokens have other numbers now.
+// After an edit by the user: the tokens have new numbers.
 void TWTokenField::wordsChanged()
 {
     selected_.clear();
@@ -220,7 +247,7 @@ void TWTokenField::choose(int token, Qt::KeyboardModifiers modifiers)
         anchor_ = token;
     }
     current_ = token;
-    // Hides the text cursor while a token has the keys.
+    // Hides the text cursor while the keys act on a token.
     input_->setReadOnly(true);
     reveal(layout_.box(token));
     updateDescription();
@@ -261,7 +288,7 @@ bool TWTokenField::eventFilter(QObject* object, QEvent* event)
     return QAbstractScrollArea::eventFilter(object, event);
 }
 
-// True when the key is used up; otherwise the line edit has it, and after that the sheet.
+// True if the key was used. Otherwise the line edit gets it, and then the sheet.
 bool TWTokenField::inputKey(QKeyEvent& event)
 {
     const bool atStart = editing_ == None && input_->cursorPosition() == 0 && !input_->hasSelectedText();
@@ -269,7 +296,7 @@ bool TWTokenField::inputKey(QKeyEvent& event)
     switch (event.key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        // With nothing typed, Return presses the sheet's default button.
+        // If nothing is typed, Return presses the sheet's default button.
         if (empty)
             return false;
         finishTyping();
@@ -289,6 +316,10 @@ bool TWTokenField::inputKey(QKeyEvent& event)
     default:
         if (event.matches(QKeySequence::Paste))
             return paste();
+        if (event.matches(QKeySequence::Undo) && !input_->isUndoAvailable()) {
+            emit undoRequested();
+            return true;
+        }
         if (!empty || count() == 0 || !event.matches(QKeySequence::SelectAll))
             return false;
         chooseAll();
@@ -307,6 +338,8 @@ bool TWTokenField::tokenKey(QKeyEvent& event)
         removeSelected();
     } else if (event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace) {
         removeSelected();
+    } else if (event.matches(QKeySequence::Undo)) {
+        emit undoRequested();
     } else if (event.key() == Qt::Key_F2 || event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) {
         beginEditing(current_);
     } else if (const int token = moved(event.key()); token == count()) {
@@ -314,7 +347,7 @@ bool TWTokenField::tokenKey(QKeyEvent& event)
     } else if (token != None) {
         choose(token, event.modifiers() & Qt::ShiftModifier);
     } else {
-        // What is typed goes to the input behind the last token.
+        // Typing goes to the input behind the last token.
         const bool typing = !event.text().isEmpty() && event.text()[0].isPrint();
         if (!typing && !event.matches(QKeySequence::Paste))
             return false;
@@ -324,7 +357,7 @@ bool TWTokenField::tokenKey(QKeyEvent& event)
     return true;
 }
 
-// The token an arrow key leads to, their count for the input behind the last; None for other keys.
+// The token that an arrow key leads to; count() means the input behind the last token, None any other key.
 int TWTokenField::moved(int key) const
 {
     switch (key) {
@@ -356,7 +389,7 @@ void TWTokenField::mousePressEvent(QMouseEvent* event)
     const int edited = editing_;
     const int before = count();
     finishTyping();
-    // An edited token may have become several.
+    // The edited token may have become several.
     if (edited != None && token > edited)
         token += count() - before;
     if (token != None)
@@ -397,7 +430,7 @@ int TWTokenField::widthOf(const QString& word) const
     return fontMetrics().horizontalAdvance(shown(word)) + 2 * Padding;
 }
 
-// Of all words: the texts or the font have changed.
+// Measures all tokens anew, after the words or the font have changed.
 void TWTokenField::measure()
 {
     widths_.clear();
@@ -479,7 +512,7 @@ void TWTokenField::paintEvent(QPaintEvent* event)
     }
 }
 
-// Around the input, where it stands in the place of a token.
+// The frame around the input while it stands in the place of a token.
 void TWTokenField::paintFrame(QPainter& painter, int token) const
 {
     painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
@@ -487,7 +520,7 @@ void TWTokenField::paintFrame(QPainter& painter, int token) const
     painter.drawRoundedRect(QRectF(layout_.box(token)).adjusted(1, 1, -1, -1), Padding, Padding);
 }
 
-// Selection shows in the ground, and the current token in a heavier outline too.
+// A selected token has another background; the current one also has a heavier outline.
 void TWTokenField::paintToken(QPainter& painter, int token) const
 {
     const auto& box = layout_.box(token);
@@ -501,12 +534,12 @@ void TWTokenField::paintToken(QPainter& painter, int token) const
         outline.setStyle(Qt::DashLine);
         text.setAlphaF(selected ? 1 : EmptyOpacity);
     }
-    const auto ground
+    const auto background
         = word.isEmpty() ? colors.color(QPalette::Base) : mixed(colors.color(QPalette::Base), highlight, TokenTint);
     if (token == current_)
         outline.setColor(colors.color(QPalette::Text));
     painter.setPen(outline);
-    painter.setBrush(selected ? highlight : ground);
+    painter.setBrush(selected ? highlight : background);
     const double radius = box.height() / 2.0;
     painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     painter.setPen(text);
@@ -517,9 +550,11 @@ void TWTokenField::paintToken(QPainter& painter, int token) const
 
 void TWTokenField::updateDescription()
 {
-    auto description = tr("%n word(s)", nullptr, count());
-    if (current_ != None)
-        description = tr("%1; selected: %2").arg(description, shown(words_[current_]));
+    auto description = count() == 1 ? tr("1 word") : tr("%1 words").arg(QLocale().toString(count()));
+    if (selected_.size() > 1)
+        description += tr("; %1 selected").arg(QLocale().toString(selected_.size()));
+    else if (current_ != None)
+        description += tr("; selected: %1").arg(shown(words_[current_]));
     if (description == accessibleDescription())
         return;
     setAccessibleDescription(description);

@@ -9,34 +9,50 @@
 
 class QLineEdit;
 
-// A list of words, each shown as a token, edited like a text. Comma or Return ends a word; tokens are chosen with the
-// mouse or the arrow keys, edited with a double click, F2 or Return, removed with Delete or Backspace. Tokens are
-// painted and are no widgets, so that ten thousand cost no more than those in sight. The keyboard belongs to one line
-// edit all the time: it stands behind the last token, or in the place of the token being edited.
+// A word and its place in the list.
+struct TWPlacedWord {
+    int place;
+    QString word;
+};
+using TWPlacedWords = std::vector<TWPlacedWord>; // in the order of the places
+
+// A list of words, each shown as a token and edited like a text. Comma or Return ends a word; the mouse or the arrow
+// keys select tokens, a double click, F2 or Return edits one, Delete or Backspace removes those selected. Tokens are
+// painted instead of being widgets, so ten thousand cost no more than those in sight. One line edit has the keyboard
+// all the time: it stands behind the last token, or in the place of the token being edited.
 class TWTokenField final : public QAbstractScrollArea {
     Q_OBJECT
 
 public:
     explicit TWTokenField(QWidget* parent = nullptr);
 
-    // In order, with duplicates and empty words. What is typed but not ended yet is no word.
+    // In order, with duplicates and empty words. A word is not in the list until it is ended.
     const QStringList& words() const { return words_; }
 
-    // The word being typed or edited stays as it is; the edited one is a new word when its token is gone.
+    // The word being typed or edited stays as it is. If the edited token is gone, it becomes a new word.
     void setWords(const QStringList&);
+
+    // Puts removed words back, as an edit by the user, and selects them.
+    void insertWords(const TWPlacedWords&);
 
     // Ends the word being typed or edited.
     void finishTyping();
 
-    // Forgets the word being typed; a token being edited stays as it was.
+    // Drops the word being typed; a token being edited stays as it was.
     void discardTyping();
 
-    // Where a token is, in the viewport.
+    // In the viewport's coordinates.
     QRect tokenRect(int token) const;
 
 signals:
-    // By the user; not by setWords().
+    // The user has changed the words; not sent by setWords().
     void wordsEdited();
+
+    // After wordsEdited().
+    void wordsRemoved(const TWPlacedWords&);
+
+    // Ctrl+Z while there is no typing to take back.
+    void undoRequested();
 
 protected:
     bool eventFilter(QObject*, QEvent*) override;
@@ -68,6 +84,7 @@ private:
     void removeSelected();
     void wordsChanged();
     int placeOfEdited(const QStringList& words) const;
+    void clearInput();
     void beginEditing(int token);
     void leaveEdited();
 
@@ -81,10 +98,10 @@ private:
 
     QStringList words_;
     std::vector<int> widths_; // of each word's token
-    TWTokenLayout layout_; // of the tokens, and of the input as the last
+    TWTokenLayout layout_; // the tokens, and the input as the last box
     QLineEdit* input_;
     int editing_ = None; // the token in whose place the input stands
-    int current_ = None; // the token the arrow keys start from; none while typing
+    int current_ = None; // the token the arrow keys start from; None while typing
     int anchor_ = None; // where a range of selected tokens begins
     std::set<int> selected_;
     bool afterComma_ = false; // one blank that follows a comma belongs to it

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-// Places boxes of one height in lines, left to right, as many in each line as fit. Knows no widget.
+// Places boxes of equal height in lines from left to right, as many in each line as fit. It needs no widget.
 class TWTokenLayout final {
 public:
     struct Metrics {
@@ -19,13 +19,13 @@ public:
     int height() const { return height_; }
     const QRect& box(int number) const { return boxes_[static_cast<std::size_t>(number)]; }
 
-    // -1 when there is none.
+    // -1 if there is none.
     int boxAt(const QPoint&) const;
 
-    // The first box that reaches below y; their count when none does.
+    // The first box that reaches below y, or the number of boxes if none does.
     int firstBelow(int y) const;
 
-    // The box in the line above (-1) or below (1) nearest to this one; the same box in the first or last line.
+    // The nearest box in the line above (-1) or below (1). If there is no such line, the box itself.
     int neighbour(int number, int lines) const;
 
 private:

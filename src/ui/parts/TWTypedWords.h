@@ -2,13 +2,12 @@
 
 #include <QStringList>
 
-// A text as typed or pasted into the dictionary, cut into words at commas and line ends. Words keep their blanks, and
-// there may be empty ones; but one blank right after a comma belongs to the comma, and what ends with a separator has
-// no further word behind it.
+// A typed or pasted text, split into words at commas and line ends. Words keep their blanks and may be empty, except
+// that one blank right after a comma belongs to the comma, and that no empty word follows a separator at the end.
 struct TWTypedWords {
     static bool hasSeparator(const QString&);
 
-    // followsComma: the text stands behind a comma that was cut off before.
+    // followsComma: the text follows a comma that was split off before.
     TWTypedWords(const QString& text, bool followsComma);
 
     QStringList words;

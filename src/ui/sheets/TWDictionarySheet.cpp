@@ -1,15 +1,11 @@
 #include "ui/sheets/TWDictionarySheet.h"
 
-#include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWTokenField.h"
-#include "ui/windows/TWHelpWindow.h"
 
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
-#include <QShowEvent>
 #include <QVBoxLayout>
 
 namespace {
@@ -20,32 +16,16 @@ constexpr int SheetHeight = 24;
 
 }
 
-TWDictionarySheet::TWDictionarySheet(
-    TWDictionaryWindowController& controller, TWHelpWindow& helpWindow, QWidget* parent)
-    : QDialog(parent, Qt::Sheet)
+TWDictionarySheet::TWDictionarySheet(TWDictionaryWindowController& controller, QWidget* parent)
+    : TWSheet("dictionarySheet", tr("Dictionary"), parent)
     , controller_(controller)
-    , helpWindow_(helpWindow)
-    , messageBar_(new TWMessageBar)
     , field_(new TWTokenField)
     , count_(new QLabel)
 {
-    setObjectName("dictionarySheet");
-    setWindowTitle(tr("Dictionary"));
-    setWindowModality(Qt::WindowModal);
-    auto* introduction = new QLabel(tr("Rules with &keywords delete items whose names contain one of these words:"));
-    introduction->setObjectName("introductionLabel");
-    introduction->setBuddy(field_);
-    introduction->setWordWrap(true);
-    count_->setObjectName("countLabel");
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(introduction);
-    layout->addWidget(messageBar_);
-    layout->addWidget(field_, 1);
-    layout->addWidget(count_);
-    layout->addWidget(createButtons());
-    resize(SheetWidth * fontMetrics().averageCharWidth(), SheetHeight * fontMetrics().lineSpacing());
-    connect(field_, &TWTokenField::wordsEdited, this, &TWDictionarySheet::wordsEdited);
-    field_->setFocus();
+    setPreferredSize(SheetWidth, SheetHeight);
+    setIntroduction(tr("Rules with &keywords delete items whose names contain one of these words:"));
+    setContent(createContent(), field_);
+    createButtons();
     controller_.setView(this);
 }
 
@@ -54,36 +34,46 @@ TWDictionarySheet::~TWDictionarySheet()
     controller_.setView(nullptr);
 }
 
-QWidget* TWDictionarySheet::createButtons()
+QWidget* TWDictionarySheet::createContent()
 {
-    auto* box = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel | QDialogButtonBox::Help);
-    const auto set = [&](QDialogButtonBox::StandardButton which, const char* objectName, const QString& name) {
-        box->button(which)->setObjectName(objectName);
-        box->button(which)->setAccessibleName(name);
-        return box->button(which);
-    };
-    auto* saveButton = set(QDialogButtonBox::Save, "savePushButton", tr("Save"));
-    saveButton->setDefault(true);
-    connect(saveButton, &QPushButton::clicked, this, &TWDictionarySheet::save);
-    connect(
-        set(QDialogButtonBox::Cancel, "cancelPushButton", tr("Cancel")), &QPushButton::clicked, this, &QDialog::reject);
-    connect(set(QDialogButtonBox::Help, "helpPushButton", tr("Help")), &QPushButton::clicked, this,
-        [this] { controller_.help(); });
-    return box;
+    count_->setObjectName("countLabel");
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(field_, 1);
+    layout->addWidget(count_);
+    connect(field_, &TWTokenField::wordsEdited, this, &TWDictionarySheet::wordsEdited);
+    connect(field_, &TWTokenField::undoRequested, this, &TWDictionarySheet::undo);
+    connect(field_, &TWTokenField::wordsRemoved, this, [this](const TWPlacedWords& words) {
+        const auto text = words.size() == 1 ? tr("1 word was removed.")
+                                            : tr("%1 words were removed.").arg(QLocale().toString(words.size()));
+        offerUndo(text, [this, words] { field_->insertWords(words); });
+    });
+    return content;
 }
 
-void TWDictionarySheet::showEvent(QShowEvent* event)
+void TWDictionarySheet::createButtons()
 {
-    if (!event->spontaneous()) {
-        field_->discardTyping();
-        wordsChanged();
-    }
-    QDialog::showEvent(event);
+    auto* save = addButton(QDialogButtonBox::Save, "savePushButton", tr("Save"));
+    auto* cancel = addButton(QDialogButtonBox::Cancel, "cancelPushButton", tr("Cancel"));
+    auto* help = addButton(QDialogButtonBox::Help, "helpPushButton", tr("Help"));
+    setDefaultButton(save);
+    connect(save, &QPushButton::clicked, this, &TWDictionarySheet::save);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(help, &QPushButton::clicked, this, [this] { controller_.help(); });
+}
+
+void TWDictionarySheet::open()
+{
+    controller_.loadDictionary();
+    field_->discardTyping();
+    wordsChanged();
+    TWSheet::open();
 }
 
 void TWDictionarySheet::reject()
 {
-    // A word that was not ended is none: it must not take part in a cleaning.
+    // A word that was not ended must not take part in a cleaning.
     field_->discardTyping();
     controller_.cancel();
 }
@@ -95,7 +85,7 @@ void TWDictionarySheet::closeSheet()
 
 void TWDictionarySheet::openHelpAnchor(const std::string& anchor)
 {
-    helpWindow_.openAnchor(anchor);
+    emit helpRequested(TWQtText::exact(anchor));
 }
 
 void TWDictionarySheet::wordsChanged()
@@ -104,13 +94,13 @@ void TWDictionarySheet::wordsChanged()
     for (const auto& word : controller_.wordDictionary())
         words.append(TWQtText::exact(word));
     field_->setWords(words);
-    messageBar_->setText(TWQtText::shown(controller_.problem()));
+    setProblem(TWQtText::shown(controller_.problem()));
     showCount();
 }
 
 void TWDictionarySheet::showProblem(const std::string& problem)
 {
-    messageBar_->setText(TWQtText::shown(problem));
+    showMessage(TWQtText::shown(problem));
 }
 
 void TWDictionarySheet::wordsEdited()
@@ -125,7 +115,7 @@ void TWDictionarySheet::wordsEdited()
 void TWDictionarySheet::save()
 {
     field_->finishTyping();
-    messageBar_->setText({});
+    showMessage({});
     controller_.save();
 }
 

@@ -1,28 +1,25 @@
 #pragma once
 
 #include "editors/TWDictionaryWindowController.h"
-
-#include <QDialog>
+#include "ui/sheets/TWSheet.h"
 
 class QLabel;
-class TWHelpWindow;
-class TWMessageBar;
 class TWTokenField;
 
-// The sheet of the keyword dictionary. Whoever opens it calls the controller's loadDictionary() first.
-class TWDictionarySheet final : public QDialog, private TWDictionaryView {
+// The sheet of the keyword dictionary.
+class TWDictionarySheet final : public TWSheet, private TWDictionaryView {
     Q_OBJECT
 
 public:
-    // Sets itself as the controller's view. Both outlive the sheet.
-    TWDictionarySheet(TWDictionaryWindowController&, TWHelpWindow&, QWidget* parent);
+    // Sets itself as the controller's view. The controller outlives the sheet.
+    TWDictionarySheet(TWDictionaryWindowController&, QWidget* parent);
     ~TWDictionarySheet();
+
+    // Loads the saved words first.
+    void open() override;
 
     // Escape and the window's own close button do what Cancel does.
     void reject() override;
-
-protected:
-    void showEvent(QShowEvent*) override;
 
 private:
     void closeSheet() override;
@@ -30,14 +27,13 @@ private:
     void wordsChanged() override;
     void showProblem(const std::string& problem) override;
 
-    QWidget* createButtons();
+    QWidget* createContent();
+    void createButtons();
     void wordsEdited();
     void save();
     void showCount();
 
     TWDictionaryWindowController& controller_;
-    TWHelpWindow& helpWindow_;
-    TWMessageBar* messageBar_;
     TWTokenField* field_;
     QLabel* count_;
 };

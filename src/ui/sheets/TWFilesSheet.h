@@ -1,27 +1,23 @@
 #pragma once
 
 #include "editors/TWFilesWindowController.h"
+#include "ui/sheets/TWSheet.h"
 
-#include <QDialog>
-#include <QFileDialog>
-#include <QPointer>
+#include <QUrl>
 
-class QLabel;
-class QMenu;
-class QToolButton;
-class TWFilesTable;
-class TWFilesTableModel;
-class TWHelpWindow;
-class TWMessageBar;
+class TWPathChooser;
+class TWRecordPane;
+class TWRecordTable;
+struct TWRecordColumn;
 
 // The sheet of the Files editor. Edits act on the live list at once: OK saves them, closing the sheet any other way
 // keeps them in memory only.
-class TWFilesSheet final : public QDialog, private TWFilesView {
+class TWFilesSheet final : public TWSheet, private TWFilesView {
     Q_OBJECT
 
 public:
-    // Sets itself as the controller's view. Both outlive the sheet.
-    TWFilesSheet(TWFilesWindowController&, TWHelpWindow&, QWidget* parent);
+    // Sets itself as the controller's view. The controller outlives the sheet.
+    TWFilesSheet(TWFilesWindowController&, QWidget* parent);
     ~TWFilesSheet();
 
 protected:
@@ -38,31 +34,16 @@ private:
     void choosePath(
         const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) override;
 
-    void createTable();
-    QLayout* createRuleButtons();
-    QWidget* createSheetButtons();
-    void finishEditing();
-    void showSelection();
-    void showMessage(const QString& message);
-    void openChooser(QFileDialog::FileMode);
-    void answerPath(std::optional<std::string> path);
-    std::optional<std::string> pathBytes(const QString& path);
+    const TWFilesRule& rule(int row) const;
+    std::vector<TWRecordColumn> columns();
+    void createContent();
+    void createButtons();
+    void removeSelected();
     void addDropped(const QList<QUrl>& files);
+    void showUnreadableName(const QString& path);
 
     TWFilesWindowController& controller_;
-    TWHelpWindow& helpWindow_;
-    TWFilesTableModel* model_;
-    TWFilesTable* table_;
-    TWMessageBar* messageBar_;
-    QToolButton* addButton_ = nullptr;
-    QToolButton* removeButton_ = nullptr;
-    QLabel* noteLabel_ = nullptr;
-    QMenu* addMenu_ = nullptr;
-
-    // While a path is being chosen.
-    QPointer<QFileDialog> chooser_;
-    QString chooserTitle_;
-    QString chooserPrompt_;
-    std::function<void(std::optional<std::string>)> chosen_;
-    std::optional<std::string> droppedPath_;
+    TWRecordTable* table_;
+    TWRecordPane* pane_ = nullptr;
+    TWPathChooser* chooser_;
 };

@@ -1,10 +1,10 @@
 #include "ui/windows/TWCleanerRowView.h"
 
+#include "ui/parts/TWCheckBox.h"
 #include "ui/parts/TWIconView.h"
 #include "ui/parts/TWQuietLabel.h"
 #include "ui/parts/TWSpinner.h"
 
-#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QStyle>
@@ -14,15 +14,15 @@ namespace {
 constexpr int IconSize = 32;
 constexpr int LightSize = 20;
 
-// What a screen reader says and the tooltip shows, by TWLight.
+// What a screen reader says and the tooltip shows, in the order of TWLight.
 constexpr const char* LightNames[] = {
-    QT_TRANSLATE_NOOP("TWCleanerRowView", "Off"),
+    QT_TRANSLATE_NOOP("TWCleanerRowView", "Not run"),
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Running"),
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Succeeded"),
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Failed"),
 };
 
-// The letters to press with Alt, in the order of the rows; those of the menus and buttons are left out.
+// The letters to press with Alt, in the order of the rows. The menus and buttons use none of them.
 constexpr QLatin1String Mnemonics("artoligs");
 
 QString withMnemonic(const TWCleanerRow& row)
@@ -40,7 +40,7 @@ TWCleanerRowView::TWCleanerRowView(
     , row_(row)
     , lightIcons_(lightIcons)
     , icon_(new TWIconView(IconSize, this))
-    , checkBox_(new QCheckBox(withMnemonic(row), this))
+    , checkBox_(new TWCheckBox(withMnemonic(row), this))
     , line_(new TWQuietLabel(this))
     , spinner_(new TWSpinner(LightSize, this))
     , light_(new TWIconView(LightSize, this))
@@ -60,7 +60,7 @@ TWCleanerRowView::TWCleanerRowView(
     editButton_->setVisible(editable == Editable::Yes);
     editButton_->setAutoDefault(true); // Return on it edits, instead of pressing Clean
 
-    // The line begins where the check box's text does.
+    // The line begins below the check box's text.
     auto* lineLayout = new QHBoxLayout;
     lineLayout->addSpacing(style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, checkBox_)
         + style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, checkBox_));
@@ -110,7 +110,7 @@ void TWCleanerRowView::setChecked(bool checked)
     checkBox_->setChecked(checked);
 }
 
-// A screen reader says the line together with the check box.
+// A screen reader reads the line together with the check box.
 void TWCleanerRowView::setLine(const QString& line)
 {
     line_->setText(line);

@@ -8,17 +8,17 @@
 
 #include <array>
 
-class QCheckBox;
 class QPushButton;
+class TWCheckBox;
 class TWIconView;
 class TWQuietLabel;
 class TWSpinner;
 
-// The pictures of the lights, by TWLight.
+// The pictures of the lights, in the order of TWLight.
 using TWLightIcons = std::array<QIcon, 4>;
 
-// One cleaner's row in the main window: icon, check box, the quiet line that says what the cleaner will do now,
-// spinner, light and, where there is something to edit, the Edit button. Child widgets are named after the cleaner,
+// One cleaner's row in the main window: icon, check box, the quiet line that says what the cleaner would do now,
+// spinner, light and, if there is something to edit, the Edit button. Child widgets are named after the cleaner:
 // "trashCheckBox".
 class TWCleanerRowView final : public QWidget {
     Q_OBJECT
@@ -28,7 +28,8 @@ public:
 
     TWCleanerRowView(const TWCleanerRow&, Editable, const TWLightIcons&, QWidget* parent);
 
-    // Once there are pictures of the lights. The cleaner's icon is that of the theme, or else our own in the folder.
+    // Call this once the pictures of the lights are loaded. The cleaner's icon comes from the icon theme, or from the
+    // folder if the theme has none.
     void showPictures(const QString& fallbackFolder);
 
     bool isChecked() const;
@@ -39,7 +40,7 @@ public:
     void stopSpinning();
 
 signals:
-    // The user has clicked the check box.
+    // The user has changed the check box.
     void checked(bool);
     void editRequested();
 
@@ -49,7 +50,7 @@ private:
     const TWCleanerRow& row_;
     const TWLightIcons& lightIcons_;
     TWIconView* icon_;
-    QCheckBox* checkBox_;
+    TWCheckBox* checkBox_;
     TWQuietLabel* line_;
     TWSpinner* spinner_;
     TWIconView* light_;

@@ -1,6 +1,7 @@
 #include "ui/windows/TWHelpWindow.h"
 
 #include "ui/parts/TWQtText.h"
+#include "ui/parts/TWScrollBox.h"
 
 #include <QEvent>
 #include <QFile>
@@ -50,7 +51,8 @@ TWHelpWindow::TWHelpWindow(const TWBundle& bundle)
     layout->addWidget(browser_, 1);
     for (const auto key : { QKeySequence::Close, QKeySequence::Cancel })
         connect(new QShortcut(key, this), &QShortcut::activated, this, &QWidget::close);
-    resize(PageWidth * fontMetrics().averageCharWidth(), PageHeight * fontMetrics().lineSpacing());
+    const QSize wanted(PageWidth * fontMetrics().averageCharWidth(), PageHeight * fontMetrics().lineSpacing());
+    resize(TWFitToScreen(*this, wanted));
     browser_->setFocus();
 }
 
@@ -80,7 +82,7 @@ void TWHelpWindow::openAnchor(const std::string& anchor)
     activateWindow();
 }
 
-// Links have taken their colour from the palette when the page was read.
+// Links take their colour from the palette at the moment the page is read.
 void TWHelpWindow::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);

@@ -4,7 +4,7 @@
 
 #include <QTextBrowser>
 
-// The help pages, which lie in the folder "help" of the resources. Has no parent, so that it can be read beside a
+// The help pages, which are in the resources' folder "help". The window has no parent, so that it can be read beside a
 // sheet.
 class TWHelpWindow final : public QWidget {
     Q_OBJECT
@@ -12,7 +12,7 @@ class TWHelpWindow final : public QWidget {
 public:
     explicit TWHelpWindow(const TWBundle&);
 
-    // Brings the page of that name to the front; the list of all pages when there is none of that name.
+    // Brings the page of that name to the front, or the list of all pages if there is none of that name.
     void openAnchor(const std::string& anchor);
 
 protected:

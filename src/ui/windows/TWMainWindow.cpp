@@ -1,107 +1,130 @@
 #include "ui/windows/TWMainWindow.h"
 
-#include "support/TWText.h"
+#include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
-#include "ui/windows/TWResultsWindow.h"
+#include "ui/parts/TWScrollBox.h"
+#include "ui/sheets/TWSheetTable.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFile>
 #include <QHBoxLayout>
 #include <QMenuBar>
 #include <QPushButton>
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 namespace {
 
-constexpr auto CloseTitle = "Cleaning is still going on.";
-constexpr auto CloseText = "If you stop now, what has been begun is still finished and nothing further is deleted.";
+constexpr auto RunningTitle = "Cleaning is still going on.";
+constexpr auto RunningText = "If you stop now, nothing further is started. The item that is being deleted at this "
+                             "moment may be left partly deleted.";
 constexpr auto StopAndQuit = "Stop and Quit";
 constexpr auto KeepCleaning = "Keep Cleaning";
+constexpr auto UnsavedTitle = "Some changes are not saved.";
+constexpr auto UnsavedText
+    = "They have been in use until now, and they are lost when Tidewell quits. To save them, open "
+      "the editor again.";
+constexpr auto QuitAnyway = "Quit Anyway";
+constexpr auto Cancel = "Cancel";
 
 constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png" };
 
 constexpr int Margin = 18;
 constexpr int RowSpacing = 12;
+constexpr int WidestRow = 110; // in characters; in a wider window, a row's parts would stand too far apart
 
 }
 
 TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     : delegate_(delegate)
-    , lines_(delegate.cleanerContext(), delegate.settingsSources(), [this](int position, const std::string& line) {
-        rows_[static_cast<std::size_t>(position)]->setLine(TWQtText::shown(line));
-    })
+    , messageBar_(new TWMessageBar(TWMessageBar::Kind::Warning, "messageBar"))
+    , lines_(delegate.cleanerContext(), delegate.settingsSources(),
+          [this](int position, const std::string& line) {
+              rows_[static_cast<std::size_t>(position)]->setLine(TWQtText::shown(line));
+          })
+    , lostSettings_(delegate.platform().userDefaults.problem())
 {
     setObjectName("mainWindow");
-    setWindowTitle(TWQtText::exact(delegate_.platform().bundle.info("CFBundleName")));
-    auto* column = new QVBoxLayout;
-    column->setContentsMargins(Margin, Margin, Margin, Margin);
-    column->setSpacing(RowSpacing);
-    auto* centre = new QWidget(this);
-    centre->setLayout(column);
+    setWindowTitle(title());
+    auto* column = new QWidget;
+    column->setMaximumWidth(WidestRow * fontMetrics().averageCharWidth());
+    auto* columnLayout = new QVBoxLayout(column);
+    columnLayout->setContentsMargins(Margin, Margin, Margin, Margin);
+    columnLayout->setSpacing(2 * RowSpacing);
+    columnLayout->addWidget(new TWScrollBox(createRows()), 1);
+    columnLayout->addLayout(createButtons());
+    auto* centre = new QWidget;
+    auto* centreLayout = new QHBoxLayout(centre);
+    centreLayout->setContentsMargins(0, 0, 0, 0);
+    centreLayout->addStretch(1);
+    centreLayout->addWidget(column, 1000); // the stretches get only what the column cannot take
+    centreLayout->addStretch(1);
     setCentralWidget(centre);
-    makeRows();
-    makeButtons();
-    makeMenus();
+    createMenus();
     setCleanEnabled(true);
     refresh();
-    delegate_.setViews(this, this);
-}
-
-TWMainWindow::~TWMainWindow()
-{
-    delegate_.setViews(nullptr, nullptr);
+    resize(TWFitToScreen(*this, sizeHint()));
 }
 
 QString TWMainWindow::resource(const std::string& name) const
 {
-    return QFile::decodeName(delegate_.platform().bundle.resourcePath(name).c_str());
+    return TWQtText::path(delegate_.platform().bundle.resourcePath(name));
 }
 
-void TWMainWindow::makeRows()
+QString TWMainWindow::title() const
 {
-    auto* column = centralWidget()->layout();
+    const auto& platform = delegate_.platform();
+    // Qt adds the application's name to other titles than that name.
+    return platform.places.sandboxed() ? tr("Sandbox %1").arg(TWQtText::shown(platform.places.sandboxRoot))
+                                       : TWQtText::exact(platform.bundle.info("CFBundleName"));
+}
+
+QWidget* TWMainWindow::createRows()
+{
+    auto* rows = new QWidget;
+    auto* column = new QVBoxLayout(rows);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(RowSpacing);
+    column->addWidget(messageBar_);
     for (const auto& cleaner : TWCleanerTable()) {
-        const bool editable = *cleaner.editor;
-        auto* row = new TWCleanerRowView(cleaner,
-            editable ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No, lightIcons_, centralWidget());
+        const auto editable
+            = TWSheetNamed(cleaner.editor) ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No;
+        auto* row = new TWCleanerRowView(cleaner, editable, lightIcons_, rows);
         rows_.push_back(row);
         column->addWidget(row);
-        connect(row, &TWCleanerRowView::checked, this,
-            [this, key = cleaner.key](bool checked) { delegate_.settings().set(key, checked); });
-        connect(
-            row, &TWCleanerRowView::editRequested, this, [this, &cleaner] { emit editorRequested(cleaner.editor); });
+        connect(row, &TWCleanerRowView::checked, this, [this, &cleaner](bool on) { switchCleaner(cleaner.key, on); });
+        connect(row, &TWCleanerRowView::editRequested, this, [this, &cleaner] { emit editRequested(cleaner.editor); });
     }
+    column->addStretch();
+    return rows;
 }
 
-void TWMainWindow::makeButtons()
+// Clean keeps its place while Stop comes and goes, so that a click on Stop that comes too late starts nothing.
+QLayout* TWMainWindow::createButtons()
 {
-    stopButton_ = new QPushButton(tr("Sto&p"), centralWidget());
-    stopButton_->setObjectName("stopButton");
-    stopButton_->setAccessibleName(tr("Stop cleaning"));
-    cleanButton_ = new QPushButton(tr("&Clean"), centralWidget());
-    cleanButton_->setObjectName("cleanButton");
-    cleanButton_->setAccessibleName(tr("Clean"));
+    stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
+    cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
     cleanButton_->setDefault(true);
-    connect(cleanButton_, &QPushButton::clicked, this, [this] { clean(); });
+    connect(cleanButton_, &QPushButton::clicked, this, &TWMainWindow::clean);
     connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
-
-    // Clean keeps its place while Stop comes and goes, so that a click meant for Stop that comes too late starts
-    // nothing.
     auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(RowSpacing);
     buttons->addStretch();
     buttons->addWidget(stopButton_);
     buttons->addWidget(cleanButton_);
-    auto* column = static_cast<QVBoxLayout*>(centralWidget()->layout());
-    column->addStretch();
-    column->addSpacing(RowSpacing);
-    column->addLayout(buttons);
+    return buttons;
 }
 
-void TWMainWindow::makeMenus()
+QPushButton* TWMainWindow::createButton(const QString& text, const QString& objectName, const QString& accessibleName)
+{
+    auto* button = new QPushButton(text);
+    button->setObjectName(objectName);
+    button->setAccessibleName(accessibleName);
+    return button;
+}
+
+void TWMainWindow::createMenus()
 {
     auto* file = menuBar()->addMenu(tr("&File"));
     cleanAction_ = addAction(file, "cleanAction", tr("&Clean"), Qt::CTRL | Qt::Key_Return);
@@ -113,29 +136,31 @@ void TWMainWindow::makeMenus()
         addAction(file, "quitAction", tr("&Quit"), Qt::CTRL | Qt::Key_Q), &QAction::triggered, this, &QWidget::close);
 
     auto* edit = menuBar()->addMenu(tr("&Edit"));
-    connect(addAction(edit, "filesAction", tr("&Files Rules..."), {}), &QAction::triggered, this,
-        [this] { emit editorRequested("files"); });
-    connect(addAction(edit, "dictionaryAction", tr("&Keyword Dictionary..."), {}), &QAction::triggered, this,
-        &TWMainWindow::editDictionaryRequested);
+    for (const auto& row : TWSheetTable()) {
+        const auto title = QCoreApplication::translate("TWSheetTable", row.menuTitle);
+        connect(addAction(edit, QLatin1String(row.editor) + "Action", title), &QAction::triggered, this,
+            [this, &row] { emit editRequested(row.editor); });
+    }
 
     auto* view = menuBar()->addMenu(tr("&View"));
     connect(addAction(view, "resultsAction", tr("&Results"), Qt::CTRL | Qt::Key_R), &QAction::triggered, this,
-        [this] { bringToFront(TWWindow::Results); });
+        &TWMainWindow::resultsRequested);
 
     auto* help = menuBar()->addMenu(tr("&Help"));
     connect(addAction(help, "helpAction", tr("&Tidewell Help"), QKeySequence::HelpContents), &QAction::triggered, this,
         &TWMainWindow::helpRequested);
 }
 
-QAction* TWMainWindow::addAction(QMenu* menu, const char* name, const QString& text, const QKeySequence& shortcut)
+QAction* TWMainWindow::addAction(
+    QMenu* menu, const QString& objectName, const QString& text, const QKeySequence& shortcut)
 {
     auto* action = menu->addAction(text);
-    action->setObjectName(name);
+    action->setObjectName(objectName);
     action->setShortcut(shortcut);
     return action;
 }
 
-// Pictures and counting take reading many files and loading plugins, so they wait until the window can be seen.
+// Pictures and plans take many files and plugins to load, so they wait until the window is on screen.
 void TWMainWindow::paintEvent(QPaintEvent* event)
 {
     QMainWindow::paintEvent(event);
@@ -151,6 +176,7 @@ void TWMainWindow::afterFirstPaint()
     for (auto* row : rows_)
         row->showPictures(resource("icons"));
     lines_.refresh();
+    emit appeared();
 }
 
 void TWMainWindow::changeEvent(QEvent* event)
@@ -160,9 +186,9 @@ void TWMainWindow::changeEvent(QEvent* event)
         refresh();
 }
 
+// Return presses Clean, as a dialog's default button.
 void TWMainWindow::keyPressEvent(QKeyEvent* event)
 {
-    // What a dialog does for its default button.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         cleanButton_->click();
     else
@@ -174,8 +200,29 @@ void TWMainWindow::refresh()
     const auto& table = TWCleanerTable();
     for (std::size_t position = 0; position < table.size(); ++position)
         rows_[position]->setChecked(table[position].available && delegate_.settings().boolean(table[position].key));
+    showProblems();
     if (painted_ && !delegate_.running())
         lines_.refresh();
+}
+
+void TWMainWindow::switchCleaner(TWKey key, bool on)
+{
+    delegate_.settings().set(key, on);
+    unsavedSettings_ = delegate_.settings().userDefaults().synchronize();
+    showProblems();
+}
+
+void TWMainWindow::showProblems()
+{
+    auto problems = delegate_.problems();
+    if (std::find(problems.begin(), problems.end(), lostSettings_) == problems.end())
+        problems.insert(problems.begin(), lostSettings_);
+    problems.push_back(unsavedSettings_);
+    QStringList lines;
+    for (const auto& problem : problems)
+        lines.append(TWQtText::shown(problem));
+    lines.removeAll(QString());
+    messageBar_->setText(lines.join('\n'));
 }
 
 void TWMainWindow::clean()
@@ -201,7 +248,7 @@ void TWMainWindow::stopSpinning(int position)
     rows_[static_cast<std::size_t>(position)]->stopSpinning();
 }
 
-// The keyboard focus moves along from the one button to the other.
+// The keyboard focus moves along from one button to the other.
 void TWMainWindow::setCleanEnabled(bool enabled)
 {
     if (!enabled)
@@ -216,81 +263,66 @@ void TWMainWindow::setCleanEnabled(bool enabled)
         (enabled ? cleanButton_ : stopButton_)->setFocus();
 }
 
+// Stop is greyed out until the run has ended, to show that the click was noticed.
 void TWMainWindow::stop()
 {
-    // Greyed until the run has ended, to show that it was heard.
     stopButton_->setEnabled(!delegate_.running());
     delegate_.stop();
-}
-
-void TWMainWindow::bringToFront(TWWindow which)
-{
-    QWidget* window = which == TWWindow::Main ? this : nullptr;
-    if (which == TWWindow::Results) {
-        if (!resultsWindow_)
-            resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(), resource("icons"));
-        window = resultsWindow_.get();
-    }
-    if (!window)
-        return;
-    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-    window->show();
-    window->raise();
-    window->activateWindow();
-}
-
-bool TWMainWindow::isKeyWindow(TWWindow which) const
-{
-    if (which == TWWindow::Results)
-        return resultsWindow_ && resultsWindow_->isActiveWindow();
-    return which == TWWindow::Main && isActiveWindow();
-}
-
-void TWMainWindow::activate()
-{
-    bringToFront(TWWindow::Main);
-}
-
-void TWMainWindow::requestUserAttention()
-{
-    QApplication::alert(this);
-    QGuiApplication::sync(); // the program may block or end before the next turn
-}
-
-// Not quit(), which would ask every open window and sheet to close, and so answer the questions in them.
-void TWMainWindow::terminate()
-{
-    closing_ = Closing::Now;
-    QMetaObject::invokeMethod(
-        qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
 }
 
 void TWMainWindow::cleaningEnded(TWRunOutcome)
 {
     refresh();
-    if (closing_ != Closing::No && !delegate_.running())
-        terminate();
+    closeIfEnded();
+}
+
+void TWMainWindow::closeIfEnded()
+{
+    if (closing_ != Closing::WhenEnded || delegate_.running())
+        return;
+    closing_ = Closing::No;
+    close();
 }
 
 void TWMainWindow::closeEvent(QCloseEvent* event)
 {
-    if (closing_ != Closing::Now && delegate_.running()) {
-        event->ignore();
-        if (closing_ == Closing::No)
-            askBeforeClosing();
+    event->ignore();
+    if (closing_ == Closing::Now) {
+        event->accept();
+        emit quitRequested();
+    } else if (closing_ != Closing::No) {
         return;
+    } else if (delegate_.running()) {
+        askBeforeClosing(
+            { RunningTitle, RunningText, StopAndQuit, KeepCleaning, TWConfirming::LosesSomething }, [this] {
+                closing_ = Closing::WhenEnded;
+                stop();
+                closeIfEnded();
+            });
+    } else if (hasUnsavedEdits()) {
+        askBeforeClosing({ UnsavedTitle, UnsavedText, QuitAnyway, Cancel, TWConfirming::LosesSomething }, [this] {
+            closing_ = Closing::Now;
+            close();
+        });
+    } else {
+        event->accept();
+        emit quitRequested();
     }
-    terminate();
 }
 
-void TWMainWindow::askBeforeClosing()
+bool TWMainWindow::hasUnsavedEdits() const
+{
+    const auto editors = delegate_.editors().all();
+    return std::any_of(editors.begin(), editors.end(), [](const auto* editor) { return editor->hasUnsavedEdits(); });
+}
+
+void TWMainWindow::askBeforeClosing(const TWAlert& question, std::function<void()> confirmed)
 {
     closing_ = Closing::Asking;
-    delegate_.platform().alerts.show({ CloseTitle, CloseText, StopAndQuit, KeepCleaning }, [this](TWAnswer answer) {
-        if (closing_ != Closing::Asking)
-            return;
-        closing_ = answer == TWAnswer::Default ? Closing::WhenEnded : Closing::No;
-        if (closing_ == Closing::WhenEnded)
-            stop();
+    delegate_.platform().alerts.show(question, [this, confirmed = std::move(confirmed)](TWAnswer answer) {
+        if (answer == TWAnswer::Default)
+            confirmed();
+        else
+            closing_ = Closing::No;
     });
 }

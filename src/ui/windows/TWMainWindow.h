@@ -1,50 +1,48 @@
 #pragma once
 
-#include "app/TWApplicationWindows.h"
 #include "app/TWCleanerLines.h"
 #include "app/TWTidewellAppDelegate.h"
 #include "ui/windows/TWCleanerRowView.h"
 
 #include <QMainWindow>
 
-#include <memory>
-
 class QAction;
 class QMenu;
 class QPushButton;
-class TWResultsWindow;
 
-// The one window that every launch shows: the eight cleaners, and the button that runs them. Closing it quits. It makes
-// the results window when that is first asked for.
-class TWMainWindow final : public QMainWindow, public TWRunView, public TWApplicationWindows {
+class TWMessageBar;
+
+// The window that every launch shows: one row for each cleaner, and the button that runs them. Closing it quits.
+class TWMainWindow final : public QMainWindow, public TWRunView {
     Q_OBJECT
 
 public:
-    // Becomes the delegate's view. The delegate outlives the window.
+    // The delegate outlives the window.
     explicit TWMainWindow(TWTidewellAppDelegate&);
-    ~TWMainWindow();
 
-    // Shows the check boxes and quiet lines as the settings and lists are now.
+    // Shows the check boxes, quiet lines and problems as the settings and lists are now.
     void refresh();
 
-    // As a press of Clean.
+    // What the Clean button does.
     void clean();
 
     void showLight(int position, TWLight) override;
     void startSpinning(int position) override;
     void stopSpinning(int position) override;
     void setCleanEnabled(bool) override;
-    void bringToFront(TWWindow) override;
-    bool isKeyWindow(TWWindow) const override;
-    void activate() override;
-    void requestUserAttention() override;
-    void terminate() override;
     void cleaningEnded(TWRunOutcome) override;
 
 signals:
-    void editorRequested(const char* name);
-    void editDictionaryRequested();
+    // Sent once, when the window is on screen with its pictures.
+    void appeared();
+
+    // For the editor of that name in TWSheetTable.
+    void editRequested(const char* editor);
+    void resultsRequested();
     void helpRequested();
+
+    // The window was closed, and the user has answered what there was to ask.
+    void quitRequested();
 
 protected:
     void paintEvent(QPaintEvent*) override;
@@ -56,23 +54,31 @@ private:
     enum class Closing { No, Asking, WhenEnded, Now };
 
     QString resource(const std::string& name) const;
-    void makeRows();
-    void makeButtons();
-    void makeMenus();
-    QAction* addAction(QMenu*, const char* name, const QString& text, const QKeySequence&);
-    void stop();
+    QString title() const;
+    QWidget* createRows();
+    QLayout* createButtons();
+    QPushButton* createButton(const QString& text, const QString& objectName, const QString& accessibleName);
+    void createMenus();
+    QAction* addAction(QMenu*, const QString& objectName, const QString& text, const QKeySequence& = {});
     void afterFirstPaint();
-    void askBeforeClosing();
+    void switchCleaner(TWKey, bool on);
+    void showProblems();
+    void stop();
+    void closeIfEnded();
+    bool hasUnsavedEdits() const;
+    void askBeforeClosing(const TWAlert&, std::function<void()> confirmed);
 
     TWTidewellAppDelegate& delegate_;
     TWLightIcons lightIcons_;
+    TWMessageBar* messageBar_;
     std::vector<TWCleanerRowView*> rows_; // owned by the window
     QPushButton* cleanButton_ = nullptr;
     QPushButton* stopButton_ = nullptr;
     QAction* cleanAction_ = nullptr;
     QAction* stopAction_ = nullptr;
-    std::unique_ptr<TWResultsWindow> resultsWindow_;
     TWCleanerLines lines_;
+    const std::string lostSettings_; // the first change of a setting ends that problem, but does not bring them back
+    std::string unsavedSettings_;
     bool painted_ = false;
     Closing closing_ = Closing::No;
 };

@@ -1,75 +1,137 @@
 #include "ui/windows/TWQtAlerts.h"
 
+#include "ui/parts/TWIconView.h"
 #include "ui/parts/TWQtText.h"
+#include "ui/sheets/TWSheet.h"
 
 #include <QApplication>
+#include <QHBoxLayout>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QStyle>
 
+#include <utility>
+
 namespace {
 
-// A button takes "&" as the mark of its letter to press.
-QString buttonText(const std::string& text)
-{
-    return TWQtText::exact(text).replace('&', "&&");
-}
+constexpr int TextWidth = 60; // in characters
+constexpr int Spacing = 12;
 
-QPushButton* addButton(QMessageBox& box, const std::string& text, QMessageBox::ButtonRole role, const char* name)
-{
-    auto* button = box.addButton(buttonText(text), role);
-    button->setObjectName(name);
-    button->setAccessibleName(TWQtText::exact(text));
-    return button;
-}
-
-// The texts are never markup, whatever file names they hold. The box itself sees to that for its first text only.
-void showPlainly(const QMessageBox& box)
-{
-    for (auto* label : box.findChildren<QLabel*>()) {
-        label->setTextFormat(Qt::PlainText);
-        if (label->text() == box.text()) {
-            auto bold = label->font();
-            bold.setBold(true);
-            label->setFont(bold);
-        }
+// One alert on screen. It deletes itself once it is answered.
+class Alert final : public TWSheet {
+public:
+    Alert(const TWAlert& alert, std::function<void(TWAnswer)> answered, QWidget* parent)
+        : TWSheet("alertSheet", parent->window()->windowTitle(), parent)
+    {
+        setAttribute(Qt::WA_DeleteOnClose);
+        createButtons(alert);
+        setContent(createContent(alert), keyboardButton_);
+        connect(this, &QDialog::finished,
+            [this, answered = std::move(answered)] { answered(confirmed_ ? TWAnswer::Default : TWAnswer::Alternate); });
     }
-}
 
-void setIcon(QMessageBox& box, const TWAlert& alert)
+private:
+    // The texts are never markup, whatever file names they hold.
+    QLabel* createLabel(const std::string& text, const QString& objectName)
+    {
+        auto* label = new QLabel(TWQtText::exact(text));
+        label->setObjectName(objectName);
+        label->setTextFormat(Qt::PlainText);
+        label->setWordWrap(true);
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        label->setFixedWidth(TextWidth * fontMetrics().averageCharWidth());
+        label->setMinimumHeight(label->heightForWidth(label->width()));
+        return label;
+    }
+
+    QWidget* createContent(const TWAlert& alert)
+    {
+        auto* title = createLabel(alert.title, "titleLabel");
+        auto bold = title->font();
+        bold.setBold(true);
+        title->setFont(bold);
+        setAccessibleName(TWQtText::exact(alert.title));
+        setAccessibleDescription(TWQtText::exact(alert.text));
+        auto* texts = new QVBoxLayout;
+        texts->setSpacing(Spacing);
+        texts->addWidget(title);
+        texts->addWidget(createLabel(alert.text, "textLabel"));
+        texts->addStretch();
+        auto* content = new QWidget;
+        auto* layout = new QHBoxLayout(content);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(Spacing);
+        layout->addWidget(createIcon(alert), 0, Qt::AlignTop);
+        layout->addLayout(texts);
+        return content;
+    }
+
+    QWidget* createIcon(const TWAlert& alert)
+    {
+        auto icon = QApplication::windowIcon();
+        if (!alert.alternateButton.empty())
+            icon = style()->standardIcon(QStyle::SP_MessageBoxWarning);
+        else if (icon.isNull())
+            icon = style()->standardIcon(QStyle::SP_MessageBoxInformation);
+        auto* view = new TWIconView(style()->pixelMetric(QStyle::PM_MessageBoxIconSize), nullptr);
+        view->setIcon(icon);
+        return view;
+    }
+
+    void createButtons(const TWAlert& alert)
+    {
+        // With one button, every way to close the alert means that button.
+        confirmed_ = alert.alternateButton.empty();
+        auto* confirm = createButton(alert.defaultButton, QDialogButtonBox::AcceptRole, "defaultButton");
+        connect(confirm, &QPushButton::clicked, this, [this] {
+            confirmed_ = true;
+            accept();
+        });
+        keyboardButton_ = confirm;
+        if (!alert.alternateButton.empty()) {
+            auto* alternate = createButton(alert.alternateButton, QDialogButtonBox::RejectRole, "alternateButton");
+            connect(alternate, &QPushButton::clicked, this, &QDialog::reject);
+            if (alert.confirming == TWConfirming::LosesSomething)
+                keyboardButton_ = alternate;
+        }
+        setDefaultButton(keyboardButton_);
+    }
+
+    QPushButton* createButton(const std::string& text, QDialogButtonBox::ButtonRole role, const QString& objectName)
+    {
+        const auto title = TWQtText::exact(text);
+        // A button takes "&" as the mark of the letter to press with Alt.
+        auto* button = addButton(QString(title).replace('&', "&&"), role, objectName);
+        button->setAccessibleName(title);
+        return button;
+    }
+
+    QPushButton* keyboardButton_ = nullptr;
+    bool confirmed_ = false;
+};
+
+// An alert is about the sheet that is open on the window. It must not be deleted together with an earlier alert.
+QWidget* parentFor(QWidget* window)
 {
-    const auto ours = QApplication::windowIcon();
-    const int size = box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
-    if (!alert.alternateButton.empty())
-        box.setIcon(QMessageBox::Warning);
-    else if (!ours.isNull())
-        box.setIconPixmap(ours.pixmap(QSize(size, size), box.devicePixelRatioF()));
+    auto* front = QApplication::activeModalWidget();
+    while (front && front->testAttribute(Qt::WA_DeleteOnClose))
+        front = front->parentWidget();
+    return front && front->parentWidget() == window ? front : window;
 }
 
+}
+
+void TWQtAlerts::setWindow(QWidget* window)
+{
+    window_ = window;
+    for (auto& each : std::exchange(waiting_, {}))
+        show(each.alert, std::move(each.answered));
 }
 
 void TWQtAlerts::show(const TWAlert& alert, std::function<void(TWAnswer)> answered)
 {
-    auto* box = new QMessageBox(window_);
-    box->setObjectName("alertMessageBox");
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowTitle(window_ ? window_->windowTitle() : TWQtText::exact(alert.title));
-    setIcon(*box, alert);
-    box->setText(TWQtText::exact(alert.title));
-    box->setInformativeText(TWQtText::exact(alert.text));
-    showPlainly(*box);
-
-    auto* defaultButton = addButton(*box, alert.defaultButton, QMessageBox::AcceptRole, "defaultButton");
-    box->setDefaultButton(defaultButton);
-    QPushButton* alternateButton = nullptr;
-    if (!alert.alternateButton.empty())
-        alternateButton = addButton(*box, alert.alternateButton, QMessageBox::RejectRole, "alternateButton");
-    box->setEscapeButton(alternateButton ? alternateButton : defaultButton);
-    QObject::connect(
-        box, &QDialog::finished, box, [box, defaultButton, alternateButton, answered = std::move(answered)] {
-            const bool alternate = alternateButton && box->clickedButton() != defaultButton;
-            answered(alternate ? TWAnswer::Alternate : TWAnswer::Default);
-        });
-    box->open();
+    if (window_)
+        (new Alert(alert, std::move(answered), parentFor(window_)))->open();
+    else
+        waiting_.push_back({ alert, std::move(answered) });
 }

@@ -12,8 +12,7 @@ void TWResultsFilter::setFilter(const QString& text, Kind kind)
 bool TWResultsFilter::filterAcceptsRow(int row, const QModelIndex& parent) const
 {
     const auto index = sourceModel()->index(row, 0, parent);
-    if (kind_ == Kind::Failures
-        && index.data(TWResultsModel::TypeRole).toInt() != static_cast<int>(TWMessageType::Failure))
+    if (kind_ == Kind::Failures && !index.data(TWResultsModel::ConcernsFailureRole).toBool())
         return false;
     return text_.isEmpty() || index.data().toString().contains(text_, Qt::CaseInsensitive);
 }

@@ -43,7 +43,7 @@ int TWResultsModel::columnCount(const QModelIndex& parent) const
 
 QVariant TWResultsModel::data(const QModelIndex& index, int role) const
 {
-    // While the list is being emptied, the lines are gone before the rows are.
+    // While the list is being emptied, the lines disappear before the rows do.
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)
         || static_cast<std::size_t>(index.row()) >= controller_.messages().size())
         return {};
@@ -52,18 +52,18 @@ QVariant TWResultsModel::data(const QModelIndex& index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return TWQtText::shown(message.text);
-    case Qt::ToolTipRole: // escaped, or a file name with a "<" in it could be taken for markup
-        return QString("<p>" + TWQtText::shown(message.text).toHtmlEscaped() + "</p>");
+    case Qt::ToolTipRole:
+        return TWQtText::toolTip(message.text);
     case Qt::AccessibleTextRole:
         return tr(AccessibleTexts[type]).arg(TWQtText::shown(message.text));
     case Qt::DecorationRole:
         return icons_[type];
     case Qt::BackgroundRole:
         return colour(message);
-    case Qt::ForegroundRole: // readable on all three, also where the desktop is dark
+    case Qt::ForegroundRole: // readable on all three backgrounds, whatever the desktop's colours are
         return QColor(Qt::black);
-    case TypeRole:
-        return type;
+    case ConcernsFailureRole:
+        return message.type == TWMessageType::Failure || message.explainsFailure;
     default:
         return {};
     }

@@ -5,13 +5,13 @@
 #include <QAbstractTableModel>
 #include <QIcon>
 
-// The lines of the latest cleaning as a table of one column. Holds nothing but how many of the controller's lines the
-// table knows.
+// The lines of the latest cleaning as a table of one column. It keeps no lines, only how many of the controller's lines
+// the table knows.
 class TWResultsModel final : public QAbstractTableModel, public TWResultsView {
     Q_OBJECT
 
 public:
-    static constexpr int TypeRole = Qt::UserRole; // a TWMessageType as int
+    static constexpr int ConcernsFailureRole = Qt::UserRole; // true for a failure and for a line that explains one
 
     TWResultsModel(const TWResultsWindowController&, const QString& iconFolder, QObject* parent);
 

@@ -1,6 +1,7 @@
 #include "ui/windows/TWResultsWindow.h"
 
 #include "ui/parts/TWQtText.h"
+#include "ui/parts/TWScrollBox.h"
 #include "ui/windows/TWResultsModel.h"
 
 #include <QAction>
@@ -29,28 +30,33 @@ constexpr auto OneLine = QT_TRANSLATE_NOOP("TWResultsWindow", "1 line");
 constexpr auto LinesOf = QT_TRANSLATE_NOOP("TWResultsWindow", "%1 of %2 lines");
 constexpr auto NotSaved
     = QT_TRANSLATE_NOOP("TWResultsWindow", "\"%1\" could not be saved (%2). Please choose another folder.");
+constexpr auto SaveAll = QT_TRANSLATE_NOOP("TWResultsWindow", "&Save As...");
+constexpr auto SaveShown = QT_TRANSLATE_NOOP("TWResultsWindow", "&Save Shown Lines As...");
 constexpr auto SuggestedName = QT_TRANSLATE_NOOP("TWResultsWindow", "Tidewell Results.txt");
 
+constexpr QSize Size(720, 420);
 constexpr int IconSize = 16;
 constexpr int RowPadding = 8; // above and below the text together
 
 }
 
-TWResultsWindow::TWResultsWindow(TWResultsWindowController& controller, const QString& iconFolder)
+TWResultsWindow::TWResultsWindow(
+    TWResultsWindowController& controller, const QString& iconFolder, const QString& homeFolder)
     : controller_(controller)
+    , homeFolder_(homeFolder)
     , model_(new TWResultsModel(controller, iconFolder, this))
     , filter_(new TWResultsFilter(this))
 {
     setObjectName("resultsWindow");
     setWindowTitle(tr("Results"));
     setAttribute(Qt::WA_QuitOnClose, false);
-    resize(720, 420);
+    resize(TWFitToScreen(*this, Size));
     auto* column = new QVBoxLayout(this);
-    column->addLayout(makeFilter());
-    makeTable();
+    column->addLayout(createFilter());
+    createTable();
     column->addWidget(table_, 1);
-    column->addLayout(makeFooter());
-    makeActions();
+    column->addLayout(createFooter());
+    createActions();
     table_->setFocus();
     linesChanged();
     table_->scrollToBottom();
@@ -62,7 +68,7 @@ TWResultsWindow::~TWResultsWindow()
     controller_.setView(nullptr);
 }
 
-QHBoxLayout* TWResultsWindow::makeFilter()
+QLayout* TWResultsWindow::createFilter()
 {
     filterText_ = new QLineEdit(this);
     filterText_->setObjectName("filterLineEdit");
@@ -82,7 +88,7 @@ QHBoxLayout* TWResultsWindow::makeFilter()
     return layout;
 }
 
-void TWResultsWindow::makeTable()
+void TWResultsWindow::createTable()
 {
     table_ = new QTableView(this);
     table_->setObjectName("resultsTableView");
@@ -99,7 +105,7 @@ void TWResultsWindow::makeTable()
     table_->horizontalHeader()->hide();
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->verticalHeader()->hide();
-    // One height for all: no line is measured.
+    // All lines are of one height, so that none has to be measured.
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(std::max(fontMetrics().height(), IconSize) + RowPadding);
 
@@ -110,41 +116,43 @@ void TWResultsWindow::makeTable()
     (new QVBoxLayout(table_->viewport()))->addWidget(empty_);
 }
 
-QHBoxLayout* TWResultsWindow::makeFooter()
+QLayout* TWResultsWindow::createFooter()
 {
     count_ = new QLabel(this);
     count_->setObjectName("countLabel");
-    auto* button = new QPushButton(tr("&Save As..."), this);
-    button->setObjectName("saveButton");
-    button->setAccessibleName(tr("Save the lines as a text file"));
-    connect(button, &QPushButton::clicked, this, &TWResultsWindow::saveAs);
+    saveButton_ = new QPushButton(this);
+    saveButton_->setObjectName("saveButton");
+    saveButton_->setAccessibleName(tr("Save the shown lines as a text file"));
+    connect(saveButton_, &QPushButton::clicked, this, &TWResultsWindow::saveAs);
 
     auto* layout = new QHBoxLayout;
     layout->addWidget(count_, 1);
-    layout->addWidget(button);
+    layout->addWidget(saveButton_);
     return layout;
 }
 
-void TWResultsWindow::makeActions()
+void TWResultsWindow::createActions()
 {
     addTableAction("copyAction", tr("&Copy"), QKeySequence::Copy, &TWResultsWindow::copy);
     addTableAction("selectAllAction", tr("Select &All"), QKeySequence::SelectAll, &TWResultsWindow::selectAll);
+    saveAction_ = addTableAction("saveAction", {}, QKeySequence::Save, &TWResultsWindow::saveAs);
+    saveAction_->setShortcutContext(Qt::WindowShortcut);
+    addAction(saveAction_);
     table_->setContextMenuPolicy(Qt::ActionsContextMenu);
-
-    auto* save = addTableAction("saveAction", tr("&Save As..."), QKeySequence::Save, &TWResultsWindow::saveAs);
-    auto* find = new QAction(tr("&Filter"), this);
-    find->setShortcut(QKeySequence::Find);
-    connect(find, &QAction::triggered, filterText_, qOverload<>(&QWidget::setFocus));
-    auto* close = new QAction(tr("&Close"), this);
-    close->setShortcut(QKeySequence::Close);
-    connect(close, &QAction::triggered, this, &QWidget::close);
-    for (auto* action : { save, find, close }) {
-        action->setShortcutContext(Qt::WindowShortcut);
-        addAction(action);
-    }
+    addWindowAction(tr("&Filter"), { QKeySequence::Find }, [this] { filterText_->setFocus(); });
+    addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] { close(); });
 }
 
-// In the context menu of the table; Ctrl+C and Ctrl+A mean its lines only while it has the focus.
+void TWResultsWindow::addWindowAction(
+    const QString& text, const QList<QKeySequence>& shortcuts, std::function<void()> call)
+{
+    auto* action = new QAction(text, this);
+    action->setShortcuts(shortcuts);
+    connect(action, &QAction::triggered, this, std::move(call));
+    addAction(action);
+}
+
+// An entry of the table's context menu. Ctrl+C and Ctrl+A concern the lines only while the table has the focus.
 QAction* TWResultsWindow::addTableAction(
     const char* name, const QString& text, const QKeySequence& shortcut, void (TWResultsWindow::*call)())
 {
@@ -159,7 +167,7 @@ QAction* TWResultsWindow::addTableAction(
 
 void TWResultsWindow::filterChanged()
 {
-    // Its rows are made anew while it knows no lines, so that a change of the filter costs one walk and not two.
+    // The filter builds its rows anew while it has no model, so that a change costs one walk instead of two.
     filter_->setSourceModel(nullptr);
     filter_->setFilter(filterText_->text(), static_cast<TWResultsFilter::Kind>(filterKind_->currentIndex()));
     QAbstractItemModel* shown = model_;
@@ -168,7 +176,7 @@ void TWResultsWindow::filterChanged()
         shown = filter_;
     }
     if (table_->model() != shown) {
-        // Setting a model makes a new selection model and leaves the old one to us.
+        // setModel() makes a new selection model and does not delete the old one.
         const std::unique_ptr<QItemSelectionModel> old(table_->selectionModel());
         table_->setModel(shown);
     }
@@ -184,7 +192,12 @@ void TWResultsWindow::messagesRemoved()
 
 void TWResultsWindow::messagesAdded(std::size_t count)
 {
+    const auto firstNew = controller_.messages().begin() + model_->rowCount();
     model_->messagesAdded(count);
+    const bool failed = std::any_of(firstNew, controller_.messages().end(),
+        [](const TWMessage& message) { return message.type == TWMessageType::Failure; });
+    if (failed && filter_->sourceModel())
+        filter_->renew();
     linesChanged();
     table_->scrollToBottom();
 }
@@ -195,6 +208,10 @@ void TWResultsWindow::linesChanged()
     const int shown = table_->model()->rowCount();
     empty_->setVisible(shown == 0);
     empty_->setText(tr(all == 0 ? NothingYet : NoMatch));
+    saveButton_->setEnabled(shown != 0);
+    saveButton_->setText(tr(shown == all ? SaveAll : SaveShown));
+    saveAction_->setEnabled(shown != 0);
+    saveAction_->setText(saveButton_->text());
     if (shown != all)
         count_->setText(tr(LinesOf).arg(locale().toString(shown), locale().toString(all)));
     else
@@ -222,7 +239,7 @@ void TWResultsWindow::selectAll()
 
 void TWResultsWindow::saveAs()
 {
-    auto* dialog = new QFileDialog(this, tr("Save Results"));
+    auto* dialog = new QFileDialog(this, tr("Save Results"), homeFolder_);
     dialog->setObjectName("saveFileDialog");
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);

@@ -1,31 +1,37 @@
 #include "ui/windows/TWWindowSession.h"
 
-#include "editors/TWFilesWindowController.h"
-#include "ui/sheets/TWDictionarySheet.h"
-#include "ui/sheets/TWFilesSheet.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/sheets/TWSheet.h"
+#include "ui/sheets/TWSheetTable.h"
 #include "ui/windows/TWHelpWindow.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
 
-TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate)
+namespace {
+
+constexpr auto HelpIndex = "index";
+
+}
+
+TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& alerts)
     : delegate_(delegate)
     , mainWindow_(delegate)
 {
-    QObject::connect(&mainWindow_, &TWMainWindow::editorRequested, &mainWindow_, [this] { editFiles(); });
-    QObject::connect(&mainWindow_, &TWMainWindow::editDictionaryRequested, &mainWindow_, [this] { editDictionary(); });
+    QObject::connect(&mainWindow_, &TWMainWindow::appeared, &mainWindow_, [&] { alerts.setWindow(&mainWindow_); });
     QObject::connect(
-        &mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { helpWindow().openAnchor("index"); });
+        &mainWindow_, &TWMainWindow::editRequested, &mainWindow_, [this](const char* editor) { edit(editor); });
+    QObject::connect(
+        &mainWindow_, &TWMainWindow::resultsRequested, &mainWindow_, [this] { bringToFront(TWWindow::Results); });
+    QObject::connect(&mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { showHelp(HelpIndex); });
+    QObject::connect(&mainWindow_, &TWMainWindow::quitRequested, &mainWindow_, [this] { terminate(); });
+    delegate_.setViews(&mainWindow_, this);
 }
 
-TWWindowSession::~TWWindowSession() = default;
-
-void TWWindowSession::activate()
+TWWindowSession::~TWWindowSession()
 {
-    mainWindow_.bringToFront(TWWindow::Main);
-    mainWindow_.activate();
-    // What waits for an answer stays in front.
-    if (auto* sheet = QApplication::activeModalWidget())
-        sheet->activateWindow();
+    delegate_.setViews(nullptr, nullptr);
 }
 
 void TWWindowSession::clean()
@@ -34,28 +40,85 @@ void TWWindowSession::clean()
     mainWindow_.clean();
 }
 
-TWHelpWindow& TWWindowSession::helpWindow()
+TWSheet* TWWindowSession::sheet(const char* editor)
+{
+    if (const auto made = sheets_.find(editor); made != sheets_.end())
+        return made->second.get();
+    const auto* row = TWSheetNamed(editor);
+    if (!row)
+        return nullptr;
+    auto sheet = row->make(delegate_.editors(), &mainWindow_);
+    QObject::connect(sheet.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
+    QObject::connect(sheet.get(), &TWSheet::helpRequested, &mainWindow_,
+        [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
+    return sheets_.emplace(editor, std::move(sheet)).first->second.get();
+}
+
+void TWWindowSession::edit(const char* editor)
+{
+    if (auto* wanted = sheet(editor); wanted && !wanted->isVisible())
+        wanted->open();
+}
+
+void TWWindowSession::showHelp(const std::string& page)
 {
     if (!helpWindow_)
         helpWindow_ = std::make_unique<TWHelpWindow>(delegate_.platform().bundle);
-    return *helpWindow_;
+    helpWindow_->openAnchor(page);
 }
 
-void TWWindowSession::editFiles()
+// Null for a window that was not made yet.
+QWidget* TWWindowSession::window(TWWindow which) const
 {
-    if (!filesSheet_) {
-        filesSheet_ = std::make_unique<TWFilesSheet>(
-            delegate_.editors().get<TWFilesWindowController>(), helpWindow(), &mainWindow_);
-        QObject::connect(filesSheet_.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
+    switch (which) {
+    case TWWindow::Main:
+        return const_cast<TWMainWindow*>(&mainWindow_);
+    case TWWindow::Results:
+        return resultsWindow_.get();
+    default:
+        return nullptr;
     }
-    filesSheet_->open();
 }
 
-void TWWindowSession::editDictionary()
+void TWWindowSession::bringToFront(TWWindow which)
 {
-    if (!dictionarySheet_)
-        dictionarySheet_
-            = std::make_unique<TWDictionarySheet>(delegate_.editors().dictionary(), helpWindow(), &mainWindow_);
-    delegate_.editors().dictionary().loadDictionary();
-    dictionarySheet_->open();
+    if (which == TWWindow::Results && !resultsWindow_) {
+        const auto& platform = delegate_.platform();
+        resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(),
+            TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
+    }
+    auto* shown = window(which);
+    if (!shown)
+        return;
+    shown->setWindowState(shown->windowState() & ~Qt::WindowMinimized);
+    shown->show();
+    shown->raise();
+    shown->activateWindow();
+}
+
+bool TWWindowSession::isKeyWindow(TWWindow which) const
+{
+    const auto* asked = window(which);
+    return asked && asked->isActiveWindow();
+}
+
+void TWWindowSession::activate()
+{
+    bringToFront(TWWindow::Main);
+    // A sheet that waits for an answer stays in front.
+    if (auto* sheet = QApplication::activeModalWidget())
+        sheet->activateWindow();
+}
+
+void TWWindowSession::requestUserAttention()
+{
+    QApplication::alert(&mainWindow_);
+    QGuiApplication::sync(); // the program may block or end before the next turn
+}
+
+// Not quit(), which would ask every open window and sheet to close, and so answer the questions in them.
+void TWWindowSession::terminate()
+{
+    QMetaObject::invokeMethod(
+        qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
 }

@@ -1,36 +1,45 @@
 #pragma once
 
+#include "app/TWApplicationWindows.h"
 #include "ui/windows/TWMainWindow.h"
 
+#include <map>
 #include <memory>
 
-class TWDictionarySheet;
-class TWFilesSheet;
 class TWHelpWindow;
+class TWQtAlerts;
+class TWResultsWindow;
+class TWSheet;
 
-// The main window and the sheets that are made when they are first asked for. Main thread.
-class TWWindowSession final {
+// Owns all windows and sheets. It makes those besides the main window when they are first asked for. Main thread.
+class TWWindowSession final : public TWApplicationWindows {
 public:
-    // Becomes the delegate's view. The delegate outlives the session.
-    explicit TWWindowSession(TWTidewellAppDelegate&);
+    // Gives the delegate its views. The delegate and the alerts outlive the session.
+    TWWindowSession(TWTidewellAppDelegate&, TWQtAlerts&);
     ~TWWindowSession();
 
     TWMainWindow& mainWindow() { return mainWindow_; }
 
-    // The main window is brought forward, as if the user had started the program anew.
-    void activate();
-
-    // A run is started; the main window shows it.
+    // Brings the main window forward and starts a run.
     void clean();
 
+    // Null if the editor of that name has no sheet.
+    TWSheet* sheet(const char* editor);
+
+    void bringToFront(TWWindow) override;
+    bool isKeyWindow(TWWindow) const override;
+    void activate() override;
+    void requestUserAttention() override;
+    void terminate() override;
+
 private:
-    TWHelpWindow& helpWindow();
-    void editFiles();
-    void editDictionary();
+    void edit(const char* editor);
+    void showHelp(const std::string& page);
+    QWidget* window(TWWindow) const;
 
     TWTidewellAppDelegate& delegate_;
     TWMainWindow mainWindow_;
+    std::unique_ptr<TWResultsWindow> resultsWindow_;
     std::unique_ptr<TWHelpWindow> helpWindow_;
-    std::unique_ptr<TWFilesSheet> filesSheet_;
-    std::unique_ptr<TWDictionarySheet> dictionarySheet_;
+    std::map<std::string, std::unique_ptr<TWSheet>, std::less<>> sheets_; // by editor
 };

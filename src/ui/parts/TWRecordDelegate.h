@@ -2,16 +2,16 @@
 
 #include <QStyledItemDelegate>
 
-// How the cells of the Files table look and are edited.
-class TWFilesDelegate final : public QStyledItemDelegate {
+struct TWRecordColumn;
+
+// How the cells of a record table look and how they are edited. Works on a TWRecordModel only.
+class TWRecordDelegate final : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
-    explicit TWFilesDelegate(QObject* parent = nullptr);
+    using QStyledItemDelegate::QStyledItemDelegate;
 
-    // What a pop-up needs besides its text.
-    static int arrowWidth(const QWidget*);
-
+    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override;
     void paint(QPainter*, const QStyleOptionViewItem&, const QModelIndex&) const override;
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override;
     void setEditorData(QWidget* editor, const QModelIndex&) const override;
