@@ -314,17 +314,23 @@ bool TWTokenField::inputKey(QKeyEvent& event)
         choose(count() - 1);
         return true;
     default:
-        if (event.matches(QKeySequence::Paste))
-            return paste();
-        if (event.matches(QKeySequence::Undo) && !input_->isUndoAvailable()) {
-            emit undoRequested();
-            return true;
-        }
-        if (!empty || count() == 0 || !event.matches(QKeySequence::SelectAll))
-            return false;
-        chooseAll();
+        return inputShortcut(event);
+    }
+}
+
+bool TWTokenField::inputShortcut(const QKeyEvent& event)
+{
+    if (event.matches(QKeySequence::Paste))
+        return paste();
+    if (event.matches(QKeySequence::Undo) && !input_->isUndoAvailable()) {
+        emit undoRequested();
         return true;
     }
+    const bool empty = editing_ == None && input_->text().isEmpty();
+    if (!empty || count() == 0 || !event.matches(QKeySequence::SelectAll))
+        return false;
+    chooseAll();
+    return true;
 }
 
 bool TWTokenField::tokenKey(QKeyEvent& event)

@@ -93,6 +93,7 @@ private:
     void backToInput();
     void copySelected() const;
     bool inputKey(QKeyEvent&);
+    bool inputShortcut(const QKeyEvent&);
     bool tokenKey(QKeyEvent&);
     int moved(int key) const;
 

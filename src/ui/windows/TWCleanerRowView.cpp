@@ -59,8 +59,17 @@ TWCleanerRowView::TWCleanerRowView(
     editButton_->setSizePolicy(policy);
     editButton_->setVisible(editable == Editable::Yes);
     editButton_->setAutoDefault(true); // Return on it edits, instead of pressing Clean
+    for (QWidget* child : std::initializer_list<QWidget*>{ icon_, checkBox_, line_ })
+        child->setEnabled(row.available);
+    layOut();
+    showLight(TWLight::Off);
+    connect(checkBox_, &QCheckBox::clicked, this, &TWCleanerRowView::checked);
+    connect(editButton_, &QPushButton::clicked, this, &TWCleanerRowView::editRequested);
+}
 
-    // The line begins below the check box's text.
+// The line begins below the check box's text.
+void TWCleanerRowView::layOut()
+{
     auto* lineLayout = new QHBoxLayout;
     lineLayout->addSpacing(style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, checkBox_)
         + style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing, nullptr, checkBox_));
@@ -78,13 +87,6 @@ TWCleanerRowView::TWCleanerRowView(
     layout->addWidget(spinner_);
     layout->addWidget(light_);
     layout->addWidget(editButton_);
-
-    for (QWidget* child :
-        { static_cast<QWidget*>(icon_), static_cast<QWidget*>(checkBox_), static_cast<QWidget*>(line_) })
-        child->setEnabled(row.available);
-    showLight(TWLight::Off);
-    connect(checkBox_, &QCheckBox::clicked, this, &TWCleanerRowView::checked);
-    connect(editButton_, &QPushButton::clicked, this, &TWCleanerRowView::editRequested);
 }
 
 void TWCleanerRowView::nameChild(QWidget* child, const char* ending, const QString& accessibleName)

@@ -45,6 +45,7 @@ signals:
     void editRequested();
 
 private:
+    void layOut();
     void nameChild(QWidget*, const char* ending, const QString& accessibleName);
 
     const TWCleanerRow& row_;
