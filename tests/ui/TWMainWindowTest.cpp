@@ -137,6 +137,19 @@ TEST_F(TWMainWindowTest, ARunThatEndsBeforeTheAnswerLetsTheWindowClose)
     EXPECT_FALSE(window->isVisible());
 }
 
+TEST_F(TWMainWindowTest, QuittingWithUnsavedEditsHasToBeConfirmed)
+{
+    delegate->editors().dictionary().setWordDictionary({ "unsaved" });
+    EXPECT_FALSE(window->close());
+    ASSERT_EQ(machine.alerts.alerts.size(), 1U);
+    EXPECT_EQ(machine.alerts.alerts[0].confirming, TWConfirming::LosesSomething);
+    machine.alerts.answer(TWAnswer::Alternate);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(window->close());
+    machine.alerts.answer(TWAnswer::Default);
+    EXPECT_FALSE(window->isVisible());
+}
+
 TEST_F(TWMainWindowTest, SettingsThatAreLostOrCannotBeSavedAreAnnounced)
 {
     const auto* bar = child<QLabel>(*window, "messageBarLabel");

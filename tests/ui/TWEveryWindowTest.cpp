@@ -28,11 +28,10 @@ protected:
         EXPECT_TRUE(QTest::qWaitFor([&] { return appeared.count() == 1; }));
     }
 
-    // Calls the function with each window on screen in turn, the sheets with something in them.
+    // Calls the function with each window on screen in turn.
     void forEach(const std::function<void(QWidget&)>& call)
     {
         delegate.editors().get<TWFilesWindowController>().addRule({ true, "Rule", "~/path", TWItemItself });
-        delegate.editors().dictionary().setWordDictionary({ "word" });
         shown(session.mainWindow(), call);
         for (const auto* name : { "results", "help" }) {
             child<QAction>(session.mainWindow(), std::string(name) + "Action")->trigger();
