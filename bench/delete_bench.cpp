@@ -11,7 +11,7 @@
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "ui/TWResultsWindow.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
 
@@ -90,8 +90,8 @@ int main(int count, char** arguments)
     Queue queue(tools, targets);
     std::unique_ptr<TWResultsWindow> window;
     if (showing) {
-        window
-            = std::make_unique<TWResultsWindow>(queue.messages(), QString::fromStdString(places.resources + "/icons"));
+        window = std::make_unique<TWResultsWindow>(
+            queue.messages(), QString::fromStdString(places.resources + "/icons"), "/");
         window->show();
         QCoreApplication::processEvents();
     }

@@ -5,7 +5,7 @@
 
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "ui/TWResultsWindow.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
 #include <QHeaderView>
@@ -68,7 +68,7 @@ class Ours final : public Shown {
 public:
     Ours()
         : controller_(runLoop_)
-        , window_(controller_, QString::fromStdString(TWLinuxPlaces().resources + "/icons"))
+        , window_(controller_, QString::fromStdString(TWLinuxPlaces().resources + "/icons"), "/")
     {
         window_.show();
     }

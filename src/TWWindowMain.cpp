@@ -9,8 +9,8 @@
 #include "platform/qt/TWQtApplicationService.h"
 #include "support/TWLog.h"
 #include "support/TWText.h"
-#include "ui/TWQtAlerts.h"
-#include "ui/TWWindowSession.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWWindowSession.h"
 
 #include <QApplication>
 
@@ -84,8 +84,7 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
         return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
-    TWWindowSession session(delegate);
-    alerts.setWindow(&session.mainWindow());
+    TWWindowSession session(delegate, alerts);
     EndOnSignal ending(system.runLoop(), delegate);
     const auto endRequests = world.host.whenToldToEnd(system.runLoop(), [&] { ending.signalled(); });
     const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());

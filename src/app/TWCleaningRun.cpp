@@ -12,7 +12,6 @@ constexpr auto CleaningUp = "Cleaning up NOW! (%@)";
 constexpr auto WarningTitle = "Wait!";
 constexpr auto WarningContinue = "Continue Anyway";
 constexpr auto WarningCancel = "Cancel";
-constexpr auto Bullet = "  \xE2\x80\xA2 ";
 constexpr auto DoneCleaning = "Done Cleaning! (%@)";
 constexpr auto SuccessTitle = "Tidewell is done cleaning!";
 constexpr auto SuccessText = "All the selected cleaners ran successfully.";
@@ -103,8 +102,9 @@ void TWCleaningRun::confirmWarnings(std::function<void()> confirmed)
         return;
     }
     asking_ = true;
-    context_.alerts.show({ WarningTitle, text, WarningContinue, WarningCancel },
-        [this, life = std::weak_ptr(life_), confirmed = std::move(confirmed)](TWAnswer answer) {
+    const TWAlert question{ WarningTitle, text, WarningContinue, WarningCancel, TWConfirming::LosesSomething };
+    context_.alerts.show(
+        question, [this, life = std::weak_ptr(life_), confirmed = std::move(confirmed)](TWAnswer answer) {
             if (life.expired())
                 return;
             asking_ = false;
@@ -157,7 +157,7 @@ void TWCleaningRun::cleanerStarted(TWCleaner& cleaner)
 
 void TWCleaningRun::cleanerProgress(TWCleaner& cleaner)
 {
-    addMessage(Bullet + cleaner.progressMessageString(), TWMessageType::Information);
+    addMessage(TWProgressMark + cleaner.progressMessageString(), TWMessageType::Information);
 }
 
 void TWCleaningRun::cleanerSuccess(TWCleaner& cleaner)

@@ -5,6 +5,9 @@
 
 enum class TWMessageType : std::uint8_t { Information = 0, Success = 1, Failure = 2 };
 
+// Begins every line that tells of a cleaner's progress.
+inline constexpr auto TWProgressMark = "  \xE2\x80\xA2 ";
+
 // Where a cleaning reports its lines.
 class TWResultsLog {
 public:

@@ -4,8 +4,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// One frame of a usual screen: lines that come faster than this cannot be read anyway, and painting each costs more
-// than deleting a file.
+// One frame of a usual screen. Nobody can read lines that come faster, and painting each costs more than deleting a
+// file.
 constexpr auto Frame = 16ms;
 
 constexpr TWColour Colours[] = {
@@ -13,6 +13,9 @@ constexpr TWColour Colours[] = {
     { 0.714, 1.0, 0.0 },
     { 1.0, 0.305, 0.258 },
 };
+
+// A progress line that ends like this only announces what comes next.
+constexpr auto AnnouncementEnding = " ...";
 
 }
 
@@ -32,9 +35,18 @@ void TWResultsWindowController::addMessage(std::string text, TWMessageType type)
         runLoop_.post([this, text = std::move(text), type] { addMessage(text, type); });
         return;
     }
+    if (type == TWMessageType::Failure)
+        markExplanation();
     messages_.push_back({ std::move(text), type });
     if (view_ && !pending_)
         pending_ = runLoop_.after(Frame, [this] { flush(); });
+}
+
+// The progress lines before a failure are those of the cleaner that has failed.
+void TWResultsWindowController::markExplanation()
+{
+    for (auto line = messages_.rbegin(); line != messages_.rend() && line->text.starts_with(TWProgressMark); ++line)
+        line->explainsFailure = !line->text.ends_with(AnnouncementEnding);
 }
 
 void TWResultsWindowController::removeAllMessages()

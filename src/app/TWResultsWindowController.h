@@ -11,8 +11,9 @@ struct TWColour {
 };
 
 struct TWMessage {
-    std::string text; // may hold bytes that are no UTF-8; escaped only where it is shown
+    std::string text; // may hold bytes that are not UTF-8; escaped only where it is shown
     TWMessageType type;
+    bool explainsFailure = false; // a line of information that says why the cleaner failed
 
     // Of the line's background, fixed by its type.
     TWColour colour() const;
@@ -20,37 +21,40 @@ struct TWMessage {
 
 class TWResultsView {
 public:
-    // The list was emptied.
+    // The list is empty now.
     virtual void messagesRemoved() = 0;
 
-    // The list has grown to that count; the last line is to be made visible. Told at most once per 16 ms, however many
-    // lines come.
+    // The list has grown to that count, and the last line should be visible. A failure among the new lines may have
+    // turned earlier lines into its explanation. Sent at most once per 16 ms, however many lines come.
     virtual void messagesAdded(std::size_t count) = 0;
 
 protected:
     ~TWResultsView() = default;
 };
 
-// The lines of the latest cleaning. Kept at once; the view follows at its own pace. Main thread, except addMessage().
+// The lines of the latest cleaning. A line is in the list at once; the view hears of it a little later. Main thread,
+// except addMessage().
 class TWResultsWindowController final : public TWResultsLog {
 public:
     explicit TWResultsWindowController(TWRunLoop&);
 
     void setView(TWResultsView* view) { view_ = view; }
 
-    // Another thread's line is added on a later turn of the main thread, in the order of the calls.
+    // A line from another thread is added on a later turn of the main thread, in the order of the calls.
     void addMessage(std::string text, TWMessageType) override;
     void removeAllMessages() override;
 
     const std::vector<TWMessage>& messages() const { return messages_; }
 
-    // Tells the view now what it has not been told yet.
+    // Tells the view at once about lines that it has not heard of yet.
     void flush();
 
 private:
+    void markExplanation();
+
     TWRunLoop& runLoop_;
     const std::thread::id mainThread_ = std::this_thread::get_id();
     TWResultsView* view_ = nullptr;
     std::vector<TWMessage> messages_;
-    std::unique_ptr<TWRunLoopHandle> pending_; // while the view has not been told of the newest lines
+    std::unique_ptr<TWRunLoopHandle> pending_; // while the view has not heard of the newest lines
 };

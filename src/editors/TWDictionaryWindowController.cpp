@@ -20,6 +20,13 @@ TWDictionaryWindowController::TWDictionaryWindowController(const TWDataFolder& d
 void TWDictionaryWindowController::loadDictionary()
 {
     replaceWords(savedWords());
+    edited_ = false;
+}
+
+void TWDictionaryWindowController::setWordDictionary(std::vector<std::string> words)
+{
+    words_ = std::move(words);
+    edited_ = true;
 }
 
 // What stands in the place of words that could not be understood is what the user sees.
@@ -73,6 +80,7 @@ std::string TWDictionaryWindowController::write(const std::vector<std::string>& 
 void TWDictionaryWindowController::save()
 {
     const auto problem = write();
+    edited_ = edited_ && !problem.empty();
     if (!view_)
         return;
     if (problem.empty())

@@ -28,7 +28,7 @@ public:
     void setView(TWDictionaryView* view) { view_ = view; }
 
     void awakeFromNib(TWLaunchKind) override { loadDictionary(); }
-    bool hasUnsavedEdits() const override { return false; }
+    bool hasUnsavedEdits() const override { return edited_; }
 
     // Fills the words from the file: none when there is no file. A file with an element that is no word keeps the words
     // as they were.
@@ -37,8 +37,8 @@ public:
     // The words as shown, saved or not; duplicates and empty words as the user typed them.
     const std::vector<std::string>& wordDictionary() const { return words_; }
 
-    // The view's, after every edit. The words are UTF-8.
-    void setWordDictionary(std::vector<std::string> words) { words_ = std::move(words); }
+    // The view calls this after every edit. The words are UTF-8.
+    void setWordDictionary(std::vector<std::string> words);
 
     // Writes the file and closes the sheet.
     void save();
@@ -68,5 +68,6 @@ private:
     const TWDataFolder& dataFolder_;
     TWDictionaryView* view_ = nullptr;
     std::vector<std::string> words_;
+    bool edited_ = false; // since the words were loaded or written
     std::string problem_;
 };

@@ -128,7 +128,8 @@ std::string TWFilesWindowController::file() const
 
 void TWFilesWindowController::restoreDefaults()
 {
-    context_.alerts.show({ DefaultsTitle, DefaultsText, Yes, No }, [this](TWAnswer answer) {
+    const TWAlert question{ DefaultsTitle, DefaultsText, Yes, No, TWConfirming::LosesSomething };
+    context_.alerts.show(question, [this](TWAnswer answer) {
         if (answer != TWAnswer::Default)
             return;
         if (const auto problem = applyDefaults(); !problem.empty())
@@ -156,9 +157,14 @@ void TWFilesWindowController::add()
         return;
     view_->choosePath(ChooseTitle, ChoosePrompt, [this](std::optional<std::string> path) {
         if (path)
-            addRule({ true, std::string(TWPath::lastComponent(*path)), context_.deletion.places.abbreviate(*path),
-                TWItemItself });
+            addPath(*path);
     });
+}
+
+void TWFilesWindowController::addPath(const std::string& path)
+{
+    addRule(
+        { true, std::string(TWPath::lastComponent(path)), context_.deletion.places.abbreviate(path), TWItemItself });
 }
 
 void TWFilesWindowController::remove()
@@ -182,6 +188,12 @@ void TWFilesWindowController::reloadTable()
 void TWFilesWindowController::removeRule(int row)
 {
     filesArray_->erase(filesArray_->begin() + row);
+    ruleChanged();
+}
+
+void TWFilesWindowController::insertRule(int row, TWFilesRule rule)
+{
+    filesArray_->insert(filesArray_->begin() + row, std::move(rule));
     ruleChanged();
 }
 

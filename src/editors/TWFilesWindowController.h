@@ -60,6 +60,9 @@ public:
     // At the end of the list; selected and scrolled to.
     void addRule(TWFilesRule);
 
+    // The same, for a rule that deletes the item at that absolute path.
+    void addPath(const std::string& path);
+
     // Sheet buttons.
     void ok();
     void restoreDefaults(); // asks first
@@ -70,6 +73,7 @@ public:
 
     // In-place edits and what the command line does. Rows count from 0 and must exist.
     void removeRule(int row);
+    void insertRule(int row, TWFilesRule); // which may also be the one behind the last
     void setActive(int row, bool active);
     void setDescription(int row, const std::string& description);
     void setFilePath(int row, const std::string& path);

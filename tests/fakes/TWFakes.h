@@ -17,6 +17,7 @@
 struct TWFakeUserDefaults final : TWUserDefaults {
     std::map<std::string, TWValue> values;
     std::string problemLine;
+    std::string writeProblem;
 
     std::optional<TWValue> value(const std::string& key) const override
     {
@@ -24,7 +25,7 @@ struct TWFakeUserDefaults final : TWUserDefaults {
     }
     void setValue(const std::string& key, const TWValue& value) override { values[key] = value; }
     void removeValue(const std::string& key) override { values.erase(key); }
-    std::string synchronize() override { return ""; }
+    std::string synchronize() override { return writeProblem; }
     std::string problem() const override { return problemLine; }
     std::string file() const override { return "/settings"; }
 };

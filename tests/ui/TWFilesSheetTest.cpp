@@ -1,10 +1,13 @@
-#include "ui/TWFilesSheet.h"
+#include "ui/sheets/TWFilesSheet.h"
 
 #include "TWUITestSupport.h"
+#include "ui/parts/TWColumnWidths.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -49,7 +52,7 @@ protected:
     {
         const auto place = table->visualRect(table->model()->index(row, WhatToDelete)).center();
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, place);
-        auto* popUp = child<QComboBox>(sheet, "whatToDeleteComboBox");
+        auto* popUp = child<QComboBox>(sheet, "whatToDeleteEditor");
         if (choice) {
             popUp->setCurrentIndex(*choice);
             emit popUp->activated(*choice);
@@ -71,7 +74,7 @@ protected:
     }
 
     Editors world;
-    TWFilesSheet sheet{ world.files, world.help, nullptr };
+    TWFilesSheet sheet{ world.files, nullptr };
     QTableView* table = child<QTableView>(sheet, "filesTableView");
 };
 
@@ -86,8 +89,8 @@ TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
     const auto checkBox = table->visualRect(table->model()->index(0, Active));
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, checkBox.topLeft() + QPoint(10, checkBox.height() / 2));
     EXPECT_TRUE(world.files.rules()[0].active);
-    edit(0, Name, "nameLineEdit", "New name");
-    edit(0, Path, "pathLineEdit", "~/new, with blanks");
+    edit(0, Name, "nameEditor", "New name");
+    edit(0, Path, "pathEditor", "~/new, with blanks");
     pick(0, TWItemsWithKeywordsDeep);
     const TWFilesRule expected{ true, "New name", "~/new, with blanks", TWItemsWithKeywordsDeep };
     EXPECT_EQ(*live, std::vector{ expected });
@@ -102,33 +105,98 @@ TEST_F(TWFilesSheetTest, KeepsWhatAnEditorCannotShow)
     pick(0, std::nullopt);
     table->setCurrentIndex(table->model()->index(0, Path));
     QTest::keyClick(table, Qt::Key_F2);
-    QTest::keyClick(child<QLineEdit>(sheet, "pathLineEdit"), Qt::Key_Return);
+    QTest::keyClick(child<QLineEdit>(sheet, "pathEditor"), Qt::Key_Return);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !sheet.findChild<QLineEdit*>(); }));
     EXPECT_EQ(world.files.rules(), std::vector{ odd });
     pick(0, TWFolderContents);
     EXPECT_EQ(world.files.rules()[0].whatToDelete, TWFolderContents);
 }
 
-TEST_F(TWFilesSheetTest, ChoosesALinkAndNotItsTarget)
+TEST_F(TWFilesSheetTest, ChoosesALinkAndNotItsTargetAndNothingWhileTheFieldIsEmpty)
 {
     world.settings.set(TWKey::ManualFilesRuleCreation, false);
-    world.root.write("home/target", "");
+    world.root.folder("home/target");
     world.root.link("home/link", "target");
     open();
     press("addToolButton");
-    child<QMenu>(sheet, "addMenu")->close();
+    child<QMenu>(sheet, "chooserMenu")->close();
     EXPECT_TRUE(world.files.rules().empty());
     press("addToolButton");
-    auto* menu = child<QMenu>(sheet, "addMenu");
-    menu->setActiveAction(menu->actions().first());
+    auto* menu = child<QMenu>(sheet, "chooserMenu");
+    menu->setActiveAction(menu->actions().last());
     QTest::keyClick(menu, Qt::Key_Return);
     auto* chooser = child<QFileDialog>(sheet, "chooserFileDialog");
-    chooser->setDirectory(QString::fromStdString(world.places.home));
-    chooser->findChild<QLineEdit*>("fileNameEdit")->setText("link");
-    QMetaObject::invokeMethod(chooser, "accept");
+    EXPECT_EQ(chooser->fileMode(), QFileDialog::Directory);
+    auto* field = child<QLineEdit>(*chooser, "fileNameEdit");
+    field->clear();
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_TRUE(chooser->isVisible() && world.files.rules().empty());
+    field->setText("link");
+    QTest::keyClick(field, Qt::Key_Return);
     ASSERT_TRUE(QTest::qWaitFor([&] { return world.files.rules().size() == 1; }));
     const TWFilesRule expected{ true, "link", "~/link", TWItemItself };
     EXPECT_EQ(world.files.rules()[0], expected);
+}
+
+TEST_F(TWFilesSheetTest, ReturnIsOKAndRestoringDefaultsHasToBeConfirmed)
+{
+    world.alerts.leavesOpen = true;
+    world.files.addRule({ true, "Mine", "~/mine", TWItemItself });
+    open();
+    QTest::keyClick(sheet.windowHandle(), Qt::Key_Return);
+    EXPECT_FALSE(sheet.isVisible());
+    EXPECT_TRUE(world.alerts.alerts.empty());
+    open();
+    child<QAbstractButton>(sheet, "restoreDefaultsPushButton")->setFocus();
+    QTest::keyClick(sheet.windowHandle(), Qt::Key_Return);
+    ASSERT_EQ(world.alerts.alerts.size(), 1U);
+    EXPECT_EQ(world.alerts.alerts[0].confirming, TWConfirming::LosesSomething);
+    world.alerts.answer(TWAnswer::Alternate);
+    EXPECT_EQ(world.files.rules().size(), 1U);
+}
+
+TEST_F(TWFilesSheetTest, RemovedRulesComeBackInTheirPlaces)
+{
+    for (const auto* name : { "0", "1", "2" })
+        world.files.addRule({ true, name, std::string("~/") + name, TWItemItself });
+    const auto before = world.files.rules();
+    open();
+    table->selectRow(1);
+    press("removeToolButton");
+    EXPECT_EQ(cell(table->currentIndex().row(), Name), "2");
+    press("removeToolButton");
+    EXPECT_EQ(child<QLabel>(sheet, "undoBarLabel")->text(), "The rule \"2\" was removed.");
+    press("undoBarButton");
+    table->setFocus();
+    QTest::keyClick(sheet.windowHandle(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(world.files.rules(), before);
+    EXPECT_EQ(table->currentIndex().row(), 1);
+    EXPECT_FALSE(child<QWidget>(sheet, "undoBar")->isVisible());
+    QTest::keyClick(sheet.windowHandle(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(world.files.rules(), before) << "there is nothing left to undo";
+}
+
+TEST_F(TWFilesSheetTest, AColumnThatTheUserHasDraggedKeepsItsWidth)
+{
+    world.files.addRule({ true, "Name", "~/" + std::string(300, 'p'), TWItemItself });
+    open();
+    const auto total = [&] { return table->horizontalHeader()->length(); };
+    EXPECT_EQ(total(), table->viewport()->width());
+    EXPECT_GT(table->columnWidth(Path), table->columnWidth(Name)) << "it needs more";
+    table->horizontalHeader()->resizeSection(Name, 300);
+    EXPECT_EQ(total(), table->viewport()->width());
+    sheet.resize(sheet.width() - 100, sheet.height());
+    EXPECT_EQ(table->columnWidth(Name), 300);
+    EXPECT_EQ(total(), table->viewport()->width());
+}
+
+TEST(TWColumnWidths, NoColumnIsCutWhileAnotherHasRoomToSpare)
+{
+    using Widths = std::vector<int>;
+    EXPECT_EQ(TWColumnWidths(100, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 40, 50 }));
+    EXPECT_EQ(TWColumnWidths(65, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 25, 30 }));
+    EXPECT_EQ(TWColumnWidths(50, { { 10, 99 }, { 90, 90 }, { 30, 30 } }), (Widths{ 10, 20, 20 }));
+    EXPECT_EQ(TWColumnWidths(-1, { { 10, 10 } }), (Widths{ 0 }));
 }
 
 TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnlyAndRemovesTheSelectedOne)
@@ -139,11 +207,11 @@ TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnlyAndRemovesTheSelecte
     world.settings.set(TWKey::ManualFilesRuleCreation, false);
     drop({ QUrl::fromLocalFile(home + "/a b/"), QUrl("https://example.org/c") });
     ASSERT_EQ(world.files.rules().size(), 2U);
-    EXPECT_EQ(world.files.rules()[0].filePath, world.places.home + "/by hand");
+    EXPECT_EQ(world.files.rules()[0].filePath, "~/by hand");
     EXPECT_EQ(world.files.rules()[1].filePath, "~/a b");
     drop({ QUrl::fromEncoded("file:///tmp/bad%FFname"), QUrl::fromLocalFile(home + "/good") });
     EXPECT_EQ(world.files.rules().size(), 3U);
-    EXPECT_TRUE(child<QLabel>(sheet, "messageLabel")->text().contains("not valid UTF-8"));
+    EXPECT_TRUE(child<QLabel>(sheet, "messageBarLabel")->text().contains("not valid UTF-8"));
     table->selectRow(0);
     QTest::keyClick(table, Qt::Key_Delete);
     EXPECT_EQ(world.files.rules()[0].filePath, "~/a b");
@@ -172,7 +240,7 @@ TEST_F(TWFilesSheetTest, SavesWithOKOnlyAndCountsWhileOpen)
     EXPECT_TRUE(QTest::qWaitFor([&] { return cell(0, Note).startsWith("1 item, "); }));
     table->setCurrentIndex(table->model()->index(0, Name));
     QTest::keyClick(table, Qt::Key_F2);
-    QTest::keyClicks(child<QLineEdit>(sheet, "nameLineEdit"), "Typed");
+    QTest::keyClicks(child<QLineEdit>(sheet, "nameEditor"), "Typed");
     QTest::keyClick(&sheet, Qt::Key_Escape);
     EXPECT_FALSE(sheet.isVisible());
     EXPECT_EQ(cell(0, Note), "");

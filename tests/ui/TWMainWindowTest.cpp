@@ -1,8 +1,9 @@
-#include "ui/TWMainWindow.h"
+#include "ui/windows/TWWindowSession.h"
 
 #include "TWUITestSupport.h"
 #include "support/TWText.h"
-#include "ui/TWSpinner.h"
+#include "ui/parts/TWSpinner.h"
+#include "ui/windows/TWQtAlerts.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -23,9 +24,10 @@ protected:
             "<plist><array><dict><key>Active</key><true/></dict><dict/></array></plist>");
         machine.userDefaults.values["LogsCleaner"] = true;
         delegate = std::make_unique<TWTidewellAppDelegate>(machine.platform, TWLaunchKind::Window);
-        window = std::make_unique<TWMainWindow>(*delegate);
+        session = std::make_unique<TWWindowSession>(*delegate, qtAlerts);
+        window = &session->mainWindow();
         delegate->applicationDidFinishLaunching();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
         EXPECT_TRUE(machine.waitFor([this] { return !line("trash").empty(); })) << "what waits for the first paint";
     }
 
@@ -41,14 +43,16 @@ protected:
     void startRun()
     {
         QTest::mouseClick(child<QCheckBox>(*window, "trashCheckBox"), Qt::LeftButton, {}, { 8, 8 });
-        QTest::keyClick(window.get(), Qt::Key_Return);
+        QTest::keyClick(window, Qt::Key_Return);
         ASSERT_TRUE(machine.waitFor([&] { return machine.launcher.running() == 1; }));
     }
 
     Machine machine;
     std::uint64_t itemSize = 0; // of each of the two in the Trash
     std::unique_ptr<TWTidewellAppDelegate> delegate;
-    std::unique_ptr<TWMainWindow> window;
+    TWQtAlerts qtAlerts;
+    std::unique_ptr<TWWindowSession> session;
+    TWMainWindow* window = nullptr;
 };
 
 TEST_F(TWMainWindowTest, RowsShowTheSettingsAndWhatTheCleanersWouldDo)
@@ -98,7 +102,7 @@ TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgain)
 TEST_F(TWMainWindowTest, EscapeStopsARun)
 {
     startRun();
-    QTest::keyClick(window.get(), Qt::Key_Escape);
+    QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
     EXPECT_EQ(light("trash"), "Failed");
     EXPECT_EQ(machine.launcher.records.back(), "terminate");
@@ -111,6 +115,7 @@ TEST_F(TWMainWindowTest, ClosingDuringARunAsksAndThenStopsAndQuits)
     EXPECT_FALSE(window->close()) << "and asks only once";
     ASSERT_EQ(machine.alerts.alerts.size(), 1U);
     EXPECT_EQ(machine.alerts.alerts[0].title, "Cleaning is still going on.");
+    EXPECT_EQ(machine.alerts.alerts[0].confirming, TWConfirming::LosesSomething);
     machine.alerts.answer(TWAnswer::Alternate);
     EXPECT_TRUE(delegate->running());
 
@@ -120,12 +125,56 @@ TEST_F(TWMainWindowTest, ClosingDuringARunAsksAndThenStopsAndQuits)
     EXPECT_EQ(machine.launcher.records.size(), 2U) << "nothing further was begun";
 }
 
+TEST_F(TWMainWindowTest, ARunThatEndsBeforeTheAnswerLetsTheWindowClose)
+{
+    startRun();
+    EXPECT_FALSE(window->close());
+    machine.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    machine.launcher.endAll();
+    EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
+    EXPECT_TRUE(window->isVisible());
+    machine.alerts.answer(TWAnswer::Default);
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(TWMainWindowTest, QuittingWithUnsavedEditsHasToBeConfirmed)
+{
+    delegate->editors().dictionary().setWordDictionary({ "unsaved" });
+    EXPECT_FALSE(window->close());
+    ASSERT_EQ(machine.alerts.alerts.size(), 1U);
+    EXPECT_EQ(machine.alerts.alerts[0].confirming, TWConfirming::LosesSomething);
+    machine.alerts.answer(TWAnswer::Alternate);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(window->close());
+    machine.alerts.answer(TWAnswer::Default);
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(TWMainWindowTest, SettingsThatAreLostOrCannotBeSavedAreAnnounced)
+{
+    const auto* bar = child<QLabel>(*window, "messageBarLabel");
+    EXPECT_EQ(bar->text(), "");
+    machine.userDefaults.writeProblem = "The settings cannot be saved.";
+    child<QCheckBox>(*window, "trashCheckBox")->click();
+    EXPECT_EQ(bar->text(), "The settings cannot be saved.");
+
+    session.reset();
+    machine.userDefaults.problemLine = "The settings cannot be read.";
+    machine.userDefaults.writeProblem.clear();
+    session = std::make_unique<TWWindowSession>(*delegate, qtAlerts);
+    bar = child<QLabel>(session->mainWindow(), "messageBarLabel");
+    EXPECT_EQ(bar->text(), "The settings cannot be read.");
+    machine.userDefaults.problemLine.clear(); // as after the first change
+    child<QCheckBox>(session->mainWindow(), "trashCheckBox")->click();
+    EXPECT_EQ(bar->text(), "The settings cannot be read.");
+}
+
 TEST_F(TWMainWindowTest, OnlyClosingTheMainWindowQuits)
 {
-    window->bringToFront(TWWindow::Results);
-    EXPECT_TRUE(machine.waitFor([&] { return window->isKeyWindow(TWWindow::Results); }));
+    session->bringToFront(TWWindow::Results);
+    EXPECT_TRUE(machine.waitFor([&] { return session->isKeyWindow(TWWindow::Results); }));
     QApplication::activeWindow()->close();
-    EXPECT_TRUE(machine.waitFor([&] { return !window->isKeyWindow(TWWindow::Results); }));
+    EXPECT_TRUE(machine.waitFor([&] { return !session->isKeyWindow(TWWindow::Results); }));
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(window->close());
     QTimer::singleShot(3000, qApp, [] { QCoreApplication::exit(1); });

@@ -1,8 +1,8 @@
-#include "ui/TWQtAlerts.h"
+#include "ui/windows/TWQtAlerts.h"
 
 #include "TWUITestSupport.h"
 
-#include <QMessageBox>
+#include <QDialog>
 #include <QPushButton>
 
 using namespace TWUITest;
@@ -11,22 +11,24 @@ namespace {
 
 class TWQtAlertsTest : public testing::Test {
 protected:
-    TWQtAlertsTest()
+    void SetUp() override { window->show(); }
+
+    void ask(const char* alternate, TWConfirming confirming)
+    {
+        alerts.show({ "Wait & see", "<b>bold</b>", "Go & do", alternate, confirming },
+            [this](TWAnswer answer) { answers.push_back(answer); });
+    }
+    QDialog& show(const char* alternate, TWConfirming confirming = TWConfirming::IsHarmless)
     {
         alerts.setWindow(window.get());
-        window->show();
-    }
-    QMessageBox& show(const char* alternate)
-    {
-        alerts.show({ "Wait & see", "<b>bold</b>", "Go & do", alternate },
-            [this](TWAnswer answer) { answers.push_back(answer); });
-        auto* box = child<QMessageBox>(*window, "alertMessageBox");
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(box));
-        return *box;
+        ask(alternate, confirming);
+        auto* sheet = child<QDialog>(*window, "alertSheet");
+        EXPECT_TRUE(QTest::qWaitForWindowActive(sheet));
+        return *sheet;
     }
     bool closed()
     {
-        return QTest::qWaitFor([&] { return !window->findChild<QMessageBox*>(); });
+        return QTest::qWaitFor([&] { return !window->findChild<QDialog*>(); });
     }
 
     TWQtAlerts alerts;
@@ -37,12 +39,17 @@ protected:
 TEST_F(TWQtAlertsTest, TextsArePlainAndEveryWayToCloseAnswersOnce)
 {
     using enum TWAnswer;
-    auto& box = show("Cancel");
-    EXPECT_EQ(box.windowModality(), Qt::WindowModal);
-    for (const auto* label : box.findChildren<QLabel*>())
-        EXPECT_EQ(label->textFormat(), Qt::PlainText);
-    EXPECT_EQ(child<QPushButton>(box, "defaultButton")->text(), "Go && do");
-    QTest::mouseClick(child<QPushButton>(box, "alternateButton"), Qt::LeftButton);
+    ask("", TWConfirming::IsHarmless);
+    EXPECT_FALSE(window->findChild<QDialog*>()) << "there is no window on screen yet";
+    alerts.setWindow(window.get());
+    QTest::keyClick(child<QDialog>(*window, "alertSheet"), Qt::Key_Escape);
+    ASSERT_TRUE(closed());
+
+    auto& sheet = show("Cancel");
+    EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    EXPECT_EQ(child<QLabel>(sheet, "textLabel")->textFormat(), Qt::PlainText);
+    EXPECT_EQ(child<QPushButton>(sheet, "defaultButton")->text(), "Go && do");
+    QTest::mouseClick(child<QPushButton>(sheet, "alternateButton"), Qt::LeftButton);
     ASSERT_TRUE(closed());
     QTest::keyClick(&show("Cancel"), Qt::Key_Return);
     ASSERT_TRUE(closed());
@@ -50,11 +57,34 @@ TEST_F(TWQtAlertsTest, TextsArePlainAndEveryWayToCloseAnswersOnce)
     ASSERT_TRUE(closed());
     show("Cancel").close();
     ASSERT_TRUE(closed());
-    QTest::keyClick(&show(""), Qt::Key_Escape);
-    ASSERT_TRUE(closed());
     show("Cancel");
     window.reset(); // and nobody has answered
-    EXPECT_EQ(answers, (std::vector{ Alternate, Default, Alternate, Alternate, Default }));
+    EXPECT_EQ(answers, (std::vector{ Default, Alternate, Default, Alternate, Alternate }));
+}
+
+TEST_F(TWQtAlertsTest, AnAlertAboutASheetStandsOnThatSheet)
+{
+    QDialog sheet(window.get());
+    sheet.setWindowModality(Qt::WindowModal);
+    sheet.open();
+    EXPECT_EQ(show("Cancel").parentWidget(), &sheet);
+    ask("", TWConfirming::IsHarmless);
+    const auto onSheet = sheet.findChildren<QDialog*>("alertSheet", Qt::FindDirectChildrenOnly);
+    EXPECT_EQ(onSheet.size(), 2) << "the second one must not be deleted with the first";
+}
+
+TEST_F(TWQtAlertsTest, ReturnAndEscapeNeverLoseAnything)
+{
+    using enum TWAnswer;
+    for (const auto key : { Qt::Key_Return, Qt::Key_Escape }) {
+        auto& sheet = show("No", TWConfirming::LosesSomething);
+        QTest::keyClick(sheet.windowHandle(), key);
+        ASSERT_TRUE(closed());
+    }
+    auto& sheet = show("No", TWConfirming::LosesSomething);
+    QTest::mouseClick(child<QPushButton>(sheet, "defaultButton"), Qt::LeftButton);
+    ASSERT_TRUE(closed());
+    EXPECT_EQ(answers, (std::vector{ Alternate, Alternate, Default }));
 }
 
 }

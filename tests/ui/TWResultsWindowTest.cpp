@@ -1,10 +1,12 @@
-#include "ui/TWResultsWindow.h"
+#include "ui/windows/TWResultsWindow.h"
 
 #include "TWUITestSupport.h"
-#include "ui/TWResultsModel.h"
+#include "ui/windows/TWResultsModel.h"
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
 
 using namespace TWUITest;
 
@@ -35,7 +37,7 @@ TEST_F(TWResultsWindowTest, LinesSayTheirKindAndAreNeverMarkup)
 
 TEST_F(TWResultsWindowTest, FilterAndKindNarrowTheLinesAndWhatIsSaved)
 {
-    TWResultsWindow window(controller, resourceFolder() + "/icons");
+    TWResultsWindow window(controller, resourceFolder() + "/icons", "/");
     window.show();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     const auto saved = [&] {
@@ -51,8 +53,36 @@ TEST_F(TWResultsWindowTest, FilterAndKindNarrowTheLinesAndWhatIsSaved)
     child<QComboBox>(window, "kindComboBox")->setCurrentIndex(1);
     EXPECT_EQ(saved(), "Up again\n");
     EXPECT_EQ(child<QLabel>(window, "countLabel")->text(), "1 of 4 lines");
+    EXPECT_EQ(child<QPushButton>(window, "saveButton")->text(), "&Save Shown Lines As...");
     const auto problem = window.save(QString::fromStdString(folder.path("missing/file")));
     EXPECT_TRUE(problem.contains("missing/file")) << problem.toStdString();
+    controller.removeAllMessages();
+    EXPECT_FALSE(child<QPushButton>(window, "saveButton")->isEnabled());
+    QTest::keyClick(window.windowHandle(), Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(TWResultsWindowTest, FailuresComeWithTheLinesThatExplainThem)
+{
+    TWResultsWindow window(controller, resourceFolder() + "/icons", "/");
+    child<QComboBox>(window, "kindComboBox")->setCurrentIndex(1);
+    controller.removeAllMessages();
+    const auto progress
+        = [this](const std::string& text) { controller.addMessage(TWProgressMark + text, TWMessageType::Information); };
+    progress("Odd, but it went well");
+    controller.addMessage("Succeeded", TWMessageType::Success);
+    controller.addMessage("Started", TWMessageType::Information);
+    progress("Delete /a ...");
+    progress("Could not delete /a");
+    controller.flush();
+    progress("Delete /b ...");
+    controller.addMessage("Failed", TWMessageType::Failure);
+    controller.flush();
+    const auto* table = child<QTableView>(window, "resultsTableView");
+    QStringList lines;
+    for (int row = 0; row < table->model()->rowCount(); ++row)
+        lines.append(table->model()->index(row, 0).data().toString());
+    EXPECT_EQ(lines, QStringList({ QString(TWProgressMark) + "Could not delete /a", "Failed" }));
 }
 
 }

@@ -1,15 +1,16 @@
 // Pictures of all windows for people to look at: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter=TWScreenshots*
 
 #include "TWUITestSupport.h"
-#include "ui/TWDictionarySheet.h"
-#include "ui/TWFilesSheet.h"
-#include "ui/TWMainWindow.h"
-#include "ui/TWQtAlerts.h"
-#include "ui/TWResultsWindow.h"
+#include "ui/parts/TWRecordTable.h"
+#include "ui/sheets/TWSheet.h"
+#include "ui/windows/TWHelpWindow.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWResultsWindow.h"
+#include "ui/windows/TWWindowSession.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QMessageBox>
+#include <QToolButton>
 
 using namespace TWUITest;
 
@@ -29,31 +30,52 @@ void grab(Machine& machine, QWidget& window, const char* name)
 
 void grabAll()
 {
-    Editors machine;
+    Machine machine;
     machine.root.write("home/.local/share/Trash/files/item", std::string(800'000, 'x'));
     machine.userDefaults.values["TrashCleaner"] = true;
     TWTidewellAppDelegate delegate(machine.platform, TWLaunchKind::Window);
-    TWMainWindow window(delegate);
+    TWQtAlerts alerts;
+    TWWindowSession session(delegate, alerts);
+    auto& window = session.mainWindow();
     delegate.applicationDidFinishLaunching();
     grab(machine, window, "main-idle");
-    window.clean();
-    grab(machine, window, "main-running");
-    TWResultsWindow results(delegate.resultsWindowController(), resourceFolder() + "/icons");
-    grab(machine, results, "results");
-    TWQtAlerts alerts;
-    alerts.setWindow(&window);
     const auto welcome = machine.ownFiles.read(machine.bundle.resourcePath("Welcome.txt"), 100'000).bytes;
     alerts.show({ "Welcome to Tidewell!", welcome, "I Understand", "" }, [](TWAnswer) {});
-    grab(machine, *child<QMessageBox>(window, "alertMessageBox"), "welcome");
+    grab(machine, *child<QDialog>(window, "alertSheet"), "welcome");
+    delete child<QDialog>(window, "alertSheet");
+    alerts.show({ "Are you sure?", "This operation is not undoable.", "Yes", "No", TWConfirming::LosesSomething },
+        [](TWAnswer) {});
+    grab(machine, *child<QDialog>(window, "alertSheet"), "question");
+    delete child<QDialog>(window, "alertSheet");
 
-    machine.files.applyDefaults();
-    machine.files.addRule({ true, "Everything!", "/", TWItemItself });
-    TWFilesSheet files(machine.files, machine.help, nullptr);
-    grab(machine, files, "files");
-    machine.dictionary.setWordDictionary({ "invoice", "tax return", "", std::string(150, 'w') });
-    TWDictionarySheet dictionary(machine.dictionary, machine.help, nullptr);
-    grab(machine, dictionary, "dictionary");
-    grab(machine, machine.help, "help");
+    auto& files = delegate.editors().get<TWFilesWindowController>();
+    files.applyDefaults();
+    files.addRule({ true, "Everything!", "/", TWItemItself });
+    files.addRule({ true, "Far down", "~/" + std::string(90, 'd') + "/" + std::string(90, 'e') + "/end.txt", 1 });
+    auto& filesSheet = *session.sheet("files");
+    filesSheet.open();
+    child<TWRecordTable>(filesSheet, "filesTableView")->showRow(1);
+    child<QToolButton>(filesSheet, "removeToolButton")->click();
+    grab(machine, filesSheet, "files");
+    filesSheet.close();
+    auto& dictionarySheet = *session.sheet("dictionary");
+    dictionarySheet.open();
+    delegate.editors().dictionary().replaceWords({ "invoice", "tax return", "", std::string(150, 'w') });
+    grab(machine, dictionarySheet, "dictionary");
+    dictionarySheet.close();
+
+    files.applyDefaults();
+    window.clean();
+    machine.userDefaults.problemLine = "The settings file \"~/.config/Tidewell/Tidewell.plist\" could not be read.";
+    window.refresh();
+    grab(machine, window, "main-running");
+    window.resize(1600, 700);
+    grab(machine, window, "main-wide");
+    TWResultsWindow results(delegate.resultsWindowController(), resourceFolder() + "/icons", "/");
+    grab(machine, results, "results");
+    TWHelpWindow help(machine.bundle);
+    help.openAnchor("Files");
+    grab(machine, help, "help");
 }
 
 TEST(TWScreenshots, AllWindows)

@@ -1,7 +1,9 @@
-#include "ui/TWTokenField.h"
+#include "ui/parts/TWTokenField.h"
 
 #include "TWUITestSupport.h"
-#include "ui/TWDictionarySheet.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/sheets/TWDictionarySheet.h"
+#include "ui/windows/TWHelpWindow.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -107,6 +109,12 @@ TEST_F(TWTokenFieldTest, SelectsAndRemovesSeveral)
     EXPECT_EQ(field.words().size(), 4) << "the first Backspace only selects";
 }
 
+TEST(TWQtText, KeepsByteOrderMarks)
+{
+    const std::string marked = "\xEF\xBB\xBF\xEF\xBB\xBFword";
+    EXPECT_EQ(TWQtText::bytes(TWQtText::exact(marked)), marked);
+}
+
 class TWDictionarySheetTest : public testing::Test {
 protected:
     void SetUp() override
@@ -116,7 +124,7 @@ protected:
     }
 
     Editors world;
-    TWDictionarySheet sheet{ world.dictionary, world.help, nullptr };
+    TWDictionarySheet sheet{ world.dictionary, nullptr };
     QLineEdit* input = sheet.findChild<QLineEdit*>("wordLineEdit");
 };
 
@@ -136,6 +144,22 @@ TEST_F(TWDictionarySheetTest, CancelKeepsEndedWordsUntilTheNextOpeningAndSaveAls
     EXPECT_FALSE(sheet.isVisible());
     world.dictionary.loadDictionary();
     EXPECT_EQ(world.dictionary.wordDictionary(), (std::vector<std::string>{ "one", "two" }));
+}
+
+TEST_F(TWDictionarySheetTest, RemovedWordsComeBackAndNothingElse)
+{
+    QTest::keyClicks(input, "a,b,c,d,");
+    const auto before = world.dictionary.wordDictionary();
+    for (const auto& [key, modifier] : { std::pair(Qt::Key_Left, Qt::NoModifier), { Qt::Key_Left, Qt::ShiftModifier },
+             { Qt::Key_Delete, Qt::NoModifier }, { Qt::Key_A, Qt::ControlModifier },
+             { Qt::Key_X, Qt::ControlModifier } })
+        QTest::keyClick(input, key, modifier);
+    EXPECT_TRUE(world.dictionary.wordDictionary().empty());
+    EXPECT_EQ(child<QLabel>(sheet, "undoBarLabel")->text(), "2 words were removed.");
+    for (int press = 0; press < 3; ++press)
+        QTest::keyClick(input, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(world.dictionary.wordDictionary(), before);
+    EXPECT_EQ(input->text(), "");
 }
 
 TEST_F(TWDictionarySheetTest, ShowsWhatACommandChangesAndKeepsTheTyping)
@@ -158,16 +182,17 @@ TEST_F(TWDictionarySheetTest, StaysOpenWithTheProblemWhenSavingFails)
     QTest::keyClick(input, Qt::Key_Return);
     EXPECT_TRUE(sheet.isVisible());
     const auto reason = QString::fromStdString("could not be saved (" + TWErrorText(ENOTDIR));
-    EXPECT_TRUE(child<QLabel>(sheet, "messageLabel")->text().contains(reason));
+    EXPECT_TRUE(child<QLabel>(sheet, "messageBarLabel")->text().contains(reason));
     EXPECT_EQ(world.dictionary.wordDictionary(), std::vector<std::string>{ "word" });
 }
 
 TEST(TWHelpWindowTest, EveryLinkOfEveryPageLeadsSomewhere)
 {
-    Editors world;
-    auto* browser = world.help.findChild<QTextBrowser*>("helpTextBrowser");
+    Machine world;
+    TWHelpWindow help(world.bundle);
+    auto* browser = help.findChild<QTextBrowser*>("helpTextBrowser");
     for (const auto* page : { "index", "Files", "Dictionary", "Cleaning" }) {
-        world.help.openAnchor(page);
+        help.openAnchor(page);
         EXPECT_TRUE(browser->source().path().endsWith(QString(page) + ".html"));
         for (auto block = browser->document()->begin(); block.isValid(); block = block.next()) {
             for (const auto& format : block.textFormats()) {
@@ -177,7 +202,7 @@ TEST(TWHelpWindowTest, EveryLinkOfEveryPageLeadsSomewhere)
             }
         }
     }
-    world.help.openAnchor("NoSuchPage");
+    help.openAnchor("NoSuchPage");
     EXPECT_TRUE(browser->source().path().endsWith("index.html"));
 }
 

@@ -4,7 +4,6 @@
 #include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "platform/qt/TWQtRunLoop.h"
-#include "ui/TWHelpWindow.h"
 
 #include <QCoreApplication>
 #include <QLabel>
@@ -55,7 +54,6 @@ struct Editors : Machine {
     TWEditors editors{ { settings, folder, bundle, alerts, qtTools } };
     TWDictionaryWindowController& dictionary = editors.dictionary();
     TWFilesWindowController& files = editors.get<TWFilesWindowController>();
-    TWHelpWindow help{ bundle };
 };
 
 template <typename Widget>

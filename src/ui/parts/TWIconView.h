@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QIcon>
+#include <QLabel>
+
+// A picture of fixed size, sharp at every screen scale and greyed out while it is disabled.
+class TWIconView final : public QLabel {
+    Q_OBJECT
+
+public:
+    TWIconView(int size, QWidget* parent);
+
+    void setIcon(const QIcon&);
+
+protected:
+    void paintEvent(QPaintEvent*) override;
+
+private:
+    QIcon icon_;
+};

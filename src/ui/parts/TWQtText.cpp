@@ -1,0 +1,45 @@
+#include "ui/parts/TWQtText.h"
+
+#include "support/TWText.h"
+
+#include <QFile>
+#include <QStringDecoder>
+
+namespace TWQtText {
+
+QString shown(std::string_view bytes)
+{
+    return exact(TWText::oneLine(bytes));
+}
+
+QString toolTip(std::string_view bytes)
+{
+    return bytes.empty() ? QString() : QString("<p>%1</p>").arg(shown(bytes).toHtmlEscaped());
+}
+
+// QString::fromUtf8() drops a byte order mark at the beginning.
+QString exact(std::string_view text)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
+}
+
+std::string bytes(const QString& text)
+{
+    return text.toStdString();
+}
+
+QString path(const std::string& path)
+{
+    return QFile::decodeName(path.c_str());
+}
+
+std::optional<std::string> pathBytes(const QString& path)
+{
+    const auto encoded = QFile::encodeName(path);
+    if (path.contains(QChar::ReplacementCharacter) || QFile::decodeName(encoded) != path)
+        return std::nullopt;
+    return encoded.toStdString();
+}
+
+}

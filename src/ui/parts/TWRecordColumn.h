@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QStringList>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+// What a table says beside a record.
+struct TWRecordNote {
+    QString text; // "" while nothing is known
+    bool warning = false;
+};
+
+// One column of a table of records: its title, and how its cell in a row is read and changed. The functions go straight
+// to the list that is being edited; a table keeps no copy.
+struct TWRecordColumn {
+    enum class Kind { Check, Text, Path, Choice, Note };
+
+    template <typename Value>
+    using Get = std::function<Value(int row)>;
+    template <typename Value>
+    using Set = std::function<void(int row, Value)>;
+
+    // The name is that of the cell's editor: "path" is edited in "pathEditor". A path is elided in the middle.
+    static TWRecordColumn check(QString name, QString title, Get<bool>, Set<bool>);
+    static TWRecordColumn text(QString name, QString title, Get<std::string>, Set<std::string>);
+    static TWRecordColumn path(QString name, QString title, Get<std::string>, Set<std::string>);
+
+    // A pop-up of the numbers from 0 to count - 1. A record may hold any other number, which stays as it is unless the
+    // user picks another; label names them all.
+    static TWRecordColumn choice(QString name, QString title, int count, std::function<QString(std::int64_t)> label,
+        Get<std::int64_t>, Set<std::int64_t>);
+
+    // Cannot be edited.
+    static TWRecordColumn note(QString name, QString title, Get<TWRecordNote>);
+
+    Kind kind = Kind::Text;
+    QString name;
+    QString title;
+
+    // Those of its kind.
+    Get<bool> checked;
+    Set<bool> setChecked;
+    Get<std::string> textAt;
+    Set<std::string> setText;
+    int choiceCount = 0;
+    std::function<QString(std::int64_t)> choiceLabel;
+    Get<std::int64_t> chosen;
+    Set<std::int64_t> setChosen;
+    Get<TWRecordNote> noteAt;
+
+private:
+    TWRecordColumn(Kind givenKind, QString givenName, QString givenTitle)
+        : kind(givenKind)
+        , name(std::move(givenName))
+        , title(std::move(givenTitle))
+    {
+    }
+};

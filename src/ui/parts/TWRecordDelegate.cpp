@@ -1,0 +1,140 @@
+#include "ui/parts/TWRecordDelegate.h"
+
+#include "ui/parts/TWCheckBox.h"
+#include "ui/parts/TWRecordModel.h"
+
+#include <QComboBox>
+#include <QPainter>
+
+using Kind = TWRecordColumn::Kind;
+
+namespace {
+
+constexpr float QuietOpacity = 0.72F;
+
+const TWRecordColumn& columnAt(const QModelIndex& index)
+{
+    return static_cast<const TWRecordModel*>(index.model())->column(index.column());
+}
+
+// Amber that is readable on the palette's background.
+QColor warningColor(const QPalette& palette)
+{
+    const bool dark = palette.color(QPalette::Base).lightness() < 128;
+    return dark ? QColor(255, 204, 102) : QColor(133, 66, 0);
+}
+
+int arrowWidth(const QWidget& widget)
+{
+    return widget.fontMetrics().height() + 6;
+}
+
+void styleNote(QStyleOptionViewItem& option, bool warning)
+{
+    auto color = option.palette.color(QPalette::Text);
+    color.setAlphaF(QuietOpacity);
+    if (warning) {
+        color = warningColor(option.palette);
+        option.features |= QStyleOptionViewItem::HasDecoration;
+        option.icon = option.widget->style()->standardIcon(QStyle::SP_MessageBoxWarning);
+        const int size = option.fontMetrics.height();
+        option.decorationSize = QSize(size, size);
+    }
+    option.palette.setColor(QPalette::Text, color);
+}
+
+}
+
+void TWRecordDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    switch (columnAt(index).kind) {
+    case Kind::Check:
+        TWCheckBox::showFrame(option->palette);
+        break;
+    case Kind::Path:
+        // A path reads from left to right in every language: otherwise its first slash would move to its end.
+        option->textElideMode = Qt::ElideMiddle;
+        option->direction = Qt::LeftToRight;
+        break;
+    case Kind::Note:
+        styleNote(*option, index.data(TWRecordModel::WarningRole).toBool());
+        break;
+    default:
+        break;
+    }
+}
+
+QSize TWRecordDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    auto size = QStyledItemDelegate::sizeHint(option, index);
+    if (columnAt(index).kind == Kind::Choice)
+        size.rwidth() += arrowWidth(*option.widget);
+    return size;
+}
+
+void TWRecordDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    if (columnAt(index).kind != Kind::Choice) {
+        QStyledItemDelegate::paint(painter, option, index);
+        return;
+    }
+    const int width = arrowWidth(*option.widget);
+    const int inset = (option.rect.height() - option.fontMetrics.height() * 2 / 3) / 2;
+    QStyleOption arrow;
+    arrow.initFrom(option.widget);
+    arrow.rect = QStyle::alignedRect(option.direction, Qt::AlignRight | Qt::AlignVCenter,
+        QSize(width, option.rect.height() - 2 * inset), option.rect);
+    if (option.state & QStyle::State_Selected)
+        arrow.palette.setColor(QPalette::WindowText, option.palette.color(QPalette::HighlightedText));
+    QStyledItemDelegate::paint(painter, option, index);
+    option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, painter, option.widget);
+}
+
+QWidget* TWRecordDelegate::createEditor(
+    QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    const auto& column = columnAt(index);
+    auto* editor = column.kind == Kind::Choice ? createPopUp(parent, index)
+                                               : QStyledItemDelegate::createEditor(parent, option, index);
+    if (editor) {
+        editor->setObjectName(column.name + "Editor");
+        editor->setAccessibleName(column.title);
+    }
+    return editor;
+}
+
+QWidget* TWRecordDelegate::createPopUp(QWidget* parent, const QModelIndex& index) const
+{
+    const auto& column = columnAt(index);
+    auto* popUp = new QComboBox(parent);
+    for (int number = 0; number < column.choiceCount; ++number)
+        popUp->addItem(column.choiceLabel(number), qlonglong(number));
+    const auto chosen = index.data(Qt::EditRole);
+    if (popUp->findData(chosen) == -1)
+        popUp->addItem(column.choiceLabel(chosen.toLongLong()), chosen);
+    auto* self = const_cast<TWRecordDelegate*>(this);
+    connect(popUp, &QComboBox::activated, self, [self, popUp] {
+        emit self->commitData(popUp);
+        emit self->closeEditor(popUp);
+    });
+    // Queued: the view has not placed the editor yet.
+    QMetaObject::invokeMethod(popUp, &QComboBox::showPopup, Qt::QueuedConnection);
+    return popUp;
+}
+
+void TWRecordDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const
+{
+    if (auto* popUp = qobject_cast<QComboBox*>(editor))
+        popUp->setCurrentIndex(popUp->findData(index.data(Qt::EditRole)));
+    else
+        QStyledItemDelegate::setEditorData(editor, index);
+}
+
+void TWRecordDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const
+{
+    if (auto* popUp = qobject_cast<QComboBox*>(editor))
+        model->setData(index, popUp->currentData(), Qt::EditRole);
+    else
+        QStyledItemDelegate::setModelData(editor, model, index);
+}

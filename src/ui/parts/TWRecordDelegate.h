@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+struct TWRecordColumn;
+
+// How the cells of a record table look and how they are edited. Works on a TWRecordModel only.
+class TWRecordDelegate final : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override;
+    void paint(QPainter*, const QStyleOptionViewItem&, const QModelIndex&) const override;
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override;
+    void setEditorData(QWidget* editor, const QModelIndex&) const override;
+    void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex&) const override;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem*, const QModelIndex&) const override;
+
+private:
+    QWidget* createPopUp(QWidget* parent, const QModelIndex&) const;
+};

@@ -1,0 +1,226 @@
+#include "ui/parts/TWRecordTable.h"
+
+#include "ui/parts/TWRecordDelegate.h"
+#include "ui/parts/TWRecordModel.h"
+
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QPainter>
+#include <QScrollBar>
+#include <QShortcut>
+
+#include <utility>
+
+using Kind = TWRecordColumn::Kind;
+
+namespace {
+
+constexpr int RowPadding = 10;
+constexpr int CellPadding = 8;
+constexpr int NarrowestColumn = 6; // in characters
+constexpr std::size_t TypicalPercent = 80;
+constexpr int MeasuredRows = 100;
+constexpr int MillisecondsBetweenShares = 50; // notes come in one by one
+
+// Only as a copy: a file manager that took it for a move would delete the file.
+void acceptFiles(QDropEvent& event)
+{
+    event.setDropAction(Qt::CopyAction);
+    event.setAccepted(event.mimeData()->hasUrls() && event.possibleActions() & Qt::CopyAction);
+}
+
+}
+
+TWRecordTable::TWRecordTable(std::vector<TWRecordColumn> columns, std::function<int()> recordCount, QWidget* parent)
+    : QTableView(parent)
+    , model_(new TWRecordModel(std::move(columns), std::move(recordCount), this))
+{
+    setModel(model_);
+    setItemDelegate(new TWRecordDelegate(this));
+    setUpLook();
+    setUpColumns();
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(SingleSelection);
+    setEditTriggers(DoubleClicked | EditKeyPressed);
+    setTabKeyNavigation(false);
+    setAcceptDrops(true);
+    connect(this, &QTableView::clicked, this, [this](const QModelIndex& index) {
+        if (model_->column(index.column()).kind == Kind::Choice)
+            edit(index);
+    });
+    connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &TWRecordTable::selectedRecordChanged);
+    connect(model_, &QAbstractItemModel::dataChanged, this, &TWRecordTable::selectedRecordChanged);
+    // Only while the table itself has the focus: in a cell's editor, Delete deletes characters.
+    auto* deleteKey = new QShortcut(QKeySequence::Delete, this, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(deleteKey, &QShortcut::activated, this, &TWRecordTable::removeRequested);
+}
+
+void TWRecordTable::setUpLook()
+{
+    setAlternatingRowColors(true);
+    setShowGrid(false);
+    setWordWrap(false);
+    // All rows are of one height, so that a long list opens at once.
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + RowPadding);
+    horizontalHeader()->setHighlightSections(false);
+}
+
+void TWRecordTable::setUpColumns()
+{
+    shareSoon_.setSingleShot(true);
+    shareSoon_.setInterval(MillisecondsBetweenShares);
+    connect(&shareSoon_, &QTimer::timeout, this, [this] { shareWidth(); });
+    connect(model_, &QAbstractItemModel::dataChanged, &shareSoon_, [this] {
+        if (!shareSoon_.isActive())
+            shareSoon_.start();
+    });
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, &TWRecordTable::columnDragged);
+}
+
+void TWRecordTable::setEmptyText(const QString& text)
+{
+    emptyText_ = text;
+    setAccessibleDescription(model_->rowCount() == 0 ? emptyText_ : QString());
+}
+
+void TWRecordTable::reload()
+{
+    const int row = std::min(currentIndex().row(), model_->rowCount() - 1);
+    const int column = std::max(currentIndex().column(), 0);
+    const int scrolled = verticalScrollBar()->value();
+    model_->reload();
+    if (row >= 0)
+        setCurrentIndex(model_->index(row, column));
+    verticalScrollBar()->setValue(scrolled);
+    setEmptyText(emptyText_);
+    shareWidth();
+    emit selectedRecordChanged();
+}
+
+void TWRecordTable::notesChanged()
+{
+    model_->notesChanged();
+}
+
+int TWRecordTable::selectedRow() const
+{
+    const auto rows = selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
+}
+
+void TWRecordTable::showRow(int row)
+{
+    const auto index = model_->index(row, std::max(model_->columnOf(Kind::Text), 0));
+    setCurrentIndex(index);
+    scrollTo(index);
+}
+
+QString TWRecordTable::selectedNote() const
+{
+    const int note = model_->columnOf(Kind::Note);
+    if (selectedRow() == -1 || note == -1)
+        return {};
+    return model_->index(selectedRow(), note).data(Qt::AccessibleTextRole).toString();
+}
+
+// A cell's editor writes what was typed when it loses the focus.
+void TWRecordTable::finishEditing()
+{
+    if (state() == EditingState)
+        setFocus();
+}
+
+void TWRecordTable::keyPressEvent(QKeyEvent* event)
+{
+    const int check = model_->columnOf(Kind::Check);
+    if (event->key() != Qt::Key_Space || check == -1 || !currentIndex().isValid()) {
+        QTableView::keyPressEvent(event);
+        return;
+    }
+    const auto cell = currentIndex().siblingAtColumn(check);
+    const bool checked = cell.data(Qt::CheckStateRole).toInt() == Qt::Checked;
+    model_->setData(cell, checked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+}
+
+void TWRecordTable::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (model_->rowCount() != 0)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Text));
+    painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
+}
+
+void TWRecordTable::resizeEvent(QResizeEvent* event)
+{
+    QTableView::resizeEvent(event);
+    shareWidth();
+}
+
+TWColumnWish TWRecordTable::wish(int column) const
+{
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    const int header = horizontalHeader()->sectionSizeHint(column);
+    std::vector<int> widths{ header };
+    const int first = std::max(rowAt(0), 0);
+    const int end = std::min(first + MeasuredRows, model_->rowCount());
+    for (int row = first; row < end; ++row)
+        widths.push_back(itemDelegate()->sizeHint(option, model_->index(row, column)).width() + CellPadding);
+    std::sort(widths.begin(), widths.end());
+    const int typical = widths[(widths.size() - 1) * TypicalPercent / 100];
+    return { std::max(header, typical), widths.back() };
+}
+
+void TWRecordTable::shareWidth(int firstColumn)
+{
+    if (std::exchange(sharingWidth_, true))
+        return;
+    int width = viewport()->width();
+    std::vector<int> columns;
+    std::vector<TWColumnWish> wishes;
+    for (int column = 0; column < model_->columnCount(); ++column) {
+        if (column < firstColumn || draggedColumns_.contains(column)) {
+            width -= columnWidth(column);
+            continue;
+        }
+        columns.push_back(column);
+        wishes.push_back(wish(column));
+    }
+    const auto widths = TWColumnWidths(width, wishes);
+    const int narrowest = NarrowestColumn * fontMetrics().averageCharWidth();
+    for (std::size_t each = 0; each < columns.size(); ++each)
+        setColumnWidth(columns[each], std::max(widths[each], std::min(wishes[each].typical, narrowest)));
+    sharingWidth_ = false;
+}
+
+// The columns before it stay, so that the edge that is being dragged stays under the pointer.
+void TWRecordTable::columnDragged(int column)
+{
+    if (sharingWidth_)
+        return;
+    draggedColumns_.insert(column);
+    shareWidth(column + 1);
+}
+
+void TWRecordTable::dragEnterEvent(QDragEnterEvent* event)
+{
+    acceptFiles(*event);
+}
+
+void TWRecordTable::dragMoveEvent(QDragMoveEvent* event)
+{
+    acceptFiles(*event);
+}
+
+void TWRecordTable::dropEvent(QDropEvent* event)
+{
+    acceptFiles(*event);
+    if (event->isAccepted())
+        emit filesDropped(event->mimeData()->urls());
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "ui/parts/TWTokenLayout.h"
+
+#include <QAbstractScrollArea>
+#include <QStringList>
+
+#include <set>
+
+class QLineEdit;
+
+// A word and its place in the list.
+struct TWPlacedWord {
+    int place;
+    QString word;
+};
+using TWPlacedWords = std::vector<TWPlacedWord>; // in the order of the places
+
+// A list of words, each shown as a token and edited like a text. Comma or Return ends a word; the mouse or the arrow
+// keys select tokens, a double click, F2 or Return edits one, Delete or Backspace removes those selected. Tokens are
+// painted instead of being widgets, so ten thousand cost no more than those in sight. One line edit has the keyboard
+// all the time: it stands behind the last token, or in the place of the token being edited.
+class TWTokenField final : public QAbstractScrollArea {
+    Q_OBJECT
+
+public:
+    explicit TWTokenField(QWidget* parent = nullptr);
+
+    // In order, with duplicates and empty words. A word is not in the list until it is ended.
+    const QStringList& words() const { return words_; }
+
+    // The word being typed or edited stays as it is. If the edited token is gone, it becomes a new word.
+    void setWords(const QStringList&);
+
+    // Puts removed words back, as an edit by the user, and selects them.
+    void insertWords(const TWPlacedWords&);
+
+    // Ends the word being typed or edited.
+    void finishTyping();
+
+    // Drops the word being typed; a token being edited stays as it was.
+    void discardTyping();
+
+    // In the viewport's coordinates.
+    QRect tokenRect(int token) const;
+
+signals:
+    // The user has changed the words; not sent by setWords().
+    void wordsEdited();
+
+    // After wordsEdited().
+    void wordsRemoved(const TWPlacedWords&);
+
+    // Ctrl+Z while there is no typing to take back.
+    void undoRequested();
+
+protected:
+    bool eventFilter(QObject*, QEvent*) override;
+    bool viewportEvent(QEvent*) override;
+    void paintEvent(QPaintEvent*) override;
+    void resizeEvent(QResizeEvent*) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void changeEvent(QEvent*) override;
+    void mousePressEvent(QMouseEvent*) override;
+    void mouseDoubleClickEvent(QMouseEvent*) override;
+
+private:
+    static constexpr int None = -1;
+
+    int count() const { return static_cast<int>(words_.size()); }
+    int tokenAt(const QPoint& inViewport) const;
+    int widthOf(const QString& word) const;
+    void measure();
+    void arrange();
+    void placeInput();
+    void reveal(const QRect&);
+    void paintToken(QPainter&, int token) const;
+    void paintFrame(QPainter&, int token) const;
+    void updateDescription();
+
+    void splitTyped(const QString& typed);
+    bool paste();
+    void insertTyped(const QStringList& words);
+    void removeSelected();
+    void wordsChanged();
+    int placeOfEdited(const QStringList& words) const;
+    void clearInput();
+    void beginEditing(int token);
+    void leaveEdited();
+
+    void choose(int token, Qt::KeyboardModifiers = Qt::NoModifier);
+    void chooseAll();
+    void backToInput();
+    void copySelected() const;
+    bool inputKey(QKeyEvent&);
+    bool inputShortcut(const QKeyEvent&);
+    bool tokenKey(QKeyEvent&);
+    int moved(int key) const;
+
+    QStringList words_;
+    std::vector<int> widths_; // of each word's token
+    TWTokenLayout layout_; // the tokens, and the input as the last box
+    QLineEdit* input_;
+    int editing_ = None; // the token in whose place the input stands
+    int current_ = None; // the token the arrow keys start from; None while typing
+    int anchor_ = None; // where a range of selected tokens begins
+    std::set<int> selected_;
+    bool afterComma_ = false; // one blank that follows a comma belongs to it
+};

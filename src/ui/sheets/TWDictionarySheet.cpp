@@ -1,0 +1,126 @@
+#include "ui/sheets/TWDictionarySheet.h"
+
+#include "ui/parts/TWQtText.h"
+#include "ui/parts/TWTokenField.h"
+
+#include <QLabel>
+#include <QLocale>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+
+// In characters and lines of text.
+constexpr int SheetWidth = 84;
+constexpr int SheetHeight = 24;
+
+}
+
+TWDictionarySheet::TWDictionarySheet(TWDictionaryWindowController& controller, QWidget* parent)
+    : TWSheet("dictionarySheet", tr("Dictionary"), parent)
+    , controller_(controller)
+    , field_(new TWTokenField)
+    , count_(new QLabel)
+{
+    setPreferredSize(SheetWidth, SheetHeight);
+    setIntroduction(tr("Rules with &keywords delete items whose names contain one of these words:"));
+    setContent(createContent(), field_);
+    createButtons();
+    controller_.setView(this);
+}
+
+TWDictionarySheet::~TWDictionarySheet()
+{
+    controller_.setView(nullptr);
+}
+
+QWidget* TWDictionarySheet::createContent()
+{
+    count_->setObjectName("countLabel");
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(field_, 1);
+    layout->addWidget(count_);
+    connect(field_, &TWTokenField::wordsEdited, this, &TWDictionarySheet::wordsEdited);
+    connect(field_, &TWTokenField::undoRequested, this, &TWDictionarySheet::undo);
+    connect(field_, &TWTokenField::wordsRemoved, this, [this](const TWPlacedWords& words) {
+        const auto text = words.size() == 1 ? tr("1 word was removed.")
+                                            : tr("%1 words were removed.").arg(QLocale().toString(words.size()));
+        offerUndo(text, [this, words] { field_->insertWords(words); });
+    });
+    return content;
+}
+
+void TWDictionarySheet::createButtons()
+{
+    auto* save = addButton(QDialogButtonBox::Save, "savePushButton", tr("Save"));
+    auto* cancel = addButton(QDialogButtonBox::Cancel, "cancelPushButton", tr("Cancel"));
+    auto* help = addButton(QDialogButtonBox::Help, "helpPushButton", tr("Help"));
+    setDefaultButton(save);
+    connect(save, &QPushButton::clicked, this, &TWDictionarySheet::save);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(help, &QPushButton::clicked, this, [this] { controller_.help(); });
+}
+
+void TWDictionarySheet::open()
+{
+    controller_.loadDictionary();
+    field_->discardTyping();
+    wordsChanged();
+    TWSheet::open();
+}
+
+void TWDictionarySheet::reject()
+{
+    // A word that was not ended must not take part in a cleaning.
+    field_->discardTyping();
+    controller_.cancel();
+}
+
+void TWDictionarySheet::closeSheet()
+{
+    done(Accepted);
+}
+
+void TWDictionarySheet::openHelpAnchor(const std::string& anchor)
+{
+    emit helpRequested(TWQtText::exact(anchor));
+}
+
+void TWDictionarySheet::wordsChanged()
+{
+    QStringList words;
+    for (const auto& word : controller_.wordDictionary())
+        words.append(TWQtText::exact(word));
+    field_->setWords(words);
+    setProblem(TWQtText::shown(controller_.problem()));
+    showCount();
+}
+
+void TWDictionarySheet::showProblem(const std::string& problem)
+{
+    showMessage(TWQtText::shown(problem));
+}
+
+void TWDictionarySheet::wordsEdited()
+{
+    std::vector<std::string> words;
+    for (const auto& word : field_->words())
+        words.push_back(TWQtText::bytes(word));
+    controller_.setWordDictionary(std::move(words));
+    showCount();
+}
+
+void TWDictionarySheet::save()
+{
+    field_->finishTyping();
+    showMessage({});
+    controller_.save();
+}
+
+void TWDictionarySheet::showCount()
+{
+    const auto count = field_->words().size();
+    count_->setText(count == 1 ? tr("1 word") : tr("%1 words").arg(QLocale().toString(count)));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "editors/TWDictionaryWindowController.h"
+#include "ui/sheets/TWSheet.h"
+
+class QLabel;
+class TWTokenField;
+
+// The sheet of the keyword dictionary.
+class TWDictionarySheet final : public TWSheet, private TWDictionaryView {
+    Q_OBJECT
+
+public:
+    // Sets itself as the controller's view. The controller outlives the sheet.
+    TWDictionarySheet(TWDictionaryWindowController&, QWidget* parent);
+    ~TWDictionarySheet();
+
+    // Loads the saved words first.
+    void open() override;
+
+    // Escape and the window's own close button do what Cancel does.
+    void reject() override;
+
+private:
+    void closeSheet() override;
+    void openHelpAnchor(const std::string& anchor) override;
+    void wordsChanged() override;
+    void showProblem(const std::string& problem) override;
+
+    QWidget* createContent();
+    void createButtons();
+    void wordsEdited();
+    void save();
+    void showCount();
+
+    TWDictionaryWindowController& controller_;
+    TWTokenField* field_;
+    QLabel* count_;
+};

@@ -1,0 +1,40 @@
+#include "ui/sheets/TWSheetTable.h"
+
+#include "app/TWEditors.h"
+#include "ui/sheets/TWDictionarySheet.h"
+#include "ui/sheets/TWFilesSheet.h"
+
+#include <algorithm>
+
+namespace {
+
+template <typename Sheet, typename Controller>
+std::unique_ptr<TWSheet> make(TWEditors& editors, QWidget* window)
+{
+    return std::make_unique<Sheet>(editors.get<Controller>(), window);
+}
+
+std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
+{
+    return std::make_unique<TWDictionarySheet>(editors.dictionary(), window);
+}
+
+// In the order of the Edit menu.
+constexpr TWSheetRow Rows[] = {
+    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."), make<TWFilesSheet, TWFilesWindowController> },
+    { "dictionary", QT_TRANSLATE_NOOP("TWSheetTable", "&Keyword Dictionary..."), makeDictionary },
+};
+
+}
+
+std::span<const TWSheetRow> TWSheetTable()
+{
+    return Rows;
+}
+
+const TWSheetRow* TWSheetNamed(std::string_view editor)
+{
+    const auto* found
+        = std::find_if(std::begin(Rows), std::end(Rows), [&](const TWSheetRow& row) { return row.editor == editor; });
+    return found == std::end(Rows) ? nullptr : found;
+}

@@ -1,0 +1,328 @@
+#include "ui/windows/TWMainWindow.h"
+
+#include "ui/parts/TWMessageBar.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/parts/TWScrollBox.h"
+#include "ui/sheets/TWSheetTable.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QMenuBar>
+#include <QPushButton>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr auto RunningTitle = "Cleaning is still going on.";
+constexpr auto RunningText = "If you stop now, nothing further is started. The item that is being deleted at this "
+                             "moment may be left partly deleted.";
+constexpr auto StopAndQuit = "Stop and Quit";
+constexpr auto KeepCleaning = "Keep Cleaning";
+constexpr auto UnsavedTitle = "Some changes are not saved.";
+constexpr auto UnsavedText
+    = "They have been in use until now, and they are lost when Tidewell quits. To save them, open "
+      "the editor again.";
+constexpr auto QuitAnyway = "Quit Anyway";
+constexpr auto Cancel = "Cancel";
+
+constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png" };
+
+constexpr int Margin = 18;
+constexpr int RowSpacing = 12;
+constexpr int WidestRow = 110; // in characters; in a wider window, a row's parts would stand too far apart
+
+}
+
+TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
+    : delegate_(delegate)
+    , messageBar_(new TWMessageBar(TWMessageBar::Kind::Warning, "messageBar"))
+    , lines_(delegate.cleanerContext(), delegate.settingsSources(),
+          [this](int position, const std::string& line) {
+              rows_[static_cast<std::size_t>(position)]->setLine(TWQtText::shown(line));
+          })
+    , lostSettings_(delegate.platform().userDefaults.problem())
+{
+    setObjectName("mainWindow");
+    setWindowTitle(title());
+    auto* column = new QWidget;
+    column->setMaximumWidth(WidestRow * fontMetrics().averageCharWidth());
+    auto* columnLayout = new QVBoxLayout(column);
+    columnLayout->setContentsMargins(Margin, Margin, Margin, Margin);
+    columnLayout->setSpacing(2 * RowSpacing);
+    columnLayout->addWidget(new TWScrollBox(createRows()), 1);
+    columnLayout->addLayout(createButtons());
+    auto* centre = new QWidget;
+    auto* centreLayout = new QHBoxLayout(centre);
+    centreLayout->setContentsMargins(0, 0, 0, 0);
+    centreLayout->addStretch(1);
+    centreLayout->addWidget(column, 1000); // the stretches get only what the column cannot take
+    centreLayout->addStretch(1);
+    setCentralWidget(centre);
+    createMenus();
+    setCleanEnabled(true);
+    refresh();
+    resize(TWFitToScreen(*this, sizeHint()));
+}
+
+QString TWMainWindow::resource(const std::string& name) const
+{
+    return TWQtText::path(delegate_.platform().bundle.resourcePath(name));
+}
+
+QString TWMainWindow::title() const
+{
+    const auto& platform = delegate_.platform();
+    // Qt adds the application's name to other titles than that name.
+    return platform.places.sandboxed() ? tr("Sandbox %1").arg(TWQtText::shown(platform.places.sandboxRoot))
+                                       : TWQtText::exact(platform.bundle.info("CFBundleName"));
+}
+
+QWidget* TWMainWindow::createRows()
+{
+    auto* rows = new QWidget;
+    auto* column = new QVBoxLayout(rows);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(RowSpacing);
+    column->addWidget(messageBar_);
+    for (const auto& cleaner : TWCleanerTable()) {
+        const auto editable
+            = TWSheetNamed(cleaner.editor) ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No;
+        auto* row = new TWCleanerRowView(cleaner, editable, lightIcons_, rows);
+        rows_.push_back(row);
+        column->addWidget(row);
+        connect(row, &TWCleanerRowView::checked, this, [this, &cleaner](bool on) { switchCleaner(cleaner.key, on); });
+        connect(row, &TWCleanerRowView::editRequested, this, [this, &cleaner] { emit editRequested(cleaner.editor); });
+    }
+    column->addStretch();
+    return rows;
+}
+
+// Clean keeps its place while Stop comes and goes, so that a click on Stop that comes too late starts nothing.
+QLayout* TWMainWindow::createButtons()
+{
+    stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
+    cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
+    cleanButton_->setDefault(true);
+    connect(cleanButton_, &QPushButton::clicked, this, &TWMainWindow::clean);
+    connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(RowSpacing);
+    buttons->addStretch();
+    buttons->addWidget(stopButton_);
+    buttons->addWidget(cleanButton_);
+    return buttons;
+}
+
+QPushButton* TWMainWindow::createButton(const QString& text, const QString& objectName, const QString& accessibleName)
+{
+    auto* button = new QPushButton(text);
+    button->setObjectName(objectName);
+    button->setAccessibleName(accessibleName);
+    return button;
+}
+
+void TWMainWindow::createMenus()
+{
+    auto* file = menuBar()->addMenu(tr("&File"));
+    cleanAction_ = addAction(file, "cleanAction", tr("&Clean"), Qt::CTRL | Qt::Key_Return);
+    connect(cleanAction_, &QAction::triggered, cleanButton_, &QPushButton::click);
+    stopAction_ = addAction(file, "stopAction", tr("&Stop"), Qt::Key_Escape);
+    connect(stopAction_, &QAction::triggered, stopButton_, &QPushButton::click);
+    file->addSeparator();
+    connect(
+        addAction(file, "quitAction", tr("&Quit"), Qt::CTRL | Qt::Key_Q), &QAction::triggered, this, &QWidget::close);
+
+    auto* edit = menuBar()->addMenu(tr("&Edit"));
+    for (const auto& row : TWSheetTable()) {
+        const auto title = QCoreApplication::translate("TWSheetTable", row.menuTitle);
+        connect(addAction(edit, QLatin1String(row.editor) + "Action", title), &QAction::triggered, this,
+            [this, &row] { emit editRequested(row.editor); });
+    }
+
+    auto* view = menuBar()->addMenu(tr("&View"));
+    connect(addAction(view, "resultsAction", tr("&Results"), Qt::CTRL | Qt::Key_R), &QAction::triggered, this,
+        &TWMainWindow::resultsRequested);
+
+    auto* help = menuBar()->addMenu(tr("&Help"));
+    connect(addAction(help, "helpAction", tr("&Tidewell Help"), QKeySequence::HelpContents), &QAction::triggered, this,
+        &TWMainWindow::helpRequested);
+}
+
+QAction* TWMainWindow::addAction(
+    QMenu* menu, const QString& objectName, const QString& text, const QKeySequence& shortcut)
+{
+    auto* action = menu->addAction(text);
+    action->setObjectName(objectName);
+    action->setShortcut(shortcut);
+    return action;
+}
+
+// Pictures and plans take many files and plugins to load, so they wait until the window is on screen.
+void TWMainWindow::paintEvent(QPaintEvent* event)
+{
+    QMainWindow::paintEvent(event);
+    if (!std::exchange(painted_, true))
+        QMetaObject::invokeMethod(this, &TWMainWindow::afterFirstPaint, Qt::QueuedConnection);
+}
+
+void TWMainWindow::afterFirstPaint()
+{
+    for (std::size_t light = 0; light < lightIcons_.size(); ++light)
+        lightIcons_[light] = QIcon(resource(LightFiles[light]));
+    QApplication::setWindowIcon(QIcon::fromTheme("tidewell", QIcon(resource("tidewell.svg"))));
+    for (auto* row : rows_)
+        row->showPictures(resource("icons"));
+    lines_.refresh();
+    emit appeared();
+}
+
+void TWMainWindow::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        refresh();
+}
+
+// Return presses Clean, as a dialog's default button.
+void TWMainWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        cleanButton_->click();
+    else
+        QMainWindow::keyPressEvent(event);
+}
+
+void TWMainWindow::refresh()
+{
+    const auto& table = TWCleanerTable();
+    for (std::size_t position = 0; position < table.size(); ++position)
+        rows_[position]->setChecked(table[position].available && delegate_.settings().boolean(table[position].key));
+    showProblems();
+    if (painted_ && !delegate_.running())
+        lines_.refresh();
+}
+
+void TWMainWindow::switchCleaner(TWKey key, bool on)
+{
+    delegate_.settings().set(key, on);
+    unsavedSettings_ = delegate_.settings().userDefaults().synchronize();
+    showProblems();
+}
+
+void TWMainWindow::showProblems()
+{
+    auto problems = delegate_.problems();
+    if (std::find(problems.begin(), problems.end(), lostSettings_) == problems.end())
+        problems.insert(problems.begin(), lostSettings_);
+    problems.push_back(unsavedSettings_);
+    QStringList lines;
+    for (const auto& problem : problems)
+        lines.append(TWQtText::shown(problem));
+    lines.removeAll(QString());
+    messageBar_->setText(lines.join('\n'));
+}
+
+void TWMainWindow::clean()
+{
+    TWRunChoice checked{};
+    for (std::size_t position = 0; position < checked.size(); ++position)
+        checked[position] = rows_[position]->isChecked();
+    delegate_.clean(checked);
+}
+
+void TWMainWindow::showLight(int position, TWLight light)
+{
+    rows_[static_cast<std::size_t>(position)]->showLight(light);
+}
+
+void TWMainWindow::startSpinning(int position)
+{
+    rows_[static_cast<std::size_t>(position)]->startSpinning();
+}
+
+void TWMainWindow::stopSpinning(int position)
+{
+    rows_[static_cast<std::size_t>(position)]->stopSpinning();
+}
+
+// The keyboard focus moves along from one button to the other.
+void TWMainWindow::setCleanEnabled(bool enabled)
+{
+    if (!enabled)
+        lines_.pause();
+    const bool focused = cleanButton_->hasFocus() || stopButton_->hasFocus();
+    cleanButton_->setEnabled(enabled);
+    stopButton_->setEnabled(!enabled);
+    stopButton_->setVisible(!enabled);
+    cleanAction_->setEnabled(enabled);
+    stopAction_->setEnabled(!enabled);
+    if (focused)
+        (enabled ? cleanButton_ : stopButton_)->setFocus();
+}
+
+// Stop is greyed out until the run has ended, to show that the click was noticed.
+void TWMainWindow::stop()
+{
+    stopButton_->setEnabled(!delegate_.running());
+    delegate_.stop();
+}
+
+void TWMainWindow::cleaningEnded(TWRunOutcome)
+{
+    refresh();
+    closeIfEnded();
+}
+
+void TWMainWindow::closeIfEnded()
+{
+    if (closing_ != Closing::WhenEnded || delegate_.running())
+        return;
+    closing_ = Closing::No;
+    close();
+}
+
+void TWMainWindow::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    if (closing_ == Closing::Now) {
+        event->accept();
+        emit quitRequested();
+    } else if (closing_ != Closing::No) {
+        return;
+    } else if (delegate_.running()) {
+        askBeforeClosing(
+            { RunningTitle, RunningText, StopAndQuit, KeepCleaning, TWConfirming::LosesSomething }, [this] {
+                closing_ = Closing::WhenEnded;
+                stop();
+                closeIfEnded();
+            });
+    } else if (hasUnsavedEdits()) {
+        askBeforeClosing({ UnsavedTitle, UnsavedText, QuitAnyway, Cancel, TWConfirming::LosesSomething }, [this] {
+            closing_ = Closing::Now;
+            close();
+        });
+    } else {
+        event->accept();
+        emit quitRequested();
+    }
+}
+
+bool TWMainWindow::hasUnsavedEdits() const
+{
+    const auto editors = delegate_.editors().all();
+    return std::any_of(editors.begin(), editors.end(), [](const auto* editor) { return editor->hasUnsavedEdits(); });
+}
+
+void TWMainWindow::askBeforeClosing(const TWAlert& question, std::function<void()> confirmed)
+{
+    closing_ = Closing::Asking;
+    delegate_.platform().alerts.show(question, [this, confirmed = std::move(confirmed)](TWAnswer answer) {
+        if (answer == TWAnswer::Default)
+            confirmed();
+        else
+            closing_ = Closing::No;
+    });
+}

@@ -1,0 +1,124 @@
+#include "ui/windows/TWWindowSession.h"
+
+#include "ui/parts/TWQtText.h"
+#include "ui/sheets/TWSheet.h"
+#include "ui/sheets/TWSheetTable.h"
+#include "ui/windows/TWHelpWindow.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWResultsWindow.h"
+
+#include <QApplication>
+
+namespace {
+
+constexpr auto HelpIndex = "index";
+
+}
+
+TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& alerts)
+    : delegate_(delegate)
+    , mainWindow_(delegate)
+{
+    QObject::connect(&mainWindow_, &TWMainWindow::appeared, &mainWindow_, [&] { alerts.setWindow(&mainWindow_); });
+    QObject::connect(
+        &mainWindow_, &TWMainWindow::editRequested, &mainWindow_, [this](const char* editor) { edit(editor); });
+    QObject::connect(
+        &mainWindow_, &TWMainWindow::resultsRequested, &mainWindow_, [this] { bringToFront(TWWindow::Results); });
+    QObject::connect(&mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { showHelp(HelpIndex); });
+    QObject::connect(&mainWindow_, &TWMainWindow::quitRequested, &mainWindow_, [this] { terminate(); });
+    delegate_.setViews(&mainWindow_, this);
+}
+
+TWWindowSession::~TWWindowSession()
+{
+    delegate_.setViews(nullptr, nullptr);
+}
+
+void TWWindowSession::clean()
+{
+    activate();
+    mainWindow_.clean();
+}
+
+TWSheet* TWWindowSession::sheet(const char* editor)
+{
+    if (const auto made = sheets_.find(editor); made != sheets_.end())
+        return made->second.get();
+    const auto* row = TWSheetNamed(editor);
+    if (!row)
+        return nullptr;
+    auto sheet = row->make(delegate_.editors(), &mainWindow_);
+    QObject::connect(sheet.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
+    QObject::connect(sheet.get(), &TWSheet::helpRequested, &mainWindow_,
+        [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
+    return sheets_.emplace(editor, std::move(sheet)).first->second.get();
+}
+
+void TWWindowSession::edit(const char* editor)
+{
+    if (auto* wanted = sheet(editor); wanted && !wanted->isVisible())
+        wanted->open();
+}
+
+void TWWindowSession::showHelp(const std::string& page)
+{
+    if (!helpWindow_)
+        helpWindow_ = std::make_unique<TWHelpWindow>(delegate_.platform().bundle);
+    helpWindow_->openAnchor(page);
+}
+
+// Null for a window that was not made yet.
+QWidget* TWWindowSession::window(TWWindow which) const
+{
+    switch (which) {
+    case TWWindow::Main:
+        return const_cast<TWMainWindow*>(&mainWindow_);
+    case TWWindow::Results:
+        return resultsWindow_.get();
+    default:
+        return nullptr;
+    }
+}
+
+void TWWindowSession::bringToFront(TWWindow which)
+{
+    if (which == TWWindow::Results && !resultsWindow_) {
+        const auto& platform = delegate_.platform();
+        resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(),
+            TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
+    }
+    auto* shown = window(which);
+    if (!shown)
+        return;
+    shown->setWindowState(shown->windowState() & ~Qt::WindowMinimized);
+    shown->show();
+    shown->raise();
+    shown->activateWindow();
+}
+
+bool TWWindowSession::isKeyWindow(TWWindow which) const
+{
+    const auto* asked = window(which);
+    return asked && asked->isActiveWindow();
+}
+
+void TWWindowSession::activate()
+{
+    bringToFront(TWWindow::Main);
+    // A sheet that waits for an answer stays in front.
+    if (auto* sheet = QApplication::activeModalWidget())
+        sheet->activateWindow();
+}
+
+void TWWindowSession::requestUserAttention()
+{
+    QApplication::alert(&mainWindow_);
+    QGuiApplication::sync(); // the program may block or end before the next turn
+}
+
+// Not quit(), which would ask every open window and sheet to close, and so answer the questions in them.
+void TWWindowSession::terminate()
+{
+    QMetaObject::invokeMethod(
+        qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+}

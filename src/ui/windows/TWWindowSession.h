@@ -1,0 +1,45 @@
+#pragma once
+
+#include "app/TWApplicationWindows.h"
+#include "ui/windows/TWMainWindow.h"
+
+#include <map>
+#include <memory>
+
+class TWHelpWindow;
+class TWQtAlerts;
+class TWResultsWindow;
+class TWSheet;
+
+// Owns all windows and sheets. It makes those besides the main window when they are first asked for. Main thread.
+class TWWindowSession final : public TWApplicationWindows {
+public:
+    // Gives the delegate its views. The delegate and the alerts outlive the session.
+    TWWindowSession(TWTidewellAppDelegate&, TWQtAlerts&);
+    ~TWWindowSession();
+
+    TWMainWindow& mainWindow() { return mainWindow_; }
+
+    // Brings the main window forward and starts a run.
+    void clean();
+
+    // Null if the editor of that name has no sheet.
+    TWSheet* sheet(const char* editor);
+
+    void bringToFront(TWWindow) override;
+    bool isKeyWindow(TWWindow) const override;
+    void activate() override;
+    void requestUserAttention() override;
+    void terminate() override;
+
+private:
+    void edit(const char* editor);
+    void showHelp(const std::string& page);
+    QWidget* window(TWWindow) const;
+
+    TWTidewellAppDelegate& delegate_;
+    TWMainWindow mainWindow_;
+    std::unique_ptr<TWResultsWindow> resultsWindow_;
+    std::unique_ptr<TWHelpWindow> helpWindow_;
+    std::map<std::string, std::unique_ptr<TWSheet>, std::less<>> sheets_; // by editor
+};

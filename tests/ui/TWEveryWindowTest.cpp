@@ -1,0 +1,134 @@
+// What holds for every window and sheet alike.
+
+#include "TWUITestSupport.h"
+#include "ui/sheets/TWSheet.h"
+#include "ui/sheets/TWSheetTable.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWWindowSession.h"
+
+#include <QAccessible>
+#include <QAction>
+#include <QApplication>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+
+#include <set>
+
+using namespace TWUITest;
+
+namespace {
+
+class TWEveryWindowTest : public testing::Test {
+protected:
+    TWEveryWindowTest()
+    {
+        const QSignalSpy appeared(&session.mainWindow(), &TWMainWindow::appeared);
+        delegate.applicationDidFinishLaunching();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return appeared.count() == 1; }));
+    }
+
+    // Calls the function with each window on screen in turn.
+    void forEach(const std::function<void(QWidget&)>& call)
+    {
+        delegate.editors().get<TWFilesWindowController>().addRule({ true, "Rule", "~/path", TWItemItself });
+        shown(session.mainWindow(), call);
+        for (const auto* name : { "results", "help" }) {
+            child<QAction>(session.mainWindow(), std::string(name) + "Action")->trigger();
+            const auto windows = QApplication::topLevelWidgets();
+            const auto found = std::find_if(windows.begin(), windows.end(),
+                [&](const auto* each) { return each->objectName() == name + QString("Window"); });
+            shown(**found, call);
+        }
+        for (const auto& row : TWSheetTable()) {
+            auto& sheet = *session.sheet(row.editor);
+            sheet.open();
+            shown(sheet, call);
+            sheet.close();
+        }
+        alerts.show({ "Title", std::string(2000, 'x'), "Yes", "No" }, [](TWAnswer) {});
+        shown(*child<QDialog>(session.mainWindow(), "alertSheet"), call);
+    }
+    static void shown(QWidget& window, const std::function<void(QWidget&)>& call)
+    {
+        SCOPED_TRACE(window.objectName().toStdString());
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        call(window);
+    }
+
+    // In the order of Tab, from the first control round to it again. In a text, Tab visits the links first.
+    static std::vector<QWidget*> walk(QWidget& window)
+    {
+        std::vector<QWidget*> visited{ window.focusWidget() };
+        for (int presses = 0; presses < 50; ++presses) {
+            QTest::keyClick(window.windowHandle(), Qt::Key_Tab);
+            auto* focus = window.focusWidget();
+            if (focus == visited.front() && visited.size() > 1)
+                break;
+            if (focus != visited.back())
+                visited.push_back(focus);
+        }
+        return visited;
+    }
+    static bool takesTab(const QWidget* widget)
+    {
+        return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus)
+            && !widget->focusProxy();
+    }
+
+    Machine machine;
+    TWTidewellAppDelegate delegate{ machine.platform, TWLaunchKind::Window };
+    TWQtAlerts alerts;
+    TWWindowSession session{ delegate, alerts };
+};
+
+TEST_F(TWEveryWindowTest, TabReachesEveryControlAndEachHasANameAndARole)
+{
+    forEach([](QWidget& window) {
+        const auto walked = walk(window);
+        const std::set<const QWidget*> visited(walked.begin(), walked.end());
+        for (auto* widget : window.findChildren<QWidget*>()) {
+            if (!takesTab(widget) || widget->window() != &window)
+                continue;
+            EXPECT_TRUE(visited.contains(widget)) << widget->objectName().toStdString();
+            auto* accessible = QAccessible::queryAccessibleInterface(widget);
+            ASSERT_TRUE(accessible) << widget->objectName().toStdString();
+            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->objectName().toStdString();
+            EXPECT_NE(accessible->role(), QAccessible::NoRole) << widget->objectName().toStdString();
+            EXPECT_NE(accessible->role(), QAccessible::Client) << widget->objectName().toStdString();
+        }
+    });
+}
+
+TEST_F(TWEveryWindowTest, TabLeadsFromTheContentOfASheetToOKOrSaveAndThenToTheOthers)
+{
+    std::map<QString, QStringList> orders;
+    forEach([&](QWidget& window) {
+        for (const auto* widget : walk(window))
+            orders[window.objectName()].append(widget->objectName());
+    });
+    EXPECT_EQ(orders["filesSheet"],
+        QStringList(
+            { "filesTableView", "addToolButton", "okPushButton", "restoreDefaultsPushButton", "helpPushButton" }));
+    EXPECT_EQ(orders["dictionarySheet"],
+        QStringList({ "wordLineEdit", "savePushButton", "cancelPushButton", "helpPushButton" }));
+}
+
+// The test ui/small-screen runs this one on a screen of 1280 x 800 pixels at 200 %.
+TEST_F(TWEveryWindowTest, FitsTheScreenWithItsButtonsInSight)
+{
+    const auto available = QGuiApplication::primaryScreen()->availableGeometry();
+    const std::set<QString> buttons{ "cleanButton", "okPushButton", "savePushButton", "defaultButton", "saveButton" };
+    forEach([&](QWidget& window) {
+        EXPECT_LT(window.width(), available.width());
+        EXPECT_LT(window.height(), available.height());
+        for (const auto* button : window.findChildren<QPushButton*>()) {
+            const QRect place(button->mapTo(&window, QPoint()), button->size());
+            EXPECT_TRUE(!buttons.contains(button->objectName()) || window.rect().contains(place))
+                << button->objectName().toStdString();
+        }
+    });
+}
+
+}
