@@ -61,6 +61,13 @@ TWValue::TWValue(TWDictionary value)
 {
 }
 
+std::optional<std::int64_t> TWValue::number() const
+{
+    if (const auto* truth = boolean())
+        return *truth ? 1 : 0;
+    return integer() ? std::optional(*integer()) : std::nullopt;
+}
+
 bool operator==(const TWValue& one, const TWValue& other)
 {
     const double* left = one.real();

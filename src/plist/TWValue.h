@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -76,12 +76,17 @@ public:
     const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
     const double* real() const { return std::get_if<double>(&value_); }
     const std::string* string() const { return std::get_if<std::string>(&value_); }
+    std::string* string() { return std::get_if<std::string>(&value_); }
     const TWDate* date() const { return std::get_if<TWDate>(&value_); }
     const TWData* data() const { return std::get_if<TWData>(&value_); }
+    TWData* data() { return std::get_if<TWData>(&value_); }
     const Array* array() const { return std::get_if<Array>(&value_); }
     Array* array() { return std::get_if<Array>(&value_); }
     const TWDictionary* dictionary() const { return std::get_if<TWDictionary>(&value_); }
     TWDictionary* dictionary() { return std::get_if<TWDictionary>(&value_); }
+
+    // An integer, or a boolean as 1 or 0: property lists mix the two. Nothing for other types.
+    std::optional<std::int64_t> number() const;
 
     // Of the same type and the same content. Two reals that are no number are equal, so that what is read back equals
     // what was written.

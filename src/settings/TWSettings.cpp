@@ -42,18 +42,12 @@ std::string lowercase(std::string text)
     return text;
 }
 
-std::optional<std::int64_t> number(const TWValue& value)
-{
-    if (const auto* boolean = value.boolean())
-        return *boolean ? 1 : 0;
-    if (const auto* integer = value.integer())
-        return *integer;
-    return std::nullopt;
-}
-
 bool fits(const TWValue& value, TWKeyType type)
 {
-    return type == String ? value.string() != nullptr : number(value).has_value();
+    const auto number = value.number();
+    if (type == Integer)
+        return number && *number >= INT32_MIN && *number <= INT32_MAX;
+    return type == String ? value.string() != nullptr : number.has_value();
 }
 
 }
@@ -83,13 +77,13 @@ const TWKeyRow* TWSettings::rowNamed(std::string_view name)
 bool TWSettings::boolean(TWKey key) const
 {
     const auto value = find(key);
-    return value && number(*value).value_or(0) != 0;
+    return value && value->number().value_or(0) != 0;
 }
 
 std::int32_t TWSettings::integer(TWKey key) const
 {
     const auto value = find(key);
-    return value ? static_cast<std::int32_t>(number(*value).value_or(0)) : 0;
+    return value ? static_cast<std::int32_t>(value->number().value_or(0)) : 0;
 }
 
 std::string TWSettings::string(TWKey key) const
@@ -144,9 +138,13 @@ std::optional<TWValue> TWSettings::stored(const TWKeyRow& row) const
 
 std::optional<TWValue> TWSettings::find(TWKey key) const
 {
+    const auto override = overrides_.find(key);
+    return override != overrides_.end() ? override->second : lastingValue(key);
+}
+
+std::optional<TWValue> TWSettings::lastingValue(TWKey key) const
+{
     const auto& found = row(key);
-    if (const auto override = overrides_.find(key); override != overrides_.end())
-        return override->second;
     if (const auto value = stored(found))
         return value;
     const auto* registered = registered_.find(found.name);

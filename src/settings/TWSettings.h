@@ -59,6 +59,9 @@ public:
     std::string string(TWKey) const;
     bool hasValue(TWKey key) const { return find(key).has_value(); }
 
+    // The stored value or else the registered default, never an override. It fits the key's type.
+    std::optional<TWValue> lastingValue(TWKey) const;
+
     void set(TWKey, const TWValue&);
 
     // Back to the registered default.
