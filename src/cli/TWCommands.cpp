@@ -22,8 +22,7 @@ constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
 constexpr auto NoPath = "A rule needs the path of a file or folder.\n";
 constexpr auto PathNotText
     = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
-constexpr auto KeptAsDamaged
-    = "It was written anew now; the old file was kept as \"%@.damaged\" (and a number when that was taken).\n";
+constexpr auto KeptAsDamaged = "It was written anew now; the old file was kept as \"%@\".\n";
 
 TWCommandResult wrongUse(std::string err)
 {
@@ -44,15 +43,16 @@ TWCommandResult printed(std::string out)
 
 TWJSON::Object settingValue(const TWSettings& settings, const TWKeyRow& row)
 {
+    const auto value = settings.lastingValue(row.key);
     switch (row.type) {
     case TWKeyType::Boolean:
-        return settings.boolean(row.key);
+        return value && value->number() != 0;
     case TWKeyType::Integer:
-        return settings.integer(row.key);
+        return value ? value->number().value_or(0) : 0;
     case TWKeyType::String:
         break;
     }
-    return TWText::validUTF8(settings.string(row.key));
+    return value ? TWText::validUTF8(*value->string()) : "";
 }
 
 std::string settingText(const TWSettings& settings, const TWKeyRow& row)
@@ -118,51 +118,60 @@ TWCommandResult runSettings(TWTidewellAppDelegate& delegate, const TWInvocation&
 
 // ---- words
 
-TWCommandResult listWords(const std::vector<std::string>& words, bool json)
+TWCommandResult listWords(const std::vector<TWDictionaryWord>& words, bool json)
 {
     std::string out;
-    for (const auto& word : words)
+    for (const auto& [word] : words)
         out += json ? TWJSON::line({ { "word", TWText::validUTF8(word) } }) : TWText::oneLine(word) + "\n";
     return { TWStatus::Success, out, words.empty() && !json ? NoWords : "" };
 }
 
-// Gives the first word to remove that is not there; the others are changed all the same.
-std::optional<std::string> changeWords(std::vector<std::string>& words, const TWInvocation& invocation)
+using DictionaryWords = std::vector<TWDictionaryWord>;
+
+// The first of the words that is not in the dictionary.
+std::optional<std::string> absentWord(const DictionaryWords& dictionary, const std::vector<std::string>& words)
 {
-    std::optional<std::string> absent;
-    if (invocation.action == Action::Clear)
-        words.clear();
-    for (const auto& word : invocation.words) {
-        if (invocation.action == Action::Add)
-            words.push_back(word);
-        else if (std::erase(words, word) == 0 && !absent)
-            absent = word;
+    for (const auto& word : words) {
+        if (std::find(dictionary.begin(), dictionary.end(), TWDictionaryWord{ word }) == dictionary.end())
+            return word;
     }
-    return absent;
+    return std::nullopt;
 }
 
-// The words shown in a window may be others than the saved ones: each list gets the change for itself.
-TWCommandResult runWords(TWDictionaryWindowController& dictionary, const TWInvocation& invocation)
+void changeWords(DictionaryWords& dictionary, const TWInvocation& invocation)
+{
+    if (invocation.action == Action::Clear)
+        dictionary.clear();
+    for (const auto& word : invocation.words) {
+        if (invocation.action == Action::Add)
+            dictionary.push_back({ word });
+        else
+            std::erase(dictionary, TWDictionaryWord{ word });
+    }
+}
+
+TWCommandResult runWords(TWRecordList<TWDictionaryWord>& dictionary, const TWInvocation& invocation)
 {
     if (invocation.action == Action::List)
-        return listWords(dictionary.wordDictionary(), invocation.json);
+        return listWords(dictionary.saved(), invocation.json);
     if (!std::all_of(invocation.words.begin(), invocation.words.end(), TWText::isValidUTF8))
         return wrongUse(WordNotText);
-    auto words = dictionary.savedWords();
-    if (const auto absent = changeWords(words, invocation))
+    std::optional<std::string> absent;
+    const auto problem = dictionary.changeSaved([&](DictionaryWords& words) {
+        if (invocation.action == Action::Remove)
+            absent = absentWord(words, invocation.words);
+        if (!absent)
+            changeWords(words, invocation);
+        return !absent;
+    });
+    if (!problem)
         return { TWStatus::Failure, "", TWText::fill(NoSuchWord, { TWText::oneLine(*absent) }) };
-    const auto problem = dictionary.write(words);
-    if (problem.empty()) {
-        auto shown = dictionary.wordDictionary();
-        changeWords(shown, invocation);
-        dictionary.replaceWords(std::move(shown));
-    }
-    return saved(problem);
+    return saved(*problem);
 }
 
 // ---- files
 
-const char* kindName(std::int32_t kind)
+const char* kindName(std::int64_t kind)
 {
     constexpr const char* Names[] = { "item", "contents", "keywords", "keywords-deep" };
     return kind >= 0 && kind < 4 ? Names[kind] : "nothing";
@@ -192,15 +201,6 @@ TWCommandResult listRules(const std::vector<TWFilesRule>& rules, bool json)
     return { TWStatus::Success, out, rules.empty() && !json ? NoRules : "" };
 }
 
-// A change that could not be saved is taken back: it must not delete anything from the window.
-TWCommandResult saveRules(TWFilesWindowController& files, std::vector<TWFilesRule> before)
-{
-    const auto problem = files.write();
-    if (!problem.empty())
-        files.replaceRules(std::move(before));
-    return saved(problem);
-}
-
 TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
     if (invocation.path.empty())
@@ -213,63 +213,75 @@ TWCommandResult addRule(TWTidewellAppDelegate& delegate, const TWInvocation& inv
     rule.description = invocation.description.value_or(std::string(TWPath::lastComponent(path)));
     rule.filePath = delegate.platform().places.abbreviate(path);
     rule.whatToDelete = invocation.whatToDelete;
-    auto& files = delegate.filesWindowController();
-    auto before = files.rules();
-    files.addRule(std::move(rule));
-    return saveRules(files, std::move(before));
+    const auto problem = delegate.filesWindowController().list().changeSaved([&](auto& rules) {
+        rules.push_back(rule);
+        return true;
+    });
+    return saved(*problem);
+}
+
+TWCommandResult restoreDefaultRules(TWFilesWindowController& files)
+{
+    std::string problem;
+    const auto defaults = files.defaultRules(problem);
+    if (!defaults)
+        return saved(problem);
+    return saved(*files.list().changeSaved([&](auto& rules) {
+        rules = *defaults;
+        return true;
+    }));
 }
 
 TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
     auto& files = delegate.filesWindowController();
     if (invocation.action == Action::List)
-        return listRules(files.rules(), invocation.json);
+        return listRules(files.list().saved(), invocation.json);
     if (invocation.action == Action::Add)
         return addRule(delegate, invocation);
-    auto before = files.rules();
-    if (invocation.action == Action::Defaults) {
-        const auto problem = files.applyDefaults();
-        return problem.empty() ? saveRules(files, std::move(before)) : saved(problem);
-    }
-    const int row = invocation.number - 1;
-    if (row < 0 || row >= static_cast<int>(files.rules().size()))
-        return wrongUse(TWText::fill(NoSuchRule, { std::to_string(invocation.number) }));
-    if (invocation.action == Action::Remove)
-        files.removeRule(row);
-    else
-        files.setActive(row, invocation.action == Action::On);
-    files.reloadTable();
-    return saveRules(files, std::move(before));
+    if (invocation.action == Action::Defaults)
+        return restoreDefaultRules(files);
+    // Below 1 it becomes a row that no list has.
+    const auto row = static_cast<std::size_t>(invocation.number - std::int64_t(1));
+    const auto problem = files.list().changeSavedRow(row, [&](auto& rules, std::size_t at) {
+        if (invocation.action == Action::Remove)
+            rules.erase(rules.begin() + static_cast<std::ptrdiff_t>(at));
+        else
+            rules[at].active = invocation.action == Action::On;
+    });
+    return problem ? saved(*problem) : wrongUse(TWText::fill(NoSuchRule, { std::to_string(invocation.number) }));
 }
 
-std::string fileOf(TWTidewellAppDelegate& delegate, TWInvocation::Command command)
+// The second name of a damaged list that the command has written anew, or "".
+std::string keptList(TWTidewellAppDelegate& delegate, TWInvocation::Command command)
 {
-    if (command == TWInvocation::Command::Settings)
-        return delegate.settings().userDefaults().file();
-    return command == TWInvocation::Command::Words ? delegate.dictionaryWindowController().file()
-                                                   : delegate.filesWindowController().file();
+    if (command == TWInvocation::Command::Words)
+        return delegate.dictionaryWindowController().list().keptAs();
+    return command == TWInvocation::Command::Files ? delegate.filesWindowController().list().keptAs() : "";
 }
 
 }
 
 TWCommandResult TWRunListCommand(TWTidewellAppDelegate& delegate, const TWInvocation& invocation)
 {
-    // Asked before: writing the file ends its problem.
-    const auto problems = delegate.problems();
+    const auto before = delegate.problems();
+    const auto keptBefore = keptList(delegate, invocation.command);
     TWCommandResult result;
     if (invocation.command == TWInvocation::Command::Settings)
         result = runSettings(delegate, invocation);
     else if (invocation.command == TWInvocation::Command::Words)
-        result = runWords(delegate.dictionaryWindowController(), invocation);
+        result = runWords(delegate.dictionaryWindowController().list(), invocation);
     else
         result = runFiles(delegate, invocation);
-    for (const auto& problem : problems)
+    // Writing a file changes its problem or ends it.
+    for (const auto& problem : before)
         result.err += problem + "\n";
-    const auto file = fileOf(delegate, invocation.command);
-    // A problem also ends when somebody has repaired the file meanwhile.
-    if (delegate.problems().size() < problems.size()
-        && delegate.platform().fileSystem.look(file + ".damaged").isThere())
-        result.err += TWText::fill(KeptAsDamaged, { TWText::oneLine(file) });
+    for (const auto& problem : delegate.problems()) {
+        if (std::find(before.begin(), before.end(), problem) == before.end())
+            result.err += problem + "\n";
+    }
+    if (const auto kept = keptList(delegate, invocation.command); kept != keptBefore)
+        result.err += TWText::fill(KeptAsDamaged, { TWText::oneLine(kept) });
     return result;
 }
 

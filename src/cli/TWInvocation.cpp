@@ -51,7 +51,7 @@ int cleanerPosition(const std::string& name)
     return position;
 }
 
-std::int32_t kindNamed(const std::string& name)
+std::int64_t kindNamed(const std::string& name)
 {
     constexpr std::pair<std::string_view, TWWhatToDelete> Kinds[]
         = { { "item", TWItemItself }, { "contents", TWFolderContents }, { "keywords", TWItemsWithKeywords },

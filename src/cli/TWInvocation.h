@@ -18,7 +18,7 @@ struct TWInvocation {
     std::string key, value; // of settings
     std::vector<std::string> words;
     std::string path; // of files add, demo; absolute
-    std::int32_t whatToDelete = 0;
+    std::int64_t whatToDelete = 0;
     std::optional<std::string> description;
     bool off = false;
     int number = 0; // of a list's row, counted from 1

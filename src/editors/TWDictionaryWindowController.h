@@ -1,9 +1,9 @@
 #pragma once
 
+#include "editors/TWDictionaryWord.h"
 #include "editors/TWEditorView.h"
-#include "settings/TWDataFolder.h"
+#include "settings/TWRecordList.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,43 +28,40 @@ public:
 
     void awakeFromNib() { loadDictionary(); }
 
-    // Fills the words from the file: none when there is no file. A file with an element that is no word keeps the words
-    // as they were.
-    void loadDictionary();
+    // Fills the words from the file; no words if there is no file or it cannot be read. A file with an element that is
+    // no word, or with too many words, keeps the words as they were.
+    void loadDictionary() { list_.load(); }
 
     // The words as shown, saved or not; duplicates and empty words as the user typed them.
     const std::vector<std::string>& wordDictionary() const { return words_; }
 
-    // The view's, after every edit. The words are UTF-8.
-    void setWordDictionary(std::vector<std::string> words) { words_ = std::move(words); }
+    // The view calls this after every edit. The words are UTF-8.
+    void setWordDictionary(std::vector<std::string> words);
+
+    bool hasUnsavedEdits() const { return list_.hasUnsavedEdits(); }
 
     // Writes the file and closes the sheet.
     void save();
-
-    // For a command, which changes the file's words, whatever is shown: those words, read now. The shown ones stay.
-    std::vector<std::string> savedWords();
-
-    // The shown words become others than the view's; it is told.
-    void replaceWords(std::vector<std::string> words);
-
-    // Writes the file only. "" or one line that names the file and the remedy.
-    std::string write() { return write(words_); }
-    std::string write(const std::vector<std::string>& words);
 
     // Closes the sheet. Kept on purpose: the words stay as they are shown until the editor is opened again.
     void cancel();
     void help();
 
-    std::string file() const;
+    // For commands, which change the saved words and then the shown ones.
+    TWRecordList<TWDictionaryWord>& list() { return list_; }
 
-    // One line when the file is there but could not be read, else "".
-    const std::string& problem() const { return problem_; }
+    // Writes the file only. "" or one line that names the file and the remedy.
+    std::string write() { return list_.write(); }
+
+    std::string file() const { return list_.path(); }
+
+    // One line if the file is there but could not be read, else "".
+    const std::string& problem() const { return list_.problem(); }
 
 private:
-    std::optional<std::vector<std::string>> readWords();
+    void listChanged();
 
-    const TWDataFolder& dataFolder_;
+    TWRecordList<TWDictionaryWord> list_;
+    std::vector<std::string> words_; // the texts of the live list
     TWDictionaryView* view_ = nullptr;
-    std::vector<std::string> words_;
-    std::string problem_;
 };

@@ -34,7 +34,7 @@ public:
 
 private:
     // All that a count depends on besides the words.
-    using Key = std::pair<std::string, std::int32_t>;
+    using Key = std::pair<std::string, std::int64_t>;
     struct Progress;
 
     std::string mistake(const TWFilesRule&, const std::vector<std::string>& words) const;

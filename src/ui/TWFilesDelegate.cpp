@@ -94,10 +94,10 @@ QWidget* TWFilesDelegate::createPopUp(QWidget* parent, const QModelIndex& index)
     auto* popUp = new QComboBox(parent);
     popUp->setObjectName("whatToDeleteComboBox");
     popUp->setAccessibleName(tr("What to delete"));
-    for (int kind = 0; kind < TWFilesTableModel::KindCount; ++kind)
+    for (qlonglong kind = 0; kind < TWFilesTableModel::KindCount; ++kind)
         popUp->addItem(TWFilesTableModel::kindLabel(kind), kind);
     // A number that deletes nothing stays as it is unless the user picks another.
-    const int kind = index.data(Qt::EditRole).toInt();
+    const qlonglong kind = index.data(Qt::EditRole).toLongLong();
     if (popUp->findData(kind) == -1)
         popUp->addItem(TWFilesTableModel::kindLabel(kind), kind);
     auto* self = const_cast<TWFilesDelegate*>(this);

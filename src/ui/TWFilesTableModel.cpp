@@ -14,7 +14,7 @@ void TWFilesTableModel::reload()
     endResetModel();
 }
 
-QString TWFilesTableModel::kindLabel(int kind)
+QString TWFilesTableModel::kindLabel(qlonglong kind)
 {
     switch (kind) {
     case TWItemItself:
@@ -102,7 +102,7 @@ QVariant TWFilesTableModel::editedValue(int row, int column) const
     case Path:
         return TWQtText::exact(rule.filePath);
     case WhatToDelete:
-        return rule.whatToDelete;
+        return qlonglong(rule.whatToDelete);
     default:
         return {};
     }
@@ -132,7 +132,7 @@ bool TWFilesTableModel::setData(const QModelIndex& index, const QVariant& value,
     else if (role == Qt::EditRole && index.column() == Path)
         controller_.setFilePath(row, TWQtText::bytes(value.toString()));
     else if (role == Qt::EditRole && index.column() == WhatToDelete)
-        controller_.setWhatToDelete(row, value.toInt());
+        controller_.setWhatToDelete(row, value.toLongLong());
     else
         return false;
     emit dataChanged(this->index(row, Active), this->index(row, Note));

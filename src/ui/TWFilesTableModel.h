@@ -21,7 +21,7 @@ public:
 
     // The four kinds that delete something are numbered from 0.
     static constexpr int KindCount = 4;
-    static QString kindLabel(int kind);
+    static QString kindLabel(qlonglong kind);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;

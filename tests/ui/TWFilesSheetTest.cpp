@@ -95,10 +95,10 @@ TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
 
 TEST_F(TWFilesSheetTest, KeepsWhatAnEditorCannotShow)
 {
-    const TWFilesRule odd{ false, "Odd", "/tmp/\xFF\nname", 7 };
+    const TWFilesRule odd{ false, "Odd", "/tmp/\xFF\nname", std::int64_t(1) << 40 };
     world.files.addRule(odd);
     open();
-    EXPECT_EQ(cell(0, WhatToDelete), "Nothing (kind 7)");
+    EXPECT_EQ(cell(0, WhatToDelete), "Nothing (kind 1099511627776)");
     pick(0, std::nullopt);
     table->setCurrentIndex(table->model()->index(0, Path));
     QTest::keyClick(table, Qt::Key_F2);
