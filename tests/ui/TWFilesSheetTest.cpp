@@ -159,6 +159,8 @@ TEST_F(TWFilesSheetTest, RestoresDefaultsWhichSearchForNoWords)
     for (const auto& rule : world.files.rules()) {
         EXPECT_TRUE(!rule.filePath.empty() && paths.insert(rule.filePath).second) << rule.filePath;
         EXPECT_TRUE(!rule.active || rule.whatToDelete == TWItemItself) << rule.filePath;
+        // It would make every run with an empty dictionary ask, even if it is switched off.
+        EXPECT_FALSE(rule.needsKeywords()) << rule.filePath;
     }
 }
 
