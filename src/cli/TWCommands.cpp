@@ -81,7 +81,7 @@ void store(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValu
         settings.reset(row.key);
 }
 
-// Without a value the setting goes back to its default. What could not be saved does not hold in the window either.
+// Resets the setting if there is no value. If the change cannot be saved, it is taken back, also in the window.
 TWCommandResult changeSetting(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValue>& value)
 {
     auto& defaults = settings.userDefaults();
@@ -241,7 +241,7 @@ TWCommandResult runFiles(TWTidewellAppDelegate& delegate, const TWInvocation& in
         return addRule(delegate, invocation);
     if (invocation.action == Action::Defaults)
         return restoreDefaultRules(files);
-    // Below 1 it becomes a row that no list has.
+    // A number below 1 wraps around to a row that no list has.
     const auto row = static_cast<std::size_t>(invocation.number - std::int64_t(1));
     const auto problem = files.list().changeSavedRow(row, [&](auto& rules, std::size_t at) {
         if (invocation.action == Action::Remove)
@@ -299,7 +299,7 @@ TWCommandResult TWPrintPaths(
         { "srm", places.srm },
         { "eject", places.eject },
     };
-    // The folders in which programs of the user keep their logs.
+    // Folders in which the user's programs keep their logs.
     const std::string userLogs[] = { places.stateHome + "/log", places.dataHome + "/xorg" };
     TWJSON::Object object;
     std::string text;

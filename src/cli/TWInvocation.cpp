@@ -63,7 +63,7 @@ std::int64_t kindNamed(const std::string& name)
     throw CLI::ValidationError(TWText::fill(NoSuchKind, { name }));
 }
 
-// CLI11 makes the two values a and b of "[a,b]". A byte at the end that no argument can hold prevents that.
+// CLI11 splits "[a,b]" into the values a and b. Appending a NUL, which no argument can contain, prevents that.
 void protect(std::string& word)
 {
     if (word.starts_with('[') && word.ends_with(']'))
@@ -208,7 +208,8 @@ private:
     bool version_ = false;
 };
 
-// "" is what stands before the first slash of an absolute path. "~name" and "$NAME" are names like any other.
+// What may be in front of the first slash of an absolute path: nothing, or one of these. "~name" and any other "$NAME"
+// are ordinary file names.
 constexpr std::string_view Beginnings[]
     = { "", "~", "$XDG_CONFIG_HOME", "$XDG_DATA_HOME", "$XDG_STATE_HOME", "$XDG_CACHE_HOME" };
 
@@ -229,7 +230,7 @@ TWParsedInvocation TWParseCommandLine(const std::vector<std::string>& words, con
     try {
         parser.parse(words);
     } catch (const CLI::CallForHelp&) {
-        // Of the subcommand that was asked for, if any.
+        // This is the help of the subcommand, if one was given.
         result.out = parser.app().help();
         return result;
     } catch (const CLI::ParseError& error) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-// The words of a command line, understood.
+// A parsed command line.
 struct TWInvocation {
     enum class Command { Window, Clean, Settings, Words, Files, Paths, Demo };
     enum class Action { None, List, Get, Set, Reset, Add, Remove, Clear, On, Off, Defaults };
@@ -23,7 +23,7 @@ struct TWInvocation {
     bool off = false;
     int number = 0; // of a list's row, counted from 1
 
-    // Lists and settings belong to the running window when there is one.
+    // A running window carries out these commands, because it holds the lists and settings in memory.
     bool concernsLists() const
     {
         return command == Command::Settings || command == Command::Words || command == Command::Files;
@@ -32,13 +32,13 @@ struct TWInvocation {
 };
 
 struct TWParsedInvocation {
-    std::optional<TWInvocation> invocation; // nothing when there is nothing more to do than this:
+    std::optional<TWInvocation> invocation; // nothing if only the following is to be printed
     int status = 0;
     std::string out; // help or version
     std::string err; // one line with the remedy
 };
 
-// words without the program's name. Relative paths are taken from workingFolder.
+// The words do not include the program's name. Relative paths are relative to workingFolder.
 TWParsedInvocation TWParseCommandLine(const std::vector<std::string>& words, const std::string& workingFolder);
 
 // Exit statuses.

@@ -9,7 +9,7 @@
 
 class TWDictionaryView : public TWEditorView {
 public:
-    // The words were replaced, by loading or by a command. What is being typed stays.
+    // The words were replaced, by loading or by a command. Unfinished typing is kept.
     virtual void wordsChanged() = 0;
 
     // The words could not be saved; the sheet stays open.

@@ -43,7 +43,7 @@ void TWFilesWindowController::awakeFromNib(TWLaunchKind kind)
         loadRules(defaultsPath(), Existing::Skip);
 }
 
-// Differs on purpose: what stands in the place of a list that cannot be read deletes nothing.
+// Differs on purpose: the rules shown in place of a list that cannot be read are switched off, so they delete nothing.
 std::vector<TWFilesRule> TWFilesWindowController::rulesInstead(TWListState state) const
 {
     auto rules = list_.read(defaultsPath()).records;
@@ -213,7 +213,7 @@ void TWFilesWindowController::countNotes()
     notes_.forgetRefusals();
     if (!sheetIsOpen_)
         return;
-    // Many edits within one turn begin one count.
+    // Several edits within one event-loop iteration start one count.
     counting_ = context_.runLoop.after(
         TWRunLoop::Duration(0), [this] { notes_.count(rules(), context_.dictionary.wordDictionary()); });
 }

@@ -22,13 +22,13 @@ public:
     // The notes of some rules have changed.
     virtual void notesChanged() = 0;
 
-    // -1 when no row is selected.
+    // -1 if no row is selected.
     virtual int selectedRow() const = 0;
 
     // Replaces the selection and scrolls to the row.
     virtual void selectRow(int row) = 0;
 
-    // Lets the user choose one file or folder; answers its path, or nothing.
+    // Lets the user choose one file or folder. Answers with its path, or with nothing if the user cancels.
     virtual void choosePath(
         const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>)
         = 0;
@@ -100,7 +100,7 @@ public:
     // Writes the file only. "" or one line that names the file and the remedy.
     std::string write() { return list_.write(); }
 
-    // Where a choice of files begins.
+    // The folder in which a file chooser opens.
     const std::string& homeFolder() const { return context_.places.home; }
 
     // While the sheet is open, what each rule matches is counted in the background.

@@ -9,31 +9,31 @@
 #include <string>
 #include <vector>
 
-// What the Files editor says about a rule, beside it.
+// The note beside a rule in the Files editor.
 struct TWRuleNote {
     std::string text; // "" while nothing is known yet
     bool warning = false; // something is wrong with the rule
 };
 
-// What each rule matches now, counted in the background, and what is wrong with it. Main thread.
+// Counts in the background what each rule matches now, and says what is wrong with a rule. Main thread.
 class TWRuleNotes final {
 public:
     TWRuleNotes(
         TWRunLoop&, const TWFileSystem&, const TWPlaces&, const TWDeletionGuard&, std::function<void()> changed);
 
-    // Counts the rules that have not been counted yet; what is still being counted for an earlier list is given up.
+    // Counts the rules that have not been counted yet. Cancels the counting of an earlier list.
     void count(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);
 
-    // The list has changed: whether the guard refuses a rule is asked anew, once for each.
+    // Call this when the list has changed: the guard is then asked again about each rule, once.
     void forgetRefusals() { refusals_.clear(); }
 
-    // Ends the counting and forgets everything.
+    // Cancels the counting and forgets all results.
     void clear();
 
     TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words);
 
 private:
-    // All that a count depends on besides the words.
+    // Apart from the words, a count depends on these only: path and kind.
     using Key = std::pair<std::string, std::int64_t>;
     struct Progress;
 

@@ -12,9 +12,9 @@ class TWUserDefaults {
 public:
     virtual ~TWUserDefaults() = default;
 
-    // Of whatever type the file holds: it may have been written by hand.
+    // The value may be of any type, because users edit the file by hand.
     virtual std::optional<TWValue> value(const std::string& key) const = 0;
-    // Holds at once; written with the next synchronize(), or by itself a moment later.
+    // Takes effect at once. Written by the next synchronize(), or without it a moment later.
     virtual void setValue(const std::string& key, const TWValue&) = 0;
     virtual void removeValue(const std::string& key) = 0;
 

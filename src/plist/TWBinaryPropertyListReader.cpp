@@ -119,7 +119,7 @@ bool TWBinaryPropertyListReader::take(Rest& rest, std::uint64_t length, std::str
     return true;
 }
 
-// Counts from 15 on follow as an integer object.
+// A count of 15 or more follows as an integer object.
 bool TWBinaryPropertyListReader::takeCount(unsigned kind, Rest& rest, std::uint64_t& count)
 {
     count = kind;
@@ -158,7 +158,7 @@ bool TWBinaryPropertyListReader::charged(bool success)
 
 bool TWBinaryPropertyListReader::enter()
 {
-    // A container that holds itself ends here, too.
+    // This also stops at a container that contains itself.
     if (depth_ >= TWPropertyList::MaximumDepth)
         return fail(TWPropertyListBudget::TooDeep);
     depth_++;
@@ -175,8 +175,8 @@ bool TWBinaryPropertyListReader::readSimple(unsigned kind, TWValue& value)
     return true;
 }
 
-// Up to 4 bytes there is no sign, 8 bytes have one. 16 bytes are what others write for more than that: kept when it
-// fits.
+// Integers of up to 4 bytes are unsigned, those of 8 bytes are signed. Other programs write larger ones with 16 bytes;
+// such a number is read if it fits into 64 bits.
 bool TWBinaryPropertyListReader::readInteger(unsigned kind, Rest rest, TWValue& value)
 {
     std::string_view number;
@@ -252,7 +252,7 @@ bool TWBinaryPropertyListReader::readUTF16(unsigned kind, Rest rest, TWValue& va
         return fail(Truncated);
     if (!take(rest, count * 2, units))
         return false;
-    // Measured first: a copy that grows would take several times the text's memory.
+    // Measured first, because a string that grows takes several times its memory.
     const std::optional<std::size_t> length = TWUnicode::lengthAsUTF8(units);
     if (!length)
         return fail("it holds a string with an unpaired surrogate");

@@ -16,7 +16,7 @@ public:
     std::optional<TWValue> read(std::string& problem);
 
 private:
-    // A stretch of the objects' part of the file: taken from the front, never beyond the end.
+    // The rest of the file's object area from some object on. Values are taken from its front.
     using Rest = std::string_view;
 
     bool readTrailer();

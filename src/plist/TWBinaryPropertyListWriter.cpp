@@ -79,7 +79,7 @@ void TWBinaryPropertyListWriter::numberChildren(const TWValue& value)
     }
 }
 
-// Among the keys; among the objects they follow all values.
+// The key's number among the keys. In the table of objects the keys follow all values.
 std::uint32_t TWBinaryPropertyListWriter::keyNumber(const std::string& key)
 {
     const auto [place, isNew] = numberOfKey_.try_emplace(key, static_cast<std::uint32_t>(keys_.size()));
@@ -127,7 +127,7 @@ bool TWBinaryPropertyListWriter::writeObject(const TWValue& value)
     return true;
 }
 
-// Less than 8 bytes have no sign.
+// Integers of fewer than 8 bytes are unsigned.
 void TWBinaryPropertyListWriter::writeInteger(std::int64_t number)
 {
     const std::size_t size = number < 0 ? 8 : sizeFor(static_cast<std::uint64_t>(number));

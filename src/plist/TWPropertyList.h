@@ -17,8 +17,8 @@ struct TWPropertyListResult {
 // Reads and writes property lists, XML and binary. Bytes in, bytes out; no file is touched. Any thread.
 // Reading takes bounded time and memory whatever the bytes are. What cannot be kept exactly is refused rather than
 // guessed: integers beyond 64 bits with sign, UIDs, sets, null, unpaired surrogates, stray text between elements,
-// entities of an own document type. Of a key that is there twice in one dictionary the last value wins, at the place of
-// the first.
+// entities that the document declares. If a dictionary has a key twice, the last value wins and takes the place of the
+// first.
 namespace TWPropertyList {
 
 // The bounds hold for reading and for writing alike: whatever is written can be read back.

@@ -13,8 +13,8 @@ inline constexpr char32_t Invalid = 0xffffffff;
 
 bool isASCII(std::string_view bytes);
 
-// Takes one character off the front of a text that is not empty. Invalid, with nothing taken, when it is not UTF-8
-// there.
+// Takes one character off the front of a text that is not empty. If the front is not UTF-8, takes nothing and returns
+// Invalid.
 char32_t takeUTF8(std::string_view& text);
 
 void appendUTF8(char32_t character, std::string& text);

@@ -18,10 +18,10 @@ constexpr std::string_view LongToken = "a tag or a comment that is longer than 1
 constexpr std::size_t LongestPiece = std::size_t{ 128 } * 1024;
 constexpr std::size_t LongestToken = 1'000'000;
 
-// A longer text's buffer is not kept for the next text.
+// The buffer of a longer text is released.
 constexpr std::size_t LargestKeptBuffer = std::size_t{ 1 } << 20;
 
-// Doubles the room of a full vector, but never beyond what the budget lets it become.
+// Doubles the capacity of a full vector, but not beyond what the budget allows it to grow to.
 template <typename T>
 void makeRoom(std::vector<T>& items, std::uint64_t budget)
 {
@@ -31,7 +31,7 @@ void makeRoom(std::vector<T>& items, std::uint64_t budget)
     items.reserve(std::min(std::max<std::size_t>(4, items.size() * 2), most));
 }
 
-// Gives back unused room, but of the largest container: copying it would take as much again.
+// Releases unused capacity, except of a huge container, whose copy would take as much memory again.
 template <typename T>
 void fit(std::vector<T>& items)
 {
@@ -53,15 +53,15 @@ struct TWXMLPropertyListReader::Handlers {
         reader(data).characters({ text, static_cast<std::size_t>(length) });
     }
 
-    // The plain line that names Apple's document type has no declarations of its own. Others are refused whole:
-    // entities and default attributes make a small file large.
+    // The usual line that names Apple's document type declares nothing itself. Any declarations are refused, because
+    // entities and default attributes turn a small file into a large one.
     static void documentType(void* data, const XML_Char*, const XML_Char*, const XML_Char*, int hasDeclarations)
     {
         if (hasDeclarations)
             reader(data).fail("a document type with declarations of its own");
     }
 
-    // Expat passes over an entity that the document type, which is never fetched, might declare: text would be lost.
+    // Expat skips an entity that the document type might declare, because it never fetches that; text would be lost.
     static void skippedEntity(void* data, const XML_Char*, int) { reader(data).fail("an unknown entity"); }
 
     static void install(XML_Parser parser, TWXMLPropertyListReader& target)
@@ -118,7 +118,7 @@ void TWXMLPropertyListReader::parse(std::string_view piece, bool last)
         problem_ = Handlers::atLine(parser_.get(), XML_ErrorString(XML_GetErrorCode(parser_.get())));
         return;
     }
-    // Expat holds a tag or a comment that has not ended yet in memory and looks at all of it again with each piece.
+    // Expat keeps an unfinished tag or comment in memory and scans it from its start with each piece.
     parsed_ += piece.size();
     const XML_Index pending = XML_GetCurrentByteIndex(parser_.get());
     if (parsed_ - static_cast<std::size_t>(std::max<XML_Index>(pending, 0)) > LongestToken)
@@ -156,7 +156,7 @@ TWXMLPropertyListReader::Element TWXMLPropertyListReader::elementNamed(std::stri
 
 namespace {
 
-// For a problem text: a name may be as long as the file.
+// For problem texts: a name can be as long as the file.
 std::string shortened(std::string_view name)
 {
     if (name.size() <= 40)
@@ -308,7 +308,7 @@ void TWXMLPropertyListReader::addString()
         add(std::string(text_)); // a copy has the right size, and the buffer stays
 }
 
-// Decimal or, as old files have it, hexadecimal.
+// Decimal, or hexadecimal as in old files.
 void TWXMLPropertyListReader::addInteger()
 {
     std::string_view digits = trimmed(text_);
@@ -336,7 +336,7 @@ void TWXMLPropertyListReader::addReal()
         digits.remove_prefix(1);
     double number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    // Out of range is refused with the rest: a number that is not the one in the file would be written back.
+    // A number out of range is refused too, because another one would be written back.
     if (error != std::errc() || end != digits.data() + digits.size())
         return fail("<real> holds no number that can be kept");
     add(number);
@@ -344,7 +344,7 @@ void TWXMLPropertyListReader::addReal()
 
 namespace {
 
-// "2024-02-29T23:59:59Z", nothing shorter or longer.
+// Exactly of the form "2024-02-29T23:59:59Z".
 std::optional<TWDate> dateFromText(std::string_view text)
 {
     constexpr std::string_view Pattern = "0000-00-00T00:00:00Z";

@@ -27,7 +27,7 @@ public:
 private:
     enum class Element { None, PList, Dictionary, Array, Key, String, Integer, Real, True, False, Date, Data };
 
-    // A dictionary or array whose end has not come yet.
+    // A dictionary or array that has not ended yet.
     struct Container {
         bool isDictionary = false;
         TWValue::Array items;
@@ -35,7 +35,7 @@ private:
         std::optional<std::string> key; // waits for its value
     };
 
-    // Gives Expat the functions to call: they need its types, which are nobody else's business.
+    // The functions that Expat calls. They need its types, so they are hidden in the .cpp.
     struct Handlers;
 
     static Element elementNamed(std::string_view name);

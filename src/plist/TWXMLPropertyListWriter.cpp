@@ -52,7 +52,7 @@ bool TWXMLPropertyListWriter::isTooLong()
 
 bool TWXMLPropertyListWriter::writeValue(const TWValue& value)
 {
-    // Asked for each value, not only at the end: with deep indents the output can be far longer than the value.
+    // Checked for each value and not only at the end, because deep indents make the output far longer than the value.
     if (isTooLong())
         return false;
     if (const auto* string = value.string())
@@ -115,7 +115,7 @@ bool TWXMLPropertyListWriter::writeDictionary(const TWDictionary& dictionary)
 
 namespace {
 
-// How many bytes at the front can be copied as they are.
+// The number of bytes at the front that can be copied unchanged.
 std::size_t plainLength(std::string_view text)
 {
     static constexpr auto Plain = [] {
@@ -130,8 +130,8 @@ std::size_t plainLength(std::string_view text)
     return length;
 }
 
-// Nothing when XML cannot hold the character. A return is written by number: as it is, a reader would make a newline of
-// it.
+// Empty for a character that is not escaped. A carriage return is written by number, because readers turn a plain one
+// into a newline.
 std::string_view escaped(char32_t character)
 {
     switch (character) {
@@ -207,7 +207,7 @@ bool TWXMLPropertyListWriter::writeDate(TWDate date)
     constexpr sys_days Epoch = 2001y / January / 1;
     constexpr auto First = duration<double>(sys_days(0y / January / 1) - Epoch).count();
     constexpr auto End = duration<double>(sys_days(10000y / January / 1) - Epoch).count();
-    // What is not a number fails all of these.
+    // NaN fails all of these.
     if (!(date.secondsSince2001 >= First && date.secondsSince2001 < End
             && std::floor(date.secondsSince2001) == date.secondsSince2001))
         return fail(NotADate);

@@ -19,16 +19,6 @@ std::string TWRecordFile::notARecord(const std::string& path, std::size_t number
     return TWDataFolder::unreadable(path, TWText::fill(NotARecord, { std::to_string(number), kind }));
 }
 
-std::string TWRecordFile::unreadable(const std::string& path, const std::string& reason)
-{
-    return TWDataFolder::unreadable(path, reason);
-}
-
-std::string TWRecordFile::unwritable(const std::string& reason) const
-{
-    return TWDataFolder::unwritable(path(), reason);
-}
-
 std::string TWRecordFile::write(TWValue::Array records, TWOldFile oldFile)
 {
     auto written = dataFolder_.write(name_, std::move(records), oldFile);

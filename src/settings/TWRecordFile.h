@@ -14,10 +14,8 @@ public:
 
     TWListFile read(const std::string& path) const { return dataFolder_.read(path); }
 
-    // Problem lines: a record, counted from 1, is not what the list should hold; the records together are refused.
+    // The problem line of a list at the path whose record, counted from 1, is not of the kind.
     static std::string notARecord(const std::string& path, std::size_t number, std::string_view kind);
-    static std::string unreadable(const std::string& path, const std::string& reason);
-    std::string unwritable(const std::string& reason) const;
 
     // "" or one line that names the file and the remedy; the old file is then untouched.
     std::string write(TWValue::Array records, TWOldFile);

@@ -51,14 +51,14 @@ enum class TWListState {
 
 // A saved list of records. The live list is what an editor shows and a cleaning reads; it can be ahead of the saved
 // one, the file, by edits that have not been written. A command changes the saved list and makes the same change in the
-// live one. While the saved list cannot be read, what the fallback gives stands in its place; the damaged file is kept
-// beside the new one when a list is written. Main thread.
+// live one. While the saved list cannot be read, the records that the fallback returns stand in for it; the damaged
+// file is kept beside the new one when a list is written. Main thread.
 template <TWRecord Record>
 class TWRecordList final {
 public:
     using Records = std::vector<Record>;
 
-    // What stands in the place of a saved list that is missing or cannot be read.
+    // Returns the records that stand in for a saved list that is missing or cannot be read.
     using Fallback = std::function<Records(TWListState, const Records& live)>;
 
     struct Loaded {
@@ -74,8 +74,8 @@ public:
     {
     }
 
-    // Called when the live list was changed by load(), changeSaved() or changeSavedRow(). Edits are not reported to
-    // the one who makes them.
+    // Called after load(), changeSaved() or changeSavedRow() has changed the live list. Not called for edit() and
+    // merge(), whose callers know.
     void setChanged(std::function<void()> changed) { changed_ = std::move(changed); }
 
     // The live list itself, not a copy: the same vector for the life of this object. Change it through this class only.
@@ -90,17 +90,17 @@ public:
     // The second name of the damaged file that was kept last, or "".
     const std::string& keptAs() const { return file_.keptAs(); }
 
-    // Any file of such records, as the shipped defaults.
+    // Reads any file of such records, for example the shipped defaults.
     Loaded read(const std::string& path) const;
 
     // Replaces the live list by the saved one.
     TWListState load();
 
-    // Calls change with the live list, to change it at once and write it later.
+    // Changes the live list at once; it is written later. Calls change with the records.
     template <typename Change>
     void edit(Change change);
 
-    // Appends those records whose identity no record of the live list has; an edit.
+    // Appends the records whose identity no record of the live list has, as an edit.
     void merge(Records);
 
     // Whether the live list differs from the saved one. Quick unless there was an edit since the last call.
@@ -109,19 +109,20 @@ public:
     // Writes the live list. "" or one line that names the file and the remedy; the file is then as it was.
     std::string write();
 
-    // The saved list as it is now, or what stands in its place.
+    // The saved list as it is now, or the records that stand in for it.
     Records saved() const { return savedNow().records; }
 
-    // Both change the saved list, as it is now, and then the live list. Nobody else may write the list meanwhile: the
-    // caller holds the lock of the lists or is the window, which commands go through. The answer is "", or one line if
-    // the list could not be written: then nothing has changed.
+    // The next two read the saved list afresh, change and write it, and then make the same change in the live list.
+    // Nobody else may write the list meanwhile: the caller holds the lock of the lists, or is the window that commands
+    // go through. They return "", or one line if the list could not be written; then nothing has changed.
 
-    // Calls change with the saved list and, if there are unsaved edits, with the live list. Nothing is answered, and
-    // nothing has changed, if change returns false for the saved list.
+    // Calls change with the saved list and, if there are unsaved edits, with the live list. Returns nothing, and
+    // changes nothing, if change returns false for the saved list.
     std::optional<std::string> changeSaved(const std::function<bool(Records&)>& change);
 
-    // Calls change with the saved list and the row, and with the live list and the row of the same record in it, if it
-    // is there: an equal one or else one of the same identity. Nothing is answered if there is no such row.
+    // Calls change with the saved list and the row and, if there are unsaved edits, with the live list and the row of
+    // the same record in it: the first equal one, or else the first of the same identity, if there is one. Returns
+    // nothing if the saved list has no such row.
     std::optional<std::string> changeSavedRow(
         std::size_t row, const std::function<void(Records&, std::size_t row)>& change);
 
@@ -158,7 +159,7 @@ typename TWRecordList<Record>::Loaded TWRecordList<Record>::read(const std::stri
         loaded.records.push_back(std::move(*record));
     }
     if (const std::string problem = Record::problem(loaded.records); !problem.empty())
-        return { loaded.state, {}, TWRecordFile::unreadable(path, problem) };
+        return { loaded.state, {}, TWDataFolder::unreadable(path, problem) };
     loaded.state = TWListState::Saved;
     return loaded;
 }
@@ -218,7 +219,7 @@ template <TWRecord Record>
 std::string TWRecordList<Record>::writeRecords(const Records& records, const std::string& problem)
 {
     if (const std::string reason = Record::problem(records); !reason.empty())
-        return file_.unwritable(reason);
+        return TWDataFolder::unwritable(path(), reason);
     TWValue::Array values;
     values.reserve(records.size());
     // Charged while they are made: a list that is too large must not take all memory before it is refused.
@@ -227,7 +228,7 @@ std::string TWRecordList<Record>::writeRecords(const Records& records, const std
         values.push_back(record.value());
         const std::string_view reason = budget.chargeItems(1) ? budget.chargeValue(values.back(), 1) : budget.TooLarge;
         if (!reason.empty())
-            return file_.unwritable(std::string(reason));
+            return TWDataFolder::unwritable(path(), std::string(reason));
     }
     return file_.write(std::move(values), problem.empty() ? TWOldFile::Replace : TWOldFile::KeepAsDamaged);
 }
@@ -285,8 +286,8 @@ std::string TWRecordList<Record>::finishChange(Loaded saved, const std::function
         changeLive(*live_);
         beforeEdits_ = std::make_unique<const Records>(std::move(saved.records));
         compared_ = false;
-        // If the file was repaired in the meantime, the live list still stands in for one that nobody has seen here: it
-        // is not to be written over it without keeping it.
+        // If the file was repaired in the meantime, the live list is still based on the stand-in. The problem stays, so
+        // that the repaired file is kept when the live list is written over it.
         if (!saved.problem.empty())
             problem_.clear();
     }

@@ -15,7 +15,7 @@ bool isDark(const QPalette& palette)
     return palette.color(QPalette::Base).lightness() < 128;
 }
 
-// Amber that is readable on the palette's ground.
+// Amber that is readable on the palette's background.
 QColor warningColor(const QPalette& palette)
 {
     return isDark(palette) ? QColor(255, 204, 102) : QColor(133, 66, 0);
@@ -96,7 +96,7 @@ QWidget* TWFilesDelegate::createPopUp(QWidget* parent, const QModelIndex& index)
     popUp->setAccessibleName(tr("What to delete"));
     for (qlonglong kind = 0; kind < TWFilesTableModel::KindCount; ++kind)
         popUp->addItem(TWFilesTableModel::kindLabel(kind), kind);
-    // A number that deletes nothing stays as it is unless the user picks another.
+    // An unknown kind, which deletes nothing, is offered too, so that it stays unless the user picks another.
     const qlonglong kind = index.data(Qt::EditRole).toLongLong();
     if (popUp->findData(kind) == -1)
         popUp->addItem(TWFilesTableModel::kindLabel(kind), kind);

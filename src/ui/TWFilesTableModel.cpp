@@ -122,7 +122,7 @@ bool TWFilesTableModel::setData(const QModelIndex& index, const QVariant& value,
     if (!index.isValid() || index.row() >= rowCount())
         return false;
     const int row = index.row();
-    // An editor that was opened and left unchanged must not write: a path that is no valid text would not survive it.
+    // An editor that was closed unchanged must not write, because a path that is not valid UTF-8 would be damaged.
     if (role == Qt::EditRole && value == editedValue(row, index.column()))
         return false;
     if (role == Qt::CheckStateRole && index.column() == Active)

@@ -11,7 +11,7 @@ class TWFilesTableModel final : public QAbstractTableModel {
 public:
     enum Column { Active, Name, Path, WhatToDelete, Note, ColumnCount };
 
-    // Of the Note column: true when something is wrong with the rule.
+    // In the Note column: whether something is wrong with the rule.
     static constexpr int WarningRole = Qt::UserRole;
 
     TWFilesTableModel(TWFilesWindowController&, QObject* parent);

@@ -192,7 +192,7 @@ TEST_F(TWRecordListTest, WhatCannotBeReadIsNotMissingAndIsKept)
     EXPECT_EQ(list.load(), TWListState::Unreadable);
 }
 
-// The list stands in for one that nobody has seen: it must not replace it unkept.
+// The live list is based on a stand-in: it must not replace the repaired list without keeping it.
 TEST_F(TWRecordListTest, ARepairedListIsTakenUpOrKept)
 {
     root.write(File, "broken");

@@ -54,8 +54,8 @@ int TWPosixOwnFiles::makeFolders(const std::string& path) const
     return 0;
 }
 
-// True if the path, or a folder on the way to it, is a link to something that is not there, as on a stick that is not
-// plugged in: then nobody knows what the file holds.
+// True if the path, or a folder on the way to it, is a link whose target does not exist, for example on a USB stick
+// that is not plugged in. Then nobody knows what the file holds.
 static bool isBehindDanglingLink(const std::string& path)
 {
     for (std::size_t end = 0; end != path.size();) {
@@ -192,7 +192,7 @@ int TWPosixOwnFiles::writeAtomically(const std::string& path, std::string_view b
         return errno;
     if (const int error = file.replaceTarget())
         return error;
-    // The new file is in place, whatever this says; not every file system can do it.
+    // Errors do not matter here: the new file is in place, and not every file system can flush a folder.
     const std::string folder(TWPath::parent(target));
     fsync(TWDescriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).get());
     return 0;
