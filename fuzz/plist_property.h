@@ -3,7 +3,6 @@
 #include "plist/TWPropertyList.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -20,28 +19,12 @@ inline void require(bool condition, const char* what)
     std::abort();
 }
 
-// XML keeps no fractions of a second.
-inline TWValue withWholeSeconds(TWValue value)
-{
-    if (const auto* date = value.date())
-        return TWDate{ std::floor(date->secondsSince2001) };
-    if (auto* items = value.array()) {
-        for (TWValue& item : *items)
-            item = withWholeSeconds(std::move(item));
-    } else if (auto* dictionary = value.dictionary()) {
-        for (auto& entry : dictionary->entries())
-            entry.second = withWholeSeconds(std::move(entry.second));
-    }
-    return value;
-}
-
 inline void checkWritten(const TWValue& value, std::string_view written, TWPropertyListFormat format)
 {
     const TWPropertyListResult again = TWPropertyList::read(written);
     require(again.value.has_value(), "what is written can be read");
     require(again.format == format, "it has the format asked for");
-    const bool isXML = format == TWPropertyListFormat::XML;
-    require(*again.value == (isXML ? withWholeSeconds(value) : value), "what is read back equals what was written");
+    require(*again.value == value, "what is read back equals what was written");
 }
 
 // A file of a few bytes can stand for a value too long to be written; all others can be written in the format they came

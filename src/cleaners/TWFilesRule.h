@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plist/TWValue.h"
+#include "settings/TWKeptEntries.h"
 
 #include <memory>
 #include <optional>
@@ -8,7 +9,7 @@
 #include <vector>
 
 // What a rule deletes at its path; other numbers are possible in a file and delete nothing.
-enum TWWhatToDelete : std::int32_t {
+enum TWWhatToDelete : std::int64_t {
     TWItemItself = 0,
     TWFolderContents = 1,
     TWItemsWithKeywords = 2,
@@ -17,23 +18,28 @@ enum TWWhatToDelete : std::int32_t {
 
 // One rule of the Files cleaner, as stored in "FilesRules.plist".
 struct TWFilesRule {
+    static constexpr auto Kind = "a Files rule";
+
     bool active = true;
     std::string description; // the name shown to the user
     std::string filePath; // may begin with "~"; also the rule's identity when default rules are merged
-    std::int32_t whatToDelete = TWItemItself;
+    std::int64_t whatToDelete = TWItemItself;
+    TWKeptEntries kept{};
 
     bool needsKeywords() const
     {
         return whatToDelete == TWItemsWithKeywords || whatToDelete == TWItemsWithKeywordsDeep;
     }
 
+    // Nothing unless it is a dictionary with a "FilePath" and no other entry of the rule has the wrong type. A missing
+    // entry reads as inactive, empty or 0.
+    static std::optional<TWFilesRule> from(TWValue);
     TWValue value() const;
 
-    // Nothing when it is no dictionary or an entry has the wrong type. A missing entry reads as inactive, empty or 0.
-    static std::optional<TWFilesRule> from(const TWValue&);
+    const std::string& identity() const { return filePath; }
 
-    // Nothing, and the number of the first bad record counted from 1, when one of the records is no rule.
-    static std::optional<std::vector<TWFilesRule>> listFrom(const TWValue::Array&, std::size_t& badRecord);
+    // Any rules can stand in one list.
+    static std::string problem(const std::vector<TWFilesRule>&) { return ""; }
 
     friend bool operator==(const TWFilesRule&, const TWFilesRule&) = default;
 };

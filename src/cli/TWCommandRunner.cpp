@@ -2,45 +2,43 @@
 
 #include "support/TWText.h"
 
+#include <algorithm>
+
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto KeptAsDamaged
-    = "It was written anew now; the old file was kept as \"%@.damaged\" (and a number when that was taken).\n";
+constexpr auto KeptAsDamaged = "It was written anew now; the old file was kept as \"%@\".\n";
 
 constexpr auto ListsLock = ".lists.lock";
 constexpr auto Patience = 2000ms;
 
-// A settings or list file and what is wrong with it.
-struct Trouble {
-    std::string file;
-    std::string problem;
-};
-
-// Of all files, those without a problem included, always in the same order.
-std::vector<Trouble> troubles(TWTidewellAppDelegate& delegate)
+// The second names of the damaged lists that were written anew.
+std::vector<std::string> keptLists(TWTidewellAppDelegate& delegate)
 {
-    const auto& userDefaults = delegate.settings().userDefaults();
-    std::vector<Trouble> all{ { userDefaults.file(), userDefaults.problem() } };
+    std::vector<std::string> kept;
     for (const auto* editor : delegate.editors().all())
-        all.push_back({ editor->file(), editor->problem() });
-    return all;
+        kept.push_back(editor->keptAs());
+    return kept;
 }
 
 TWCommandResult runOnLists(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    const auto before = troubles(*context.delegate);
+    auto& delegate = *context.delegate;
+    const auto before = delegate.problems();
+    const auto keptBefore = keptLists(delegate);
     auto result = invocation.row->run(context, invocation);
-    const auto after = troubles(*context.delegate);
-    for (std::size_t index = 0; index < before.size(); ++index) {
-        const auto& [file, problem] = before[index];
-        if (problem.empty())
-            continue;
+    // Writing a file ends its problem or changes it.
+    for (const auto& problem : before)
         result.err += TWText::oneLine(problem) + "\n";
-        // A problem also ends if somebody has repaired the file meanwhile.
-        if (after[index].problem.empty() && context.host.fileSystem().look(file + ".damaged").isThere())
-            result.err += TWText::fill(KeptAsDamaged, { TWText::oneLine(file) });
+    for (const auto& problem : delegate.problems()) {
+        if (std::find(before.begin(), before.end(), problem) == before.end())
+            result.err += TWText::oneLine(problem) + "\n";
+    }
+    const auto kept = keptLists(delegate);
+    for (std::size_t index = 0; index < kept.size(); ++index) {
+        if (kept[index] != keptBefore[index])
+            result.err += TWText::fill(KeptAsDamaged, { TWText::oneLine(kept[index]) });
     }
     return result;
 }

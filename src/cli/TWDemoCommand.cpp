@@ -49,22 +49,30 @@ std::string writeTraces(const TWOwnFiles& ownFiles, const TWPlaces& places)
     return problem;
 }
 
+template <typename Record>
+std::string replace(TWRecordList<Record>& list, const std::vector<Record>& records)
+{
+    return *list.changeSaved([&](auto& saved) {
+        saved = records;
+        return true;
+    });
+}
+
 // "" or one line about what could not be saved.
 std::string writeLists(TWTidewellAppDelegate& delegate)
 {
     auto& files = delegate.editors().get<TWFilesWindowController>();
-    files.replaceRules({
+    const std::vector<TWFilesRule> rules{
         { true, "Thumbnails of pictures", "~/.cache/thumbnails", TWItemItself },
         { true, "Documents named with a word of the dictionary", "~/Documents", TWItemsWithKeywordsDeep },
         { false, "Pictures (switched off, so they stay)", "~/Pictures", TWFolderContents },
-    });
+    };
     auto& dictionary = delegate.editors().dictionary();
-    dictionary.replaceWords({ "secret", "bank" });
     delegate.settings().set(TWKey::TrashCleaner, true);
     delegate.settings().set(TWKey::FilesCleaner, true);
-    auto problem = files.write();
+    auto problem = replace(files.list(), rules);
     if (problem.empty())
-        problem = dictionary.write();
+        problem = replace(dictionary.list(), std::vector<TWDictionaryWord>{ { "secret" }, { "bank" } });
     if (problem.empty())
         problem = delegate.settings().userDefaults().synchronize();
     return problem.empty() ? "" : TWText::oneLine(problem) + "\n";

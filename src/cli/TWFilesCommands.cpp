@@ -28,7 +28,7 @@ constexpr auto Number = "N";
 constexpr std::string_view Kinds[] = { "item", "contents", "keywords", "keywords-deep" };
 constexpr auto KindNames = "item, contents, keywords, keywords-deep";
 
-std::string kindName(std::int32_t kind)
+std::string kindName(std::int64_t kind)
 {
     return std::string(kind >= 0 && kind < std::ssize(Kinds) ? Kinds[kind] : "nothing");
 }
@@ -56,21 +56,11 @@ std::string ruleLine(const TWFilesRule& rule, std::size_t number, bool json)
 
 TWCommandResult list(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    const auto& rules = filesOf(context).rules();
+    const auto rules = filesOf(context).list().saved();
     std::string out;
     for (std::size_t index = 0; index < rules.size(); ++index)
         out += ruleLine(rules[index], index + 1, invocation.json);
     return { TWStatus::Success, out, rules.empty() && !invocation.json ? NoRules : "" };
-}
-
-// A change that could not be saved is taken back: it must not delete anything from the window.
-TWCommandResult saveRules(TWFilesWindowController& files, std::vector<TWFilesRule> before)
-{
-    const auto problem = files.write();
-    if (problem.empty())
-        return {};
-    files.replaceRules(std::move(before));
-    return { TWStatus::Failure, "", TWText::oneLine(problem) + "\n" };
 }
 
 TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocation)
@@ -95,51 +85,55 @@ TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocat
     rule.description
         = invocation.has(Description) ? invocation.text(Description) : std::string(TWPath::lastComponent(path));
     rule.filePath = context.places.abbreviate(path);
-    rule.whatToDelete = static_cast<std::int32_t>(kind - std::begin(Kinds));
-    auto& files = filesOf(context);
-    auto before = files.rules();
-    files.addRule(std::move(rule));
-    return saveRules(files, std::move(before));
+    rule.whatToDelete = kind - std::begin(Kinds);
+    return TWSaved(*filesOf(context).list().changeSaved([&](auto& rules) {
+        rules.push_back(rule);
+        return true;
+    }));
 }
 
 TWCommandResult applyDefaults(const TWCommandContext& context, const TWInvocation&)
 {
     auto& files = filesOf(context);
-    auto before = files.rules();
-    const auto problem = files.applyDefaults();
-    return problem.empty() ? saveRules(files, std::move(before))
-                           : TWCommandResult{ TWStatus::Failure, "", TWText::oneLine(problem) + "\n" };
+    std::string problem;
+    const auto defaults = files.defaultRules(problem);
+    if (!defaults)
+        return TWSaved(problem);
+    return TWSaved(*files.list().changeSaved([&](auto& rules) {
+        rules = *defaults;
+        return true;
+    }));
 }
 
+using Rules = std::vector<TWFilesRule>;
+
 // Changes the rule whose number was given, counted from 1.
-template <typename Change>
-TWCommandResult changeRule(const TWCommandContext& context, const TWInvocation& invocation, Change change)
+TWCommandResult changeRule(const TWCommandContext& context, const TWInvocation& invocation,
+    const std::function<void(Rules&, std::size_t row)>& change)
 {
-    auto& files = filesOf(context);
     const auto text = invocation.text(Number);
-    int number = 0;
+    std::size_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || number < 1 || number > std::ssize(files.rules()))
-        return TWWrongUse(TWText::fill(NoSuchRule, { TWText::oneLine(text) }));
-    auto before = files.rules();
-    change(files, number - 1);
-    files.reloadTable();
-    return saveRules(files, std::move(before));
+    std::optional<std::string> problem;
+    if (error == std::errc() && end == text.data() + text.size() && number > 0)
+        problem = filesOf(context).list().changeSavedRow(number - 1, change);
+    return problem ? TWSaved(*problem) : TWWrongUse(TWText::fill(NoSuchRule, { TWText::oneLine(text) }));
 }
 
 TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    return changeRule(context, invocation, [](auto& files, int row) { files.removeRule(row); });
+    return changeRule(context, invocation,
+        [](Rules& rules, std::size_t row) { rules.erase(rules.begin() + static_cast<std::ptrdiff_t>(row)); });
 }
 
 TWCommandResult switchOn(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    return changeRule(context, invocation, [](auto& files, int row) { files.setActive(row, true); });
+    return changeRule(context, invocation, [](Rules& rules, std::size_t row) { rules[row].active = true; });
 }
 
 TWCommandResult switchOff(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    return changeRule(context, invocation, [](auto& files, int row) { files.setActive(row, false); });
+    return changeRule(context, invocation, [](Rules& rules, std::size_t row) { rules[row].active = false; });
 }
 
 }

@@ -1,6 +1,7 @@
 #include "cli/TWWordsCommands.h"
 
 #include "cli/TWJSON.h"
+#include "editors/TWDictionaryWindowController.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -13,30 +14,28 @@ constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
 
 constexpr auto Word = "WORD";
 
+using Words = std::vector<TWDictionaryWord>;
+
+TWRecordList<TWDictionaryWord>& dictionaryOf(const TWCommandContext& context)
+{
+    return context.delegate->editors().dictionary().list();
+}
+
 TWCommandResult list(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    const auto& words = context.delegate->editors().dictionary().wordDictionary();
+    const auto words = dictionaryOf(context).saved();
     std::string out;
-    for (const auto& word : words)
+    for (const auto& [word] : words)
         out += invocation.json ? TWJSON::line({ { "word", TWText::validUTF8(word) } }) : TWText::oneLine(word) + "\n";
     return { TWStatus::Success, out, words.empty() && !invocation.json ? NoWords : "" };
 }
 
-using Change = std::function<void(std::vector<std::string>&)>;
-
-// The words shown in a window may be others than the saved ones: each list gets the change for itself.
-TWCommandResult change(const TWCommandContext& context, const Change& change)
+TWCommandResult change(const TWCommandContext& context, const std::function<void(Words&)>& change)
 {
-    auto& dictionary = context.delegate->editors().dictionary();
-    auto words = dictionary.savedWords();
-    change(words);
-    const auto problem = dictionary.write(words);
-    if (!problem.empty())
-        return { TWStatus::Failure, "", TWText::oneLine(problem) + "\n" };
-    auto shown = dictionary.wordDictionary();
-    change(shown);
-    dictionary.replaceWords(std::move(shown));
-    return {};
+    return TWSaved(*dictionaryOf(context).changeSaved([&](Words& words) {
+        change(words);
+        return true;
+    }));
 }
 
 bool areText(const std::vector<std::string>& words)
@@ -49,7 +48,10 @@ TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocat
     const auto added = invocation.texts(Word);
     if (!areText(added))
         return TWWrongUse(WordNotText);
-    return change(context, [&](auto& words) { words.insert(words.end(), added.begin(), added.end()); });
+    return change(context, [&](Words& words) {
+        for (const auto& word : added)
+            words.push_back({ word });
+    });
 }
 
 // All of them or, if one is not there, none.
@@ -58,20 +60,20 @@ TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invo
     const auto removed = invocation.texts(Word);
     if (!areText(removed))
         return TWWrongUse(WordNotText);
-    const auto saved = context.delegate->editors().dictionary().savedWords();
+    const auto saved = dictionaryOf(context).saved();
     for (const auto& word : removed) {
-        if (std::find(saved.begin(), saved.end(), word) == saved.end())
+        if (std::find(saved.begin(), saved.end(), TWDictionaryWord{ word }) == saved.end())
             return { TWStatus::Failure, "", TWText::fill(NoSuchWord, { TWText::oneLine(word) }) };
     }
-    return change(context, [&](auto& words) {
+    return change(context, [&](Words& words) {
         for (const auto& word : removed)
-            std::erase(words, word);
+            std::erase(words, TWDictionaryWord{ word });
     });
 }
 
 TWCommandResult clear(const TWCommandContext& context, const TWInvocation&)
 {
-    return change(context, [](auto& words) { words.clear(); });
+    return change(context, [](Words& words) { words.clear(); });
 }
 
 }

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "editors/TWDictionaryWord.h"
 #include "editors/TWEditor.h"
 #include "editors/TWEditorView.h"
-#include "settings/TWDataFolder.h"
+#include "settings/TWRecordList.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
 class TWDictionaryView : public TWEditorView {
 public:
-    // The words were replaced, by loading or by a command. What is being typed stays.
+    // The words were replaced, by loading or by a command. Unfinished typing is kept.
     virtual void wordsChanged() = 0;
 
     // The words could not be saved; the sheet stays open.
@@ -28,11 +28,11 @@ public:
     void setView(TWDictionaryView* view) { view_ = view; }
 
     void awakeFromNib(TWLaunchKind) override { loadDictionary(); }
-    bool hasUnsavedEdits() const override { return edited_; }
+    bool hasUnsavedEdits() const override { return list_.hasUnsavedEdits(); }
 
-    // Fills the words from the file: none when there is no file. A file with an element that is no word keeps the words
-    // as they were.
-    void loadDictionary();
+    // Fills the words from the file; no words if there is no file or it cannot be read. A file with an element that is
+    // no word, or with too many words, keeps the words as they were.
+    void loadDictionary() { list_.load(); }
 
     // The words as shown, saved or not; duplicates and empty words as the user typed them.
     const std::vector<std::string>& wordDictionary() const { return words_; }
@@ -43,31 +43,26 @@ public:
     // Writes the file and closes the sheet.
     void save();
 
-    // For a command, which changes the file's words, whatever is shown: those words, read now. The shown ones stay.
-    std::vector<std::string> savedWords();
-
-    // The shown words become others than the view's; it is told.
-    void replaceWords(std::vector<std::string> words);
-
-    // Writes the file only. "" or one line that names the file and the remedy.
-    std::string write() { return write(words_); }
-    std::string write(const std::vector<std::string>& words);
-
     // Closes the sheet. Kept on purpose: the words stay as they are shown until the editor is opened again.
     void cancel();
     void help();
 
-    std::string file() const override;
+    // For commands, which change the saved words and then the shown ones.
+    TWRecordList<TWDictionaryWord>& list() { return list_; }
 
-    // One line when the file is there but could not be read, else "".
-    std::string problem() const override { return problem_; }
+    // Writes the file only. "" or one line that names the file and the remedy.
+    std::string write() { return list_.write(); }
+
+    std::string file() const override { return list_.path(); }
+    std::string keptAs() const override { return list_.keptAs(); }
+
+    // One line if the file is there but could not be read, else "".
+    std::string problem() const override { return list_.problem(); }
 
 private:
-    std::optional<std::vector<std::string>> readWords();
+    void listChanged();
 
-    const TWDataFolder& dataFolder_;
+    TWRecordList<TWDictionaryWord> list_;
+    std::vector<std::string> words_; // the texts of the live list
     TWDictionaryView* view_ = nullptr;
-    std::vector<std::string> words_;
-    bool edited_ = false; // since the words were loaded or written
-    std::string problem_;
 };

@@ -20,6 +20,9 @@ public:
     // The file of the saved list.
     virtual std::string file() const = 0;
 
+    // The second name of a damaged file that a new list has replaced, or "".
+    virtual std::string keptAs() const = 0;
+
     // True if the list was changed and not saved. The changes are in use nevertheless.
     virtual bool hasUnsavedEdits() const = 0;
 };

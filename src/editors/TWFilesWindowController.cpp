@@ -4,16 +4,11 @@
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr auto FileName = "FilesRules.plist";
 constexpr auto HelpAnchor = "Files";
 constexpr auto VersionBeforeAny = "1.0";
-constexpr auto NotARule
-    = "The list \"%@\" could not be read (entry %@ is not a Files rule). It is left untouched; please repair it, or "
-      "move it away to start anew.";
 constexpr auto NoDefaults = "The default rules \"%@\" could not be read. Please install Tidewell again.";
 constexpr auto DefaultsTitle = "Are you sure you want to apply the default set of rules?";
 constexpr auto DefaultsText = "The current set of rules will be overwritten. This operation is not undoable.";
@@ -31,99 +26,71 @@ TWFilesWindowController::TWFilesWindowController(
     const TWEditorContext& context, const TWDictionaryWindowController& dictionary)
     : context_(context)
     , dictionary_(dictionary)
+    , list_(context.dataFolder, FileName, [this](TWListState state, const auto&) { return rulesInstead(state); })
     , notes_({ context.deletion, context.settings }, [this] {
         if (view_)
             view_->notesChanged();
     })
 {
+    list_.setChanged([this] { ruleChanged(); });
 }
 
 void TWFilesWindowController::awakeFromNib(TWLaunchKind kind)
 {
-    const auto saved = file();
-    // A link that leads nowhere is no saved list either.
-    if (!context_.deletion.fileSystem.look(saved, TWLinkAtEnd::Follow).isThere()
-        && context_.dataFolder.read(saved).missing) {
-        loadRules(defaultRules(), Existing::Replace);
-    } else {
-        problem_ = loadRules(saved, Existing::Replace);
-        if (!problem_.empty())
-            showDefaultsSwitchedOff();
-    }
+    list_.load();
     auto lastVersion = context_.settings.string(TWKey::LastLaunchedVersion);
     if (lastVersion.empty())
         lastVersion = VersionBeforeAny;
-    if (kind == TWLaunchKind::Window && problem_.empty() && lastVersion != context_.bundle.info("CFBundleVersion"))
-        loadRules(defaultRules(), Existing::Skip);
+    if (kind == TWLaunchKind::Window && problem().empty() && lastVersion != context_.bundle.info("CFBundleVersion"))
+        loadRules(defaultsPath(), Existing::Skip);
 }
 
-// Differs on purpose: what stands in the place of a list that cannot be read deletes nothing.
-void TWFilesWindowController::showDefaultsSwitchedOff()
+// Differs on purpose: the rules shown in place of a list that cannot be read are switched off, so they delete nothing.
+std::vector<TWFilesRule> TWFilesWindowController::rulesInstead(TWListState state) const
 {
-    loadRules(defaultRules(), Existing::Replace);
-    for (auto& each : *filesArray_)
-        each.active = false;
+    auto rules = list_.read(defaultsPath()).records;
+    for (auto& each : rules)
+        each.active = each.active && state == TWListState::Missing;
+    return rules;
 }
 
 std::string TWFilesWindowController::loadRules(const std::string& path, Existing existing)
 {
-    const auto file = context_.dataFolder.read(path);
-    std::string problem = file.problem;
-    std::optional<std::vector<TWFilesRule>> rules;
-    std::size_t badRecord = 0;
-    if (file.records && !(rules = TWFilesRule::listFrom(*file.records, badRecord)))
-        problem = TWText::fill(NotARule, { path, std::to_string(badRecord) });
-    if (rules && existing == Existing::Replace) {
-        *filesArray_ = std::move(*rules);
-    } else if (rules) {
-        for (auto& loaded : *rules) {
-            const auto same = [&](const TWFilesRule& each) { return each.filePath == loaded.filePath; };
-            if (std::none_of(filesArray_->begin(), filesArray_->end(), same))
-                filesArray_->push_back(loaded);
-        }
-    }
-    reloadTable();
-    return problem;
+    auto loaded = list_.read(path);
+    if (loaded.state != TWListState::Saved)
+        return loaded.problem;
+    if (existing == Existing::Skip)
+        list_.merge(std::move(loaded.records));
+    else
+        list_.edit([&](auto& rules) { rules = std::move(loaded.records); });
+    ruleChanged();
+    return "";
 }
 
-void TWFilesWindowController::replaceRules(std::vector<TWFilesRule> rules)
+std::optional<std::vector<TWFilesRule>> TWFilesWindowController::defaultRules(std::string& problem) const
 {
-    *filesArray_ = std::move(rules);
-    ruleChanged();
+    auto loaded = list_.read(defaultsPath());
+    if (loaded.state == TWListState::Saved)
+        return std::move(loaded.records);
+    problem = TWText::fill(NoDefaults, { defaultsPath() });
+    return std::nullopt;
 }
 
 void TWFilesWindowController::addRule(TWFilesRule rule)
 {
-    filesArray_->push_back(std::move(rule));
+    list_.edit([&](auto& rules) { rules.push_back(std::move(rule)); });
     ruleChanged();
     if (view_)
-        view_->selectRow(static_cast<int>(filesArray_->size()) - 1);
+        view_->selectRow(static_cast<int>(rules().size()) - 1);
 }
 
 void TWFilesWindowController::ok()
 {
     const auto problem = write();
-    if (view_)
-        view_->closeSheet();
     if (!problem.empty())
         context_.alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
-}
-
-std::string TWFilesWindowController::write()
-{
-    TWValue::Array records;
-    for (const auto& each : *filesArray_)
-        records.push_back(each.value());
-    auto problem = context_.dataFolder.write(
-        FileName, records, problem_.empty() ? TWOldFile::Replace : TWOldFile::KeepAsDamaged);
-    if (problem.empty())
-        problem_.clear();
-    return problem;
-}
-
-std::string TWFilesWindowController::file() const
-{
-    return context_.dataFolder.file(FileName);
+    else if (view_)
+        view_->closeSheet();
 }
 
 void TWFilesWindowController::restoreDefaults()
@@ -139,10 +106,11 @@ void TWFilesWindowController::restoreDefaults()
 
 std::string TWFilesWindowController::applyDefaults()
 {
-    const auto path = defaultRules();
-    // Reading a file that is missing is no problem elsewhere.
-    if (!context_.deletion.fileSystem.look(path).isThere() || !loadRules(path, Existing::Replace).empty())
-        return TWText::fill(NoDefaults, { path });
+    std::string problem;
+    auto defaults = defaultRules(problem);
+    if (!defaults)
+        return problem;
+    list_.edit([&](auto& rules) { rules = std::move(*defaults); });
     ruleChanged();
     return "";
 }
@@ -187,35 +155,40 @@ void TWFilesWindowController::reloadTable()
 
 void TWFilesWindowController::removeRule(int row)
 {
-    filesArray_->erase(filesArray_->begin() + row);
+    list_.edit([&](auto& rules) { rules.erase(rules.begin() + row); });
     ruleChanged();
 }
 
 void TWFilesWindowController::insertRule(int row, TWFilesRule rule)
 {
-    filesArray_->insert(filesArray_->begin() + row, std::move(rule));
+    list_.edit([&](auto& rules) { rules.insert(rules.begin() + row, std::move(rule)); });
     ruleChanged();
+}
+
+void TWFilesWindowController::edit(int row, const std::function<void(TWFilesRule&)>& change)
+{
+    list_.edit([&](auto& rules) { change(rules[static_cast<std::size_t>(row)]); });
 }
 
 void TWFilesWindowController::setActive(int row, bool active)
 {
-    rule(row).active = active;
+    edit(row, [&](TWFilesRule& rule) { rule.active = active; });
 }
 
 void TWFilesWindowController::setDescription(int row, const std::string& description)
 {
-    rule(row).description = description;
+    edit(row, [&](TWFilesRule& rule) { rule.description = description; });
 }
 
 void TWFilesWindowController::setFilePath(int row, const std::string& path)
 {
-    rule(row).filePath = path;
+    edit(row, [&](TWFilesRule& rule) { rule.filePath = path; });
     countNotes();
 }
 
-void TWFilesWindowController::setWhatToDelete(int row, std::int32_t whatToDelete)
+void TWFilesWindowController::setWhatToDelete(int row, std::int64_t whatToDelete)
 {
-    rule(row).whatToDelete = whatToDelete;
+    edit(row, [&](TWFilesRule& rule) { rule.whatToDelete = whatToDelete; });
     countNotes();
 }
 
@@ -235,10 +208,10 @@ void TWFilesWindowController::sheetClosed()
 
 TWRuleNote TWFilesWindowController::note(int row)
 {
-    return notes_.note(rule(row), dictionary_.wordDictionary());
+    return notes_.note(rules()[static_cast<std::size_t>(row)], dictionary_.wordDictionary());
 }
 
-std::string TWFilesWindowController::defaultRules() const
+std::string TWFilesWindowController::defaultsPath() const
 {
     return context_.bundle.resourcePath(FileName);
 }
@@ -253,7 +226,7 @@ void TWFilesWindowController::countNotes()
 {
     if (!sheetIsOpen_)
         return;
-    // Many edits within one turn begin one count.
+    // Several edits within one event-loop iteration start one count.
     counting_ = context_.deletion.runLoop.after(
         TWRunLoop::Duration(0), [this] { notes_.find(rules(), dictionary_.wordDictionary()); });
 }

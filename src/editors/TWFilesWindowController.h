@@ -5,6 +5,7 @@
 #include "editors/TWEditorContext.h"
 #include "editors/TWEditorView.h"
 #include "editors/TWRuleNotes.h"
+#include "settings/TWRecordList.h"
 
 #include <functional>
 #include <optional>
@@ -19,13 +20,13 @@ public:
     // The notes of some rules have changed.
     virtual void notesChanged() = 0;
 
-    // -1 when no row is selected.
+    // -1 if no row is selected.
     virtual int selectedRow() const = 0;
 
     // Replaces the selection and scrolls to the row.
     virtual void selectRow(int row) = 0;
 
-    // Lets the user choose one file or folder; answers its path, or nothing.
+    // Lets the user choose one file or folder. Answers with its path, or with nothing if the user cancels.
     virtual void choosePath(
         const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>)
         = 0;
@@ -42,48 +43,52 @@ public:
 
     void setView(TWFilesView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
-    bool hasUnsavedEdits() const override { return false; }
+    // Shipped rules that were merged at the launch are no edits of the user, who may not have opened the sheet at all.
+    bool hasUnsavedEdits() const override { return sheetIsOpen_ && list_.hasUnsavedEdits(); }
 
     // The live list itself, not a copy.
-    TWFilesRuleList settings() const { return filesArray_; }
-    const std::vector<TWFilesRule>& rules() const { return *filesArray_; }
+    TWFilesRuleList settings() const { return list_.live(); }
+    const std::vector<TWFilesRule>& rules() const { return list_.records(); }
 
     enum class Existing { Replace, Skip };
 
-    // Replaces the list by the file's, or appends those of its rules whose path no rule of the list has. A file that
-    // cannot be read leaves the list as it is; the answer is then one line about it, else "".
+    // Replaces the live list by the file's, or appends those of its rules whose path no rule of the list has. A file
+    // that cannot be read leaves the list as it is; the answer is then one line about it, else "".
     std::string loadRules(const std::string& path, Existing);
 
-    // Other rules in the place of all, such as those from before a change that could not be saved.
-    void replaceRules(std::vector<TWFilesRule>);
-
-    // At the end of the list; selected and scrolled to.
+    // Adds the rule at the end, selects it and scrolls to it.
     void addRule(TWFilesRule);
 
     // The same, for a rule that deletes the item at that absolute path.
     void addPath(const std::string& path);
 
+    // For commands, which change the saved rules and then the live ones.
+    TWRecordList<TWFilesRule>& list() { return list_; }
+
+    // The shipped rules; nothing if they cannot be read, and then one line about that.
+    std::optional<std::vector<TWFilesRule>> defaultRules(std::string& problem) const;
+
     // Sheet buttons.
-    void ok();
+    void ok(); // saves and closes the sheet, which stays open if the rules could not be saved
     void restoreDefaults(); // asks first
     void add();
     void remove();
     void help();
     void reloadTable();
 
-    // In-place edits and what the command line does. Rows count from 0 and must exist.
+    // In-place edits. Rows count from 0 and must exist.
     void removeRule(int row);
     void insertRule(int row, TWFilesRule); // which may also be the one behind the last
     void setActive(int row, bool active);
     void setDescription(int row, const std::string& description);
     void setFilePath(int row, const std::string& path);
-    void setWhatToDelete(int row, std::int32_t whatToDelete);
+    void setWhatToDelete(int row, std::int64_t whatToDelete);
 
-    // "" or one line about default rules that could not be read; the list is then as it was.
+    // Replaces the live rules by the shipped ones. "" or one line if those cannot be read.
     std::string applyDefaults();
 
-    // "" or one line that names the file and the remedy.
-    std::string write();
+    // Writes the file only. "" or one line that names the file and the remedy.
+    std::string write() { return list_.write(); }
 
     // Where a choice of files begins.
     const std::string& homeFolder() const { return context_.deletion.places.home; }
@@ -93,24 +98,24 @@ public:
     void sheetClosed();
     TWRuleNote note(int row);
 
-    std::string file() const override;
+    std::string file() const override { return list_.path(); }
+    std::string keptAs() const override { return list_.keptAs(); }
 
-    // One line when the saved list is there but could not be read, else "". While there is one, no default rules were
-    // merged.
-    std::string problem() const override { return problem_; }
+    // One line if the saved list is there but could not be read, else "". Then the shipped rules stand in its place,
+    // all switched off.
+    std::string problem() const override { return list_.problem(); }
 
 private:
-    std::string defaultRules() const;
-    void showDefaultsSwitchedOff();
-    TWFilesRule& rule(int row) { return (*filesArray_)[static_cast<std::size_t>(row)]; }
+    std::string defaultsPath() const;
+    std::vector<TWFilesRule> rulesInstead(TWListState) const;
+    void edit(int row, const std::function<void(TWFilesRule&)>&);
     void ruleChanged();
     void countNotes();
 
     TWEditorContext context_;
     const TWDictionaryWindowController& dictionary_;
     TWFilesView* view_ = nullptr;
-    TWFilesRuleList filesArray_ = std::make_shared<std::vector<TWFilesRule>>();
-    std::string problem_;
+    TWRecordList<TWFilesRule> list_;
     bool sheetIsOpen_ = false;
     TWRuleNotes notes_;
     std::unique_ptr<TWRunLoopHandle> counting_; // begins on the next turn

@@ -7,27 +7,28 @@
 #include <deque>
 #include <map>
 
-// What the Files editor says beside a rule.
+// The note beside a rule in the Files editor.
 struct TWRuleNote {
     std::string text; // "" while nothing is known yet
     bool warning = false; // the rule does less or more than it should
 };
 
-// What each rule would do now: the cleaner plans each one in the background. Main thread.
+// Finds out in the background what each rule would delete now, and says what is wrong with a rule: the cleaner
+// plans each one. Main thread.
 class TWRuleNotes final {
 public:
     TWRuleNotes(const TWCleanerContext&, std::function<void()> changed);
 
-    // Finds out about the rules that are not known yet; what is still being found out for an earlier list is dropped.
+    // Finds out about the rules that are not known yet. Cancels what is being found out for an earlier list.
     void find(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);
 
-    // Drops everything.
+    // Cancels the search and forgets all results.
     void clear();
 
     TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words) const;
 
 private:
-    // All that a note depends on besides the words.
+    // Apart from the words, a note depends on these only: path and kind.
     using Key = std::pair<std::string, std::int64_t>;
 
     std::string mistake(const TWFilesRule&, const std::vector<std::string>& words) const;

@@ -3,7 +3,6 @@
 #include "plist/TWPropertyList.h"
 #include "plist/TWUnicode.h"
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 
@@ -13,14 +12,6 @@ constexpr std::string_view Magic = "bplist00";
 constexpr std::size_t TrailerSize = 32;
 
 constexpr std::string_view Truncated = "the file is cut off or damaged";
-constexpr std::string_view TooLarge = "the file stands for a value that is far larger than itself";
-
-// The largest honest files, long lists of references to one object, need 40 times their length. Our own writer stays
-// far below.
-constexpr std::uint64_t BudgetPerByte = 48;
-constexpr std::uint64_t SmallestBudget = 64ull * 1024 * 1024;
-constexpr std::uint64_t LargestBudget = 1024ull * 1024 * 1024;
-
 // Big-endian, up to 8 bytes.
 std::uint64_t unsignedFrom(std::string_view bytes)
 {
@@ -34,7 +25,6 @@ std::uint64_t unsignedFrom(std::string_view bytes)
 
 TWBinaryPropertyListReader::TWBinaryPropertyListReader(std::string_view bytes)
     : bytes_(bytes)
-    , budget_(std::clamp(bytes.size() * BudgetPerByte, SmallestBudget, LargestBudget))
 {
 }
 
@@ -129,7 +119,7 @@ bool TWBinaryPropertyListReader::take(Rest& rest, std::uint64_t length, std::str
     return true;
 }
 
-// Counts from 15 on follow as an integer object.
+// A count of 15 or more follows as an integer object.
 bool TWBinaryPropertyListReader::takeCount(unsigned kind, Rest& rest, std::uint64_t& count)
 {
     count = kind;
@@ -160,19 +150,17 @@ std::uint64_t TWBinaryPropertyListReader::referenceAt(std::string_view reference
     return unsignedFrom(references.substr(place * referenceSize_, referenceSize_));
 }
 
-bool TWBinaryPropertyListReader::charge(std::uint64_t bytes)
+// Passes on whether the budget sufficed, and fails if it did not.
+bool TWBinaryPropertyListReader::charged(bool success)
 {
-    if (bytes > budget_)
-        return fail(TooLarge);
-    budget_ -= bytes;
-    return true;
+    return success || fail(TWPropertyListBudget::TooLarge);
 }
 
 bool TWBinaryPropertyListReader::enter()
 {
-    // A container that holds itself ends here, too.
+    // This also stops at a container that contains itself.
     if (depth_ >= TWPropertyList::MaximumDepth)
-        return fail("nested too deep");
+        return fail(TWPropertyListBudget::TooDeep);
     depth_++;
     return true;
 }
@@ -187,8 +175,8 @@ bool TWBinaryPropertyListReader::readSimple(unsigned kind, TWValue& value)
     return true;
 }
 
-// Up to 4 bytes there is no sign, 8 bytes have one. 16 bytes are what others write for more than that: kept when it
-// fits.
+// Integers of up to 4 bytes are unsigned, those of 8 bytes are signed. Other programs write larger ones with 16 bytes;
+// such a number is read if it fits into 64 bits.
 bool TWBinaryPropertyListReader::readInteger(unsigned kind, Rest rest, TWValue& value)
 {
     std::string_view number;
@@ -236,7 +224,7 @@ bool TWBinaryPropertyListReader::readData(unsigned kind, Rest rest, TWValue& val
 {
     std::uint64_t count = 0;
     std::string_view bytes;
-    if (!takeCount(kind, rest, count) || !take(rest, count, bytes) || !charge(count))
+    if (!takeCount(kind, rest, count) || !take(rest, count, bytes) || !charged(budget_.chargeText(count)))
         return false;
     value = TWData{ std::string(bytes) };
     return true;
@@ -246,7 +234,7 @@ bool TWBinaryPropertyListReader::readASCII(unsigned kind, Rest rest, TWValue& va
 {
     std::uint64_t count = 0;
     std::string_view text;
-    if (!takeCount(kind, rest, count) || !take(rest, count, text) || !charge(count))
+    if (!takeCount(kind, rest, count) || !take(rest, count, text) || !charged(budget_.chargeText(count)))
         return false;
     if (!TWUnicode::isASCII(text))
         return fail("it holds a string with wrong bytes");
@@ -262,12 +250,17 @@ bool TWBinaryPropertyListReader::readUTF16(unsigned kind, Rest rest, TWValue& va
         return false;
     if (count > rest.size() / 2)
         return fail(Truncated);
-    if (!take(rest, count * 2, units) || !charge(count * 3))
+    if (!take(rest, count * 2, units))
+        return false;
+    // Measured first, because a string that grows takes several times its memory.
+    const std::optional<std::size_t> length = TWUnicode::lengthAsUTF8(units);
+    if (!length)
+        return fail("it holds a string with an unpaired surrogate");
+    if (!charged(budget_.chargeText(*length)))
         return false;
     std::string text;
-    text.reserve(units.size());
-    if (!TWUnicode::appendUTF8FromUTF16(units, text))
-        return fail("it holds a string with an unpaired surrogate");
+    text.reserve(*length);
+    TWUnicode::appendUTF8FromUTF16(units, text);
     value = std::move(text);
     return true;
 }
@@ -278,7 +271,7 @@ bool TWBinaryPropertyListReader::readArray(unsigned kind, Rest rest, TWValue& va
     std::string_view references;
     if (!enter() || !takeCount(kind, rest, count) || !takeReferences(rest, count, references))
         return false;
-    if (!charge(count * sizeof(TWValue)))
+    if (!charged(budget_.chargeArray(count)))
         return false;
     TWValue::Array items(count);
     for (std::size_t i = 0; i < count; i++) {
@@ -297,7 +290,7 @@ bool TWBinaryPropertyListReader::readDictionary(unsigned kind, Rest rest, TWValu
     std::string_view keys;
     std::string_view values;
     if (!enter() || !takeCount(kind, rest, count) || !takeReferences(rest, count, keys)
-        || !takeReferences(rest, count, values) || !charge(count * sizeof(TWDictionary::Entry)))
+        || !takeReferences(rest, count, values) || !charged(budget_.chargeDictionary(count)))
         return false;
     std::vector<TWDictionary::Entry> entries(count);
     for (std::size_t i = 0; i < count; i++) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plist/TWValue.h"
+#include "plist/TWPropertyListBudget.h"
 
 #include <optional>
 #include <string>
@@ -16,7 +16,7 @@ public:
     std::optional<TWValue> read(std::string& problem);
 
 private:
-    // A stretch of the objects' part of the file: taken from the front, never beyond the end.
+    // The rest of the file's object area from some object on. Values are taken from its front.
     using Rest = std::string_view;
 
     bool readTrailer();
@@ -36,7 +36,7 @@ private:
     bool take(Rest& rest, std::uint64_t length, std::string_view& taken);
     bool takeReferences(Rest& rest, std::uint64_t count, std::string_view& references);
     std::uint64_t referenceAt(std::string_view references, std::size_t place) const;
-    bool charge(std::uint64_t bytes);
+    bool charged(bool success);
     bool enter();
     bool fail(std::string_view problem);
 
@@ -47,6 +47,6 @@ private:
     std::uint64_t objectCount_ = 0;
     std::uint64_t topObject_ = 0;
     std::size_t table_ = 0; // where the objects end and their offsets begin
-    std::uint64_t budget_ = 0; // memory that the value may still take
+    TWPropertyListBudget budget_;
     int depth_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "plist/TWBinaryPropertyListWriter.h"
 
 #include "plist/TWPropertyList.h"
+#include "plist/TWPropertyListBudget.h"
 #include "plist/TWUnicode.h"
 
 #include <bit>
@@ -8,9 +9,8 @@
 
 namespace {
 
-// Longer keys are written each time they are there, so that no file stands for a value that the reader finds too large
-// for it.
-constexpr std::size_t LongestSharedKey = 64;
+constexpr std::string_view NotText = "a text in it is not valid UTF-8";
+constexpr std::string_view NotADate = "a date in it is not a number";
 
 std::size_t sizeFor(std::uint64_t number)
 {
@@ -19,49 +19,51 @@ std::size_t sizeFor(std::uint64_t number)
 
 }
 
-std::optional<std::string> TWBinaryPropertyListWriter::write(const TWValue& value)
+std::optional<std::string> TWBinaryPropertyListWriter::write(const TWValue& value, std::string_view& problem)
 {
-    if (!numberAll(value))
-        return std::nullopt;
+    numberAll(value);
+    if (writeAll())
+        return std::move(output_);
+    problem = problem_;
+    return std::nullopt;
+}
+
+bool TWBinaryPropertyListWriter::fail(std::string_view problem)
+{
+    problem_ = problem;
+    return false;
+}
+
+bool TWBinaryPropertyListWriter::writeAll()
+{
     referenceSize_ = sizeFor(values_.size() + keys_.size() - 1);
     offsets_.reserve(values_.size() + keys_.size());
     output_ = "bplist00";
     for (const TWValue* object : values_) {
         offsets_.push_back(output_.size());
-        if (!writeObject(*object) || output_.size() > TWPropertyList::MaximumBytes)
-            return std::nullopt;
+        if (!writeObject(*object) || !fits())
+            return false;
     }
     for (const std::string_view key : keys_) {
         offsets_.push_back(output_.size());
-        if (!writeString(key) || output_.size() > TWPropertyList::MaximumBytes)
-            return std::nullopt;
+        if (!writeString(key) || !fits())
+            return false;
     }
     writeTable();
-    if (output_.size() > TWPropertyList::MaximumBytes)
-        return std::nullopt;
-    return std::move(output_);
+    return fits();
 }
 
-// Level by level: no recursion, and the depth is the number of levels.
-bool TWBinaryPropertyListWriter::numberAll(const TWValue& root)
+bool TWBinaryPropertyListWriter::fits()
+{
+    return output_.size() <= TWPropertyList::MaximumBytes || fail(TWPropertyListBudget::TooLong);
+}
+
+// Level by level, without recursion.
+void TWBinaryPropertyListWriter::numberAll(const TWValue& root)
 {
     values_.push_back(&root);
-    std::size_t levelEnd = 1;
-    int containersAbove = 0;
-    for (std::size_t i = 0; i < values_.size(); i++) {
-        if (i == levelEnd) {
-            levelEnd = values_.size();
-            containersAbove++;
-        }
-        const bool isContainer = values_[i]->array() || values_[i]->dictionary();
-        if (isContainer && containersAbove >= TWPropertyList::MaximumDepth)
-            return false;
+    for (std::size_t i = 0; i < values_.size(); i++)
         numberChildren(*values_[i]);
-        // Each takes a byte at least.
-        if (values_.size() + keys_.size() > TWPropertyList::MaximumBytes)
-            return false;
-    }
-    return true;
 }
 
 void TWBinaryPropertyListWriter::numberChildren(const TWValue& value)
@@ -77,17 +79,13 @@ void TWBinaryPropertyListWriter::numberChildren(const TWValue& value)
     }
 }
 
-// Among the keys; among the objects they follow all values.
+// The key's number among the keys. In the table of objects the keys follow all values.
 std::uint32_t TWBinaryPropertyListWriter::keyNumber(const std::string& key)
 {
-    const auto next = static_cast<std::uint32_t>(keys_.size());
-    if (key.size() <= LongestSharedKey) {
-        const auto [place, isNew] = numberOfKey_.try_emplace(key, next);
-        if (!isNew)
-            return place->second;
-    }
-    keys_.push_back(key);
-    return next;
+    const auto [place, isNew] = numberOfKey_.try_emplace(key, static_cast<std::uint32_t>(keys_.size()));
+    if (isNew)
+        keys_.push_back(key);
+    return place->second;
 }
 
 void TWBinaryPropertyListWriter::writeNumber(std::uint64_t number, std::size_t size)
@@ -124,12 +122,12 @@ bool TWBinaryPropertyListWriter::writeObject(const TWValue& value)
     } else if (const auto* date = value.date()) {
         output_ += '\x33';
         writeNumber(std::bit_cast<std::uint64_t>(date->secondsSince2001), 8);
-        return std::isfinite(date->secondsSince2001);
+        return std::isfinite(date->secondsSince2001) || fail(NotADate);
     }
     return true;
 }
 
-// Less than 8 bytes have no sign.
+// Integers of fewer than 8 bytes are unsigned.
 void TWBinaryPropertyListWriter::writeInteger(std::int64_t number)
 {
     const std::size_t size = number < 0 ? 8 : sizeFor(static_cast<std::uint64_t>(number));
@@ -144,16 +142,16 @@ bool TWBinaryPropertyListWriter::writeString(std::string_view text)
         output_ += text;
         return true;
     }
-    std::string units;
-    units.reserve(text.size() * 2);
-    while (!text.empty()) {
-        const char32_t character = TWUnicode::takeUTF8(text);
+    std::size_t units = 0;
+    for (std::string_view rest = text; !rest.empty(); units++) {
+        const char32_t character = TWUnicode::takeUTF8(rest);
         if (character == TWUnicode::Invalid)
-            return false;
-        TWUnicode::appendUTF16(character, units);
+            return fail(NotText);
+        units += character >= 0x10000;
     }
-    writeMarker(0x6, units.size() / 2);
-    output_ += units;
+    writeMarker(0x6, units);
+    while (!text.empty())
+        TWUnicode::appendUTF16(TWUnicode::takeUTF8(text), output_);
     return true;
 }
 

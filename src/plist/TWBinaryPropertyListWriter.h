@@ -10,14 +10,18 @@
 #include <vector>
 
 // Numbers all values, a container's items next to one another, then writes them in that order, and the keys behind
-// them. A short key is written once however many dictionaries have it; values are written as often as they are there.
-// For one file.
+// them. A key is written once however many dictionaries have it; values are written as often as they are there. For one
+// file.
 class TWBinaryPropertyListWriter final {
 public:
-    std::optional<std::string> write(const TWValue& value);
+    // The value is within the budget; see TWPropertyListBudget. Nothing, and the problem, if the format cannot hold it
+    // or the file would be too long.
+    std::optional<std::string> write(const TWValue& value, std::string_view& problem);
 
 private:
-    bool numberAll(const TWValue& root);
+    bool writeAll();
+    bool fits();
+    void numberAll(const TWValue& root);
     void numberChildren(const TWValue& value);
     std::uint32_t keyNumber(const std::string& key);
     bool writeObject(const TWValue& value);
@@ -28,8 +32,10 @@ private:
     void writeMarker(unsigned type, std::size_t count);
     void writeNumber(std::uint64_t number, std::size_t size);
     void writeTable();
+    bool fail(std::string_view problem);
 
     std::string output_;
+    std::string_view problem_;
     std::vector<const TWValue*> values_;
     std::vector<std::string_view> keys_;
     std::vector<std::uint32_t> keyNumbers_; // of all dictionaries one after the other

@@ -1,28 +1,44 @@
 #include "plist/TWPropertyList.h"
 
-#include "plist/TWBinaryPropertyListReader.h"
 #include "plist/TWBinaryPropertyListWriter.h"
-#include "plist/TWXMLPropertyListReader.h"
+#include "plist/TWPropertyListBudget.h"
+#include "plist/TWPropertyListReader.h"
 #include "plist/TWXMLPropertyListWriter.h"
+
+namespace {
+
+std::optional<std::string> writeAs(const TWValue& value, TWPropertyListFormat format, std::string_view& problem)
+{
+    problem = TWPropertyListBudget().chargeValue(value, 0);
+    if (!problem.empty())
+        return std::nullopt;
+    if (format == TWPropertyListFormat::Binary)
+        return TWBinaryPropertyListWriter().write(value, problem);
+    return TWXMLPropertyListWriter().write(value, problem);
+}
+
+}
 
 TWPropertyListResult TWPropertyList::read(std::string_view bytes)
 {
-    TWPropertyListResult result;
-    result.format = bytes.starts_with("bplist") ? TWPropertyListFormat::Binary : TWPropertyListFormat::XML;
-    if (bytes.empty())
-        result.problem = "the file is empty";
-    else if (bytes.size() > MaximumBytes)
-        result.problem = "the file is longer than 64 MiB";
-    else if (result.format == TWPropertyListFormat::Binary)
-        result.value = TWBinaryPropertyListReader(bytes).read(result.problem);
-    else
-        result.value = TWXMLPropertyListReader().read(bytes, result.problem);
-    return result;
+    TWPropertyListReader reader;
+    reader.take(bytes);
+    return reader.finish();
 }
 
 std::optional<std::string> TWPropertyList::write(const TWValue& value, TWPropertyListFormat format)
 {
-    if (format == TWPropertyListFormat::Binary)
-        return TWBinaryPropertyListWriter().write(value);
-    return TWXMLPropertyListWriter().write(value);
+    std::string_view problem;
+    return writeAs(value, format, problem);
+}
+
+std::optional<std::string> TWPropertyList::write(const TWValue& value, std::string& problem)
+{
+    std::string_view reason;
+    auto bytes = writeAs(value, TWPropertyListFormat::XML, reason);
+    // XML has no control characters, but names of files do; and binary is shorter.
+    if (!bytes)
+        bytes = writeAs(value, TWPropertyListFormat::Binary, reason);
+    problem = reason;
+    return bytes;
 }

@@ -44,26 +44,42 @@ void TWUnicode::appendUTF8(char32_t character, std::string& text)
         text += static_cast<char>(0x80 | (character >> 6 * i & 0x3f));
 }
 
-bool TWUnicode::appendUTF8FromUTF16(std::string_view bytes, std::string& text)
+// Takes one character off the front. Invalid at an unpaired surrogate.
+static char32_t takeUTF16(std::string_view& bytes)
 {
-    const auto unitAt = [&](std::size_t i) {
-        return static_cast<char32_t>(
-            static_cast<unsigned char>(bytes[i]) << 8 | static_cast<unsigned char>(bytes[i + 1]));
+    const auto takeUnit = [&] {
+        const auto high = static_cast<unsigned char>(bytes[0]);
+        const auto low = static_cast<unsigned char>(bytes[1]);
+        bytes.remove_prefix(2);
+        return static_cast<char32_t>(high << 8 | low);
     };
-    for (std::size_t i = 0; i < bytes.size(); i += 2) {
-        char32_t character = unitAt(i);
-        if (character >= 0xd800 && character < 0xe000) {
-            if (character >= 0xdc00 || i + 4 > bytes.size())
-                return false;
-            i += 2;
-            const char32_t low = unitAt(i);
-            if (low < 0xdc00 || low >= 0xe000)
-                return false;
-            character = 0x10000 + ((character - 0xd800) << 10) + (low - 0xdc00);
-        }
-        appendUTF8(character, text);
+    const char32_t unit = takeUnit();
+    if (unit < 0xd800 || unit >= 0xe000)
+        return unit;
+    if (unit >= 0xdc00 || bytes.empty())
+        return TWUnicode::Invalid;
+    const char32_t low = takeUnit();
+    if (low < 0xdc00 || low >= 0xe000)
+        return TWUnicode::Invalid;
+    return 0x10000 + ((unit - 0xd800) << 10) + (low - 0xdc00);
+}
+
+std::optional<std::size_t> TWUnicode::lengthAsUTF8(std::string_view bytes)
+{
+    std::size_t length = 0;
+    while (!bytes.empty()) {
+        const char32_t character = takeUTF16(bytes);
+        if (character == Invalid)
+            return std::nullopt;
+        length += character < 0x80 ? 1 : character < 0x800 ? 2 : character < 0x10000 ? 3 : 4;
     }
-    return true;
+    return length;
+}
+
+void TWUnicode::appendUTF8FromUTF16(std::string_view bytes, std::string& text)
+{
+    while (!bytes.empty())
+        appendUTF8(takeUTF16(bytes), text);
 }
 
 void TWUnicode::appendUTF16(char32_t character, std::string& bytes)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,14 +13,18 @@ inline constexpr char32_t Invalid = 0xffffffff;
 
 bool isASCII(std::string_view bytes);
 
-// Takes one character off the front of a text that is not empty. Invalid, with nothing taken, when it is not UTF-8
-// there.
+// Takes one character off the front of a text that is not empty. If the front is not UTF-8, takes nothing and returns
+// Invalid.
 char32_t takeUTF8(std::string_view& text);
 
 void appendUTF8(char32_t character, std::string& text);
 
-// Big-endian code units; false on an unpaired surrogate. The length is even.
-bool appendUTF8FromUTF16(std::string_view bytes, std::string& text);
+// How many bytes big-endian code units take as UTF-8; nothing if there is an unpaired surrogate. The number of bytes is
+// even.
+std::optional<std::size_t> lengthAsUTF8(std::string_view bytes);
+
+// Appends code units that lengthAsUTF8() has accepted.
+void appendUTF8FromUTF16(std::string_view bytes, std::string& text);
 
 void appendUTF16(char32_t character, std::string& bytes);
 

@@ -61,6 +61,13 @@ TWValue::TWValue(TWDictionary value)
 {
 }
 
+std::optional<std::int64_t> TWValue::number() const
+{
+    if (const auto* truth = boolean())
+        return *truth ? 1 : 0;
+    return integer() ? std::optional(*integer()) : std::nullopt;
+}
+
 bool operator==(const TWValue& one, const TWValue& other)
 {
     const double* left = one.real();
@@ -79,8 +86,8 @@ namespace {
 
 using Entries = std::vector<TWDictionary::Entry>;
 
-// The entries' places in the order of their keys, equal keys in the order in which they stand. Sorting and no hash
-// table: nobody can choose keys that make it quadratic.
+// The entries' indexes, sorted by key; equal keys stay in their order. Sorted instead of hashed, so that no file can
+// choose keys that make this quadratic.
 std::vector<std::size_t> placesByKey(const Entries& entries)
 {
     std::vector<std::size_t> places(entries.size());
@@ -92,7 +99,7 @@ std::vector<std::size_t> placesByKey(const Entries& entries)
     return places;
 }
 
-// Puts the last value of each key at the first one's place and says which entries are left over.
+// Moves the last value of each key to the key's first place. Returns which entries are then superfluous.
 std::vector<bool> mergeEqualKeys(Entries& entries)
 {
     std::vector<bool> leftOver(entries.size());
@@ -114,7 +121,7 @@ TWDictionary TWDictionary::fromEntries(Entries entries)
 {
     TWDictionary result;
     result.entries_ = std::move(entries);
-    // Most files are written with their keys sorted: then there is nothing to look for.
+    // Most files have their keys sorted: then there are no equal ones to look for.
     const auto notAscending = [](const Entry& left, const Entry& right) { return left.first >= right.first; };
     if (std::adjacent_find(result.entries_.begin(), result.entries_.end(), notAscending) == result.entries_.end())
         return result;

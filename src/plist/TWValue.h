@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,22 +10,22 @@
 
 class TWValue;
 
-// Keys keep the order in which they were added or read. Looking up is a walk over all entries: made for the small
-// dictionaries that settings are; whoever has many keys builds with fromEntries() and walks entries().
+// Keys keep the order in which they were added or read. A lookup walks over all entries, which is fast for the small
+// dictionaries of settings. Build large ones with fromEntries() and walk entries().
 class TWDictionary {
 public:
     using Entry = std::pair<std::string, TWValue>;
 
-    // Of a key that is there more than once the last value wins, at the place of the first. Never quadratic.
+    // If a key occurs more than once, the last value wins and takes the place of the first. Never quadratic.
     static TWDictionary fromEntries(std::vector<Entry> entries);
 
     const TWValue* find(std::string_view key) const;
     TWValue* find(std::string_view key);
 
-    // Replaces the value of a key that is there already, else appends.
+    // Replaces the value of the key, or appends the entry if the key is new.
     void set(std::string key, TWValue value);
 
-    // True when the key was there.
+    // Returns whether the key was there.
     bool remove(std::string_view key);
 
     std::size_t size() const;
@@ -71,20 +71,25 @@ public:
     template <typename T>
     TWValue(T*) = delete; // or any pointer would quietly be a boolean
 
-    // Nothing when the value is of another type.
+    // Null if the value has another type.
     const bool* boolean() const { return std::get_if<bool>(&value_); }
     const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
     const double* real() const { return std::get_if<double>(&value_); }
     const std::string* string() const { return std::get_if<std::string>(&value_); }
+    std::string* string() { return std::get_if<std::string>(&value_); }
     const TWDate* date() const { return std::get_if<TWDate>(&value_); }
     const TWData* data() const { return std::get_if<TWData>(&value_); }
+    TWData* data() { return std::get_if<TWData>(&value_); }
     const Array* array() const { return std::get_if<Array>(&value_); }
     Array* array() { return std::get_if<Array>(&value_); }
     const TWDictionary* dictionary() const { return std::get_if<TWDictionary>(&value_); }
     TWDictionary* dictionary() { return std::get_if<TWDictionary>(&value_); }
 
-    // Of the same type and the same content. Two reals that are no number are equal, so that what is read back equals
-    // what was written.
+    // An integer, or a boolean as 1 or 0: property lists mix the two. Nothing for other types.
+    std::optional<std::int64_t> number() const;
+
+    // Equal values have the same type and the same content. Two NaN reals are equal, so that a value equals what is
+    // read back after writing it.
     friend bool operator==(const TWValue&, const TWValue&);
 
 private:

@@ -1,11 +1,45 @@
 #include "plist/TWXMLPropertyListReader.h"
 
 #include "plist/TWPropertyList.h"
+#include "support/TWBase64.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
 #include <expat.h>
+
+namespace {
+
+constexpr std::string_view OutOfMemory = "out of memory";
+constexpr std::string_view NoValue = "there is no value in the file";
+constexpr std::string_view LongToken = "a tag or a comment that is longer than 1 MB";
+
+constexpr std::size_t LongestPiece = std::size_t{ 128 } * 1024;
+constexpr std::size_t LongestToken = 1'000'000;
+
+// The buffer of a longer text is released.
+constexpr std::size_t LargestKeptBuffer = std::size_t{ 1 } << 20;
+
+// Doubles the capacity of a full vector, but not beyond what the budget allows it to grow to.
+template <typename T>
+void makeRoom(std::vector<T>& items, std::uint64_t budget)
+{
+    if (items.size() < items.capacity())
+        return;
+    const std::size_t most = items.size() + 1 + budget / sizeof(T);
+    items.reserve(std::min(std::max<std::size_t>(4, items.size() * 2), most));
+}
+
+// Releases unused capacity, except of a huge container, whose copy would take as much memory again.
+template <typename T>
+void fit(std::vector<T>& items)
+{
+    if (items.size() * sizeof(T) <= TWPropertyList::MaximumMemory / 2)
+        items.shrink_to_fit();
+}
+
+}
 
 struct TWXMLPropertyListReader::Handlers {
     static TWXMLPropertyListReader& reader(void* data) { return *static_cast<TWXMLPropertyListReader*>(data); }
@@ -19,15 +53,15 @@ struct TWXMLPropertyListReader::Handlers {
         reader(data).characters({ text, static_cast<std::size_t>(length) });
     }
 
-    // The plain line that names Apple's document type has no declarations of its own. Others are refused whole:
-    // entities and default attributes make a small file large.
+    // The usual line that names Apple's document type declares nothing itself. Any declarations are refused, because
+    // entities and default attributes turn a small file into a large one.
     static void documentType(void* data, const XML_Char*, const XML_Char*, const XML_Char*, int hasDeclarations)
     {
         if (hasDeclarations)
             reader(data).fail("a document type with declarations of its own");
     }
 
-    // Expat passes over an entity that the document type, which is never fetched, might declare: text would be lost.
+    // Expat skips an entity that the document type might declare, because it never fetches that; text would be lost.
     static void skippedEntity(void* data, const XML_Char*, int) { reader(data).fail("an unknown entity"); }
 
     static void install(XML_Parser parser, TWXMLPropertyListReader& target)
@@ -45,30 +79,65 @@ struct TWXMLPropertyListReader::Handlers {
     }
 };
 
-std::optional<TWValue> TWXMLPropertyListReader::read(std::string_view bytes, std::string& problem)
+TWXMLPropertyListReader::TWXMLPropertyListReader()
+    : parser_(XML_ParserCreate(nullptr), XML_ParserFree)
 {
-    const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr), XML_ParserFree);
-    if (!parser) {
-        problem = "out of memory";
-        return std::nullopt;
+    if (parser_)
+        Handlers::install(parser_.get(), *this);
+    else
+        problem_ = OutOfMemory;
+}
+
+// In short pieces, because Expat copies each one.
+bool TWXMLPropertyListReader::take(std::string_view piece)
+{
+    while (!piece.empty() && problem_.empty()) {
+        const std::string_view part = piece.substr(0, LongestPiece);
+        parse(part, false);
+        piece.remove_prefix(part.size());
     }
-    parser_ = parser.get();
-    Handlers::install(parser.get(), *this);
-    // The length fits: longer files have been refused.
-    const XML_Status status = XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
-    if (problem_.empty() && status != XML_STATUS_OK)
-        problem_ = Handlers::atLine(parser.get(), XML_ErrorString(XML_GetErrorCode(parser.get())));
+    return problem_.empty();
+}
+
+std::optional<TWValue> TWXMLPropertyListReader::finish(std::string& problem)
+{
+    if (problem_.empty())
+        parse({}, true);
     if (problem_.empty() && !root_)
-        problem_ = "there is no value in the file";
+        problem_ = NoValue;
     problem = problem_;
     return problem_.empty() ? std::move(root_) : std::nullopt;
 }
 
-void TWXMLPropertyListReader::fail(std::string problem)
+void TWXMLPropertyListReader::parse(std::string_view piece, bool last)
 {
-    const auto parser = static_cast<XML_Parser>(parser_);
-    problem_ = Handlers::atLine(parser, problem);
-    XML_StopParser(parser, XML_FALSE);
+    const XML_Status status = XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()), last);
+    if (!problem_.empty())
+        return;
+    if (status != XML_STATUS_OK) {
+        problem_ = Handlers::atLine(parser_.get(), XML_ErrorString(XML_GetErrorCode(parser_.get())));
+        return;
+    }
+    // Expat keeps an unfinished tag or comment in memory and scans it from its start with each piece.
+    parsed_ += piece.size();
+    const XML_Index pending = XML_GetCurrentByteIndex(parser_.get());
+    if (parsed_ - static_cast<std::size_t>(std::max<XML_Index>(pending, 0)) > LongestToken)
+        problem_ = Handlers::atLine(parser_.get(), LongToken);
+}
+
+// Expat may still call handlers after it was told to stop; hence the first line in each of those that follow.
+void TWXMLPropertyListReader::fail(std::string_view problem)
+{
+    problem_ = Handlers::atLine(parser_.get(), problem);
+    XML_StopParser(parser_.get(), XML_FALSE);
+}
+
+// Passes on whether the budget sufficed, and fails if it did not.
+bool TWXMLPropertyListReader::charged(bool success)
+{
+    if (!success)
+        fail(TWPropertyListBudget::TooLarge);
+    return success;
 }
 
 TWXMLPropertyListReader::Element TWXMLPropertyListReader::elementNamed(std::string_view name)
@@ -87,7 +156,7 @@ TWXMLPropertyListReader::Element TWXMLPropertyListReader::elementNamed(std::stri
 
 namespace {
 
-// For a problem text: a name may be as long as the file.
+// For problem texts: a name can be as long as the file.
 std::string shortened(std::string_view name)
 {
     if (name.size() <= 40)
@@ -107,7 +176,6 @@ std::string_view trimmed(std::string_view text)
 
 }
 
-// Expat may call handlers after it was told to stop; hence the first line in each of those that follow.
 void TWXMLPropertyListReader::startElement(std::string_view name)
 {
     if (!problem_.empty())
@@ -123,6 +191,8 @@ void TWXMLPropertyListReader::startElement(std::string_view name)
         startContainer(element == Element::Dictionary);
     else {
         leaf_ = element;
+        if (text_.capacity() > LargestKeptBuffer)
+            text_ = {};
         text_.clear();
     }
 }
@@ -143,7 +213,7 @@ bool TWXMLPropertyListReader::mayStart(Element element)
 void TWXMLPropertyListReader::startContainer(bool isDictionary)
 {
     if (open_.size() >= TWPropertyList::MaximumDepth)
-        return fail("nested too deep");
+        return fail(TWPropertyListBudget::TooDeep);
     open_.emplace_back().isDictionary = isDictionary;
 }
 
@@ -152,7 +222,7 @@ void TWXMLPropertyListReader::characters(std::string_view text)
     if (!problem_.empty())
         return;
     if (leaf_ != Element::None && leaf_ != Element::True && leaf_ != Element::False)
-        text_ += text;
+        text_.append(text);
     else if (!trimmed(text).empty())
         fail("text outside of a value");
 }
@@ -172,7 +242,7 @@ void TWXMLPropertyListReader::endElement(std::string_view name)
     case Element::Key:
         return endKey();
     case Element::String:
-        return add(std::string(text_)); // a copy: of the right size, and the buffer stays
+        return addString();
     case Element::Integer:
         return addInteger();
     case Element::Real:
@@ -193,16 +263,22 @@ void TWXMLPropertyListReader::endContainer()
     Container ended = std::move(open_.back());
     open_.pop_back();
     if (ended.key)
-        fail("a key without a value");
-    else if (ended.isDictionary)
+        return fail("a key without a value");
+    if (!ended.isDictionary) {
+        fit(ended.items);
+        if (charged(budget_.closeArray(ended.items.size())))
+            add(std::move(ended.items));
+        return;
+    }
+    fit(ended.entries);
+    if (charged(budget_.closeDictionary(ended.entries.size())))
         add(TWDictionary::fromEntries(std::move(ended.entries)));
-    else
-        add(std::move(ended.items));
 }
 
 void TWXMLPropertyListReader::endKey()
 {
-    open_.back().key = text_;
+    if (charged(budget_.chargeText(text_.size())))
+        open_.back().key = text_;
 }
 
 void TWXMLPropertyListReader::add(TWValue value)
@@ -213,14 +289,26 @@ void TWXMLPropertyListReader::add(TWValue value)
     }
     Container& container = open_.back();
     if (!container.isDictionary) {
+        if (!charged(budget_.chargeItems(1)))
+            return;
+        makeRoom(container.items, budget_.left());
         container.items.push_back(std::move(value));
         return;
     }
+    if (!charged(budget_.chargeEntries(1)))
+        return;
+    makeRoom(container.entries, budget_.left());
     container.entries.emplace_back(std::move(*container.key), std::move(value));
     container.key.reset();
 }
 
-// Decimal or, as old files have it, hexadecimal.
+void TWXMLPropertyListReader::addString()
+{
+    if (charged(budget_.chargeText(text_.size())))
+        add(std::string(text_)); // a copy has the right size, and the buffer stays
+}
+
+// Decimal, or hexadecimal as in old files.
 void TWXMLPropertyListReader::addInteger()
 {
     std::string_view digits = trimmed(text_);
@@ -248,7 +336,7 @@ void TWXMLPropertyListReader::addReal()
         digits.remove_prefix(1);
     double number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    // Out of range is refused with the rest: a number that is not the one in the file would be written back.
+    // A number out of range is refused too, because another one would be written back.
     if (error != std::errc() || end != digits.data() + digits.size())
         return fail("<real> holds no number that can be kept");
     add(number);
@@ -256,7 +344,7 @@ void TWXMLPropertyListReader::addReal()
 
 namespace {
 
-// "2024-02-29T23:59:59Z", nothing shorter or longer.
+// Exactly of the form "2024-02-29T23:59:59Z".
 std::optional<TWDate> dateFromText(std::string_view text)
 {
     constexpr std::string_view Pattern = "0000-00-00T00:00:00Z";
@@ -283,48 +371,6 @@ std::optional<TWDate> dateFromText(std::string_view text)
     return TWDate{ static_cast<double>(since.count()) };
 }
 
-constexpr std::string_view Base64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-enum : unsigned char { Padding = 64, Blank = 65, Wrong = 66 };
-
-constexpr std::array<unsigned char, 256> base64Meanings()
-{
-    std::array<unsigned char, 256> meanings{};
-    meanings.fill(Wrong);
-    for (std::size_t i = 0; i < Base64Digits.size(); i++)
-        meanings[static_cast<unsigned char>(Base64Digits[i])] = static_cast<unsigned char>(i);
-    meanings['='] = Padding;
-    for (const unsigned char blank : { ' ', '\t', '\r', '\n' })
-        meanings[blank] = Blank;
-    return meanings;
-}
-
-// Blanks may stand anywhere, other characters nowhere.
-std::optional<std::string> bytesFromBase64(std::string_view text)
-{
-    static constexpr std::array<unsigned char, 256> Meanings = base64Meanings();
-    std::string bytes;
-    bytes.reserve(text.size() / 4 * 3);
-    unsigned group = 0;
-    int digits = 0;
-    int padding = 0;
-    for (const char character : text) {
-        const unsigned char meaning = Meanings[static_cast<unsigned char>(character)];
-        if (meaning == Blank)
-            continue;
-        padding += meaning == Padding;
-        if (meaning == Wrong || (padding && meaning != Padding))
-            return std::nullopt;
-        group = group << 6 | (meaning & 0x3fu);
-        if (++digits % 4 == 0)
-            bytes.append({ static_cast<char>(group >> 16), static_cast<char>(group >> 8), static_cast<char>(group) });
-    }
-    if (digits % 4 != 0 || padding > 2)
-        return std::nullopt;
-    bytes.resize(bytes.size() - std::size_t(padding));
-    return bytes;
-}
-
 }
 
 void TWXMLPropertyListReader::addDate()
@@ -337,9 +383,9 @@ void TWXMLPropertyListReader::addDate()
 
 void TWXMLPropertyListReader::addData()
 {
-    if (auto bytes = bytesFromBase64(text_)) {
-        bytes->shrink_to_fit();
+    auto bytes = TWBase64::decode(text_);
+    if (!bytes)
+        return fail("<data> holds something that is not Base64");
+    if (charged(budget_.chargeText(bytes->size())))
         add(TWData{ std::move(*bytes) });
-    } else
-        fail("<data> holds something that is not Base64");
 }

@@ -1,21 +1,33 @@
 #pragma once
 
+#include "plist/TWPropertyListBudget.h"
 #include "plist/TWValue.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-// Builds one value from the elements that Expat finds. For one file: make a new one for the next.
+struct XML_ParserStruct;
+
+// Builds one value from the elements that Expat finds while the bytes come in. For one file: make a new one for the
+// next.
 class TWXMLPropertyListReader final {
 public:
-    std::optional<TWValue> read(std::string_view bytes, std::string& problem);
+    TWXMLPropertyListReader();
+    TWXMLPropertyListReader(const TWXMLPropertyListReader&) = delete;
+
+    // False once the file is refused: further pieces change nothing.
+    bool take(std::string_view piece);
+
+    // After the last piece.
+    std::optional<TWValue> finish(std::string& problem);
 
 private:
     enum class Element { None, PList, Dictionary, Array, Key, String, Integer, Real, True, False, Date, Data };
 
-    // A dictionary or array whose end has not come yet.
+    // A dictionary or array that has not ended yet.
     struct Container {
         bool isDictionary = false;
         TWValue::Array items;
@@ -23,10 +35,12 @@ private:
         std::optional<std::string> key; // waits for its value
     };
 
-    // Gives Expat the functions to call: they need its types, which are nobody else's business.
+    // The functions that Expat calls. They need its types, so they are hidden in the .cpp.
     struct Handlers;
 
     static Element elementNamed(std::string_view name);
+
+    void parse(std::string_view piece, bool last);
 
     void startElement(std::string_view name);
     void startContainer(bool isDictionary);
@@ -36,13 +50,17 @@ private:
     void characters(std::string_view text);
     bool mayStart(Element element);
     void add(TWValue value);
+    void addString();
     void addInteger();
     void addReal();
     void addDate();
     void addData();
-    void fail(std::string problem);
+    void fail(std::string_view problem);
+    bool charged(bool success);
 
-    void* parser_ = nullptr; // Expat's, during read()
+    std::unique_ptr<XML_ParserStruct, void (*)(XML_ParserStruct*)> parser_; // Expat's
+    std::size_t parsed_ = 0; // bytes given to Expat
+    TWPropertyListBudget budget_;
     std::string problem_;
     std::optional<TWValue> root_;
     std::vector<Container> open_;

@@ -1,7 +1,9 @@
 #include "plist/TWXMLPropertyListWriter.h"
 
 #include "plist/TWPropertyList.h"
+#include "plist/TWPropertyListBudget.h"
 #include "plist/TWUnicode.h"
+#include "support/TWBase64.h"
 
 #include <algorithm>
 #include <array>
@@ -18,27 +20,39 @@ constexpr std::string_view Header = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\
                                     "<plist version=\"1.0\">\n";
 constexpr std::string_view Footer = "</plist>\n";
 
+constexpr std::string_view NotText = "a text in it is not valid UTF-8 or has characters that XML cannot hold";
+constexpr std::string_view NotADate = "a date in it has fractions of a second or is outside the years 0 to 9999";
+
 }
 
-std::optional<std::string> TWXMLPropertyListWriter::write(const TWValue& value)
+std::optional<std::string> TWXMLPropertyListWriter::write(const TWValue& value, std::string_view& problem)
 {
     output_ = Header;
-    if (!writeValue(value))
-        return std::nullopt;
+    const bool written = writeValue(value);
     output_ += Footer;
-    if (isTooLong())
-        return std::nullopt;
-    return std::move(output_);
+    if (written && !isTooLong())
+        return std::move(output_);
+    problem = problem_;
+    return std::nullopt;
 }
 
-bool TWXMLPropertyListWriter::isTooLong() const
+bool TWXMLPropertyListWriter::fail(std::string_view problem)
 {
-    return output_.size() > TWPropertyList::MaximumBytes;
+    problem_ = problem;
+    return false;
+}
+
+bool TWXMLPropertyListWriter::isTooLong()
+{
+    const bool tooLong = output_.size() > TWPropertyList::MaximumBytes;
+    if (tooLong)
+        problem_ = TWPropertyListBudget::TooLong;
+    return tooLong;
 }
 
 bool TWXMLPropertyListWriter::writeValue(const TWValue& value)
 {
-    // Asked for each value, not only at the end: with deep indents the output can be far longer than the value.
+    // Checked for each value and not only at the end, because deep indents make the output far longer than the value.
     if (isTooLong())
         return false;
     if (const auto* string = value.string())
@@ -61,14 +75,11 @@ bool TWXMLPropertyListWriter::writeValue(const TWValue& value)
     return true;
 }
 
-bool TWXMLPropertyListWriter::startContainer(std::string_view name, bool empty)
+void TWXMLPropertyListWriter::startContainer(std::string_view name, bool empty)
 {
-    if (depth_ >= TWPropertyList::MaximumDepth)
-        return false;
     indent();
     output_.append("<").append(name).append(empty ? "/>\n" : ">\n");
     depth_++;
-    return true;
 }
 
 void TWXMLPropertyListWriter::endContainer(std::string_view name, bool empty)
@@ -82,8 +93,7 @@ void TWXMLPropertyListWriter::endContainer(std::string_view name, bool empty)
 
 bool TWXMLPropertyListWriter::writeArray(const TWValue::Array& items)
 {
-    if (!startContainer("array", items.empty()))
-        return false;
+    startContainer("array", items.empty());
     for (const TWValue& item : items) {
         if (!writeValue(item))
             return false;
@@ -94,8 +104,7 @@ bool TWXMLPropertyListWriter::writeArray(const TWValue::Array& items)
 
 bool TWXMLPropertyListWriter::writeDictionary(const TWDictionary& dictionary)
 {
-    if (!startContainer("dict", dictionary.entries().empty()))
-        return false;
+    startContainer("dict", dictionary.entries().empty());
     for (const auto& [key, value] : dictionary.entries()) {
         if (!writeText("key", key) || !writeValue(value))
             return false;
@@ -106,7 +115,7 @@ bool TWXMLPropertyListWriter::writeDictionary(const TWDictionary& dictionary)
 
 namespace {
 
-// How many bytes at the front can be copied as they are.
+// The number of bytes at the front that can be copied unchanged.
 std::size_t plainLength(std::string_view text)
 {
     static constexpr auto Plain = [] {
@@ -121,8 +130,8 @@ std::size_t plainLength(std::string_view text)
     return length;
 }
 
-// Nothing when XML cannot hold the character. A return is written by number: as it is, a reader would make a newline of
-// it.
+// Empty for a character that is not escaped. A carriage return is written by number, because readers turn a plain one
+// into a newline.
 std::string_view escaped(char32_t character)
 {
     switch (character) {
@@ -165,7 +174,7 @@ bool TWXMLPropertyListWriter::writeText(std::string_view element, std::string_vi
     indent();
     output_.append("<").append(element).append(">");
     if (!appendEscaped(text, output_))
-        return false;
+        return fail(NotText);
     output_.append("</").append(element).append(">\n");
     return true;
 }
@@ -198,9 +207,11 @@ bool TWXMLPropertyListWriter::writeDate(TWDate date)
     constexpr sys_days Epoch = 2001y / January / 1;
     constexpr auto First = duration<double>(sys_days(0y / January / 1) - Epoch).count();
     constexpr auto End = duration<double>(sys_days(10000y / January / 1) - Epoch).count();
-    if (!(date.secondsSince2001 >= First && date.secondsSince2001 < End)) // no number fails both
-        return false;
-    const sys_seconds time = Epoch + seconds(static_cast<std::int64_t>(std::floor(date.secondsSince2001)));
+    // NaN fails all of these.
+    if (!(date.secondsSince2001 >= First && date.secondsSince2001 < End
+            && std::floor(date.secondsSince2001) == date.secondsSince2001))
+        return fail(NotADate);
+    const sys_seconds time = Epoch + seconds(static_cast<std::int64_t>(date.secondsSince2001));
     const sys_days midnight = floor<days>(time);
     const year_month_day day(midnight);
     const hh_mm_ss clock(time - midnight);
@@ -212,24 +223,6 @@ bool TWXMLPropertyListWriter::writeDate(TWDate date)
     return true;
 }
 
-namespace {
-
-void appendBase64(std::string_view bytes, std::string& output)
-{
-    constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const auto byteAt
-            = [&](std::size_t at) { return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0u; };
-        const unsigned group = byteAt(i) << 16 | byteAt(i + 1) << 8 | byteAt(i + 2);
-        output += Digits[group >> 18];
-        output += Digits[group >> 12 & 63];
-        output += i + 1 < bytes.size() ? Digits[group >> 6 & 63] : '=';
-        output += i + 2 < bytes.size() ? Digits[group & 63] : '=';
-    }
-}
-
-}
-
 bool TWXMLPropertyListWriter::writeData(std::string_view bytes)
 {
     output_ += "<data>\n";
@@ -239,7 +232,7 @@ bool TWXMLPropertyListWriter::writeData(std::string_view bytes)
         if (isTooLong())
             return false;
         indent();
-        appendBase64(bytes.substr(0, bytesPerLine), output_);
+        TWBase64::append(bytes.substr(0, bytesPerLine), output_);
         output_ += '\n';
         bytes.remove_prefix(std::min(bytesPerLine, bytes.size()));
     }

@@ -9,7 +9,9 @@
 // Lays the file out as Apple's tools do: one element per line, tabs, Base64 lines that end at column 76. For one file.
 class TWXMLPropertyListWriter final {
 public:
-    std::optional<std::string> write(const TWValue& value);
+    // The value is within the budget; see TWPropertyListBudget. Nothing, and the problem, if XML cannot hold it or the
+    // file would be too long.
+    std::optional<std::string> write(const TWValue& value, std::string_view& problem);
 
 private:
     bool writeValue(const TWValue& value);
@@ -20,11 +22,13 @@ private:
     void writeReal(double number);
     void writeInteger(std::int64_t number);
     bool writeData(std::string_view bytes);
-    bool startContainer(std::string_view name, bool empty);
+    void startContainer(std::string_view name, bool empty);
     void endContainer(std::string_view name, bool empty);
-    bool isTooLong() const;
+    bool isTooLong();
+    bool fail(std::string_view problem);
     void indent() { output_.append(std::size_t(depth_), '\t'); }
 
     std::string output_;
+    std::string_view problem_;
     int depth_ = 0;
 };

@@ -1,7 +1,8 @@
 #include "settings/TWDataFolder.h"
 
 #include "platform/TWFileSystem.h"
-#include "plist/TWPropertyList.h"
+#include "plist/TWPropertyListBudget.h"
+#include "plist/TWPropertyListReader.h"
 #include "support/TWText.h"
 
 #include <cerrno>
@@ -9,16 +10,15 @@
 namespace {
 
 constexpr auto Unreadable
-    = "The list \"%@\" could not be read (%@). It is left untouched; please repair it, or move it away to start anew.";
+    = "The list \"%@\" could not be read (%@). It is left untouched until a new list is saved, and "
+      "is then kept beside it; please repair it, or move it away to start anew.";
 constexpr auto NoList = "it does not hold a list";
-constexpr auto TooLong = "it is longer than 32 MB";
-constexpr auto Unwritable = "The list \"%@\" could not be saved (%@). The file on disk is as it was; please make room "
-                            "or check the permissions.";
-constexpr auto NotRepresentable = "a text in it is not valid UTF-8, or it is too long";
+constexpr auto Dangling = "it is a link to something that is not there now";
+constexpr auto NotSaved = "The list \"%@\" could not be saved (%@). The file on disk is as it was; please make room or "
+                          "check the permissions.";
+constexpr auto Busy = "The list \"%@\" is being saved by another program. Please try again in a moment.";
+constexpr auto Refused = "The list \"%@\" cannot be saved (%@). The file on disk is as it was.";
 constexpr auto NotKept = "the damaged file could not be kept as \"%@\": %@";
-
-// A list of 100,000 rules takes a tenth of this.
-constexpr std::size_t LongestList = 32 << 20;
 
 }
 
@@ -35,52 +35,71 @@ std::string TWDataFolder::file(const std::string& name) const
 
 void TWDataFolder::make() const
 {
-    ownFiles_.makeFolders(path_);
+    if (ownFiles_.makeFolders(path_) == 0)
+        ownFiles_.removeLeftovers(path_);
+}
+
+static std::string readingProblem(int error)
+{
+    return error == EFBIG  ? std::string(TWPropertyListBudget::TooLong)
+        : error == ENOLINK ? Dangling
+                           : TWErrorText(error);
 }
 
 TWListFile TWDataFolder::read(const std::string& path) const
 {
     TWListFile result;
-    const auto contents = ownFiles_.read(path, LongestList);
-    if (contents.error == ENOENT || contents.error == ENOTDIR) {
+    TWPropertyListReader reader;
+    const int error = ownFiles_.readPieces(
+        path, TWPropertyList::MaximumBytes, [&](std::string_view piece) { return reader.take(piece); });
+    if (error == ENOENT || error == ENOTDIR) {
         result.missing = true;
         return result;
     }
-    std::string problem;
-    if (contents.error != 0) {
-        problem = contents.error == EFBIG ? TooLong : TWErrorText(contents.error);
-    } else {
-        auto list = TWPropertyList::read(contents.bytes);
-        if (list.value && list.value->array())
-            result.records = std::move(*list.value->array());
-        else
-            problem = list.value ? NoList : list.problem;
+    if (error != 0) {
+        result.problem = unreadable(path, readingProblem(error));
+        return result;
     }
-    if (!problem.empty())
-        result.problem = TWText::fill(Unreadable, { path, problem });
+    auto list = reader.finish();
+    if (list.value && list.value->array())
+        result.records = std::move(*list.value->array());
+    else
+        result.problem = unreadable(path, list.value ? NoList : list.problem);
     return result;
 }
 
-std::string TWDataFolder::write(const std::string& name, const TWValue::Array& records, TWOldFile oldFile) const
+TWWrittenList TWDataFolder::write(const std::string& name, TWValue::Array records, TWOldFile oldFile) const
 {
+    TWWrittenList result;
     const auto path = file(name);
-    auto bytes = TWPropertyList::write(records, TWPropertyListFormat::XML);
-    // XML has no control characters, but names of files do. Whoever reads tells the format by the first bytes.
-    if (!bytes)
-        bytes = TWPropertyList::write(records, TWPropertyListFormat::Binary);
-    if (!bytes)
-        return TWText::fill(Unwritable, { path, NotRepresentable });
-    const auto problem = oldFile == TWOldFile::KeepAsDamaged ? keepDamaged(path) : "";
-    if (!problem.empty())
-        return TWText::fill(Unwritable, { path, problem });
+    const auto bytes = TWPropertyList::write(std::move(records), result.problem);
+    if (!bytes) {
+        result.problem = unwritable(path, result.problem);
+        return result;
+    }
+    if (oldFile == TWOldFile::KeepAsDamaged) {
+        const int error = ownFiles_.keepDamaged(path, TWPropertyList::MaximumBytes, result.keptAs);
+        if (error != 0 && error != ENOENT) {
+            const auto reason = TWText::fill(NotKept, { result.keptAs, TWErrorText(error) });
+            return { TWText::fill(NotSaved, { path, reason }), "" };
+        }
+        if (error == ENOENT)
+            result.keptAs.clear();
+    }
     make();
     const int error = ownFiles_.writeAtomically(path, *bytes);
-    return error == 0 ? "" : TWText::fill(Unwritable, { path, TWErrorText(error) });
+    if (error != 0)
+        result.problem
+            = error == EBUSY ? TWText::fill(Busy, { path }) : TWText::fill(NotSaved, { path, TWErrorText(error) });
+    return result;
 }
 
-std::string TWDataFolder::keepDamaged(const std::string& path) const
+std::string TWDataFolder::unreadable(const std::string& path, const std::string& reason)
 {
-    std::string kept;
-    const int error = ownFiles_.keepDamaged(path, kept);
-    return error == 0 || error == ENOENT ? "" : TWText::fill(NotKept, { kept, TWErrorText(error) });
+    return TWText::fill(Unreadable, { path, reason });
+}
+
+std::string TWDataFolder::unwritable(const std::string& path, const std::string& reason)
+{
+    return TWText::fill(Refused, { path, reason });
 }

@@ -10,9 +10,15 @@
 
 // What reading a list file gave.
 struct TWListFile {
-    std::optional<TWValue::Array> records; // nothing when the file is missing or could not be read
-    bool missing = false;
-    std::string problem; // one line that names the file and the remedy, when it is there but could not be read
+    std::optional<TWValue::Array> records; // nothing if the file is missing or could not be read
+    bool missing = false; // there is nothing at the path, not even a link
+    std::string problem; // one line that names the file and the remedy if it is there but could not be read
+};
+
+// What writing a list file gave.
+struct TWWrittenList {
+    std::string problem; // "" or one line that names the file and the remedy; the old file is then untouched
+    std::string keptAs; // the second name of a damaged file, if one was kept
 };
 
 // Differs on purpose: a file whose contents were not understood is kept beside itself as NAME.damaged before it is
@@ -27,18 +33,19 @@ public:
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const;
 
-    // Nothing when a file stands at the path already; an error is not reported, since whoever reads or writes a list
-    // will meet it.
+    // Creates the folder unless something is at its path already, and removes what killed writes left in it. Errors are
+    // not reported: whoever reads or writes a list will meet them.
     void make() const;
 
     TWListFile read(const std::string& path) const;
 
-    // "" or one line that names the file and the remedy; the old file is then untouched.
-    std::string write(const std::string& name, const TWValue::Array& records, TWOldFile) const;
+    TWWrittenList write(const std::string& name, TWValue::Array records, TWOldFile) const;
+
+    // The problem lines of a list at the path whose contents were refused for this reason.
+    static std::string unreadable(const std::string& path, const std::string& reason);
+    static std::string unwritable(const std::string& path, const std::string& reason);
 
 private:
-    std::string keepDamaged(const std::string& path) const;
-
     const TWOwnFiles& ownFiles_;
     std::string path_;
 };

@@ -42,18 +42,12 @@ std::string lowercase(std::string text)
     return text;
 }
 
-std::optional<std::int64_t> number(const TWValue& value)
-{
-    if (const auto* boolean = value.boolean())
-        return *boolean ? 1 : 0;
-    if (const auto* integer = value.integer())
-        return *integer;
-    return std::nullopt;
-}
-
 bool fits(const TWValue& value, TWKeyType type)
 {
-    return type == String ? value.string() != nullptr : number(value).has_value();
+    const auto number = value.number();
+    if (type == Integer)
+        return number && *number >= INT32_MIN && *number <= INT32_MAX;
+    return type == String ? value.string() != nullptr : number.has_value();
 }
 
 }
@@ -83,13 +77,13 @@ const TWKeyRow* TWSettings::rowNamed(std::string_view name)
 bool TWSettings::boolean(TWKey key) const
 {
     const auto value = find(key);
-    return value && number(*value).value_or(0) != 0;
+    return value && value->number().value_or(0) != 0;
 }
 
 std::int32_t TWSettings::integer(TWKey key) const
 {
     const auto value = find(key);
-    return value ? static_cast<std::int32_t>(number(*value).value_or(0)) : 0;
+    return value ? static_cast<std::int32_t>(value->number().value_or(0)) : 0;
 }
 
 std::string TWSettings::string(TWKey key) const
@@ -98,7 +92,7 @@ std::string TWSettings::string(TWKey key) const
     return value && value->string() ? *value->string() : "";
 }
 
-// What is stored already is not written again: writing waits for the disk.
+// A value that is stored already is not written again, because writing waits for the disk.
 void TWSettings::set(TWKey key, const TWValue& value)
 {
     if (stored(row(key)) == value)

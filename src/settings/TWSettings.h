@@ -41,8 +41,8 @@ struct TWKeyRow {
     const char* meaning; // for `tidewell settings list`
 };
 
-// Typed reading and writing of the settings. A value is looked for among the stored values, then among the registered
-// defaults; one that does not fit the key's type counts as absent. Main thread.
+// Typed reading and writing of the settings. Looks for a value among the stored values, then among the registered
+// defaults. A value that does not fit the key's type counts as absent. Main thread.
 class TWSettings final {
 public:
     explicit TWSettings(TWUserDefaults&);
@@ -60,16 +60,16 @@ public:
 
     void set(TWKey, const TWValue&);
 
-    // Back to the registered default.
+    // Removes the stored value, so that the registered default is used.
     void reset(TWKey);
 
-    // The defaults that hold where nothing is stored. Kept in memory only.
+    // The values of keys that are not stored. Kept in memory only.
     void registerDefaults(TWDictionary defaults) { registered_ = std::move(defaults); }
 
     TWUserDefaults& userDefaults() { return userDefaults_; }
 
-    // A text as a user writes it ("yes", "off", "2"), or as the settings file holds it. Nothing when it does not fit
-    // the type.
+    // Parses a text as a user writes it ("yes", "off", "2") or as the settings file holds it. Nothing if it does not
+    // fit the type.
     static std::optional<TWValue> parse(TWKeyType, const std::string& text);
 
 private:

@@ -184,23 +184,32 @@ TEST_F(TWFilesCleanerTest, ReportsALongListInSeveralTurns)
     EXPECT_EQ(reports.count("- "), 2500U);
     EXPECT_LE(most, 1000U);
 }
-TEST(TWFilesRuleTest, AnEntryOfAnotherTypeMakesTheListUnreadable)
+
+TEST(TWFilesRuleTest, TakesOnlyRulesAndKeepsWhatItDoesNotUnderstand)
 {
     const auto from = [](const char* key, TWValue value) {
         TWDictionary record;
+        record.set("FilePath", "~/x");
         record.set(key, std::move(value));
         return TWFilesRule::from(record);
     };
-    EXPECT_EQ(from("Unknown", 1), (TWFilesRule{ false, "", "", 0 }));
-    EXPECT_EQ(from("Active", 1)->active, true);
+    EXPECT_EQ(from("Active", 1), (TWFilesRule{ true, "", "~/x", 0 }));
     EXPECT_EQ(from("WhatToDelete", true)->whatToDelete, 1);
-    for (const auto wraps : { std::int64_t(1) << 32, -(std::int64_t(1) << 32), (std::int64_t(1) << 32) + 1 })
-        EXPECT_EQ(from("WhatToDelete", wraps)->whatToDelete, -1);
     EXPECT_FALSE(
         from("Active", "yes") || from("FilePath", 1) || from("Description", false) || from("WhatToDelete", "0"));
-    const TWFilesRule rule{ true, "Ä", "~/x", 3 };
-    std::size_t bad = 0;
-    EXPECT_EQ(TWFilesRule::listFrom({ rule.value() }, bad), std::vector{ rule });
-    EXPECT_FALSE(TWFilesRule::listFrom({ rule.value(), "text" }, bad));
-    EXPECT_EQ(bad, 2U);
+    EXPECT_FALSE(TWFilesRule::from(TWDictionary::fromEntries({ { "Active", true }, { "Unknown", 1 } })));
+    EXPECT_FALSE(TWFilesRule::from("~/x"));
+    const auto record = TWDictionary::fromEntries({ { "Color", "red" }, { "FilePath", "~/x" },
+        { "Tags", TWValue::Array{ 1, 2.5 } }, { "WhatToDelete", (std::int64_t(1) << 32) + 1 } });
+    auto rule = TWFilesRule::from(record);
+    EXPECT_EQ(rule, TWFilesRule::from(rule->value()));
+    rule->filePath = "~/y";
+    const auto written = rule->value();
+    std::string keys;
+    for (const auto& [key, value] : written.dictionary()->entries())
+        keys += key + " ";
+    EXPECT_EQ(keys, "Color FilePath Tags WhatToDelete Active Description ");
+    for (const auto* key : { "Color", "Tags", "WhatToDelete" })
+        EXPECT_EQ(*written.dictionary()->find(key), *record.find(key)) << key;
+    EXPECT_EQ(*written.dictionary()->find("FilePath"), TWValue("~/y"));
 }

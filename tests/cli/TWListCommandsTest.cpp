@@ -1,8 +1,15 @@
 #include "TWProgramTest.h"
 
+#include "cli/TWCommandLine.h"
+#include "cli/TWCommandRunner.h"
+#include "editors/TWFilesWindowController.h"
+#include "fakes/TWFakeApplication.h"
+
 #include <csignal>
 
 namespace {
+
+using Lines = std::vector<std::string>;
 
 const std::string Rules = "home/.local/share/Tidewell/FilesRules.plist";
 
@@ -70,6 +77,8 @@ TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
     EXPECT_EQ(lines(out({ "files", "list", "--json" })).back(),
         R"({"Active":true,"Description":"two\nlines","FilePath":"~/[a,b]","WhatToDelete":3})");
 
+    out({ "settings", "set", "ShowResults", "true" });
+    EXPECT_EQ(out({ "settings", "get", "ShowResults" }), "true\n") << "what is stored";
     out({ "settings", "set", "TrashCleaner", "On" });
     out({ "settings", "set", "AutoQuitMode", "-3" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "AutoQuitMode" }), "true\n-3\n");
@@ -79,6 +88,36 @@ TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
     // Only the window's start is a launch.
     EXPECT_EQ(
         out({ "settings", "get", "LastLaunchedVersion" }) + out({ "settings", "get", "FirstLaunchDone" }), "\nfalse\n");
+}
+
+// As a window carries it out.
+TEST(TWHandedOverCommandsTest, AWindowsUnsavedEditsStayUnsaved)
+{
+    TWFakeApplication machine;
+    machine.root.write(Rules, OneRule);
+    const auto delegate = machine.start();
+    auto& files = delegate->editors().get<TWFilesWindowController>();
+    auto& dictionary = delegate->editors().dictionary();
+    const auto host = TWMakeHost();
+    files.sheetOpened();
+    EXPECT_EQ(files.applyDefaults(), "");
+    dictionary.setWordDictionary({ "unsaved" });
+    const auto run = [&](const Lines& words) {
+        return TWRunCommand(
+            { *host, machine.places, delegate->dataFolder(), delegate.get() }, *TWParseCommandLine(words, "/folder").invocation);
+    };
+    EXPECT_EQ(run({ "files", "add", "added" }).status, 0);
+    EXPECT_EQ(run({ "files", "off", "1" }).status, 0);
+    EXPECT_EQ(run({ "files", "remove", "3" }).status, 2);
+    EXPECT_EQ(run({ "words", "add", "w" }).status, 0);
+    EXPECT_EQ(run({ "files", "list" }).out,
+        "1   off  item          ~/mine  (mine)\n2   on   item          /folder/added  (added)\n");
+    EXPECT_EQ(run({ "words", "list" }).out, "w\n");
+    EXPECT_EQ(files.rules().size(), 2U);
+    EXPECT_EQ(files.rules()[0].filePath, "~/default");
+    EXPECT_EQ(files.rules()[1].filePath, "/folder/added");
+    EXPECT_EQ(dictionary.wordDictionary(), (Lines{ "unsaved", "w" }));
+    EXPECT_TRUE(files.hasUnsavedEdits() && dictionary.hasUnsavedEdits());
 }
 
 TEST_F(TWListCommandsTest, CommandsAtTheSameTimeLoseNothing)

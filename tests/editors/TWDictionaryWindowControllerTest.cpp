@@ -34,14 +34,19 @@ protected:
 TEST_F(TWDictionaryWindowControllerTest, WordsSurviveASaveAsTheyWereTyped)
 {
     EXPECT_EQ(reload(), Lines());
-    const Lines words{ "Größe", "", "b", "a", "b", " two words ", "\xF0\x9F\x92\xA7" };
+    const Lines words{ "Größe", "", "b", "a", "b", " two words ", "\xF0\x9F\x92\xA7",
+        "\xEF\xBB\xBF"
+        "BOM" };
     controller.setWordDictionary(words);
+    EXPECT_TRUE(controller.hasUnsavedEdits());
     controller.save();
+    EXPECT_FALSE(controller.hasUnsavedEdits());
     EXPECT_EQ(TWDictionaryWindowController(folder).wordDictionary(), Lines());
     EXPECT_NE(root.read(File).find("<data>"), std::string::npos);
     controller.setWordDictionary({ "unsaved" });
     controller.cancel();
     EXPECT_EQ(controller.wordDictionary(), Lines{ "unsaved" }) << "until the editor is opened again";
+    EXPECT_TRUE(controller.hasUnsavedEdits());
     EXPECT_EQ(reload(), words);
     EXPECT_EQ(view.calls, (Lines{ "words", "close", "close", "words" }));
 }
@@ -59,6 +64,14 @@ TEST_F(TWDictionaryWindowControllerTest, AnElementThatIsNoWordKeepsTheWordsAndTh
     }
     EXPECT_EQ(controller.write(), "");
     EXPECT_TRUE(root.exists(File + std::string(".damaged")));
+    controller.setWordDictionary({ std::string(1 << 19, 'a'), std::string(1 << 19, 'b') });
+    EXPECT_EQ(controller.write(), "");
+    controller.setWordDictionary({ std::string(1 << 20, 'a'), "b" });
+    EXPECT_NE(controller.write().find("longer than 1 MiB together"), std::string::npos);
+    TWValue::Array tooMany{ TWData{ std::string(1 << 20, 'a') }, TWData{ "b" } };
+    EXPECT_EQ(folder.write("Dictionary.plist", tooMany, TWOldFile::Replace).problem, "");
+    EXPECT_EQ(reload().back(), "b") << "the words stay as they were";
+    EXPECT_NE(controller.problem().find("longer than 1 MiB together"), std::string::npos);
     std::filesystem::remove(folder.file("Dictionary.plist"));
     root.write(File + std::string("/in the way"), "x");
     controller.save();

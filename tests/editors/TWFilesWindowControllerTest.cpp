@@ -92,8 +92,8 @@ TEST_F(TWFilesWindowControllerTest, LoadsTheDefaultsUntilAListIsSavedAndMergesAf
 TEST_F(TWFilesWindowControllerTest, ADamagedListShowsTheDefaultsSwitchedOffAndIsKept)
 {
     const auto good = list({ "~/x" }, "mine");
-    for (const auto& damaged :
-        { std::string("broken"), good.substr(0, good.size() - 16) + "<string>no rule</string></array></plist>" }) {
+    for (const auto& damaged : { std::string("broken"),
+             good.substr(0, good.size() - 16) + "<dict><key>Active</key><true/></dict></array></plist>" }) {
         root.write(Saved, damaged);
         bundle.infos["CFBundleVersion"] = "3";
         EXPECT_EQ(load(), (Lines{ "off shipped ~/a", "off shipped ~/b" }));
@@ -104,6 +104,10 @@ TEST_F(TWFilesWindowControllerTest, ADamagedListShowsTheDefaultsSwitchedOffAndIs
         EXPECT_EQ(root.read(Saved + std::string(".damaged")), damaged);
         std::filesystem::remove(root.path(Saved) + ".damaged");
     }
+    std::filesystem::remove(root.path(Saved));
+    root.link(Saved, "/nowhere/FilesRules.plist");
+    EXPECT_EQ(load(), (Lines{ "off shipped ~/a", "off shipped ~/b" })) << "as on a stick that is not plugged in";
+    EXPECT_NE(controller->problem(), "");
 }
 
 TEST_F(TWFilesWindowControllerTest, AddsRemovesAndRestoresWhenAsked)
@@ -130,8 +134,12 @@ TEST_F(TWFilesWindowControllerTest, AddsRemovesAndRestoresWhenAsked)
     EXPECT_EQ(controller->write(), "");
     EXPECT_EQ(load()[0], "\x1B\x01\xEF\xBF\xBE ~/a");
     controller->setDescription(0, "\xFF");
+    view.calls.clear();
     controller->ok();
     EXPECT_EQ(alerts.alerts.back().title, "The rules could not be saved.");
+    EXPECT_EQ(view.calls, Lines()) << "the sheet stays open";
+    controller->sheetOpened();
+    EXPECT_TRUE(controller->hasUnsavedEdits());
     EXPECT_EQ(load()[1], "shipped ~/b");
 }
 

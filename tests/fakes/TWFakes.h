@@ -26,6 +26,7 @@ struct TWFakeUserDefaults final : TWUserDefaults {
     void setValue(const std::string& key, const TWValue& value) override { values[key] = value; }
     void removeValue(const std::string& key) override { values.erase(key); }
     std::string synchronize() override { return writeProblem; }
+    void setWriteFailed(std::function<void(const std::string&)>) override { }
     std::string problem() const override { return problemLine; }
     std::string file() const override { return "/settings"; }
 };

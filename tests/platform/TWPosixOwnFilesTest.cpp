@@ -1,12 +1,17 @@
 #include "platform/posix/TWPosixOwnFiles.h"
 
 #include "builders/TWTemporaryFolder.h"
+#include "platform/posix/TWPosixLocks.h"
+#include "platform/posix/TWTemporaryFile.h"
 
 #include <gtest/gtest.h>
 #include <set>
 #include <signal.h>
+#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
 
 namespace {
 
@@ -26,8 +31,38 @@ protected:
     {
         std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(temporary.path()))
-            names.insert(entry.path());
+            names.insert(entry.path().filename());
         return names;
+    }
+    // Runs the function in a child that is killed at its given system call, counted from 0, entries and returns apart.
+    // True if the child came to its end before that.
+    template <typename Function>
+    static bool endsBefore(int systemCall, Function function)
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+            raise(SIGSTOP);
+            function();
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        for (; WIFSTOPPED(status) && systemCall >= 0; --systemCall) {
+            ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
+            waitpid(child, &status, 0);
+        }
+        if (!WIFSTOPPED(status))
+            return true;
+        kill(child, SIGKILL);
+        waitpid(child, &status, 0);
+        return false;
+    }
+    static uid_t owner(const std::string& path)
+    {
+        struct stat found { };
+        lstat(path.c_str(), &found);
+        return found.st_uid;
     }
 
     TWTemporaryFolder temporary;
@@ -48,12 +83,48 @@ TEST_F(TWPosixOwnFilesTest, MakesFoldersAndReadsPlainFilesOnly)
     EXPECT_EQ(files.read(temporary.path("a"), 9).error, EISDIR);
     EXPECT_EQ(files.read(temporary.path("pipe"), 9).error, EINVAL);
     EXPECT_GT(files.read("/proc/self/status", 1 << 20).bytes.size(), 0u);
+}
 
+TEST_F(TWPosixOwnFilesTest, TellsWhatIsMissingFromWhatIsBehindADanglingLink)
+{
+    temporary.link("stick", "/nowhere/stick");
+    temporary.link("list", "stick/list");
+    temporary.link("below a file", temporary.write("file", "") + "/x");
+    temporary.folder("folder");
+    for (const char* missing : { "none", "folder/none", "file/none" })
+        EXPECT_NE(files.read(temporary.path(missing), 9).error, ENOLINK) << missing;
+    for (const char* dangling : { "stick", "stick/list", "list", "below a file" })
+        EXPECT_EQ(files.read(temporary.path(dangling), 9).error, ENOLINK) << dangling;
+}
+
+TEST_F(TWPosixOwnFilesTest, GivesADamagedFileASecondName)
+{
+    const std::string file = temporary.write("file", "12345");
     std::string kept;
-    temporary.link("a/file.damaged", "nothing");
-    EXPECT_EQ(files.keepDamaged(file, kept), 0);
-    EXPECT_EQ(kept, temporary.path("a/file.damaged.2"));
-    EXPECT_EQ(temporary.read("a/file.damaged.2"), "12345");
+    temporary.link("file.damaged", "nothing");
+    for (int attempt = 0; attempt < 2; attempt++) { // the write that followed the first one has failed
+        EXPECT_EQ(files.keepDamaged(file, 9, kept), 0);
+        EXPECT_EQ(kept, temporary.path("file.damaged.2"));
+    }
+    EXPECT_EQ(files.writeAtomically(file, "new"), 0);
+    EXPECT_EQ(temporary.read("file.damaged.2"), "12345");
+    temporary.link("link", "folder/target");
+    const std::string target = temporary.write("folder/target", "");
+    ASSERT_EQ(truncate(target.c_str(), off_t(1) << 40), 0); // copying it would fill the disk
+    EXPECT_EQ(files.keepDamaged(temporary.path("link"), 9, kept), 0);
+    EXPECT_EQ(kept, target + ".damaged");
+    EXPECT_EQ(files.keepDamaged(temporary.path("folder"), 9, kept), EISDIR);
+    EXPECT_EQ(files.keepDamaged(temporary.path("none"), 9, kept), ENOENT);
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become somebody who may read a file but not link it";
+    chmod(temporary.path().c_str(), 0777);
+    chmod(file.c_str(), 0644);
+    endsBefore(INT_MAX, [&] {
+        const bool tooLong = setuid(1234) == 0 && files.keepDamaged(file, 2, kept) == EFBIG;
+        _exit(tooLong && files.keepDamaged(file, 3, kept) == 0 ? 0 : 1);
+    });
+    EXPECT_EQ(temporary.read("file.damaged.3"), "new");
+    EXPECT_EQ(owner(temporary.path("file.damaged.3")), 1234u);
 }
 
 TEST_F(TWPosixOwnFilesTest, AWriteIsWholeOrDoesNotHappen)
@@ -82,4 +153,80 @@ TEST_F(TWPosixOwnFilesTest, AWriteIsWholeOrDoesNotHappen)
     signal(SIGXFSZ, SIG_DFL);
     EXPECT_EQ(temporary.read(std::string(255, 'n')), "new");
     EXPECT_EQ(listing(), before);
+}
+
+TEST_F(TWPosixOwnFilesTest, AWriteThatIsKilledLeavesAWholeFileAndNothingForLong)
+{
+    const std::string file = temporary.write("list", "old");
+    int kills = 0;
+    while (!endsBefore(kills, [&] { files.writeAtomically(file, "new"); })) {
+        kills++;
+        EXPECT_TRUE(temporary.read("list") == "old" || temporary.read("list") == "new") << kills;
+        EXPECT_LE(listing().size(), 2u) << kills;
+        if (kills % 2 == 0)
+            files.removeLeftovers(temporary.path());
+        else
+            EXPECT_EQ(files.writeAtomically(file, "old"), 0) << kills;
+        EXPECT_EQ(listing(), std::set<std::string>{ "list" }) << kills;
+    }
+    EXPECT_GT(kills, 10);
+    EXPECT_EQ(temporary.read("list"), "new");
+}
+
+TEST_F(TWPosixOwnFilesTest, OneWriterAtATime)
+{
+    const std::string file = temporary.write("list", "old");
+    {
+        TWTemporaryFile other(file);
+        EXPECT_EQ(other.create(), 0);
+        EXPECT_EQ(files.writeAtomically(file, "new"), EBUSY);
+        files.removeLeftovers(temporary.path());
+        EXPECT_EQ(listing().size(), 2u);
+        EXPECT_EQ(temporary.read("list"), "old");
+    }
+    std::atomic<int> others = 0;
+    const auto write = [&](char letter) {
+        for (int count = 0; count < 200; count++) {
+            const int error = files.writeAtomically(file, std::string(10'000, letter));
+            others += error != 0 && error != EBUSY;
+            const std::string found = files.read(file, 100'000).bytes;
+            others += found != "old" && found != std::string(10'000, found[0]);
+        }
+    };
+    std::thread second(write, 'b');
+    write('a');
+    second.join();
+    EXPECT_EQ(others, 0);
+    EXPECT_EQ(listing(), std::set<std::string>{ "list" });
+}
+
+TEST_F(TWPosixOwnFilesTest, RemovesLeftoversOnly)
+{
+    temporary.write(".tidewell-0123456789abcdef", "words");
+    const auto before = listing();
+    temporary.write(".tidewell-0123456789abcde", "");
+    temporary.write(".tidewell-0123456789abcdeF", "");
+    temporary.write(".tidewell-0123456789abcdef0", "");
+    temporary.folder(".tidewell-0000000000000001");
+    temporary.link(".tidewell-0000000000000002", "list");
+    const auto all = listing();
+    files.removeLeftovers(temporary.path());
+    files.removeLeftovers(temporary.path("none"));
+    EXPECT_EQ(listing().size(), all.size() - 1);
+    EXPECT_FALSE(listing().contains(*before.begin()));
+}
+
+TEST_F(TWPosixOwnFilesTest, WhatRootMakesBelongsToTheOwnerOfTheFolder)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "needs root";
+    ASSERT_EQ(chown(temporary.path().c_str(), 1234, 1234), 0);
+    EXPECT_EQ(files.makeFolders(temporary.path("a/b")), 0);
+    EXPECT_EQ(files.writeAtomically(temporary.path("a/b/new"), "x"), 0);
+    EXPECT_TRUE(TWPosixLocks().tryLock(temporary.path("a/lock")).lock);
+    for (const char* made : { "a", "a/b", "a/b/new", "a/lock" })
+        EXPECT_EQ(owner(temporary.path(made)), 1234u) << made;
+    ASSERT_EQ(chown(temporary.path("a/b/new").c_str(), 4321, 4321), 0);
+    EXPECT_EQ(files.writeAtomically(temporary.path("a/b/new"), "y"), 0);
+    EXPECT_EQ(owner(temporary.path("a/b/new")), 4321u);
 }

@@ -80,14 +80,15 @@ TEST_F(TWDataFolderTest, AWriteKeepsEveryDamagedFileAndAFailedOneTheOldFile)
 {
     for (const auto* name : { "L.plist.damaged", "L.plist.damaged.2" }) {
         put(name);
-        EXPECT_EQ(folder.write("L.plist", { 1, "two" }, TWOldFile::KeepAsDamaged), "");
+        EXPECT_EQ(folder.write("L.plist", { 1, "two" }, TWOldFile::KeepAsDamaged).keptAs, dataFolder + "/" + name);
         EXPECT_EQ(get(name), name);
     }
     EXPECT_EQ(read().records, (TWValue::Array{ 1, "two" }));
     put("old");
-    EXPECT_NE(folder.write("L.plist", { "not \xFF text" }, TWOldFile::Replace), "");
+    EXPECT_NE(folder.write("L.plist", { "not \xFF text" }, TWOldFile::Replace).problem.find("is not valid UTF-8"),
+        std::string::npos);
     EXPECT_EQ(get("L.plist"), "old");
     std::filesystem::create_directories(folder.file("folder/x"));
-    EXPECT_NE(
-        folder.write("folder", {}, TWOldFile::Replace).find("could not be saved (Is a directory)"), std::string::npos);
+    EXPECT_NE(folder.write("folder", {}, TWOldFile::Replace).problem.find("could not be saved (Is a directory)"),
+        std::string::npos);
 }

@@ -98,10 +98,10 @@ TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
 
 TEST_F(TWFilesSheetTest, KeepsWhatAnEditorCannotShow)
 {
-    const TWFilesRule odd{ false, "Odd", "/tmp/\xFF\nname", 7 };
+    const TWFilesRule odd{ false, "Odd", "/tmp/\xFF\nname", std::int64_t(1) << 40 };
     world.files.addRule(odd);
     open();
-    EXPECT_EQ(cell(0, WhatToDelete), "Nothing (kind 7)");
+    EXPECT_EQ(cell(0, WhatToDelete), "Nothing (kind 1099511627776)");
     pick(0, std::nullopt);
     table->setCurrentIndex(table->model()->index(0, Path));
     QTest::keyClick(table, Qt::Key_F2);
@@ -227,6 +227,8 @@ TEST_F(TWFilesSheetTest, RestoresDefaultsWhichSearchForNoWords)
     for (const auto& rule : world.files.rules()) {
         EXPECT_TRUE(!rule.filePath.empty() && paths.insert(rule.filePath).second) << rule.filePath;
         EXPECT_TRUE(!rule.active || rule.whatToDelete == TWItemItself) << rule.filePath;
+        // It would make every run with an empty dictionary ask, even if it is switched off.
+        EXPECT_FALSE(rule.needsKeywords()) << rule.filePath;
     }
 }
 

@@ -21,7 +21,8 @@ protected:
         machine.root.write("home/.local/share/Trash/files/one", "1");
         itemSize = machine.fileSystem.look(machine.root.write("home/.local/share/Trash/files/two", "2")).facts.bytes;
         machine.root.write("home/.local/share/Tidewell/FilesRules.plist",
-            "<plist><array><dict><key>Active</key><true/></dict><dict/></array></plist>");
+            "<plist><array><dict><key>Active</key><true/><key>FilePath</key><string/></dict>"
+            "<dict><key>FilePath</key><string/></dict></array></plist>");
         machine.userDefaults.values["LogsCleaner"] = true;
         delegate = std::make_unique<TWTidewellAppDelegate>(machine.platform, TWLaunchKind::Window);
         session = std::make_unique<TWWindowSession>(*delegate, qtAlerts);

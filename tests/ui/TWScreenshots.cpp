@@ -60,7 +60,7 @@ void grabAll()
     filesSheet.close();
     auto& dictionarySheet = *session.sheet("dictionary");
     dictionarySheet.open();
-    delegate.editors().dictionary().replaceWords({ "invoice", "tax return", "", std::string(150, 'w') });
+    delegate.editors().dictionary().setWordDictionary({ "invoice", "tax return", "", std::string(150, 'w') });
     grab(machine, dictionarySheet, "dictionary");
     dictionarySheet.close();
 

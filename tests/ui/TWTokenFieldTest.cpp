@@ -168,7 +168,10 @@ TEST_F(TWDictionarySheetTest, ShowsWhatACommandChangesAndKeepsTheTyping)
     QTest::keyClick(input, Qt::Key_Left);
     QTest::keyClick(input, Qt::Key_F2);
     QTest::keyClicks(input, "B");
-    world.dictionary.replaceWords({ "b", "c" });
+    world.dictionary.list().changeSaved([](auto& words) {
+        words = { { "b" }, { "c" } };
+        return true;
+    });
     QTest::keyClick(input, Qt::Key_Return);
     EXPECT_EQ(world.dictionary.wordDictionary(), (std::vector<std::string>{ "B", "c" }));
 }

@@ -1,6 +1,8 @@
 #include "platform/posix/TWFileUserDefaults.h"
 
-#include "plist/TWPropertyList.h"
+#include "platform/TWFileSystem.h"
+#include "plist/TWPropertyListBudget.h"
+#include "plist/TWPropertyListReader.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
@@ -11,12 +13,24 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto Unreadable
-    = "The settings file \"%@\" could not be read. It is left untouched until a setting is changed, and then kept as "
-      "\"%@.damaged\"; please repair it, or move it away to start anew.";
+    = "The settings file \"%@\" could not be read (%@), so the default settings are in use. It is "
+      "left untouched until a setting is changed, and is then kept beside the new one; please "
+      "repair it, or move it away to start anew.";
+constexpr auto Replaced = "The settings file could not be read, so the default settings are in use but for what was "
+                          "changed since. It was kept as \"%@\"; please check your settings.";
+constexpr auto NoDictionary = "it does not hold settings";
+constexpr auto Dangling = "it is a link to something that is not there now";
 constexpr auto Unwritable
-    = "The settings file \"%@\" could not be saved. Please make room on the disk or check the permissions.";
+    = "The settings file \"%@\" could not be saved (%@). Please make room on the disk or check the "
+      "permissions.";
+constexpr auto NotKept = "the damaged file could not be kept: %@";
 
-constexpr std::size_t LongestFile = 1 << 20;
+std::string readingProblem(int error)
+{
+    return error == EFBIG  ? std::string(TWPropertyListBudget::TooLong)
+        : error == ENOLINK ? Dangling
+                           : TWErrorText(error);
+}
 
 }
 
@@ -31,15 +45,28 @@ TWFileUserDefaults::TWFileUserDefaults(const TWOwnFiles& ownFiles, TWRunLoop& ru
 void TWFileUserDefaults::read()
 {
     stored_ = {};
-    problem_.clear();
-    const auto contents = ownFiles_.read(file_, LongestFile);
-    if (contents.error == ENOENT || contents.error == ENOTDIR)
+    unreadable_.clear();
+    TWPropertyListReader reader;
+    const int error = ownFiles_.readPieces(
+        file_, TWPropertyList::MaximumBytes, [&](std::string_view piece) { return reader.take(piece); });
+    if (error == ENOENT || error == ENOTDIR)
         return;
-    const auto list = TWPropertyList::read(contents.bytes);
-    if (contents.error == 0 && list.value && list.value->dictionary())
-        stored_ = *list.value->dictionary();
+    if (error != 0) {
+        unreadable_ = readingProblem(error);
+        return;
+    }
+    auto list = reader.finish();
+    if (list.value && list.value->dictionary())
+        stored_ = std::move(*list.value->dictionary());
     else
-        problem_ = TWText::fill(Unreadable, { file_, file_ });
+        unreadable_ = list.value ? NoDictionary : list.problem;
+}
+
+std::string TWFileUserDefaults::problem() const
+{
+    if (!unreadable_.empty())
+        return TWText::fill(Unreadable, { file_, unreadable_ });
+    return keptAs_.empty() ? "" : TWText::fill(Replaced, { keptAs_ });
 }
 
 std::optional<TWValue> TWFileUserDefaults::value(const std::string& key) const
@@ -63,7 +90,14 @@ void TWFileUserDefaults::removeValue(const std::string& key)
 void TWFileUserDefaults::change(const std::string& key, std::optional<TWValue> value)
 {
     changes_[key] = std::move(value);
-    writing_ = runLoop_.after(0ms, [this] { synchronize(); });
+    writing_ = runLoop_.after(0ms, [this] { writeByItself(); });
+}
+
+void TWFileUserDefaults::writeByItself()
+{
+    const auto problem = synchronize();
+    if (!problem.empty() && writeFailed_ && !std::exchange(failureReported_, true))
+        writeFailed_(problem);
 }
 
 std::string TWFileUserDefaults::synchronize()
@@ -72,28 +106,47 @@ std::string TWFileUserDefaults::synchronize()
     if (changes_.empty())
         return "";
     read();
-    return write() ? "" : TWText::fill(Unwritable, { file_ });
+    const auto problem = write();
+    if (!problem.empty())
+        return TWText::fill(Unwritable, { file_, problem });
+    failureReported_ = false;
+    return "";
 }
 
-// False leaves the file as it is and the changes for a later try.
-bool TWFileUserDefaults::write()
+void TWFileUserDefaults::applyChanges()
 {
-    std::string kept;
-    if (!problem_.empty() && ownFiles_.keepDamaged(file_, kept) != 0)
-        return false;
-    auto merged = stored_;
     for (const auto& [key, value] : changes_) {
         if (value)
-            merged.set(key, *value);
+            stored_.set(key, *value);
         else
-            merged.remove(key);
+            stored_.remove(key);
     }
-    const auto bytes = TWPropertyList::write(merged, TWPropertyListFormat::XML);
+}
+
+// "" or the reason; the file is then as it was, and the changes wait for a later try.
+std::string TWFileUserDefaults::write()
+{
+    std::string kept;
+    if (!unreadable_.empty()) {
+        const int error = ownFiles_.keepDamaged(file_, TWPropertyList::MaximumBytes, kept);
+        if (error != 0 && error != ENOENT)
+            return TWText::fill(NotKept, { TWErrorText(error) });
+        if (error == ENOENT)
+            kept.clear();
+    }
+    applyChanges();
+    std::string problem;
+    TWValue list(std::move(stored_)); // not copied: it may be large
+    const auto bytes = TWPropertyList::write(list, problem);
+    stored_ = std::move(*list.dictionary());
+    if (!bytes)
+        return problem;
     ownFiles_.makeFolders(std::string(TWPath::parent(file_)));
-    if (!bytes || ownFiles_.writeAtomically(file_, *bytes) != 0)
-        return false;
-    stored_ = std::move(merged);
+    if (const int error = ownFiles_.writeAtomically(file_, *bytes))
+        return TWErrorText(error);
     changes_.clear();
-    problem_.clear();
-    return true;
+    unreadable_.clear();
+    if (!kept.empty())
+        keptAs_ = kept;
+    return "";
 }

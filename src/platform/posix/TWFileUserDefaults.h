@@ -7,7 +7,7 @@
 #include <map>
 
 // One property list of our own, a dictionary. Changes are written together on the next turn of the run loop, over what
-// the file holds by then, and never but whole: a write that fails leaves the old file.
+// the file holds by then, and always as a whole: a write that fails leaves the old file.
 class TWFileUserDefaults final : public TWUserDefaults {
 public:
     TWFileUserDefaults(const TWOwnFiles&, TWRunLoop&, std::string file);
@@ -16,19 +16,25 @@ public:
     void setValue(const std::string& key, const TWValue&) override;
     void removeValue(const std::string& key) override;
     std::string synchronize() override;
-    std::string problem() const override { return problem_; }
+    void setWriteFailed(std::function<void(const std::string&)> failed) override { writeFailed_ = std::move(failed); }
+    std::string problem() const override;
     std::string file() const override { return file_; }
 
 private:
     void read();
     void change(const std::string& key, std::optional<TWValue>);
-    bool write();
+    void applyChanges();
+    void writeByItself();
+    std::string write();
 
     const TWOwnFiles& ownFiles_;
     TWRunLoop& runLoop_;
     const std::string file_;
     TWDictionary stored_;
     std::map<std::string, std::optional<TWValue>> changes_; // not written yet; nothing means removed
-    std::string problem_;
+    std::string unreadable_; // why the file cannot be read, or ""
+    std::string keptAs_; // the second name of the damaged file that this process has replaced, or ""
+    std::function<void(const std::string&)> writeFailed_;
+    bool failureReported_ = false; // since the last write that succeeded
     std::unique_ptr<TWRunLoopHandle> writing_;
 };

@@ -1,5 +1,8 @@
 #include "platform/posix/TWPosixLocks.h"
 
+#include "platform/posix/TWFolderOwner.h"
+#include "support/TWPath.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -29,6 +32,7 @@ TWLockResult TWPosixLocks::tryLock(const std::string& path)
         result.error = errno;
         return result;
     }
+    TWGiveToFolderOwner(descriptor, std::string(TWPath::parent(path)));
     if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
         result.lock = std::make_unique<FileLock>(descriptor);
         return result;

@@ -1,20 +1,25 @@
 #include "platform/posix/TWPosixOwnFiles.h"
 
 #include "platform/posix/TWDescriptor.h"
+#include "platform/posix/TWFolderOwner.h"
+#include "platform/posix/TWTemporaryFile.h"
 #include "support/TWPath.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <memory>
 
 namespace {
 
 constexpr mode_t NewFolderMode = 0700;
-constexpr std::size_t CopySize = std::size_t{ 64 } * 1024;
-constexpr int MostLinks = 40; // as the system itself follows
+constexpr std::size_t PieceSize = std::size_t{ 64 } * 1024;
+constexpr int MostLinks = 40; // as many as the system itself follows
+constexpr int MostDamagedFiles = 99;
 
 bool isFolder(const std::string& path)
 {
@@ -22,6 +27,14 @@ bool isFolder(const std::string& path)
     return stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
 }
 
+}
+
+static int makeFolder(const std::string& path)
+{
+    if (mkdir(path.c_str(), NewFolderMode) != 0)
+        return errno;
+    const TWDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return folder.isOpen() ? TWGiveToFolderOwner(folder.get(), std::string(TWPath::parent(path))) : errno;
 }
 
 int TWPosixOwnFiles::makeFolders(const std::string& path) const
@@ -32,24 +45,40 @@ int TWPosixOwnFiles::makeFolders(const std::string& path) const
     for (std::size_t end = 0; end != whole.size();) {
         end = std::min(whole.find('/', end + 1), whole.size());
         const std::string part = whole.substr(0, end);
-        if (isFolder(part) || mkdir(part.c_str(), NewFolderMode) == 0)
+        if (isFolder(part))
             continue;
-        const int error = errno;
-        if (!isFolder(part)) // someone else may have made it meanwhile
+        const int error = makeFolder(part);
+        if (error != 0 && !isFolder(part)) // somebody else may have made it meanwhile
             return error;
     }
     return 0;
 }
 
-// Opens a plain file for reading; a pipe is refused instead of being waited for. 0, or the errno.
-static int openForReading(const std::string& path, TWDescriptor& file, struct stat& facts)
+// True if the path, or a folder on the way to it, is a link whose target does not exist, for example on a USB stick
+// that is not plugged in. Then nobody knows what the file holds.
+static bool isBehindDanglingLink(const std::string& path)
 {
-    file = TWDescriptor(open(TWPath::systemPath(path).c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    for (std::size_t end = 0; end != path.size();) {
+        end = std::min(path.find('/', end + 1), path.size());
+        const std::string part = path.substr(0, end);
+        struct stat facts;
+        if (lstat(part.c_str(), &facts) == 0 && S_ISLNK(facts.st_mode) && stat(part.c_str(), &facts) != 0)
+            return true;
+    }
+    return false;
+}
+
+// Opens a plain file that is no longer than the limit; a pipe is refused instead of being waited for. 0 or the errno.
+static int openForReading(const std::string& path, std::size_t limit, TWDescriptor& file, struct stat& facts)
+{
+    file = TWDescriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen() || fstat(file.get(), &facts) != 0)
         return errno;
     if (S_ISDIR(facts.st_mode))
         return EISDIR;
-    return S_ISREG(facts.st_mode) ? 0 : EINVAL;
+    if (!S_ISREG(facts.st_mode))
+        return EINVAL;
+    return facts.st_size > static_cast<off_t>(limit) ? EFBIG : 0;
 }
 
 // The number of bytes read, 0 at the end, or -1.
@@ -74,28 +103,47 @@ static int writeAll(int file, std::string_view bytes)
     return 0;
 }
 
+// Gives the bytes of an open file to take. 0 or the errno.
+static int readAll(int file, std::size_t limit, const std::function<bool(std::string_view)>& take)
+{
+    char buffer[PieceSize];
+    for (;;) { // the file's size is not to be trusted: it can grow, and in /proc it is 0
+        const ssize_t length = readSome(file, buffer, sizeof buffer);
+        if (length < 0)
+            return errno;
+        if (static_cast<std::size_t>(length) > limit)
+            return EFBIG;
+        limit -= static_cast<std::size_t>(length);
+        if (length == 0 || !take({ buffer, static_cast<std::size_t>(length) }))
+            return 0;
+    }
+}
+
+int TWPosixOwnFiles::readPieces(
+    const std::string& path, std::size_t limit, const std::function<bool(std::string_view)>& take) const
+{
+    const std::string whole = TWPath::systemPath(path);
+    TWDescriptor file;
+    struct stat facts { };
+    const int error = openForReading(whole, limit, file, facts);
+    if ((error == ENOENT || error == ENOTDIR) && isBehindDanglingLink(whole))
+        return ENOLINK;
+    return error != 0 ? error : readAll(file.get(), limit, take);
+}
+
 TWOwnFiles::Contents TWPosixOwnFiles::read(const std::string& path, std::size_t limit) const
 {
-    TWDescriptor file;
-    struct stat facts;
-    Contents contents{ openForReading(path, file, facts), {} };
-    char buffer[CopySize];
-    while (contents.error == 0) { // the size in facts is not to be trusted: the file can grow, and in /proc it is 0
-        const ssize_t length = readSome(file.get(), buffer, sizeof buffer);
-        if (length == 0)
-            return contents;
-        if (length < 0)
-            contents.error = errno;
-        else if (static_cast<std::size_t>(length) > limit - contents.bytes.size())
-            contents.error = EFBIG;
-        else
-            contents.bytes.append(buffer, static_cast<std::size_t>(length));
-    }
-    contents.bytes.clear();
+    Contents contents;
+    contents.error = readPieces(path, limit, [&](std::string_view piece) {
+        contents.bytes += piece;
+        return true;
+    });
+    if (contents.error != 0)
+        contents.bytes.clear();
     return contents;
 }
 
-// Where a write to the path must go: a link stays a link, also one whose target does not exist yet. 0, or the errno.
+// Replaces the path by that of the file it leads to, even if that file does not exist yet. 0 or the errno.
 static int followLinks(std::string& path)
 {
     char target[PATH_MAX];
@@ -111,26 +159,19 @@ static int followLinks(std::string& path)
     return ELOOP;
 }
 
-// Gives the new file the rights and the owner of the old one, if there is an old one. 0, or the errno.
+// Gives the new file the mode and the owner of the old one or, if there is none, the owner of the folder. 0 or the
+// errno.
 static int takeOverRights(const std::string& old, int file)
 {
     struct stat facts;
     if (lstat(old.c_str(), &facts) != 0)
-        return errno == ENOENT ? 0 : errno;
+        return errno == ENOENT ? TWGiveToFolderOwner(file, std::string(TWPath::parent(old))) : errno;
     if (!S_ISREG(facts.st_mode))
         return S_ISDIR(facts.st_mode) ? EISDIR : EINVAL;
     // Only root can hand the file back to its owner, and only root needs to.
     if (geteuid() == 0 && fchown(file, facts.st_uid, facts.st_gid) != 0)
         return errno;
     return fchmod(file, facts.st_mode & 07777) == 0 ? 0 : errno;
-}
-
-// Fills the file and brings it to the disk. 0, or the errno.
-static int finishFile(TWDescriptor& file, std::string_view bytes)
-{
-    if (const int error = writeAll(file.get(), bytes))
-        return error;
-    return fsync(file.get()) == 0 && file.close() == 0 ? 0 : errno;
 }
 
 int TWPosixOwnFiles::writeAtomically(const std::string& path, std::string_view bytes) const
@@ -140,62 +181,87 @@ int TWPosixOwnFiles::writeAtomically(const std::string& path, std::string_view b
         return ENOENT;
     if (const int error = followLinks(target))
         return error;
-    const std::string folder = target.substr(0, target.rfind('/') + 1);
-    std::string temporary
-        = folder + ".tidewell-XXXXXX"; // a fixed length: the file's own name may be as long as is allowed
-    TWDescriptor file(mkostemp(temporary.data(), O_CLOEXEC)); // mode 0600
-    if (!file.isOpen())
-        return errno;
-    int error = takeOverRights(target, file.get());
-    if (error == 0)
-        error = finishFile(file, bytes);
-    if (error == 0 && rename(temporary.c_str(), target.c_str()) != 0)
-        error = errno;
-    if (error != 0) {
-        unlink(temporary.c_str());
+    TWTemporaryFile file(target);
+    if (const int error = file.create())
         return error;
-    }
-    // The new file is in place, whatever this says; not every file system can do it.
-    fsync(TWDescriptor(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).get());
+    if (const int error = takeOverRights(target, file.descriptor()))
+        return error;
+    if (const int error = writeAll(file.descriptor(), bytes))
+        return error;
+    if (fsync(file.descriptor()) != 0)
+        return errno;
+    if (const int error = file.replaceTarget())
+        return error;
+    // Errors do not matter here: the new file is in place, and not every file system can flush a folder.
+    const std::string folder(TWPath::parent(target));
+    fsync(TWDescriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).get());
     return 0;
 }
 
-static int copyBytes(const TWDescriptor& from, TWDescriptor& to)
+void TWPosixOwnFiles::removeLeftovers(const std::string& folder) const
 {
-    char buffer[CopySize];
-    for (;;) {
-        const ssize_t length = readSome(from.get(), buffer, sizeof buffer);
-        if (length < 0)
-            return errno;
-        if (length == 0)
-            return finishFile(to, {});
-        if (const int error = writeAll(to.get(), { buffer, static_cast<std::size_t>(length) }))
-            return error;
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(TWPath::systemPath(folder).c_str()), closedir);
+    while (const dirent* entry = stream ? readdir(stream.get()) : nullptr) {
+        if (TWTemporaryFile::isName(entry->d_name))
+            TWTemporaryFile::removeLeftover(folder + "/" + entry->d_name);
     }
 }
 
-static int copyFile(const std::string& from, const std::string& to)
+static int copyFile(const std::string& from, const std::string& to, std::size_t limit)
 {
     TWDescriptor source;
     struct stat facts { };
-    if (const int error = openForReading(from, source, facts))
+    if (const int error = openForReading(from, limit, source, facts))
         return error;
-    TWDescriptor copy(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, facts.st_mode & 0777));
+    const TWDescriptor copy(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, facts.st_mode & 0777));
     if (!copy.isOpen())
         return errno;
-    const int error = copyBytes(source, copy);
+    int error = geteuid() == 0 && fchown(copy.get(), facts.st_uid, facts.st_gid) != 0 ? errno : 0;
+    const int readError = readAll(source.get(), limit, [&](std::string_view piece) {
+        if (error == 0)
+            error = writeAll(copy.get(), piece);
+        return error == 0;
+    });
+    if (error == 0)
+        error = readError;
+    if (error == 0 && fsync(copy.get()) != 0)
+        error = errno;
     if (error != 0)
         unlink(to.c_str());
     return error;
 }
 
-int TWPosixOwnFiles::keepDamaged(const std::string& path, std::string& kept) const
+// A link takes no time and no room, however long the file is. 0 or the errno.
+static int giveSecondName(const std::string& path, const std::string& name, std::size_t limit)
 {
-    kept = path + ".damaged";
-    int error = copyFile(path, kept);
-    for (int number = 2; error == EEXIST && number < 100; ++number) {
-        kept = path + ".damaged." + std::to_string(number);
-        error = copyFile(path, kept);
+    if (link(path.c_str(), name.c_str()) == 0)
+        return 0;
+    const int error = errno;
+    struct stat file { };
+    struct stat named { };
+    const bool hasName = error == EEXIST && lstat(path.c_str(), &file) == 0 && lstat(name.c_str(), &named) == 0
+        && file.st_dev == named.st_dev && file.st_ino == named.st_ino; // since a write that failed
+    if (hasName)
+        return 0;
+    const bool impossible = error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
+    return impossible ? copyFile(path, name, limit) : error;
+}
+
+int TWPosixOwnFiles::keepDamaged(const std::string& path, std::size_t limit, std::string& kept) const
+{
+    std::string target = TWPath::systemPath(path);
+    struct stat facts;
+    if (const int error = followLinks(target))
+        return error;
+    if (lstat(target.c_str(), &facts) != 0)
+        return errno;
+    if (!S_ISREG(facts.st_mode))
+        return S_ISDIR(facts.st_mode) ? EISDIR : EINVAL;
+    kept = target + ".damaged";
+    int error = giveSecondName(target, kept, limit);
+    for (int number = 2; error == EEXIST && number <= MostDamagedFiles; ++number) {
+        kept = target + ".damaged." + std::to_string(number);
+        error = giveSecondName(target, kept, limit);
     }
     return error;
 }

@@ -79,7 +79,7 @@ std::vector<TWRecordColumn> TWFilesSheet::columns()
         Column::choice(
             "whatToDelete", tr("What to delete"), KindCount, kindLabel,
             [this](int row) { return rule(row).whatToDelete; },
-            [this](int row, std::int64_t kind) { controller_.setWhatToDelete(row, static_cast<std::int32_t>(kind)); }),
+            [this](int row, std::int64_t kind) { controller_.setWhatToDelete(row, kind); }),
         Column::note("note", tr("Matches now"),
             [this](int row) {
                 const auto note = controller_.note(row);

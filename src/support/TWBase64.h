@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Base64 with the standard alphabet and padding.
+namespace TWBase64 {
+
+// Appends the bytes to the text, without line breaks.
+void append(std::string_view bytes, std::string& text);
+
+// Spaces, tabs and line breaks are skipped wherever they are. Nothing if there is any other foreign character or the
+// padding is wrong.
+std::optional<std::string> decode(std::string_view text);
+
+}
