@@ -35,6 +35,22 @@ function(tw_files name folder pattern)
     set(${name} "${files}" PARENT_SCOPE)
 endfunction()
 
+# tw_precompile(TARGET FOLDER): saves a tenth of the time of a release build. Other builds do without, so that they find
+# a file that forgets an include.
+function(tw_precompile target folder)
+    if(NOT CMAKE_BUILD_TYPE STREQUAL "Release")
+        return()
+    endif()
+    if(folder STREQUAL "ui")
+        target_precompile_headers(${target} PRIVATE
+            <QtWidgets> <algorithm> <functional> <memory> <optional> <string> <vector>)
+    elseif(folder STREQUAL "support")
+        target_precompile_headers(${target} PRIVATE <algorithm> <functional> <memory> <optional> <string> <vector>)
+    elseif(NOT folder STREQUAL "platform/qt")
+        target_precompile_headers(${target} REUSE_FROM tw_support)
+    endif()
+endfunction()
+
 # tw_layer(row): the library of one row. Its target ..._verify_interface_header_sets compiles each header alone.
 function(tw_layer row)
     if(NOT row MATCHES "^([^ |]+) *\\|([^|]*)\\|([^|]*)$")
@@ -57,6 +73,7 @@ function(tw_layer row)
     set_target_properties(${target} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON AUTOMOC ${needs_qt})
     tw_link(${target} PUBLIC ${libraries})
     target_link_libraries(${target} PRIVATE tw_warnings)
+    tw_precompile(${target} ${folder})
 endfunction()
 
 # tw_tests(FOLDER [LABEL label] USES names...): one test program of all files in tests/FOLDER.
