@@ -17,7 +17,8 @@ MISSED = 3  # the exit status of a table; others mean that it could not be measu
 
 def options(description):
     parser = argparse.ArgumentParser(description=description)
-    parser.add_argument("--quick", action="store_true", help="small sizes, to see that everything runs; no goal is judged")
+    parser.add_argument("--quick", action="store_true",
+                        help="small sizes, to see that everything runs; no goal is judged")
     return parser.parse_args()
 
 
@@ -49,7 +50,8 @@ def mount(words, folder):
 def ext4_image(path):
     with open(path, "wb") as file:
         file.truncate(2 ** 30)
-    subprocess.run(["mkfs.ext4", "-q", "-F", "-N", "200000", "-E", "lazy_itable_init=0,lazy_journal_init=0", path], check=True)
+    subprocess.run(["mkfs.ext4", "-q", "-F", "-N", "200000", "-E", "lazy_itable_init=0,lazy_journal_init=0", path],
+                   check=True)
     return path
 
 
@@ -57,10 +59,12 @@ def environment(folder, **more):
     """The only environment that anything measured here ever gets: every place of the user lies below the folder."""
     # Where each folder lies usually, because not every program looks at the variables.
     places = {"HOME": "home", "XDG_DATA_HOME": "home/.local/share", "XDG_STATE_HOME": "home/.local/state",
-              "XDG_CONFIG_HOME": "home/.config", "XDG_CACHE_HOME": "home/.cache", "XDG_RUNTIME_DIR": "run", "TMPDIR": "tmp"}
+              "XDG_CONFIG_HOME": "home/.config", "XDG_CACHE_HOME": "home/.cache", "XDG_RUNTIME_DIR": "run",
+              "TMPDIR": "tmp"}
     for name in places.values():
         os.makedirs(f"{folder}/{name}", mode=0o700, exist_ok=True)
-    return {"PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "offscreen", "QT_LOGGING_RULES": "default.warning=false",
+    return {"PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "offscreen",
+            "QT_LOGGING_RULES": "default.warning=false",
             **{variable: f"{folder}/{name}" for variable, name in places.items()}, **more}
 
 
@@ -68,7 +72,8 @@ def seconds(command, surroundings, status=0):
     """How long the whole command took. What it printed goes to a file, as it would from a script."""
     with tempfile.TemporaryFile(dir=surroundings["TMPDIR"]) as output:
         start = time.perf_counter()
-        ended = subprocess.run(command, env=surroundings, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT).returncode
+        ended = subprocess.run(command, env=surroundings, stdin=subprocess.DEVNULL, stdout=output,
+                               stderr=subprocess.STDOUT).returncode
         taken = time.perf_counter() - start
         if ended != status:
             output.seek(0)
@@ -83,7 +88,7 @@ def printed(command, surroundings):
 
 
 def rotated_rounds(cases, rounds):
-    """cases: functions by name. Each round calls all of them, the next round beginning with the next one. Their results, in lists."""
+    """cases: functions by name. Each round calls all of them and begins with another one. Their results, in lists."""
     results = {name: [] for name in cases}
     names = list(cases)
     for _ in range(rounds):
@@ -98,7 +103,7 @@ def medians(results):
 
 
 def print_times(title, times, unit="s", scale=1, ours=None):
-    """One line for each case. The ratios are those that goals speak of: our case to each other one, or each to the first."""
+    """One line for each case. The ratios are those of the goals: our case to each other one, or each to the first."""
     print(f"\n{title:50}{unit:>12}{'ours : this' if ours else 'this : first':>14}")
     for name, value in times.items():
         ratio = times[ours] / value if ours else value / next(iter(times.values()))

@@ -2,7 +2,8 @@
 """Deleting many paths, one child process each, beside the bare loop of spawning and waiting, find and BleachBit."""
 import os
 
-from benching import Goals, PROGRAMS, TIDEWELL, environment, medians, options, print_times, printed, rotated_rounds, seconds, throwaway_folder
+from benching import (Goals, PROGRAMS, TIDEWELL, environment, medians, options, print_times, printed, rotated_rounds,
+                      seconds, throwaway_folder)
 
 FLOOR, QUEUE = f"{PROGRAMS}/spawn_bench", f"{PROGRAMS}/delete_bench"
 RECORD = b"[Trash Info]\nPath=/home/someone/a%20file\nDeletionDate=2024-05-06T07:08:09\n"
@@ -48,7 +49,8 @@ class Trash:
 
 def measure_trash(folder, count, rounds, unwanted=()):
     cases = Trash(environment(folder), count).cases()
-    times = medians(rotated_rounds({name: case for name, case in cases.items() if name.split()[0] not in unwanted}, rounds))
+    wanted = {name: case for name, case in cases.items() if name.split()[0] not in unwanted}
+    times = medians(rotated_rounds(wanted, rounds))
     print_times(f"Trash of {count} files, {2 * count} children, {rounds} rounds", times, ours=next(iter(times)))
     return {name.split()[0]: value for name, value in times.items()}
 

@@ -1,9 +1,10 @@
 #!/usr/bin/env -S python3 -B
 """The worst lists and settings files: how much memory and time it takes to read them, or to refuse them.
 
-Each file is made to be as bad as its kind can be, and as long as a list may be or longer. Every reading is done twice, the second
-time with so little address space that an allocation beyond the bounds ends the program. Prints the most memory of the whole
-process in MB and the seconds, and ends with 3 when a figure is missed, with 1 when a reading does not end as it should.
+Each file is made to be as bad as its kind can be, and as long as a list may be or longer. Every reading is done twice,
+the second time with so little address space that an allocation beyond the bounds ends the program. Prints the most
+memory of the whole process in MB and the seconds, and ends with 3 when a figure is missed, with 1 when a reading does not
+end as it should.
 """
 import os
 import plistlib
@@ -30,7 +31,8 @@ def xml(inside, repeated=b"", size=LONGEST, before=b"<array>", after=b"</array>"
 
 
 def rules(count, kind):
-    rule = [{"Active": True, "Description": f"Rule {n}", "FilePath": f"~/Documents/folder {n % 1000}/file-{n}", "WhatToDelete": 0}
+    rule = [{"Active": True, "Description": f"Rule {n}", "FilePath": f"~/Documents/folder {n % 1000}/file-{n}",
+             "WhatToDelete": 0}
             for n in range(count)]
     return plistlib.dumps(rule, fmt=kind, sort_keys=False)
 
@@ -45,7 +47,8 @@ def binary(objects, reference=4):
     for each in objects:
         table.append(struct.pack(">Q", offset))
         offset += len(each)
-    return b"".join([b"bplist00", *objects, *table, bytes(6), bytes([8, reference]), struct.pack(">QQQ", len(objects), 0, offset)])
+    trailer = [bytes(6), bytes([8, reference]), struct.pack(">QQQ", len(objects), 0, offset)]
+    return b"".join([b"bplist00", *objects, *table, *trailer])
 
 
 def array(references):
@@ -109,7 +112,8 @@ CASES = [
      lambda: xml(b"", b"<true/>" * 40, before=b"<array>" * 512, after=b"</array>" * 512)),
     ("100,000 levels of arrays", "rules", "refused", lambda: xml(b"<array>" * 100_000)),
     ("one string", "rules", "refused", lambda: xml(b"<string>", b"s", after=b"</string></array>")),
-    ("one string of character references", "rules", "refused", lambda: xml(b"<string>", b"&#x20AC;", after=b"</string></array>")),
+    ("one string of character references", "rules", "refused",
+     lambda: xml(b"<string>", b"&#x20AC;", after=b"</string></array>")),
     ("one string in CDATA", "rules", "refused", lambda: xml(b"<string><![CDATA[", b"s", after=b"]]></string></array>")),
     ("one string in UTF-16", "rules", "refused",
      lambda: ('\ufeff<plist><array><string>' + '€' * 31_900_000 + '</string></array></plist>').encode("utf-16-le")),
@@ -131,7 +135,8 @@ CASES = [
     ("binary: one data", "rules", "refused",
      lambda: binary([array([1]), b"\x4f\x12" + struct.pack(">I", LONGEST - 100) + bytes(LONGEST - 100)])),
     ("beyond the length: <true/>", "rules", "refused", lambda: xml(b"", b"<true/>", TOO_LONG)),
-    ("beyond the length: one string", "rules", "refused", lambda: xml(b"<string>", b"s", TOO_LONG, after=b"</string></array>")),
+    ("beyond the length: one string", "rules", "refused",
+     lambda: xml(b"<string>", b"s", TOO_LONG, after=b"</string></array>")),
     ("beyond the length: binary", "rules", "refused", lambda: shared(TOO_LONG // 4)),
     ("a sparse terabyte", "rules", "refused", None),
     ("words, 1 MB", "words", "read", lambda: words(10**6)),
@@ -159,7 +164,8 @@ def reading(kind, path, address_space=None):
     """What it ended with, the seconds and the memory in MB."""
     def limit():
         resource.setrlimit(resource.RLIMIT_AS, (address_space, address_space))
-    ended = subprocess.run([PROGRAM, kind, path], stdout=subprocess.PIPE, text=True, preexec_fn=limit if address_space else None)
+    ended = subprocess.run([PROGRAM, kind, path], stdout=subprocess.PIPE, text=True,
+                           preexec_fn=limit if address_space else None)
     if ended.returncode != 0:
         sys.exit(f"reading {path} ended with {ended.returncode}")
     outcome, seconds, memory, problem = ended.stdout.rstrip("\n").split(" ", 3)

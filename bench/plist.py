@@ -1,9 +1,9 @@
 #!/usr/bin/env -S python3 -B
 """Property lists from file to file, beside Python's plistlib.
 
-Both read the same file and write what they read to another, which is flushed to the disk and renamed into place. The rounds
-of both take turns; each side times itself without its start-up. Prints medians in milliseconds and their ratios, and ends with 1
-when a figure is missed or the two sides disagree about the content.
+Both read the same file and write what they read to another, which is flushed to the disk and renamed into place. The
+rounds of both take turns; each side times itself without its start-up. Prints medians in milliseconds and their ratios,
+and ends with 1 when a figure is missed or the two sides disagree about the content.
 """
 import datetime
 import gc
@@ -76,8 +76,10 @@ def content(path):
 
 
 def compare(folder, name, sizes, rounds):
-    """For each size the medians of reading, writing and both, of Python and of ours. In each round all sizes have their turn, so
-    that a slow moment of the disk meets them all, and the two sides take turns in being first."""
+    """For each size the medians of reading, writing and both, of Python and of ours.
+
+    In each round all sizes have their turn, so that a slow moment of the disk meets them all, and the two sides take
+    turns in being first."""
     kind, _ = FORMATS[name]
     path, theirs, ours = (os.path.join(folder, end) for end in ("list", "python", "ours"))
     times = {size: ([], []) for size in sizes}

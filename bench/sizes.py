@@ -1,13 +1,14 @@
 #!/usr/bin/env -S python3 -B
 """How fast a tree's size is added up, beside du and gdu.
 
-Makes a home-like tree in a throwaway folder, has every program add it up, round after round, and prints the medians with their
-ratios and goals."""
+Makes a home-like tree in a throwaway folder, has every program add it up, round after round, and prints the medians
+with their ratios and goals."""
 import os
 import subprocess
 import sys
 
-from benching import Goals, PROGRAMS, environment, medians, options, print_times, rotated_rounds, seconds, throwaway_folder
+from benching import (Goals, PROGRAMS, environment, medians, options, print_times, rotated_rounds, seconds,
+                      throwaway_folder)
 from search import make_tree
 
 PROGRAM = f"{PROGRAMS}/sizes_bench"
@@ -15,7 +16,8 @@ GDU_FOLDER = 4096  # what gdu counts for each folder, whatever the folder takes
 
 
 def fill(tree):
-    """Gives some of the empty files contents and some a second name. The number of folders and the bytes they take themselves."""
+    """Gives some of the empty files contents and some a second name. Returns the number of folders and the bytes that
+    they take themselves."""
     number = folders = own = 0
     for folder, _, names in os.walk(tree):
         for name in names:
@@ -67,7 +69,8 @@ def main():
             "gdu": ["gdu", "--non-interactive", "--no-progress", "--no-color", "--summarize", "--no-prefix", tree],
         }
         check_totals(cases, surroundings, folders, own)
-        times = medians(rotated_rounds({name: lambda command=command: seconds(command, surroundings) for name, command in cases.items()}, rounds))
+        runs = {name: lambda command=command: seconds(command, surroundings) for name, command in cases.items()}
+        times = medians(rotated_rounds(runs, rounds))
         print_times(f"sizes, {entries} entries in {folders} folders, {rounds} rounds", times, ours="all threads")
         goals.at_most("all threads, of du -s", 0.6, times["all threads"] / times["du -s"])
         goals.at_most("all threads, of gdu", 1.0, times["all threads"] / times["gdu"])

@@ -4,7 +4,8 @@ import contextlib
 import shutil
 import subprocess
 
-from benching import Goals, PROGRAMS, TIDEWELL, environment, medians, options, print_times, rotated_rounds, seconds, throwaway_folder
+from benching import (Goals, PROGRAMS, TIDEWELL, environment, medians, options, print_times, rotated_rounds, seconds,
+                      throwaway_folder)
 
 
 @contextlib.contextmanager
@@ -31,8 +32,9 @@ def desktop():
 
 def compare(title, commands, surroundings, rounds):
     """Our command comes first."""
-    times = medians(rotated_rounds({" ".join(command).rsplit("/")[-1]: lambda command=command: seconds(command, surroundings)
-                                    for command in commands}, rounds))
+    cases = {" ".join(command).rsplit("/")[-1]: lambda command=command: seconds(command, surroundings)
+             for command in commands}
+    times = medians(rotated_rounds(cases, rounds))
     print_times(f"{title}, {rounds} rounds", times, "ms", 1000, ours=next(iter(times)))
     ours, other = times.values()
     return ours / other
@@ -42,7 +44,8 @@ def main():
     quick = options(__doc__).quick
     goals = Goals(quick)
     with throwaway_folder() as folder:
-        ratio = compare("command", [[TIDEWELL, "paths"], ["bleachbit", "--version"]], environment(folder), 3 if quick else 21)
+        ratio = compare("command", [[TIDEWELL, "paths"], ["bleachbit", "--version"]], environment(folder),
+                        3 if quick else 21)
         goals.at_most("of bleachbit", 0.15, ratio)
         with desktop() as screen:
             surroundings = environment(folder, LD_PRELOAD=f"{PROGRAMS}/first_paint.so", **screen)

@@ -3,7 +3,8 @@
 import os
 import sys
 
-from benching import Goals, TIDEWELL, environment, medians, options, print_times, rotated_rounds, seconds, throwaway_folder
+from benching import (Goals, TIDEWELL, environment, medians, options, print_times, rotated_rounds, seconds,
+                      throwaway_folder)
 
 RECORD = "[Trash Info]\nPath=/home/someone/tree\nDeletionDate=2024-05-06T07:08:09\n"
 PER_FOLDER = 100
@@ -27,7 +28,7 @@ def make_trash(surroundings, count):
 
 
 def case(count, *command):
-    """A fresh file system each time: ext4 makes files slowly for minutes after many were deleted, and deletes by their layout."""
+    """A fresh file system each time: after many deletions ext4 makes files slowly, and it deletes by their layout."""
     def measure():
         with throwaway_folder("ext4") as folder:
             surroundings = environment(folder)

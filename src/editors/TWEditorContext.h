@@ -1,10 +1,11 @@
 #pragma once
 
-#include "deletion/TWFileDeleter.h"
 #include "platform/TWAlerts.h"
 #include "platform/TWBundle.h"
 #include "settings/TWDataFolder.h"
 #include "settings/TWSettings.h"
+
+struct TWDeletionTools;
 
 // What every editor is made from.
 struct TWEditorContext {

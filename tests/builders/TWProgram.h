@@ -2,6 +2,7 @@
 
 #include "builders/TWTemporaryFolder.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <functional>
 #include <sys/resource.h>
@@ -14,7 +15,8 @@ struct TWProgramResult {
     std::string out, err;
 };
 
-// A program as a child of the test: it gets the given environment only, and writes into two files of the folder.
+// A program as a child of the test: it gets only the given environment and the options of the thread sanitizer, and
+// writes to two files in the folder.
 class TWProgram final {
 public:
     using Words = std::vector<std::string>;
@@ -34,6 +36,8 @@ public:
         redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
         redirect(STDOUT_FILENO, folder.path(name), O_WRONLY | O_CREAT);
         redirect(STDERR_FILENO, folder.path(name + ".err"), O_WRONLY | O_CREAT);
+        if (const char* options = std::getenv("TSAN_OPTIONS"))
+            environment.push_back(std::string("TSAN_OPTIONS=") + options);
         if (prepare())
             execve(command[0].c_str(), pointers(command).data(), pointers(environment).data());
         _exit(CannotPrepare);

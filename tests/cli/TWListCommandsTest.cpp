@@ -103,8 +103,8 @@ TEST(TWHandedOverCommandsTest, AWindowsUnsavedEditsStayUnsaved)
     EXPECT_EQ(files.applyDefaults(), "");
     dictionary.setWordDictionary({ "unsaved" });
     const auto run = [&](const Lines& words) {
-        return TWRunCommand(
-            { *host, machine.places, delegate->dataFolder(), delegate.get() }, *TWParseCommandLine(words, "/folder").invocation);
+        return TWRunCommand({ *host, machine.places, delegate->dataFolder(), delegate.get() },
+            *TWParseCommandLine(words, "/folder").invocation);
     };
     EXPECT_EQ(run({ "files", "add", "added" }).status, 0);
     EXPECT_EQ(run({ "files", "off", "1" }).status, 0);

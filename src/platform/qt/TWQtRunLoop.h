@@ -4,12 +4,14 @@
 
 #include <QObject>
 
+#include <deque>
 #include <list>
+#include <mutex>
 #include <thread>
 
 // The event loop of the QCoreApplication, which must exist and outlive this. Its end waits for background work that was
 // told to stop.
-class TWQtRunLoop final : public TWRunLoop {
+class TWQtRunLoop final : public TWRunLoop, private QObject {
 public:
     TWQtRunLoop() = default;
     ~TWQtRunLoop();
@@ -28,6 +30,10 @@ private:
         std::thread thread;
     };
 
-    QObject mainThread_; // calls posted to it come on the main thread
+    // Comes once for each posted call, on the main thread.
+    void customEvent(QEvent*) override;
+
+    std::mutex postedMutex_;
+    std::deque<std::function<void()>> posted_;
     std::list<Worker> workers_;
 };
