@@ -189,6 +189,7 @@ TEST_F(TWCleaningRunTest, CleanDuringARunStartsAgain)
     runLoop.runUntilIdle();
     EXPECT_TRUE(delegate->running() && launcher.running() == 1 && locks.held == 1);
     launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    launcher.atLaunch = [this] { EXPECT_EQ(locks.held, 1) << "the second run took the lock over"; };
     run();
     const auto lines = results();
     EXPECT_TRUE(lines.size() == 5 && lines.front() == Start && lines.back() == End);
@@ -199,7 +200,8 @@ TEST_F(TWCleaningRunTest, CleanDuringARunStartsAgain)
 
 TEST_F(TWCleaningRunTest, WhileTheSecondRunIsAskedForTheFirstOneStaysAsItWas)
 {
-    for (const auto answer : { TWAnswer::Alternate, TWAnswer::Default }) {
+    for (const auto& [answer, answeredInTime] :
+        { std::pair(TWAnswer::Alternate, false), { TWAnswer::Alternate, true }, { TWAnswer::Default, true } }) {
         root.write("home/default", "x");
         root.write("home/.local/share/Trash/files/item", "x");
         userDefaults.values["FilesCleaner"] = false;
@@ -226,11 +228,15 @@ TEST_F(TWCleaningRunTest, WhileTheSecondRunIsAskedForTheFirstOneStaysAsItWas)
             EXPECT_EQ(launcher.records.front(), "destroyed");
             EXPECT_TRUE(root.exists("home/default") == false && saw("green 5"));
         } else {
+            if (answeredInTime)
+                alerts.answer(answer);
+            EXPECT_TRUE(delegate->running() && locks.held == 1 && view.lines.empty());
             launcher.endAll();
             runLoop.advance(1s);
             EXPECT_TRUE(root.exists("home/default")) << "the run that goes on has taken up nothing";
             EXPECT_EQ(view.lines.back(), "ended: succeeded");
-            alerts.answer(answer);
+            if (!answeredInTime)
+                alerts.answer(answer);
         }
         EXPECT_TRUE(!delegate->running() && locks.held == 0);
     }

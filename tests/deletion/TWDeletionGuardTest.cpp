@@ -37,6 +37,7 @@ constexpr auto Data = "it is the folder where Tidewell keeps its settings.";
 constexpr auto InsideData = "it belongs to the settings of Tidewell.";
 constexpr auto AboveData = "the folder where Tidewell keeps its settings lies inside it.";
 constexpr auto MountPoint = "a volume is mounted there.";
+constexpr auto CannotTell = "the folders on the way to it could not be looked at.";
 constexpr auto MountInside = "a volume is mounted inside it.";
 
 }
@@ -117,6 +118,26 @@ TEST_F(TWDeletionGuardTest, LooksAgainWhenAVolumeIsMountedOrTheJobIsNew)
     expect(guard, { { root.path("moved"), Home }, { places.home, "" } });
     guard.renew();
     expect(guard, { { root.path("moved"), "" }, { places.home, Home } });
+}
+
+TEST_F(TWDeletionGuardTest, RefusesWhatCouldNotBeLookedAt)
+{
+    struct Unknown final : TWHeldFolder {
+        std::vector<TWFileIdentity> above;
+        TWFileIdentity identity() const override { return {}; }
+        TWFileLook look(const std::string&) const override { return {}; }
+        std::vector<TWFileIdentity> chain() const override { return above; }
+        int descriptor() const override { return -1; }
+    } folder;
+    const auto rules = guard.rules();
+    const auto there = fileSystem.look(root.write("folder/file", "x"));
+    for (const auto known : { false, true }) {
+        if (known)
+            folder.above = { there.facts.identity };
+        const auto judged = rules->judgeFolder(folder, root.path("folder"));
+        EXPECT_STREQ(rules->objection(judged, "file", there), known ? nullptr : CannotTell);
+        EXPECT_STREQ(rules->objection(judged, "file", {}), CannotTell);
+    }
 }
 
 // A bind mount leads to the home folder under another name, which no comparison of paths would notice.
