@@ -2,6 +2,7 @@
 
 #include "fakes/TWFakes.h"
 #include "contracts/TWLocksContract.h"
+#include "contracts/TWMountTableContract.h"
 #include "contracts/TWProcessLauncherContract.h"
 #include "contracts/TWRunLoopContract.h"
 #include "contracts/TWUserDefaultsContract.h"
@@ -20,6 +21,13 @@ struct Launcher {
     TWRecordingLauncher& recorder;
 };
 
+struct MountTable {
+    TWMountTable& table() { return fake; }
+    std::string mountOne() { return fake.points.emplace_back("/mnt"); }
+
+    TWFakeMountTable fake;
+};
+
 struct UserDefaults {
     TWUserDefaults& defaults() { return fake; }
 
@@ -32,3 +40,4 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWRunLoopContract, TWFakeRunLoop);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWLocksContract, TWFakeLocks);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, Launcher);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWUserDefaultsContract, UserDefaults);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWMountTableContract, MountTable);
