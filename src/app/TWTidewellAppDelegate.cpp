@@ -101,7 +101,8 @@ void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::E
 }
 
 // Differs on purpose: only one cleaning at a time per data folder. Where no lock can be made, as in a read-only home,
-// no other process can be cleaning under it either. Returns nothing if another process holds the lock.
+// no other process can hold it either, so the run goes on without one. Returns nothing if another process holds the
+// lock.
 std::optional<std::shared_ptr<TWHeldLock>> TWTidewellAppDelegate::lockCleaning()
 {
     if (current_)
