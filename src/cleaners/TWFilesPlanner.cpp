@@ -119,7 +119,7 @@ void TWFilesPlanner::plan()
     putPart();
 }
 
-// False if the whole planning ends here.
+// Returns false if the whole planning must end here.
 bool TWFilesPlanner::planRule(const TWFilesRule& rule)
 {
     const auto path = places_.standardize(rule.filePath);
@@ -161,7 +161,7 @@ void TWFilesPlanner::planItem(const std::string& path)
         sayUnreadable(parent, error);
 }
 
-// False if the whole planning ends here.
+// Returns false if the whole planning must end here.
 bool TWFilesPlanner::planFolder(const TWFilesRule& rule, const std::string& path)
 {
     const auto look = planner_.fileSystem().look(path, TWLinkAtEnd::Follow);
