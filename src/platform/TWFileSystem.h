@@ -57,9 +57,9 @@ struct TWFolderEntry {
 };
 
 // A folder held open for reading and listed once. Its entries are opened relative to it and never through a symbolic
-// link, so replacing a folder with a link cannot redirect the reader. A folder opened with openFolder() must not
-// outlive the one that it was opened from, and only one thread at a time may use such a chain. A chain of any length
-// takes a bounded number of descriptors.
+// link, so replacing a folder with a link cannot redirect the reader. A folder opened with openFolder() may be used
+// only while the one that it was opened from exists, and only one thread at a time may use such a chain. A chain of any
+// length takes a bounded number of descriptors.
 class TWOpenFolder {
 public:
     virtual ~TWOpenFolder() = default;
@@ -106,7 +106,7 @@ public:
 enum class TWLinkAtEnd { Follow, DoNotFollow };
 
 // Reads the file system and changes nothing. Paths are absolute; trailing slashes are ignored. Any thread. Differs on
-// purpose: look() does not follow a symbolic link at the end of the path, so a dangling link exists.
+// purpose: by default look() does not follow a symbolic link at the end of the path, so a dangling link exists.
 class TWFileSystem {
 public:
     virtual ~TWFileSystem() = default;
