@@ -1,4 +1,4 @@
-"""What the tables share: a throwaway world, rounds in rotated order, medians, and goals."""
+"""Shared by the benchmark tables: throwaway folders, rounds in rotated order, medians and goals."""
 import argparse
 import contextlib
 import os
@@ -12,7 +12,7 @@ import time
 
 PROGRAMS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../build/bench/bin")
 TIDEWELL = f"{PROGRAMS}/tidewell"
-MISSED = 3  # the exit status of a table; others mean that it could not be measured
+MISSED = 3  # exit status of a table that missed a goal; any other failure means that it could not be measured
 
 
 def options(description):
@@ -24,8 +24,8 @@ def options(description):
 
 @contextlib.contextmanager
 def throwaway_folder(file_system=None, size="4G"):
-    """A new folder; with a file system of its own ("tmpfs" or "ext4", the latter in memory) when we may mount one."""
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that what follows "finally" is done
+    """Makes a new folder, as root with its own file system: "tmpfs", or "ext4" in memory. Removes it at the end."""
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # so that the "finally" clauses run
     folder = tempfile.mkdtemp(prefix="tidewell-bench-")
     mounted = []
     try:
@@ -56,8 +56,8 @@ def ext4_image(path):
 
 
 def environment(folder, **more):
-    """The only environment that anything measured here ever gets: every place of the user lies below the folder."""
-    # Where each folder lies usually, because not every program looks at the variables.
+    """The complete environment of every measured program: all of the user's folders are below the given one."""
+    # The folders have their usual names, because some programs ignore the variables.
     places = {"HOME": "home", "XDG_DATA_HOME": "home/.local/share", "XDG_STATE_HOME": "home/.local/state",
               "XDG_CONFIG_HOME": "home/.config", "XDG_CACHE_HOME": "home/.cache", "XDG_RUNTIME_DIR": "run",
               "TMPDIR": "tmp"}
@@ -69,7 +69,7 @@ def environment(folder, **more):
 
 
 def seconds(command, surroundings, status=0):
-    """How long the whole command took. What it printed goes to a file, as it would from a script."""
+    """Runs the command with its output in a file and returns how long it took. Exits if the status is another one."""
     with tempfile.TemporaryFile(dir=surroundings["TMPDIR"]) as output:
         start = time.perf_counter()
         ended = subprocess.run(command, env=surroundings, stdin=subprocess.DEVNULL, stdout=output,
@@ -82,13 +82,13 @@ def seconds(command, surroundings, status=0):
 
 
 def printed(command, surroundings):
-    """The numbers that the command printed."""
+    """Runs the command and returns the numbers that it prints."""
     result = subprocess.run(command, env=surroundings, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True)
     return [float(word) for word in result.stdout.split()]
 
 
 def rotated_rounds(cases, rounds):
-    """cases: functions by name. Each round calls all of them and begins with another one. Their results, in lists."""
+    """Calls all cases (functions by name) once per round, in rotated order. Returns lists of results by name."""
     results = {name: [] for name in cases}
     names = list(cases)
     for _ in range(rounds):
@@ -103,7 +103,7 @@ def medians(results):
 
 
 def print_times(title, times, unit="s", scale=1, ours=None):
-    """One line for each case. The ratios are those of the goals: our case to each other one, or each to the first."""
+    """Prints one line per case. The ratio is ours to each other case or, without ours, each case to the first."""
     print(f"\n{title:50}{unit:>12}{'ours : this' if ours else 'this : first':>14}")
     for name, value in times.items():
         ratio = times[ours] / value if ours else value / next(iter(times.values()))

@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""Deleting many paths, one child process each, beside the bare loop of spawning and waiting, find and BleachBit."""
+"""Compares deleting many paths, one child process each, with a bare spawn loop, find and BleachBit."""
 import os
 
 from benching import (Goals, PROGRAMS, TIDEWELL, environment, medians, options, print_times, printed, rotated_rounds,
@@ -23,7 +23,7 @@ def expect_empty(folders, command):
 
 
 class Trash:
-    """A Trash of so many files with their records, filled anew before each measurement."""
+    """A Trash with a number of files and their records, filled again before each measurement."""
 
     def __init__(self, surroundings, count):
         self.surroundings, self.count = surroundings, count
@@ -56,7 +56,7 @@ def measure_trash(folder, count, rounds, unwanted=()):
 
 
 def measure_queue(folder, count, rounds):
-    """Seconds per child, taken within the programs, around the deletions alone."""
+    """Measures seconds per child, timed inside the programs around the deletions only."""
     surroundings = environment(folder)
     heap = f"{folder}/heap"
 
@@ -94,7 +94,7 @@ def main():
         times = measure_trash(folder, more, rounds, unwanted=["bare", "bleachbit"])
         goals.at_most(f"{more} files, of find", 0.8, times["tidewell"] / times["find"])
 
-        # Both parts of a round lie near each other in time, as the machine may be busier later.
+        # Compares within a round, because the machine may be busier in another one.
         per_child = [measure_trash(folder, count, 1, unwanted=["find", "bleachbit"]) for count in (many, most)]
         dearer = [times["tidewell"] / times["bare"] for times in per_child]
         goals.at_most(f"per child, {most} files against {many}, beside the bare loop", 1.05, dearer[1] / dearer[0])

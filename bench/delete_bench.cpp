@@ -1,8 +1,8 @@
-// Deletes every entry of a folder as the program does, by a queue of child processes: delete_bench MODE FOLDER
-//   queue          nothing else
+// Deletes every entry of a folder like Tidewell, with a queue of child processes: delete_bench MODE FOLDER
+//   queue          only the queue
 //   ballast        while this process holds one gigabyte of memory
-//   window         while the results window shows a line for each
-//   synchronously  one call of the deleter for each, waiting for its end
+//   window         while the results window shows a line per entry
+//   synchronously  without the queue: one call of the deleter per entry, waiting for its end
 // Prints the seconds that the deletions took.
 
 #include "deletion/TWFileDeleteQueue.h"
@@ -102,6 +102,6 @@ int main(int count, char** arguments)
     else
         queue.run();
     std::printf("%.6f\n", std::chrono::duration<double>(TWRunLoop::Clock::now() - start).count());
-    // Looked at only now, so that it is held until here.
+    // Read only here, so that the memory is held until now.
     return ballast.empty() || ballast.back() == 'x' ? 0 : 1;
 }

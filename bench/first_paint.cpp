@@ -1,5 +1,4 @@
-// Loaded into a Qt program from outside (LD_PRELOAD): ends it with status 0 as soon as one of its windows has been
-// painted.
+// Loaded into a Qt program with LD_PRELOAD: exits with status 0 as soon as one of its windows has been painted.
 
 #include <QApplication>
 #include <QEvent>
@@ -14,7 +13,7 @@ class FirstPaint final : public QObject {
     bool eventFilter(QObject* object, QEvent* event) override
     {
         const auto* widget = qobject_cast<QWidget*>(object);
-        // What lies inside the window is painted before the next event is served.
+        // The contents of the window are painted before the next event is handled.
         if (event->type() == QEvent::Paint && widget && widget->isWindow())
             QCoreApplication::postEvent(this, new QEvent(QEvent::User), INT_MAX);
         return false;

@@ -1,10 +1,9 @@
 #!/usr/bin/env -S python3 -B
-"""The worst lists and settings files: how much memory and time it takes to read them, or to refuse them.
+"""Measures how much memory and time the worst lists and settings files take until they are read or refused.
 
-Each file is made to be as bad as its kind can be, and as long as a list may be or longer. Every reading is done twice,
-the second time with so little address space that an allocation beyond the bounds ends the program. Prints the most
-memory of the whole process in MB and the seconds, and ends with 3 when a figure is missed, with 1 when a reading does not
-end as it should.
+Each file is as bad as its kind can be, and as long as a list may be or longer. Each is read twice, the second time with
+so little address space that an allocation beyond the limits ends the program. Prints the peak memory of the process in
+MB and the seconds. Exits with 3 if a goal is missed and with 1 if a reading does not end as expected.
 """
 import os
 import plistlib
@@ -42,7 +41,7 @@ def words(size):
 
 
 def binary(objects, reference=4):
-    """A binary list of the given objects, the first on top."""
+    """Makes a binary list of the given objects, of which the first is the top object."""
     table, offset = [], 8
     for each in objects:
         table.append(struct.pack(">Q", offset))
@@ -56,17 +55,17 @@ def array(references):
 
 
 def shared(count):
-    """An array of very many references to one value."""
+    """Makes an array of very many references to one value."""
     return binary([b"\xaf\x12" + struct.pack(">I", count) + bytes([0, 0, 0, 1]) * count, b"\x09"])
 
 
 def blow_up():
-    """Twenty arrays, each of which holds the next one 14 times."""
+    """Makes twenty arrays, each of which holds the next one 14 times."""
     return binary([array([n + 1] * 14) for n in range(20)] + [b"\x09"])
 
 
 def dictionary(count):
-    """Binary, with so many keys in an order that has to be sorted."""
+    """Makes a binary dictionary with a number of unsorted keys."""
     keys = [b"\x57" + b"%07d" % (n * 7919 % count) for n in range(count)]
     references = b"".join(struct.pack(">I", n + 2) for n in range(count))
     return binary([b"\xdf\x12" + struct.pack(">I", count) + references + bytes([0, 0, 0, 1]) * count, b"\x09", *keys])
@@ -82,12 +81,12 @@ def keys(count):
 
 
 def ragged(size):
-    """Arrays just longer than what a growing vector has room for, with single values between them."""
+    """Makes arrays just longer than the capacity of a growing vector, with single values between them."""
     one = b"<array>" + b"<true/>" * 131073 + b"</array>" + b"<array><true/><true/><true/><true/><true/></array>" * 9
     return xml(b"", one, size)
 
 
-# Name, kind of list, what reading it ends with, and the file.
+# Name, kind of list, expected outcome of reading it, and the file.
 CASES = [
     ("200,000 rules, XML", "rules", "read", lambda: rules(200_000, plistlib.FMT_XML)),
     ("200,000 rules, binary", "rules", "read", lambda: rules(200_000, plistlib.FMT_BINARY)),
@@ -161,7 +160,7 @@ def write(path, contents):
 
 
 def reading(kind, path, address_space=None):
-    """What it ended with, the seconds and the memory in MB."""
+    """Reads the file and returns the outcome, the seconds and the memory in MB."""
     def limit():
         resource.setrlimit(resource.RLIMIT_AS, (address_space, address_space))
     ended = subprocess.run([PROGRAM, kind, path], stdout=subprocess.PIPE, text=True,

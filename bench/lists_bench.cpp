@@ -1,7 +1,7 @@
-// One reading for bench/lists.py: reads a list or a settings file as Tidewell does. Prints "read", "refused" or
-// "missing", the seconds that it took, the most memory in kB that the process has had, and the problem.
+// For lists.py: reads a list or a settings file as Tidewell does. Prints "read", "refused" or "missing", the seconds
+// that it took, the peak memory of the process in kB, and the problem.
 //
-//     lists_bench rules|words|settings FILE          and then "write", to write what was read once more
+//     lists_bench rules|words|settings FILE          followed by "write" to write it again afterwards
 
 #include "cleaners/TWFilesRule.h"
 #include "editors/TWDictionaryWord.h"
@@ -42,7 +42,7 @@ public:
     void turn(Duration) override { }
 };
 
-// What getrusage() tells includes the memory of the parent before it became this program.
+// Not getrusage(), which includes the memory of the parent process before exec().
 long mostMemory()
 {
     std::ifstream status("/proc/self/status");

@@ -1,9 +1,9 @@
 #!/usr/bin/env -S python3 -B
-"""Property lists from file to file, beside Python's plistlib.
+"""Compares reading and writing property lists with Python's plistlib.
 
 Both read the same file and write what they read to another, which is flushed to the disk and renamed into place. The
-rounds of both take turns; each side times itself without its start-up. Prints medians in milliseconds and their ratios,
-and ends with 1 when a figure is missed or the two sides disagree about the content.
+rounds alternate, and each side times itself without its start-up. Prints medians in milliseconds and their ratios.
+Exits with 3 if a goal is missed and with 1 if the two sides disagree about the content.
 """
 import datetime
 import gc
@@ -24,7 +24,7 @@ GROWTH = 2.5
 
 
 def preferences(count, seed=7):
-    """Like a preference file: a dictionary of dictionaries with settings of all types."""
+    """Makes a list like a preference file: a dictionary of dictionaries with settings of all types."""
     chance = random.Random(seed)
 
     def window(number):
@@ -43,7 +43,7 @@ def preferences(count, seed=7):
 
 
 def list_of_size(size, kind):
-    """Bytes of a list of about that size."""
+    """Returns the bytes of a list of about that size."""
     per_item = len(plistlib.dumps(preferences(2000), fmt=kind)) / 2000
     return plistlib.dumps(preferences(int(size / per_item)), fmt=kind)
 
@@ -76,7 +76,7 @@ def content(path):
 
 
 def compare(folder, name, sizes, rounds):
-    """For each size the medians of reading, writing and both, of Python and of ours.
+    """Returns, for each size, the medians of reading, writing and both, for Python and for ours.
 
     In each round all sizes have their turn, so that a slow moment of the disk meets them all, and the two sides take
     turns in being first."""

@@ -1,4 +1,4 @@
-// One round for bench/plist.py: reads a property list from a file and writes it to another one, flushed and renamed
+// One round for plist.py: reads a property list from a file and writes it to another one, which is flushed and renamed
 // into place. Prints the seconds that reading and writing took.
 
 #include "plist/TWPropertyList.h"
@@ -72,6 +72,6 @@ int main(int argumentCount, char** arguments)
         return 1;
     const double writeUntil = now();
     list.value.reset();
-    const double freeing = now() - writeUntil; // counted, too
+    const double freeing = now() - writeUntil; // counts as well
     std::printf("%.6f %.6f\n", readUntil - start + freeing, writeUntil - writeFrom);
 }

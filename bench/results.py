@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""Showing 100,000 results lines, beside a table that scrolls to every one of them."""
+"""Compares showing 100,000 results lines with a table that scrolls to each of them."""
 import statistics
 
 from benching import Goals, PROGRAMS, environment, options, print_times, printed, rotated_rounds, throwaway_folder
@@ -21,7 +21,7 @@ def main():
         "results window, 100 in a turn": times["turns"],
         "results window, all in one turn": times["burst"]})
     goals.at_most("100 in a turn, of the QTableWidget", 0.02, times["turns"] / times["widget"])
-    # One round in five may be spoilt by whatever else the machine does.
+    # One round in five may be spoilt by other load on the machine.
     goals.at_most("longest turn of all rounds but the worst, ms", 16, longest[-2] if len(longest) > 1 else longest[0])
     goals.at_most("all in one turn, ms", 60, times["burst"] * 1000)
     goals.at_most("memory for each line beyond its text, bytes", 300, times["memory"])

@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""How fast the search for words is, against a bare walk and against fdfind.
+"""Compares the search for words with a bare walk and with fdfind.
 
 Makes five home-like trees in a throwaway folder, runs the cases in turn, round after round, and prints the medians with
 their ratios and goals."""
@@ -42,7 +42,7 @@ def file_name(rng, number):
 
 
 def make_tree(top, entries, seed):
-    """Every folder is filled with about PER_FOLDER entries; as many of them are folders as it takes to go on."""
+    """Fills every folder with about PER_FOLDER entries, with as many folders among them as are needed to go on."""
     rng = random.Random(seed)
     waiting = [(top, 0)]
     os.makedirs(top)
@@ -64,7 +64,7 @@ def make_tree(top, entries, seed):
 
 
 def word_list(count):
-    """Words as long as people search for: they seldom match, but their beginnings often do."""
+    """Makes words of usual length that seldom match but whose beginnings often do."""
     rng = random.Random(42)
     words = {"secret": None}
     while len(words) < count:

@@ -1,7 +1,7 @@
-// One measured case per call, for search.py:
-//   search_bench walk FOLDER...             the least that any search must do: open, list, look at the kind
+// Measures one case, for search.py:
+//   search_bench walk FOLDER...             what any search must do: open, list, look at the kind
 //   search_bench search WORDS FOLDER...     prints the paths found
-//   search_bench walker THREADS WORDS FOLDER...   the same search by the walker alone; 0 threads: one for each core
+//   search_bench walker THREADS WORDS FOLDER...   the same search with the walker only; 0 threads means one per core
 //   search_bench match WORDS NAMES          prints milliseconds to build and nanoseconds per name
 
 #include "cleaners/TWFilesPlanner.h"
@@ -52,7 +52,7 @@ std::size_t walk(int folder)
     return entries;
 }
 
-// As the Files cleaner plans in a run: one rule for each folder.
+// Plans like the Files cleaner in a run, with one rule per folder.
 void search(const char* words, const std::vector<std::string>& folders)
 {
     const TWLinuxFileSystem fileSystem;

@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""How fast a tree's size is added up, beside du and gdu.
+"""Compares adding up a tree's size with du and gdu.
 
 Makes a home-like tree in a throwaway folder, has every program add it up, round after round, and prints the medians
 with their ratios and goals."""
@@ -12,12 +12,12 @@ from benching import (Goals, PROGRAMS, environment, medians, options, print_time
 from search import make_tree
 
 PROGRAM = f"{PROGRAMS}/sizes_bench"
-GDU_FOLDER = 4096  # what gdu counts for each folder, whatever the folder takes
+GDU_FOLDER = 4096  # what gdu counts for each folder, whatever its size on disk
 
 
 def fill(tree):
-    """Gives some of the empty files contents and some a second name. Returns the number of folders and the bytes that
-    they take themselves."""
+    """Writes into some of the empty files and gives some a hard link. Returns the number of folders and their own size
+    on disk in bytes."""
     number = folders = own = 0
     for folder, _, names in os.walk(tree):
         for name in names:
@@ -36,12 +36,12 @@ def fill(tree):
 
 
 def first_number(command, surroundings):
-    """The programs print the total first, and then other words."""
+    """Returns the total, which the programs print first."""
     return int(subprocess.run(command, env=surroundings, stdout=subprocess.PIPE, check=True).stdout.split()[0])
 
 
 def check_totals(cases, surroundings, folders, own):
-    """Ends the table unless all have added up the same."""
+    """Exits unless all programs have found the same total."""
     totals = {name: first_number(command, surroundings) for name, command in cases.items()}
     expected = totals["du -s"]
     totals["gdu"] += own - GDU_FOLDER * folders

@@ -1,4 +1,4 @@
-// For sizes.py: sizes_bench THREADS FOLDER adds up the tree and prints its bytes and its items; 0 threads: one for each
+// For sizes.py: sizes_bench THREADS FOLDER adds up the tree and prints its bytes and items. 0 threads means one per
 // core.
 
 #include "platform/TWTreeSizes.h"

@@ -1,5 +1,5 @@
-// The least that deleting by child processes costs: spawn_bench FOLDER... runs /bin/rm -rf once for each entry of the
-// folders, one after another, in the locale C, and does nothing else. Prints the seconds that the loop took.
+// The minimum cost of deleting with child processes: spawn_bench FOLDER... runs /bin/rm -rf once for each entry of the
+// folders, one after another, in the C locale, and does nothing else. Prints the seconds that the loop took.
 
 #include <chrono>
 #include <cstdio>

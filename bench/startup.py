@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""Starting: a command beside bleachbit --version, and the window, up to its first paint, beside a minimal one."""
+"""Compares starting a command with bleachbit --version, and the window's first paint with a minimal window's."""
 import contextlib
 import shutil
 import subprocess
@@ -10,7 +10,7 @@ from benching import (Goals, PROGRAMS, TIDEWELL, environment, medians, options, 
 
 @contextlib.contextmanager
 def server(*command):
-    """Runs a server of the desktop for a while; where it can be reached is the line that it prints."""
+    """Runs a server of the desktop for a while; yields its address, which is the line that it prints."""
     child = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
     try:
         yield child.stdout.readline().strip()
@@ -21,7 +21,7 @@ def server(*command):
 
 @contextlib.contextmanager
 def desktop():
-    """The variables of a session with a screen and a bus of its own; without Xvfb, on Qt's own screen in memory."""
+    """Makes the environment of a session with its own bus and screen; without Xvfb, Qt's offscreen platform."""
     with server("dbus-daemon", "--session", "--nofork", "--print-address") as bus:
         if not shutil.which("Xvfb"):
             yield {"DBUS_SESSION_BUS_ADDRESS": bus, "QT_QPA_PLATFORM": "offscreen"}
@@ -31,7 +31,7 @@ def desktop():
 
 
 def compare(title, commands, surroundings, rounds):
-    """Our command comes first."""
+    """Prints the times of two commands and returns the ratio of the first one, which is ours, to the other."""
     cases = {" ".join(command).rsplit("/")[-1]: lambda command=command: seconds(command, surroundings)
              for command in commands}
     times = medians(rotated_rounds(cases, rounds))
@@ -49,7 +49,7 @@ def main():
         goals.at_most("of bleachbit", 0.15, ratio)
         with desktop() as screen:
             surroundings = environment(folder, LD_PRELOAD=f"{PROGRAMS}/first_paint.so", **screen)
-            seconds([TIDEWELL], surroundings)  # the very first launch greets
+            seconds([TIDEWELL], surroundings)  # the first launch would show the greeting
             ratio = compare(f"window, {screen['QT_QPA_PLATFORM']}, first paint",
                             [[TIDEWELL], [f"{PROGRAMS}/window_minimal_bench"]], surroundings, 3 if quick else 11)
             goals.at_most("of the minimal window", 1.5, ratio)

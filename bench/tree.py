@@ -1,5 +1,5 @@
 #!/usr/bin/env -S python3 -B
-"""Deleting one path that holds a large tree, beside rm -rf and BleachBit."""
+"""Compares deleting one path that holds a large tree with rm -rf and BleachBit."""
 import os
 import sys
 
@@ -11,7 +11,7 @@ PER_FOLDER = 100
 
 
 def make_trash(surroundings, count):
-    """One trashed folder with so many small files, a hundred in each folder, and its record."""
+    """Makes a trashed folder with a number of small files, a hundred per folder, and its record."""
     trash = surroundings["XDG_DATA_HOME"] + "/Trash"
     tree = f"{trash}/files/tree"
     os.makedirs(f"{trash}/info")
@@ -28,7 +28,7 @@ def make_trash(surroundings, count):
 
 
 def case(count, *command):
-    """A fresh file system each time: after many deletions ext4 makes files slowly, and it deletes by their layout."""
+    """Uses a new file system each time, because many deletions slow ext4 down and the layout affects the speed."""
     def measure():
         with throwaway_folder("ext4") as folder:
             surroundings = environment(folder)

@@ -1,4 +1,4 @@
-// The least that a window like the main one costs: eight rows with a check box, a label and a progress bar.
+// The minimum cost of a window like the main one: eight rows with a check box, a label and a progress bar.
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,7 +1,8 @@
-// Shows 100,000 results lines: window_results_bench MODE prints numbers.
-//   widget  a QTableWidget that scrolls to each line, 100 lines in a turn of the event loop: seconds, longest turn in
-//   ms turns   our results window, 100 lines in a turn: the same burst   our results window, all lines in one turn: the
-//   same memory  our results window: bytes for each line beyond its text
+// Shows 100,000 results lines. window_results_bench MODE prints the seconds and the longest turn in milliseconds.
+//   widget    a QTableWidget that scrolls to each line, 100 lines per turn
+//   turns     our results window, 100 lines per turn
+//   burst     our results window, all lines in one turn
+//   memory    our results window; prints the bytes per line beyond its text instead
 
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/qt/TWQtRunLoop.h"
@@ -26,7 +27,7 @@ std::string line(int number)
     return "Delete /home/someone/.cache/thumbnails/normal/picture " + std::to_string(number) + ".png ...";
 }
 
-// One of the two ways of showing lines.
+// One of the two ways to show lines.
 class Shown {
 public:
     virtual ~Shown() = default;
@@ -39,7 +40,7 @@ public:
     Widget()
         : table_(0, 1)
     {
-        // Nothing that costs without need: the scrolling is to be measured.
+        // Without unnecessary costs, because the scrolling is to be measured.
         table_.horizontalHeader()->hide();
         table_.horizontalHeader()->setStretchLastSection(true);
         table_.verticalHeader()->hide();
@@ -82,7 +83,7 @@ private:
     TWResultsWindow window_;
 };
 
-// Adds lines turn after turn until the last one can be seen.
+// Adds lines in each turn until the last one is visible.
 void measure(Shown& shown, int perTurn)
 {
     QCoreApplication::processEvents();

@@ -1,4 +1,4 @@
-# One static library per row of layers.txt. Headers are found from src/, by the name "folder/TWName.h"; every build and
+# One static library per row of layers.txt. Headers are included as "folder/TWName.h", relative to src/. Every build and
 # every ./test compare the includes with the table (tools/check includes).
 
 file(STRINGS "${CMAKE_CURRENT_LIST_DIR}/layers.txt" TW_ROWS REGEX "^[^#]")
@@ -8,13 +8,13 @@ foreach(row IN LISTS TW_ROWS)
     list(APPEND TW_FOLDERS "${folder}")
 endforeach()
 
-# tw_target(platform/qt NAME): the name of that folder's library, tw_platform_qt.
+# tw_target(platform/qt NAME): sets NAME to the name of that folder's library, tw_platform_qt.
 function(tw_target folder name)
     string(REPLACE "/" "_" target "tw_${folder}")
     set(${name} "${target}" PARENT_SCOPE)
 endfunction()
 
-# tw_link(TARGET PUBLIC|PRIVATE names...): links folders of the table and other libraries.
+# tw_link(TARGET PUBLIC|PRIVATE names...): links libraries, which may be named by their folder in the table.
 function(tw_link target scope)
     foreach(library IN LISTS ARGN)
         if(library IN_LIST TW_FOLDERS)
@@ -24,7 +24,7 @@ function(tw_link target scope)
     endforeach()
 endfunction()
 
-# tw_files(NAME folder pattern): the files below src/folder that no row of their own claims.
+# tw_files(NAME folder pattern): sets NAME to the files below src/folder that belong to no other row.
 function(tw_files name folder pattern)
     file(GLOB_RECURSE files CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/src/${folder}/${pattern}")
     foreach(other IN LISTS TW_FOLDERS)
@@ -35,8 +35,8 @@ function(tw_files name folder pattern)
     set(${name} "${files}" PARENT_SCOPE)
 endfunction()
 
-# tw_precompile(TARGET FOLDER): saves a tenth of the time of a release build. Other builds do without, so that they find
-# a file that forgets an include.
+# tw_precompile(TARGET FOLDER): precompiles headers, which saves a tenth of the time of a release build. Other builds do
+# not, so that they reveal missing includes.
 function(tw_precompile target folder)
     if(NOT CMAKE_BUILD_TYPE STREQUAL "Release")
         return()
@@ -51,7 +51,7 @@ function(tw_precompile target folder)
     endif()
 endfunction()
 
-# tw_layer(row): the library of one row. Its target ..._verify_interface_header_sets compiles each header alone.
+# tw_layer(row): adds the library of one row. Its target ..._verify_interface_header_sets compiles each header alone.
 function(tw_layer row)
     if(NOT row MATCHES "^([^ |]+) *\\|([^|]*)\\|([^|]*)$")
         message(FATAL_ERROR "cmake/layers.txt: cannot read \"${row}\"")
@@ -76,7 +76,7 @@ function(tw_layer row)
     tw_precompile(${target} ${folder})
 endfunction()
 
-# tw_tests(FOLDER [LABEL label] USES names...): one test program of all files in tests/FOLDER.
+# tw_tests(FOLDER [LABEL label] USES names...): adds one test program from all files in tests/FOLDER.
 function(tw_tests folder)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL" "USES")
     file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp")

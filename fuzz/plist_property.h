@@ -8,7 +8,8 @@
 #include <string>
 #include <string_view>
 
-// What holds for reading and writing of any bytes, for the fuzz targets and for the unit tests that replay their finds.
+// Properties of reading and writing that hold for any bytes. Used by the fuzz targets and by the unit tests that replay
+// their finds.
 namespace TWPlistProperty {
 
 inline void require(bool condition, const char* what)
@@ -27,8 +28,8 @@ inline void checkWritten(const TWValue& value, std::string_view written, TWPrope
     require(*again.value == value, "what is read back equals what was written");
 }
 
-// A file of a few bytes can stand for a value too long to be written; all others can be written in the format they came
-// in, and in binary in any case.
+// Checks that the bytes are read or refused, and that what was read as XML can be written in both formats. A few binary
+// bytes can stand for a value that is too long to be written.
 inline void check(std::string_view bytes)
 {
     const TWPropertyListResult result = TWPropertyList::read(bytes);
@@ -45,8 +46,8 @@ inline void check(std::string_view bytes)
         checkWritten(*result.value, *xml, TWPropertyListFormat::XML);
 }
 
-// The bytes as the objects of a binary list with a sound table, in which reference n is the object at byte n: random
-// changes reach the objects, where in a whole file they mostly break the table.
+// Checks the bytes as the objects of a binary list with a valid table, in which reference n is the object at byte n. So
+// random changes affect the objects; in a whole file they would mostly break the table.
 inline void checkAsObjects(std::string_view bytes)
 {
     const std::size_t count = std::min<std::size_t>(bytes.size(), 256);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// One file, in memory.
+// A single file in memory.
 class OneFile final : public TWOwnFiles {
 public:
     mutable std::string bytes;
@@ -39,13 +39,13 @@ public:
 
 using List = TWRecordList<TWFilesRule>;
 
-// Every entry is there again, with the same value.
+// Checks that every entry is still there, with the same value.
 void checkKept(const TWValue& before, const TWValue& after)
 {
     for (const auto& [key, value] : before.dictionary()->entries()) {
         const auto* again = after.dictionary()->find(key);
         TWPlistProperty::require(again, "no entry of a rule is lost");
-        // The only ones that may be written in another way: a boolean as a number and the reverse.
+        // Only these may change their form: a boolean may become a number and the reverse.
         const bool mayChange = key == "Active" || key == "WhatToDelete";
         TWPlistProperty::require(mayChange || *again == value, "an entry keeps its value");
     }
@@ -53,7 +53,7 @@ void checkKept(const TWValue& before, const TWValue& after)
 
 }
 
-// A list of rules that can be read can be written, and then holds all that it held before.
+// A list of rules that can be read can be written, and then holds everything that it held before.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size)
 {
     const OneFile file;

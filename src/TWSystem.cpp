@@ -9,7 +9,7 @@
 
 namespace {
 
-// Qt's own warnings, except the one that a machine without a login session gives at every start.
+// Passes Qt's warnings on, except one that Qt prints at every start without a login session.
 void writeQtMessage(QtMsgType, const QMessageLogContext&, const QString& message)
 {
     if (!message.startsWith("QStandardPaths:"))

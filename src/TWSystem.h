@@ -7,16 +7,15 @@
 #include "platform/qt/TWQtRunLoop.h"
 #include "settings/TWDataFolder.h"
 
-// What both programs are assembled from: `tidewell`, which carries out commands, and the program of the window. Main
-// thread.
+// What both programs are assembled from: `tidewell`, which carries out commands, and `tidewell-window`. Main thread.
 
-// The first thing in main().
+// Must be called first in main().
 void TWPrepareProcess(const TWHost&);
 
-// "/" if there is none any more.
+// The working directory; "/" if it has been deleted.
 std::string TWWorkingFolder();
 
-// Where everything is in a run, and who reads and writes there.
+// The places of this process and the objects that read and write there.
 struct TWWorld {
     TWWorld(const TWHost&, const TWPlaces&);
 
@@ -26,7 +25,7 @@ struct TWWorld {
     const TWDataFolder dataFolder;
 };
 
-// The platform of a run. Needs a QCoreApplication.
+// Makes and owns the platform. Needs a QCoreApplication.
 class TWSystem final {
 public:
     explicit TWSystem(const TWWorld&);

@@ -1,4 +1,4 @@
-// The program of the window: builds the platform and the views, hands both to the delegate. `tidewell` starts it.
+// tidewell-window: makes the platform and the views and hands both to the delegate. Started by `tidewell`.
 
 #include "TWSystem.h"
 #include "app/TWTidewellAppDelegate.h"
@@ -23,7 +23,7 @@ constexpr auto NoDisplay
 constexpr auto NotListening = "Tidewell: commands cannot reach this window (no socket could be made in %@). Please do "
                               "not change lists with commands while it is open.";
 
-// A command that was handed over, or a second start of the program.
+// Carries out a command that was handed over. An empty command line comes from a second start of the program.
 TWCommandResult carryOut(const TWWorld& world, TWWindowSession& session, TWTidewellAppDelegate& delegate,
     const std::vector<std::string>& words, const std::string& workingFolder)
 {
@@ -39,8 +39,8 @@ TWCommandResult carryOut(const TWWorld& world, TWWindowSession& session, TWTidew
     return result;
 }
 
-// A window that is told to end does so without a question: it stops a run and waits for its end. Told again, it does
-// not wait.
+// Quits on SIGINT, SIGTERM and SIGHUP without a question: stops a run and waits for its end. A second signal does not
+// wait.
 class EndOnSignal {
 public:
     EndOnSignal(TWRunLoop& runLoop, TWTidewellAppDelegate& delegate)
@@ -70,7 +70,7 @@ private:
 
 int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
 {
-    // A second start brings the first window forward and needs none of its own.
+    // If a window is running already, brings it forward instead of opening another one.
     world.dataFolder.make();
     if (const auto answer = world.host.makeHandover(world.places, world.dataFolder.path())->handOver({}, "/"))
         return TWPrint(*answer);
@@ -78,7 +78,8 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(world.bundle.identifier()));
     TWSystem system(world);
-    // Held from before the lists are read until commands come to this window, so that none writes in between.
+    // Held from before the lists are read until this window accepts commands, so that no command writes them in
+    // between.
     auto locked = TWLockLists(*world.host.makeLocks(), world.dataFolder);
     if (locked.heldByAnother)
         return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
@@ -90,7 +91,7 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
     if (!handover->listen(system.runLoop(),
             [&](const auto& words, const auto& folder) { return carryOut(world, session, delegate, words, folder); })) {
-        // Another window was faster, or no socket can be made.
+        // Another window has just started to listen, or no socket can be made.
         if (const auto answer = handover->handOver({}, "/"))
             return TWPrint(*answer);
         TWLog::write(TWText::fill(NotListening, { world.dataFolder.path() }));

@@ -1,5 +1,5 @@
-// Parses the command line and carries it out. The window is a program of its own, because loading its libraries takes
-// longer than most commands.
+// tidewell: parses the command line and carries it out. The window is a separate program, because loading its libraries
+// takes longer than most commands.
 
 #include "TWSystem.h"
 #include "cli/TWCommandLine.h"
@@ -32,7 +32,7 @@ TWCommandResult runHere(const TWWorld& world, const TWInvocation& invocation, in
     terminal.attach(delegate);
     delegate.prepareForCommand();
     auto result = TWRunCommand({ world.host, world.places, world.dataFolder, &delegate, &terminal }, invocation);
-    // A command that could not save has said so already.
+    // A command that could not save its change has reported that already.
     if (result.status == TWStatus::Success || invocation.row->kind != TWCommandKind::ChangesLists)
         delegate.applicationWillTerminate();
     return result;

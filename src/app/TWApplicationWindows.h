@@ -2,16 +2,16 @@
 
 enum class TWWindow { Main, Results, Preferences, QuickCleanup };
 
-// The windows of the program and its place on the desktop. A command has none and ignores all calls. Main thread.
+// The program's windows and its place on the desktop. A command has no windows and ignores all calls. Main thread.
 class TWApplicationWindows {
 public:
-    // Shows the window above the others and gives it the keyboard.
+    // Shows the window above the others and gives it the keyboard focus.
     virtual void bringToFront(TWWindow) = 0;
 
-    // True if the window has the keyboard.
+    // True if the window has the keyboard focus.
     virtual bool isKeyWindow(TWWindow) const = 0;
 
-    // Makes this program the one that the user works with.
+    // Makes this program the active one.
     virtual void activate() = 0;
     virtual void requestUserAttention() = 0;
 

@@ -37,7 +37,7 @@ void TWCleanerLines::refresh()
 {
     summarizer_.reset();
     position_ = -1;
-    // Many changes within one turn are one refresh.
+    // Several calls within one turn cause one refresh.
     next_ = cleaners_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { summarizeNext(); });
 }
 

@@ -3,18 +3,18 @@
 #include "app/TWCleanerTable.h"
 #include "cleaners/TWPlanSummary.h"
 
-// The line in each cleaner's row that says what the cleaner would do now. It is found out in the background, one
-// cleaner after another. Main thread.
+// Determines, for each cleaner's row, the line that says what the cleaner would do now. It plans the cleaners in the
+// background, one after another. Main thread.
 class TWCleanerLines final {
 public:
     using Changed = std::function<void(int position, const std::string& line)>;
 
     TWCleanerLines(const TWCleanerContext&, const TWSettingsSources&, Changed);
 
-    // Finds out all lines anew; what an earlier call is still finding out is dropped.
+    // Determines all lines anew, on later turns. Drops what an earlier call is still determining.
     void refresh();
 
-    // While a run changes everything, nothing is found out.
+    // Stops until the next refresh(), because a run changes everything.
     void pause();
 
 private:
@@ -24,7 +24,7 @@ private:
     TWCleanerContext cleaners_;
     TWSettingsSources sources_;
     const Changed changed_;
-    int position_ = 0; // of the cleaner being summarised
+    int position_ = 0; // of the cleaner being planned
     std::unique_ptr<TWPlanSummarizer> summarizer_;
     std::unique_ptr<TWRunLoopHandle> next_;
 };

@@ -28,7 +28,7 @@ struct Look {
     const char* nothing;
 };
 
-// A row is made from the cleaner's class and the function that yields its settings, so the two cannot mismatch.
+// Makes a row from the cleaner's class and the function that gathers its settings, so that the two always match.
 template <typename Cleaner, auto infoFrom>
 TWCleanerRow row(const Look& look, std::string (*listStatus)(const TWSettingsSources&) = noStatus)
 {
@@ -42,7 +42,7 @@ TWCleanerRow row(const Look& look, std::string (*listStatus)(const TWSettingsSou
         listStatus };
 }
 
-// Takes the place of a cleaner that is not built yet.
+// Stands in for a cleaner that is not implemented yet.
 class LaterCleaner final : public TWCleaner {
 public:
     explicit LaterCleaner(const TWCleanerContext& context)
@@ -88,8 +88,8 @@ TWFilesCleanerInfo filesInfo(const TWSettingsSources& sources)
     if (sources.settings.boolean(TWKey::UseAuthorization))
         info.useAuthorization = TWAuthorization::Yes;
     info.securelyDeleteFiles = sources.settings.boolean(TWKey::SecurelyDeleteFiles);
-    // Kept on purpose: in a run the Files cleaner sees only whether the low eight bits of the mode are 0, so every
-    // stronger mode reaches it as seven passes.
+    // Kept on purpose: in a run the Files cleaner learns only whether the low eight bits of the mode are 0, so every
+    // stronger mode becomes seven passes.
     info.securelyDeleteFilesMode = (sources.settings.integer(TWKey::SecurelyDeleteFilesMode) & 0xFF) != 0 ? 1 : 0;
     return info;
 }

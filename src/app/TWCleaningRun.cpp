@@ -52,8 +52,8 @@ TWCleaningRun::TWCleaningRun(const Context& context, const TWRunChoice& choice, 
 
 TWCleaningRun::~TWCleaningRun() = default;
 
-// Differs on purpose: every run has cleaners of its own, so that a second press of Clean changes nothing for the run
-// that is going on.
+// Differs on purpose: every run has cleaners of its own, so that a second press of Clean does not affect the run that
+// is going on.
 void TWCleaningRun::createCleaners(const TWRunChoice& choice)
 {
     const auto& table = TWCleanerTable();
@@ -212,14 +212,14 @@ void TWCleaningRun::postNotification()
     TWNotification notification{ SuccessTitle, SuccessText, false, false };
     if (!allSuccess_)
         notification = { FailureTitle, FailureText, true, true };
-    // A command has ended when the user clicks.
+    // A command has ended by the time the user clicks.
     notification.clickable = ending_ == Ending::AsSettingsSay;
     if (notification.clickable)
         notification.text += allSuccess_ ? SuccessClick : FailureClick;
     context_.notifier.post(notification);
 }
 
-// The last thing: the call usually destroys the run.
+// Must be the last call, because it usually destroys the run.
 void TWCleaningRun::finish(TWRunOutcome outcome)
 {
     lock_.reset();

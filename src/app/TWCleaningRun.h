@@ -8,17 +8,17 @@
 #include "platform/TWLock.h"
 #include "platform/TWNotifier.h"
 
-// Which of the cleaners take part in a run, by position.
+// The cleaners that take part in a run, by position.
 using TWRunChoice = std::array<bool, TWCleanerCount>;
 
 // One press of Clean, from the warnings to the closing line. It owns its cleaners, the question and the lock.
-// Destroying it ends it silently, with its child. Main thread.
+// Destroying it ends it, with its child process, without a further call. Main thread.
 class TWCleaningRun final : private TWCleanerDelegate {
 public:
     // What happens after the last cleaner.
     enum class Ending {
-        AsSettingsSay, // the results window, the notification, quitting, the request for attention
-        OfCommand, // only the notification, and it cannot be clicked
+        AsSettingsSay, // shows results, notifies, quits or asks for attention, as the settings say
+        OfCommand, // only notifies, and the notification cannot be clicked
     };
 
     struct Context {
@@ -32,8 +32,8 @@ public:
         TWApplicationWindows& windows;
     };
 
-    // problems are lines about settings and lists that could not be read; warning is one that the user must confirm, or
-    // "". ended is called once, as the last thing, unless the run is destroyed before.
+    // problems are lines about settings and lists that could not be read; warning is a text that the user must confirm,
+    // or "". ended is called once, as the last call, unless the run is destroyed before.
     TWCleaningRun(const Context&, const TWRunChoice&, Ending, std::shared_ptr<TWHeldLock>,
         std::vector<std::string> problems, std::string warning, std::function<void(TWRunOutcome)> ended);
     ~TWCleaningRun();
@@ -41,17 +41,17 @@ public:
     // Clears the results, asks the user to confirm the warnings if there are any, and runs the cleaners.
     void start();
 
-    // Asks first and shows nothing until the warnings are confirmed; then calls replace, which ends the run that has
-    // been going on, and starts like any other. If they are not confirmed, ended is called with NothingRun.
+    // Asks first and shows nothing until the warnings are confirmed. Then calls replace, which must end the run that
+    // has been going on, and starts. If the warnings are not confirmed, calls ended with NothingRun.
     void startInPlace(std::function<void()> replace);
 
-    // Ends the run: what was begun is ended and checked, nothing further is begun, the closing line follows.
+    // Ends the run: begins nothing further, ends and checks what was begun, and reports the closing line.
     void stop();
 
     // True while the warnings wait for an answer.
     bool asking() const { return asking_; }
 
-    // True from then on to the end.
+    // True from the confirmation of the warnings to the end.
     bool running() const { return running_; }
     const std::shared_ptr<TWHeldLock>& lock() const { return lock_; }
 
@@ -76,7 +76,8 @@ private:
     void addMessage(const std::string& text, TWMessageType);
     bool showsResults(int mode) const;
 
-    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // an answer may come after the end
+    const std::shared_ptr<const int> life_
+        = std::make_shared<const int>(0); // expires with this object, because an answer may arrive after its end
     Context context_;
     const Ending ending_;
     std::shared_ptr<TWHeldLock> lock_;

@@ -7,15 +7,15 @@
 #include <span>
 #include <string_view>
 
-// One editor besides the dictionary, which they all may use.
+// One editor. The dictionary has no row, because all editors may use it.
 struct TWEditorRow {
-    const char* name; // in the table of cleaners and for its sheet
+    const char* name; // used by the table of cleaners and the table of sheets
     std::unique_ptr<TWEditor> (*make)(const TWEditorContext&, const TWDictionaryWindowController&);
 };
 
 std::span<const TWEditorRow> TWEditorTable();
 
-// All editors, made at start and loaded once. Main thread.
+// All editors, made at the start and loaded once. Main thread.
 class TWEditors final {
 public:
     explicit TWEditors(const TWEditorContext&);
@@ -25,7 +25,7 @@ public:
     TWDictionaryWindowController& dictionary() { return dictionary_; }
     const TWDictionaryWindowController& dictionary() const { return dictionary_; }
 
-    // The editor of that class, which must be in the table.
+    // The editor of that class; aborts if it is not in the table.
     template <typename Editor>
     Editor& get() const
     {
@@ -39,7 +39,7 @@ public:
     // One line for each list that could not be read.
     std::vector<std::string> problems() const;
 
-    // All of them, the dictionary first.
+    // All editors, the dictionary first.
     std::vector<const TWEditor*> all() const;
 
 private:

@@ -1,4 +1,4 @@
-// What the application delegate does before the first cleaning.
+// The part of TWTidewellAppDelegate that runs before the first cleaning.
 
 #include "app/TWTidewellAppDelegate.h"
 #include "plist/TWPropertyList.h"
@@ -14,7 +14,7 @@ constexpr auto WelcomeTitle = "Welcome to Tidewell!";
 constexpr auto WelcomeButton = "I Understand";
 constexpr std::size_t LongestResource = 1 << 20;
 
-// Random, in the usual form: 36 characters, upper-case hexadecimal with hyphens.
+// Makes a random (version 4) UUID in the usual form, with upper-case digits.
 std::string newUUID()
 {
     std::random_device random;
@@ -48,19 +48,20 @@ void TWTidewellAppDelegate::stampUUID()
 
 void TWTidewellAppDelegate::applicationDidFinishLaunching()
 {
-    // A damaged settings file is left untouched until the user changes a setting.
+    // A damaged settings file must stay untouched until the user changes a setting.
     const bool damaged = !platform_.userDefaults.problem().empty();
     dataFolder_.make();
     if (!damaged)
         stampUUID();
-    // While a list cannot be read, new default records still have to be merged into it at a later launch.
+    // If a list could not be read, a later launch still has to merge new default records into it, so the old version
+    // stays.
     if (problems().empty())
         settings_.set(TWKey::LastLaunchedVersion, platform_.bundle.info("CFBundleVersion"));
     platform_.notifier.setClicked([this] { growlNotificationWasClicked(); });
     if (!windows_->isKeyWindow(TWWindow::QuickCleanup))
         windows_->bringToFront(TWWindow::Main);
     if (!damaged && !settings_.boolean(TWKey::FirstLaunchDone)) {
-        // Stored first, so that the greeting is shown once even if the program ends while it is open.
+        // Stored first, so that the greeting is shown only once even if the program ends while it is open.
         settings_.set(TWKey::FirstLaunchDone, true);
         greet();
     }
@@ -69,7 +70,7 @@ void TWTidewellAppDelegate::applicationDidFinishLaunching()
 void TWTidewellAppDelegate::prepareForCommand()
 {
     dataFolder_.make();
-    // As above.
+    // A damaged settings file must stay untouched here too.
     if (platform_.userDefaults.problem().empty())
         stampUUID();
 }

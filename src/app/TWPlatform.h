@@ -12,7 +12,7 @@
 #include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
 
-// Everything that Tidewell asks of the system, built once in main().
+// Everything that Tidewell needs from the system; assembled once in main().
 struct TWPlatform {
     TWRunLoop& runLoop;
     TWProcessLauncher& launcher;

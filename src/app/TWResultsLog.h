@@ -5,10 +5,10 @@
 
 enum class TWMessageType : std::uint8_t { Information = 0, Success = 1, Failure = 2 };
 
-// Begins every line that tells of a cleaner's progress.
+// Begins every line about a cleaner's progress.
 inline constexpr auto TWProgressMark = "  \xE2\x80\xA2 ";
 
-// Where a cleaning reports its lines.
+// Receives the lines of a cleaning. Main thread, except addMessage().
 class TWResultsLog {
 public:
     virtual void removeAllMessages() = 0;

@@ -4,7 +4,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// One frame of a usual screen. Nobody can read lines that come faster, and painting each costs more than deleting a
+// One frame of a usual screen. Nobody can read lines that arrive faster, and painting a line costs more than deleting a
 // file.
 constexpr auto Frame = 16ms;
 
@@ -14,7 +14,7 @@ constexpr TWColour Colours[] = {
     { 1.0, 0.305, 0.258 },
 };
 
-// A progress line that ends like this only announces what comes next.
+// A progress line that ends like this only announces what follows, so it explains no failure.
 constexpr auto AnnouncementEnding = " ...";
 
 }
@@ -42,7 +42,7 @@ void TWResultsWindowController::addMessage(std::string text, TWMessageType type)
         pending_ = runLoop_.after(Frame, [this] { flush(); });
 }
 
-// The progress lines before a failure are those of the cleaner that has failed.
+// The progress lines directly before a failure belong to the cleaner that has failed.
 void TWResultsWindowController::markExplanation()
 {
     for (auto line = messages_.rbegin(); line != messages_.rend() && line->text.starts_with(TWProgressMark); ++line)

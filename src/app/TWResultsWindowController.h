@@ -11,42 +11,42 @@ struct TWColour {
 };
 
 struct TWMessage {
-    std::string text; // may hold bytes that are not UTF-8; escaped only where it is shown
+    std::string text; // may hold bytes that are not UTF-8; escaped only for display
     TWMessageType type;
-    bool explainsFailure = false; // a line of information that says why the cleaner failed
+    bool explainsFailure = false; // an information line that says why the cleaner failed
 
-    // Of the line's background, fixed by its type.
+    // The colour of the line's background, which depends on its type.
     TWColour colour() const;
 };
 
 class TWResultsView {
 public:
-    // The list is empty now.
+    // The list has been emptied.
     virtual void messagesRemoved() = 0;
 
-    // The list has grown to that count, and the last line should be visible. A failure among the new lines may have
-    // turned earlier lines into its explanation. Sent at most once per 16 ms, however many lines come.
+    // The list has grown to that count, and the last line should be scrolled into view. A failure among the new lines
+    // may have changed explainsFailure of earlier lines. Sent at most once per 16 ms, however many lines are added.
     virtual void messagesAdded(std::size_t count) = 0;
 
 protected:
     ~TWResultsView() = default;
 };
 
-// The lines of the latest cleaning. A line is in the list at once; the view hears of it a little later. Main thread,
-// except addMessage().
+// The lines of the latest cleaning. A line is in the list at once; the view is told a little later. Main thread, except
+// addMessage().
 class TWResultsWindowController final : public TWResultsLog {
 public:
     explicit TWResultsWindowController(TWRunLoop&);
 
     void setView(TWResultsView* view) { view_ = view; }
 
-    // A line from another thread is added on a later turn of the main thread, in the order of the calls.
+    // A line from another thread is added on a later turn of the event loop, in the order of the calls.
     void addMessage(std::string text, TWMessageType) override;
     void removeAllMessages() override;
 
     const std::vector<TWMessage>& messages() const { return messages_; }
 
-    // Tells the view at once about lines that it has not heard of yet.
+    // Tells the view at once about lines that it has not been told of.
     void flush();
 
 private:
@@ -56,5 +56,5 @@ private:
     const std::thread::id mainThread_ = std::this_thread::get_id();
     TWResultsView* view_ = nullptr;
     std::vector<TWMessage> messages_;
-    std::unique_ptr<TWRunLoopHandle> pending_; // while the view has not heard of the newest lines
+    std::unique_ptr<TWRunLoopHandle> pending_; // set while the view has not been told of the newest lines
 };

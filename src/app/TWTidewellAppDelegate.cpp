@@ -32,7 +32,7 @@ TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunc
     , editors_({ settings_, dataFolder_, platform.bundle, platform.alerts, deletion_ })
 {
     registerDefaults();
-    // Differs on purpose: the event loop is not turned here, nothing can be waiting yet.
+    // Differs on purpose: does not run the event loop here, because no event can be pending yet.
     editors_.awakeFromNib(kind);
 }
 
@@ -62,7 +62,7 @@ TWRunChoice TWTidewellAppDelegate::switchedOn() const
 
 void TWTidewellAppDelegate::clean(const TWRunChoice& checked)
 {
-    // The check boxes decide whether there is a run at all, the settings who takes part in it.
+    // The check boxes decide whether there is a run, the settings decide which cleaners take part.
     if (anyOf(checked))
         startRun(switchedOn(), TWCleaningRun::Ending::AsSettingsSay);
     else
@@ -88,7 +88,7 @@ void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::E
     }
     const TWCleaningRun::Context context{ platform_.alerts, platform_.notifier, settings_, cleanerContext(),
         settingsSources(), resultsWindowController_, *runView_, *windows_ };
-    // Defaults in the place of lost settings can delete more than the user wanted, or less thoroughly.
+    // If settings are lost, the defaults may delete more than the user wanted, or less securely.
     auto run = std::make_unique<TWCleaningRun>(context, choice, ending, *lock, problems(),
         platform_.userDefaults.problem(), [this](TWRunOutcome outcome) { runEnded(outcome); });
     if (!running()) {
@@ -100,8 +100,9 @@ void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::E
     next_->startInPlace([this] { current_ = std::move(next_); });
 }
 
-// Differs on purpose: one cleaning at a time per data folder. Where no lock can be made, as in a home that cannot be
-// written, there is no other cleaning to fear either. Nothing if another process has the lock.
+// Differs on purpose: only one cleaning at a time per data folder. Where no lock can be made, as in a read-only home,
+// no other process can hold it either, so the run goes on without one. Returns nothing if another process holds the
+// lock.
 std::optional<std::shared_ptr<TWHeldLock>> TWTidewellAppDelegate::lockCleaning()
 {
     if (current_)
@@ -125,14 +126,14 @@ void TWTidewellAppDelegate::refuse(const TWAlert& alert)
     });
 }
 
-// Called by a run as the last thing it does.
+// A run calls this last.
 void TWTidewellAppDelegate::runEnded(TWRunOutcome outcome)
 {
     if (next_ && outcome == TWRunOutcome::NothingRun) {
         next_.reset();
         return;
     }
-    // The run that ends is also over if another one waits for an answer; that one then starts in nobody's place.
+    // If next_ is still waiting for an answer, it will find no run to replace.
     const auto ended = std::move(current_);
     runView_->setCleanEnabled(true);
     runView_->cleaningEnded(outcome);

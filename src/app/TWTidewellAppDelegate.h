@@ -7,44 +7,45 @@
 
 #include <span>
 
-// Launches the program, owns what every window and command works with, and starts cleaning runs. Main thread.
+// Launches the program, owns what every window and command needs, and starts cleaning runs. Main thread.
 //
-// Life: constructed (settings registered, editors loaded), then once applicationDidFinishLaunching() for the window or
-// prepareForCommand() for a command, then any number of clean(), at the end applicationWillTerminate().
+// The constructor registers the settings and loads the editors. Then call applicationDidFinishLaunching() for the
+// window or prepareForCommand() for a command once, clean() any number of times, and applicationWillTerminate() at the
+// end.
 class TWTidewellAppDelegate final {
 public:
     TWTidewellAppDelegate(const TWPlatform&, TWLaunchKind);
     ~TWTidewellAppDelegate();
 
-    // Before launch. Both outlive the delegate or are set to nothing before they go.
+    // Call this before the launch. Both must outlive the delegate or be set to nullptr before they are destroyed.
     void setViews(TWRunView* run, TWApplicationWindows* windows);
 
-    // A full launch: data folder, UUID, version, and the greeting the very first time.
+    // A full launch: makes the data folder and the UUID, stores the version and, the very first time, greets the user.
     void applicationDidFinishLaunching();
 
-    // Differs on purpose: a command makes the data folder and the UUID if they are missing, but never stamps the
+    // Differs on purpose: a command makes the data folder and the UUID if they are missing, but never stores the
     // version and never greets.
     void prepareForCommand();
 
     void applicationWillTerminate();
 
-    // Starts a run of the cleaners that are switched on in the settings. checked holds the check boxes by position; if
-    // none is checked, nothing is run.
+    // Starts a run of the cleaners that are switched on in the settings. checked holds the window's check boxes by
+    // position; if none is checked, nothing is run.
     //
-    // Differs on purpose: during a run, the warnings are confirmed first while that run stays as it was; then it ends
-    // silently and the new one starts. While a question of an earlier call is open, nothing happens.
+    // Differs on purpose: if a run is going on, it goes on until the user has confirmed the new run's warnings; then it
+    // ends without a report and the new one starts. Does nothing while the question of an earlier call is open.
     void clean(const TWRunChoice& checked);
 
-    // The same for a command: those cleaners run, whatever the settings say.
+    // The same for a command: runs the chosen cleaners, whatever the settings say.
     void cleanForCommand(const TWRunChoice&);
 
-    // Differs on purpose: ends the run. What was begun is ended and checked, nothing further is begun, the closing line
-    // follows.
+    // Differs on purpose: ends the run. Begins nothing further, ends and checks what was begun, and reports the closing
+    // line.
     void stop();
 
     bool running() const { return current_ && current_->running(); }
 
-    // The switches of the cleaners.
+    // The cleaners that are switched on in the settings.
     TWRunChoice switchedOn() const;
 
     // One line for the user about each settings or list file that could not be read.
@@ -56,7 +57,7 @@ public:
     TWResultsWindowController& resultsWindowController() { return resultsWindowController_; }
     const TWPlatform& platform() const { return platform_; }
 
-    // For what plans beside a run: the lines of the main window.
+    // For planning outside a run, as for the lines of the main window.
     TWCleanerContext cleanerContext() const { return { deletion_, settings_ }; }
     TWSettingsSources settingsSources() const { return { settings_, platform_.places, &editors_ }; }
 
@@ -80,8 +81,9 @@ private:
     TWEditors editors_;
     TWRunView* runView_ = nullptr;
     TWApplicationWindows* windows_ = nullptr;
-    bool refusing_ = false; // an alert says why there is no run
-    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // an answer may come after the end
+    bool refusing_ = false; // true while an alert says why there is no run
+    const std::shared_ptr<const int> life_
+        = std::make_shared<const int>(0); // expires with this object, because an answer may arrive after its end
     std::unique_ptr<TWCleaningRun> current_;
-    std::unique_ptr<TWCleaningRun> next_; // asks whether it may take the place of the current one
+    std::unique_ptr<TWCleaningRun> next_; // waits for the answer whether it may replace the current one
 };

@@ -7,11 +7,11 @@
 
 class TWCleaner;
 
-// Is told about a cleaner's job. The text of a report is read from the cleaner at the moment of the call. Main thread.
+// Is told about a cleaner's job, and reads the text of each report from the cleaner during the call. Main thread.
 class TWCleanerDelegate {
 public:
     virtual void cleanerStarted(TWCleaner&) { }
-    virtual void cleanerFinished(TWCleaner&) { } // the job is over, whatever its outcome; the next one may start
+    virtual void cleanerFinished(TWCleaner&) { } // the job is over, whatever its outcome; the next cleaner may start
     virtual void cleanerSuccess(TWCleaner&) { }
     virtual void cleanerFailure(TWCleaner&) { }
     virtual void cleanerProgress(TWCleaner&) { }
@@ -20,9 +20,9 @@ protected:
     ~TWCleanerDelegate() = default;
 };
 
-// One of the eight jobs of a run. The owner sets isActive and the concrete cleaner's info, asks validate(), calls
-// clean(), and then learns about the job only through the delegate: started, any number of progress reports, one
-// success or failure, one finished. If inactive, clean() only sends cleanerFinished. The delegate may call every
+// One of the eight jobs of a run. The owner sets isActive and the concrete cleaner's info, calls validate() and then
+// clean(). It then learns about the job only through the delegate: started, any number of progress reports, one success
+// or failure, one finished. If the cleaner is inactive, clean() only sends cleanerFinished. The delegate may call every
 // operation, or destroy the cleaner, inside its calls. Main thread.
 class TWCleaner {
 public:
@@ -50,7 +50,8 @@ public:
     void setSuccessMessageString(std::string text) { successMessageString_ = std::move(text); }
     void setFailureMessageString(std::string text) { failureMessageString_ = std::move(text); }
 
-    // Returns "" if all is well or the cleaner is inactive, else one warning for the user.
+    // Returns a warning for the user if the settings would do harm or nothing, else "". Returns "" for an inactive
+    // cleaner.
     virtual std::string validate() { return ""; }
 
     using PlanGrown = std::function<void(const TWPlan& soFar)>;
@@ -58,46 +59,46 @@ public:
 
     // Plans what clean() would do now: copies what it needs, starts no child, writes nothing and asks no question.
     // Calls grown as the plan grows and made once at the end, always on a later turn. Destroying the handle ends the
-    // planning silently. It takes no notice of isActive and is independent of a job that is going on.
+    // planning without a call. Ignores isActive and a job that is going on.
     [[nodiscard]] virtual std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown grown, PlanMade made) const = 0;
 
-    // Starts a job: makes a plan and carries it out. A job that is going on ends silently.
+    // Starts a job: makes a plan and carries it out. A job that is going on is dropped without further reports.
     void clean();
 
-    // Starts a job with a plan that was made before. It may skip items and never adds any.
+    // Starts a job with a plan that was made before. The job may skip items but never adds any.
     void carryOut(TWPlan);
 
-    // Ends the job as soon as possible: what was begun is checked and reported, nothing further is begun. The failure
-    // report (with cancelled set) and finish follow on a later turn. Does nothing if no job is going on.
+    // Ends the job as soon as possible: begins nothing further, but checks and reports what was begun. The failure
+    // report (with cancelled set) and cleanerFinished follow on a later turn. Does nothing if no job is going on.
     void stop();
 
-    // Case-insensitive search for any word of the dictionary anywhere in the text. False without words.
+    // True if the text contains any word of the dictionary, ignoring case.
     bool stringContainsKeywords(std::string_view text) const;
 
 protected:
     enum class Outcome { Success, Failure };
 
-    // Does what the plan says and ends with finish(), possibly many turns later. The started report has been made.
+    // Carries the plan out and then calls finish(), possibly many turns later. The started report has been made before.
     virtual void perform(TWPlan) = 0;
 
-    // Ends perform() early, on a later turn, with finish(). Called at most once per job.
+    // Makes perform() end early: it calls finish() on a later turn. Called at most once per job.
     virtual void stopPerforming() = 0;
 
-    // Drops everything that belongs to the job, silently.
+    // Drops everything that belongs to the job, without a report.
     virtual void dropJob() = 0;
 
-    // The dictionary's words for the coming job.
+    // The dictionary's words for the next job.
     virtual std::vector<std::string> wordDictionary() const { return {}; }
 
-    // Says the lines at most so many per turn, then calls the function if the job still goes on.
+    // Reports the lines, a limited number per turn, and then calls the function if the job still goes on.
     void sayLines(std::vector<TWPlannedLine>, std::function<void()> then);
 
-    // Reports the job's outcome with the given text, or that it was stopped, and sends cleanerFinished.
+    // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished.
     void finish(Outcome, const std::string& text);
 
     void done();
 
-    // With a text, that text replaces the stored one; without, the delegate finds the stored text.
+    // A given text replaces the stored one; without one, the delegate finds the stored text.
     void reportStarted(std::optional<std::string> text = std::nullopt);
     void reportProgress(std::optional<std::string> text = std::nullopt);
     void reportSuccess(std::optional<std::string> text = std::nullopt);
@@ -108,12 +109,12 @@ protected:
 private:
     enum class Stage { Started, Planning, Performing };
 
-    // Exists while a job goes on; expired references tell that a delegate ended the job or destroyed the cleaner.
+    // Exists while a job goes on. An expired weak_ptr shows that a delegate has ended the job or destroyed the cleaner.
     struct Job {
         Stage stage = Stage::Started;
         bool stopping = false;
         std::unique_ptr<TWRunLoopHandle> planning;
-        std::unique_ptr<TWRunLoopHandle> ending; // of a job that was stopped before it performed anything
+        std::unique_ptr<TWRunLoopHandle> ending; // for a job that was stopped before it performed anything
         std::unique_ptr<TWPacedSteps> saying;
     };
 

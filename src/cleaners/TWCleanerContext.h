@@ -3,7 +3,7 @@
 #include "deletion/TWFileDeleter.h"
 #include "settings/TWSettings.h"
 
-// What every cleaner is made from.
+// What every cleaner needs.
 struct TWCleanerContext {
     const TWDeletionTools& deletion;
     const TWSettings& settings;

@@ -5,12 +5,12 @@
 #include "cleaners/TWFilesRule.h"
 
 struct TWFilesCleanerInfo {
-    TWFilesRuleList filesArray; // live; absent counts as empty
+    TWFilesRuleList filesArray; // the editor's live list; nullptr counts as empty
     TWAuthorization useAuthorization = TWAuthorization::No;
     bool securelyDeleteFiles = false;
     TWSecureMode securelyDeleteFilesMode = 0;
     std::vector<std::string> wordDictionary;
-    std::vector<std::string> problems; // of lists that could not be read: then nobody can say that all was deleted
+    std::vector<std::string> problems; // of lists that could not be read; with any, the job cannot succeed
 };
 
 // Deletes the files and folders that the active rules name. Main thread.
@@ -24,8 +24,8 @@ public:
     std::string validate() override;
     std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown, PlanMade) const override;
 
-    // Kept on purpose: while paths are being deleted it reports the failure and the end at once, but the queue goes on
-    // with its remaining paths and reports a second time when it is through. stop() is the one that stops.
+    // Kept on purpose: while paths are being deleted, it reports the failure and the end at once, but the queue goes on
+    // with its remaining paths and reports a second time when it has finished. To really stop, call stop().
     void cancel();
 
 private:

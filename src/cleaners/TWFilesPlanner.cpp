@@ -22,7 +22,7 @@ constexpr auto NotFinished = "The search in %@ could not be finished, because th
 constexpr auto MountMet = "The folder %@ was not searched, because a volume is mounted there.";
 constexpr auto NothingToDelete = "No files to delete in %@";
 
-constexpr std::size_t EntriesBetweenQuestions = 256; // about cancellation
+constexpr std::size_t EntriesBetweenQuestions = 256; // how often cancellation is checked
 
 bool needsKeywords(const std::vector<TWFilesRule>& rules)
 {
@@ -33,7 +33,7 @@ bool needsKeywords(const std::vector<TWFilesRule>& rules)
 // What one thread of a search has found.
 struct Found {
     TWPlan plan;
-    std::optional<TWPathPlanner::Folder> folder; // of the latest items
+    std::optional<TWPathPlanner::Folder> folder; // the parent folder of the latest items
 
     std::size_t size() const { return plan.size(); }
 };
@@ -76,7 +76,7 @@ private:
             int error = 0;
             found.folder = planner_.folder(shown(folder.path()), folder.path(), error);
         }
-        // Moved or replaced since the search entered it.
+        // The folder has been moved or replaced since the search entered it.
         if (!found.folder || found.folder->planned->identity != folder.folder().identity()) {
             notEntered(0, folder.path(), ESTALE, found);
             return;
@@ -86,7 +86,7 @@ private:
         item.word = static_cast<std::uint32_t>(keywords_.firstMatch(entry.name).value_or(TWNone));
     }
 
-    // The real path in the words of the rule.
+    // The path for messages: real paths below the rule's folder are shown as the rule writes the folder.
     std::string shown(const std::string& path) const { return top_.path + path.substr(top_.realPath.size()); }
 
     const TWPathPlanner& planner_;
@@ -119,7 +119,7 @@ void TWFilesPlanner::plan()
     putPart();
 }
 
-// False if the whole planning ends here.
+// Returns false if the whole planning must end here.
 bool TWFilesPlanner::planRule(const TWFilesRule& rule)
 {
     const auto path = places_.standardize(rule.filePath);
@@ -161,7 +161,7 @@ void TWFilesPlanner::planItem(const std::string& path)
         sayUnreadable(parent, error);
 }
 
-// False if the whole planning ends here.
+// Returns false if the whole planning must end here.
 bool TWFilesPlanner::planFolder(const TWFilesRule& rule, const std::string& path)
 {
     const auto look = planner_.fileSystem().look(path, TWLinkAtEnd::Follow);
@@ -177,7 +177,7 @@ bool TWFilesPlanner::planFolder(const TWFilesRule& rule, const std::string& path
         planContents(*folder);
     else
         itemsContainingKeywordsAtPath(*folder, rule.whatToDelete == TWItemsWithKeywordsDeep);
-    // Kept on purpose: this looks at everything planned so far, not at this rule's share.
+    // Kept on purpose: this counts everything planned so far, not only what this rule has added.
     if (planned_ == 0)
         part_.addLine(TWText::fill(NothingToDelete, { path }));
     return true;

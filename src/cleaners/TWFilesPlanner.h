@@ -6,17 +6,17 @@
 #include "platform/TWPlaces.h"
 #include "support/TWKeywordMatcher.h"
 
-// Turns Files rules into a plan: what the active rules come to on this disk, at this moment. For one plan. Any thread.
+// Turns Files rules into a plan: finds what the active rules match on the disk now. Makes one plan. Any thread.
 class TWFilesPlanner final {
 public:
-    // Takes the parts of the plan in order; called on any thread, once at a time.
+    // Takes the parts of the plan in order; called on any thread, but never by two at once.
     using Put = std::function<void(TWPlan)>;
 
-    // Everything given must outlive the planner. Numbers of rules in the plan are places in the list of rules.
+    // The arguments must outlive the planner. Rule numbers in the plan are indexes into the list of rules.
     TWFilesPlanner(const TWPathPlanner&, const TWPlaces&, const std::vector<TWFilesRule>& rules,
         const std::vector<std::string>& words, Put, const TWCancellation&);
 
-    // Inactive rules are passed over. When cancelled, stops early.
+    // Skips inactive rules. Stops early when cancelled.
     void plan();
 
 private:
@@ -27,8 +27,8 @@ private:
     bool planFolder(const TWFilesRule&, const std::string& path);
     void planContents(const Folder&);
 
-    // Items in the folder whose names contain a keyword. A matching folder is taken whole; if recursive, folders that
-    // do not match are searched in turn, but never a link, a file package or a mounted volume.
+    // Plans items in the folder whose names contain a keyword. A matching folder is planned as a whole. If recursive,
+    // also searches folders that do not match, but never symbolic links, file packages or mounted volumes.
     void itemsContainingKeywordsAtPath(const Folder&, bool recursive);
 
     void addItem(TWPlan&, const Folder&, std::string_view name, const TWFileLook&);
@@ -42,6 +42,6 @@ private:
     const Put put_;
     const TWCancellation& cancellation_;
     TWPlan part_; // not put yet
-    std::size_t planned_ = 0; // items of all parts
-    std::uint32_t rule_ = 0; // that is being planned
+    std::size_t planned_ = 0; // number of items in all parts
+    std::uint32_t rule_ = 0; // index of the rule being planned
 };

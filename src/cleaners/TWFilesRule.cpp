@@ -7,7 +7,7 @@ constexpr auto Description = "Description";
 constexpr auto FilePath = "FilePath";
 constexpr auto WhatToDelete = "WhatToDelete";
 
-// Both return false if the entry is there with another type.
+// Both return false if the entry exists with another type.
 bool take(TWDictionary& record, const char* key, std::string& text)
 {
     auto* value = record.find(key);

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// What a rule deletes at its path; other numbers are possible in a file and delete nothing.
+// What a rule deletes at its path. A file may hold other numbers, which delete nothing.
 enum TWWhatToDelete : std::int64_t {
     TWItemItself = 0,
     TWFolderContents = 1,
@@ -31,18 +31,18 @@ struct TWFilesRule {
         return whatToDelete == TWItemsWithKeywords || whatToDelete == TWItemsWithKeywordsDeep;
     }
 
-    // Nothing unless it is a dictionary with a "FilePath" and no other entry of the rule has the wrong type. A missing
-    // entry reads as inactive, empty or 0.
+    // Returns nothing if the value is not a dictionary, has no "FilePath" or has an entry of the wrong type. A missing
+    // entry means inactive, empty or 0.
     static std::optional<TWFilesRule> from(TWValue);
     TWValue value() const;
 
     const std::string& identity() const { return filePath; }
 
-    // Any rules can stand in one list.
+    // A list can hold any combination of rules.
     static std::string problem(const std::vector<TWFilesRule>&) { return ""; }
 
     friend bool operator==(const TWFilesRule&, const TWFilesRule&) = default;
 };
 
-// The editor's own list, shared and not copied: it is live.
+// The editor's own list: shared, not copied, so the cleaner sees the current rules.
 using TWFilesRuleList = std::shared_ptr<std::vector<TWFilesRule>>;

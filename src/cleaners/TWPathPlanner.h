@@ -2,8 +2,8 @@
 
 #include "cleaners/TWPlan.h"
 
-// Turns paths into items of a plan: finds out in which real folder a path lies, looks at it there and asks the deletion
-// rules. Any thread.
+// Turns paths into items of a plan: finds the real parent folder of a path, looks at the path there and asks the
+// deletion rules. Any thread.
 class TWPathPlanner final {
 public:
     TWPathPlanner(const TWFileSystem& fileSystem, std::shared_ptr<const TWDeletionRules> rules)
@@ -19,16 +19,16 @@ public:
         std::shared_ptr<const TWHeldFolder> held;
     };
 
-    // path is what messages show. On failure returns nothing and sets error to the errno.
+    // Opens a parent folder; path is what messages show. On failure returns nothing and sets error to the errno.
     std::optional<Folder> folder(const std::string& path, const std::string& realPath, int& error) const;
 
-    // The same for a path whose links have not been resolved; all of them are followed.
+    // The same for a path that may contain symbolic links; all of them are followed.
     std::optional<Folder> folderThroughLinks(const std::string& path, int& error) const;
 
-    // Lists the folder. On failure returns nothing and sets error to the errno: ESTALE if it is another folder by now.
+    // Lists the folder. On failure returns nullptr and sets error to the errno: ESTALE if the folder has been replaced.
     std::unique_ptr<TWOpenFolder> list(const Folder&, int& error) const;
 
-    // Adds an entry of the folder to the end of the plan.
+    // Appends an entry of the folder to the plan, with the deletion rules' objection if there is one.
     TWPlannedItem& add(TWPlan&, const Folder&, std::string_view name, const TWFileLook&) const;
 
     const TWFileSystem& fileSystem() const { return fileSystem_; }

@@ -4,13 +4,13 @@
 #include "platform/TWBackgroundStream.h"
 
 // Makes a plan part by part on another thread and assembles it on the main thread. Destroying it ends the planning
-// silently. Main thread.
+// without a call. Main thread.
 class TWPlanStream final : public TWRunLoopHandle {
 public:
     using Sink = TWBackgroundStream<TWPlan>::Sink;
 
-    // The work puts its parts, of about PartSize results each, in the order of the plan. The beginning holds what is
-    // known before.
+    // The work puts parts of about PartSize results each, in the order of the plan. beginning holds what is known in
+    // advance.
     TWPlanStream(TWRunLoop& runLoop, TWPlan beginning, std::function<void(Sink&)> work, TWCleaner::PlanGrown grown,
         TWCleaner::PlanMade made)
         : plan_(std::move(beginning))
@@ -42,5 +42,5 @@ private:
     TWPlan plan_;
     const TWCleaner::PlanGrown grown_;
     const TWCleaner::PlanMade made_;
-    TWBackgroundStream<TWPlan> stream_; // last, so that no call comes while the rest is destroyed
+    TWBackgroundStream<TWPlan> stream_; // last, so that it is destroyed first and makes no call into destroyed members
 };

@@ -3,20 +3,19 @@
 #include "cleaners/TWCleaner.h"
 #include "platform/TWBackgroundStream.h"
 
-// What a plan comes to, for one line beside a rule or a cleaner.
+// The numbers of a plan, for one line beside a rule or a cleaner.
 struct TWPlanSummary {
-    std::uint64_t items = 0; // that would be deleted, quiet ones and refused ones not counted
-    std::uint64_t everything = 0; // the same with everything that is inside them
-    std::uint64_t bytes = 0; // that they take on disk, with everything in them
-    std::uint64_t refused = 0; // items that would not be deleted
-    TWObjection objection = nullptr; // to the first of these
-    std::optional<std::string> failure; // the job would fail with this text and delete nothing
-    std::string remark; // the first line that the planning had to say
-    bool incomplete = false; // something could not be looked at
+    std::uint64_t items = 0; // items that would be deleted, without quiet and refused ones
+    std::uint64_t everything = 0; // the same, including everything inside them
+    std::uint64_t bytes = 0; // space on disk that everything takes
+    std::uint64_t refused = 0; // items that the deletion rules refuse
+    TWObjection objection = nullptr; // the reason for the first refused item
+    std::optional<std::string> failure; // if set, the job would fail with this text and delete nothing
+    std::string remark; // the first line that the planning reported
+    bool incomplete = false; // something could not be read
 };
 
-// Makes a cleaner's plan and adds up what it comes to, in the background. Destroying it ends that silently. Main
-// thread.
+// Makes a cleaner's plan and summarises it, in the background. Destroying it ends the work without a call. Main thread.
 class TWPlanSummarizer final {
 public:
     // made is called once, on a later turn. The file system must outlive the run loop's background work.

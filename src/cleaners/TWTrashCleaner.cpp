@@ -18,10 +18,10 @@ constexpr auto Failure = "Some files could not be removed from the Trash!";
 constexpr auto RecordsFolder = "/info";
 constexpr std::string_view RecordEnding = ".trashinfo";
 
-// Sizes of trashed folders, kept by file managers; it names what was in the Trash.
+// File managers cache the sizes of trashed folders here, so it names what was in the Trash.
 constexpr auto SizesFile = "directorysizes";
 
-constexpr std::size_t EntriesBetweenQuestions = 256; // about cancellation
+constexpr std::size_t EntriesBetweenQuestions = 256; // how often cancellation is checked
 
 bool isRecord(std::string_view name)
 {
@@ -79,8 +79,8 @@ private:
         }
     }
 
-    // A folder that does not exist is an empty one; one that cannot be read makes the plan incomplete. A link is not
-    // followed.
+    // A folder that does not exist counts as empty; one that cannot be read makes the plan incomplete. Does not follow
+    // a symbolic link.
     std::unique_ptr<TWOpenFolder> openFolder(const std::string& path, std::optional<Folder>& folder)
     {
         int error = 0;
@@ -126,8 +126,8 @@ private:
     const TWPathPlanner& planner_;
     TWPlanStream::Sink& sink_;
     TWPlan part_;
-    std::uint32_t planned_ = 0; // items of all parts
-    std::unordered_map<std::string, std::uint32_t> items_; // numbers of the items, by name
+    std::uint32_t planned_ = 0; // number of items in all parts
+    std::unordered_map<std::string, std::uint32_t> items_; // index of each item, by name
     std::size_t steps_ = 0;
 };
 

@@ -3,14 +3,14 @@
 #include "cleaners/TWCleanerContext.h"
 #include "cleaners/TWDeletingCleaner.h"
 
-// Empties the user's own Trash: every item in its files folder and then, quietly, the records of the items that are
-// gone. An item that could not be deleted keeps its record and can still be restored. Trash folders on other volumes
-// are not touched.
+// Empties the user's own Trash: deletes every item in its files folder and then, without a report, the records of the
+// items that are gone. An item that could not be deleted keeps its record and can still be restored. Does not touch
+// Trash folders on other volumes.
 class TWTrashCleaner final : public TWDeletingCleaner {
 public:
     explicit TWTrashCleaner(const TWCleanerContext&);
 
-    // The folder that holds the items, with the home folder abbreviated.
+    // The Trash folder, with the home folder abbreviated to "~".
     void setInfo(std::string trashFolder) { info_ = std::move(trashFolder); }
     const std::string& info() const { return info_; }
 

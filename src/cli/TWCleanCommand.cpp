@@ -11,7 +11,7 @@ constexpr auto LaterCleaner = "The cleaner \"%@\" comes in a later version.\n";
 constexpr auto Only = "--only";
 constexpr auto Yes = "--yes";
 
-constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any time will do: what happens wakes the loop
+constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
 
 std::string cleanerNames()
 {
@@ -21,7 +21,7 @@ std::string cleanerNames()
     return names;
 }
 
-// "", or one line about a name that is none.
+// Returns "" or one line about a name that is not a cleaner's.
 std::string readChoice(const std::vector<std::string>& names, TWRunChoice& choice)
 {
     for (const auto& name : names) {
@@ -75,7 +75,7 @@ TWCommandResult TWRunCleaners(const TWCommandContext& context, const TWRunChoice
     auto& runLoop = delegate.platform().runLoop;
     bool interrupted = false;
     const auto endRequests = context.host.whenToldToEnd(runLoop, [&] {
-        // A terminal that is closed, and some tools, ask twice.
+        // A closed terminal and some tools send two signals.
         if (std::exchange(interrupted, true))
             return;
         terminal.endQuestion();

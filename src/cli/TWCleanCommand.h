@@ -5,5 +5,5 @@
 // `tidewell clean`.
 TWCommandGroup TWCleanCommands();
 
-// One run of the cleaners, shown on the terminal. Returns when it is over.
+// Runs the cleaners and shows the run on the terminal. Returns when it is over.
 TWCommandResult TWRunCleaners(const TWCommandContext&, const TWRunChoice&);

@@ -6,16 +6,16 @@
 
 class TWTerminal;
 
-// What a command works with. Main thread.
+// What a command needs. Main thread.
 struct TWCommandContext {
     const TWHost& host;
     const TWPlaces& places;
     const TWDataFolder& dataFolder;
-    TWTidewellAppDelegate* delegate = nullptr; // absent only for a command that needs nothing but the places
-    TWTerminal* terminal = nullptr; // absent in the window, which gets only commands that change lists
+    TWTidewellAppDelegate* delegate = nullptr; // nullptr only for a command of the kind NeedsPlaces
+    TWTerminal* terminal = nullptr; // nullptr in the window, which gets only commands that change lists
 };
 
-// The result of saving something: the problem is "" or one line.
+// The result of saving: success if the problem is "", else a failure with that line.
 inline TWCommandResult TWSaved(const std::string& problem)
 {
     return problem.empty() ? TWCommandResult()

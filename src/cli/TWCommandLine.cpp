@@ -2,7 +2,7 @@
 
 #include "support/TWText.h"
 
-// Debian's CLI11 narrows integers in its headers. This is the only file that includes it.
+// Debian's CLI11 headers narrow integers. This is the only file that includes them.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 #pragma GCC diagnostic ignored "-Wshadow"
@@ -24,7 +24,7 @@ constexpr auto VersionText = "Tidewell 1.0\n";
 
 using Kind = TWArgument::Kind;
 
-// CLI11 makes the two values a and b of "[a,b]". A byte at the end that no argument can hold prevents that.
+// CLI11 splits "[a,b]" into the values a and b. A byte appended that no argument can hold prevents that.
 std::string protect(std::string word)
 {
     if (word.starts_with('[') && word.ends_with(']'))
@@ -39,7 +39,8 @@ std::string unprotect(std::string word)
     return word;
 }
 
-// "" is what stands before the first slash of an absolute path. "~name" and "$NAME" are names like any other.
+// What may precede the first slash of a path that is not relative; "" stands for an absolute path. "~name" and "$NAME"
+// are ordinary file names.
 constexpr std::string_view Beginnings[]
     = { "", "~", "$XDG_CONFIG_HOME", "$XDG_DATA_HOME", "$XDG_STATE_HOME", "$XDG_CACHE_HOME" };
 
@@ -50,8 +51,8 @@ std::string absolute(const std::string& path, const std::string& workingFolder)
     return relative ? workingFolder + "/" + path : path;
 }
 
-// Builds CLI11's description of the command line from the table of commands. CLI11 reports wrong use by throwing; the
-// exception does not leave this file.
+// Builds CLI11's description of the command line from the table of commands. CLI11 throws on wrong use; no exception
+// leaves this file.
 class Parser final {
 public:
     Parser()
@@ -77,7 +78,7 @@ public:
             throw CLI::ValidationError(NoSandboxFolder);
     }
 
-    // After parse().
+    // Call this after parse().
     TWInvocation invocation(const std::string& workingFolder) const
     {
         TWInvocation invocation;
@@ -99,7 +100,7 @@ public:
     const CLI::App& app() const { return app_; }
 
 private:
-    // Where CLI11 puts the value of one argument.
+    // The variables into which CLI11 writes the value of one argument.
     struct Slot {
         const TWArgument* argument;
         const CLI::Option* option = nullptr;
@@ -197,7 +198,7 @@ TWParsedCommandLine TWParseCommandLine(const std::vector<std::string>& words, co
         else
             parsed.invocation = parser.invocation(workingFolder);
     } catch (const CLI::CallForHelp&) {
-        parsed.result.out = parser.app().help(); // of the command that was asked for, if any
+        parsed.result.out = parser.app().help(); // the help of the command that was named, if any
     } catch (const CLI::ParseError& error) {
         parsed.result = wrongUse(error.what());
     }

@@ -3,9 +3,9 @@
 #include "cli/TWCommandTable.h"
 
 struct TWParsedCommandLine {
-    std::optional<TWInvocation> invocation; // nothing if there is nothing left to do but to print this:
+    std::optional<TWInvocation> invocation; // nothing if only the result is to be printed
     TWCommandResult result; // help, the version, or one line with the remedy
 };
 
-// words without the program's name. Relative paths are taken from workingFolder and may still hold "..".
+// The words do not include the program's name. Relative paths are prefixed with workingFolder and may still hold "..".
 TWParsedCommandLine TWParseCommandLine(const std::vector<std::string>& words, const std::string& workingFolder);

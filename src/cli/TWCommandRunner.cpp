@@ -13,7 +13,7 @@ constexpr auto KeptAsDamaged = "It was written anew now; the old file was kept a
 constexpr auto ListsLock = ".lists.lock";
 constexpr auto Patience = 2000ms;
 
-// The second names of the damaged lists that were written anew.
+// The names under which damaged lists were kept when they were replaced.
 std::vector<std::string> keptLists(TWTidewellAppDelegate& delegate)
 {
     std::vector<std::string> kept;
@@ -28,7 +28,7 @@ TWCommandResult runOnLists(const TWCommandContext& context, const TWInvocation& 
     const auto before = delegate.problems();
     const auto keptBefore = keptLists(delegate);
     auto result = invocation.row->run(context, invocation);
-    // Writing a file ends its problem or changes it.
+    // Writing a file removes its problem or changes it.
     for (const auto& problem : before)
         result.err += TWText::oneLine(problem) + "\n";
     for (const auto& problem : delegate.problems()) {
@@ -56,14 +56,14 @@ TWCommandResult TWRunCommand(const TWCommandContext& context, const TWInvocation
 TWCommandResult TWChangeLists(
     const TWHandover& handover, TWLocks& locks, const TWDataFolder& dataFolder, const TWListChange& change)
 {
-    // The data folder tells a window whose lists are meant.
+    // The handover identifies the lists by the data folder, so the folder must exist.
     dataFolder.make();
     if (const auto answer = handover.handOver(change.words, change.workingFolder))
         return *answer;
     const auto locked = TWLockLists(locks, dataFolder);
     if (locked.heldByAnother)
         return { TWStatus::NothingRun, "", TWListsBusy };
-    // A window that was starting may have held the lock.
+    // Perhaps a starting window held the lock and listens now.
     if (const auto answer = handover.handOver(change.words, change.workingFolder))
         return *answer;
     return change.carryOutHere();

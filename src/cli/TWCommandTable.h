@@ -9,7 +9,7 @@
 struct TWArgument {
     enum class Kind {
         Text, // KEY
-        Path, // PATH: a text; a relative one is taken from the working folder
+        Path, // PATH: a text; a relative path is taken from the working directory
         Texts, // WORD...: one or more
         Option, // --what KIND
         OptionList, // --only A,B
@@ -19,9 +19,9 @@ struct TWArgument {
 
     Kind kind = Kind::Text;
     Need need = Need::Optional;
-    const char* name = ""; // as in TWInvocation::values
+    const char* name = ""; // key in TWInvocation::values
     std::string help{};
-    const char* valueName = ""; // of an option, in its help
+    const char* valueName = ""; // name of an option's value in the help
 };
 
 // What a program does before it runs the command.
@@ -29,12 +29,12 @@ enum class TWCommandKind {
     OpensWindow,
     NeedsPlaces, // nothing
     Reads, // loads settings and lists
-    ChangesLists, // hands it to a running window; otherwise loads settings and lists under their lock
-    Cleans, // loads settings and lists; a request to end the program becomes an event
-    CleansNewSandbox, // the same, in a new sandbox; the first argument names its folder
+    ChangesLists, // hands it to a running window, else loads settings and lists while holding their lock
+    Cleans, // loads settings and lists; SIGINT, SIGTERM and SIGHUP become events
+    CleansNewSandbox, // the same in a new sandbox, whose folder is the first argument
 };
 
-// One command. Adding one is adding such a row, and its function, to the file of its group.
+// One command. To add one, add such a row and its function to the file of its group.
 struct TWCommandRow {
     const char* name;
     const char* help;
@@ -44,10 +44,10 @@ struct TWCommandRow {
 };
 
 struct TWCommandGroup {
-    const char* name; // "" if its commands are called without a group
+    const char* name; // "" if its commands are used without a group name
     const char* help;
     std::vector<TWCommandRow> rows;
 };
 
-// All commands, in the order of the help. The first one is what `tidewell` means without a command.
+// All commands, in the order of the help. The first one is used if `tidewell` is called without a command.
 std::span<const TWCommandGroup> TWCommandTable();

@@ -22,7 +22,7 @@ constexpr std::string_view OtherFiles[] = { ".cache/thumbnails/normal/3f2a.png",
 
 constexpr auto Record = "[Trash Info]\nPath=Documents/%@\nDeletionDate=2026-01-02T03:04:05\n";
 
-// "" or one line that names the file and the remedy.
+// Returns "" or one line that names the file and the remedy.
 std::string writeFile(const TWOwnFiles& ownFiles, const std::string& path, std::string_view contents)
 {
     int error = ownFiles.makeFolders(std::string(TWPath::parent(path)));
@@ -58,7 +58,7 @@ std::string replace(TWRecordList<Record>& list, const std::vector<Record>& recor
     });
 }
 
-// "" or one line about what could not be saved.
+// Returns "" or one line about what could not be saved.
 std::string writeLists(TWTidewellAppDelegate& delegate)
 {
     auto& files = delegate.editors().get<TWFilesWindowController>();

@@ -2,6 +2,6 @@
 
 #include "cli/TWCommandTable.h"
 
-// `tidewell demo`: fills a new sandbox with sample traces (a Trash with records, thumbnails, documents of which some
-// names hold a word of a sample dictionary), switches on what cleans them, and cleans.
+// `tidewell demo`: fills a new sandbox with sample traces (a Trash with records, thumbnails, and documents, some of
+// which have a word of a sample dictionary in their names), switches on the cleaners for them, and cleans.
 TWCommandGroup TWDemoCommands();

@@ -75,7 +75,7 @@ TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocat
     const auto meant = TWReadPathArgument(context.host.fileSystem(), context.places, given);
     if (!meant.problem.empty())
         return TWWrongUse(meant.problem);
-    // "$XDG_DATA_HOME/x" follows the variable.
+    // A rule such as "$XDG_DATA_HOME/x" is stored as it is, so that it follows the variable.
     const bool asGiven = !given.starts_with('/') && given.find("/..") == std::string::npos;
     const auto path = asGiven ? TWPath::withoutTrailingSlashes(given) : meant.path;
     if (!TWText::isValidUTF8(path))
@@ -107,7 +107,7 @@ TWCommandResult applyDefaults(const TWCommandContext& context, const TWInvocatio
 
 using Rules = std::vector<TWFilesRule>;
 
-// Changes the rule whose number was given, counted from 1.
+// Changes the rule with the given number, counted from 1.
 TWCommandResult changeRule(const TWCommandContext& context, const TWInvocation& invocation,
     const std::function<void(Rules&, std::size_t row)>& change)
 {

@@ -2,5 +2,5 @@
 
 #include "cli/TWCommandTable.h"
 
-// `tidewell files ...`: the Files rules.
+// `tidewell files ...`: shows and changes the Files rules.
 TWCommandGroup TWFilesCommands();

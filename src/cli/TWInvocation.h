@@ -8,11 +8,10 @@
 
 struct TWCommandRow;
 
-// The words of a command line, understood: which command, the values of its arguments, and what holds for every
-// command.
+// A parsed command line: the command, the values of its arguments and the options that every command has.
 struct TWInvocation {
-    const TWCommandRow* row = nullptr; // never nothing once parsed
-    std::map<std::string, std::vector<std::string>, std::less<>> values; // of the arguments that were given, by name
+    const TWCommandRow* row = nullptr; // never nullptr after parsing
+    std::map<std::string, std::vector<std::string>, std::less<>> values; // values of the given arguments, by name
     std::optional<std::string> sandbox;
     bool json = false;
 

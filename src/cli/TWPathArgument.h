@@ -3,12 +3,12 @@
 #include "platform/TWFileSystem.h"
 #include "platform/TWPlaces.h"
 
-// What a path on the command line means.
+// The meaning of a path on the command line.
 struct TWMeantPath {
-    std::string path; // absolute, without "." and "..", links not resolved
-    std::string problem; // one line if the path could mean two things, else ""
+    std::string path; // absolute, without "." and ".."; symbolic links are not resolved
+    std::string problem; // one line if the path is ambiguous, else ""
 };
 
-// The path is absolute or begins with "~" or one of the XDG variables. The shell, and every tool, lets ".." lead to the
-// folder that really lies above; where it follows a link, that is another one than the text says.
+// The path is absolute or begins with "~" or an XDG variable. It is ambiguous if a ".." follows a symbolic link: for
+// the kernel ".." is then the parent of the link's target, not the folder that the text suggests.
 TWMeantPath TWReadPathArgument(const TWFileSystem&, const TWPlaces&, const std::string& path);

@@ -19,7 +19,7 @@ TWCommandResult paths(const TWCommandContext& context, const TWInvocation& invoc
         { "srm", places.srm },
         { "eject", places.eject },
     };
-    // The folders in which programs of the user keep their logs.
+    // The folders in which the user's programs keep their logs.
     const std::string userLogs[] = { places.stateHome + "/log", places.dataHome + "/xorg" };
     TWJSON::Object object;
     std::string text;

@@ -2,5 +2,5 @@
 
 #include "cli/TWCommandTable.h"
 
-// `tidewell paths`.
+// `tidewell paths`: shows where everything is.
 TWCommandGroup TWPathsCommands();

@@ -22,7 +22,7 @@ constexpr auto DemoNotEmpty
 constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
                               "link or choose another folder.\n";
 
-// True for the real home, every folder above it, and whatever path leads to one of them.
+// True if the path leads to the real home or to one of its parents.
 bool holdsHome(const TWFileSystem& fileSystem, const std::string& folder, const std::string& home)
 {
     if (TWPath::isAtOrBelow(home, folder))
@@ -38,7 +38,7 @@ bool holdsHome(const TWFileSystem& fileSystem, const std::string& folder, const 
     return look.isThere() && std::find(chain.begin(), chain.end(), look.facts.identity) != chain.end();
 }
 
-// True if a folder can be made at the path, or is there and has nothing in it.
+// True if the path is an empty folder or one that can be created.
 bool isNewOrEmpty(const TWFileSystem& fileSystem, const std::string& path)
 {
     int error = 0;
@@ -86,8 +86,8 @@ std::optional<TWPlaces> newSandboxAt(const std::string& wanted, const TWHost& ho
     return std::nullopt;
 }
 
-// A link at the path, or on the way to it from the sandbox's root, that leads out of the sandbox or nobody knows where;
-// "" if there is none.
+// Returns the first symbolic link on the way from the sandbox's root to the path, including the path itself, that leads
+// out of the sandbox or cannot be resolved; "" if there is none.
 std::string linkOut(const TWFileSystem& fileSystem, const std::string& root, std::string path)
 {
     for (; path.size() > root.size(); path = TWPath::parent(path)) {
@@ -101,7 +101,7 @@ std::string linkOut(const TWFileSystem& fileSystem, const std::string& root, std
     return "";
 }
 
-// The same for the folder and everything directly in it: whatever file is opened there, it lies in the sandbox.
+// The same for the folder and all its entries, so that any file opened in it is inside the sandbox.
 std::string linkOutOfFolder(const TWFileSystem& fileSystem, const std::string& root, const std::string& folder)
 {
     if (auto link = linkOut(fileSystem, root, folder); !link.empty())
@@ -129,7 +129,7 @@ std::optional<TWPlaces> TWPlacesFor(const TWInvocation& invocation, const TWHost
 
 std::string TWProblemOfPlaces(const TWFileSystem& fileSystem, const TWPlaces& places, const std::string& dataFolder)
 {
-    // The settings file could not be written.
+    // Text in the settings file must be UTF-8.
     if (!TWText::isValidUTF8(places.settingsFile()))
         return TWText::fill(NotUTF8, { TWText::oneLine(places.configHome) });
     if (!places.sandboxed())

@@ -53,7 +53,8 @@ void store(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValu
         settings.reset(row.key);
 }
 
-// Without a value the setting goes back to its default. What could not be saved does not hold in the window either.
+// Without a value, the setting returns to its default. A change that cannot be saved is undone, so that it does not
+// take effect in the window either.
 TWCommandResult changeSetting(TWSettings& settings, const TWKeyRow& row, const std::optional<TWValue>& value)
 {
     auto& defaults = settings.userDefaults();

@@ -2,5 +2,5 @@
 
 #include "cli/TWCommandTable.h"
 
-// `tidewell settings ...`.
+// `tidewell settings ...`: shows and changes the settings.
 TWCommandGroup TWSettingsCommands();

@@ -36,7 +36,7 @@ std::string lineFor(const TWMessage& message, TWOutputFormat format, bool colour
     return coloured && type != 0 ? Colours[type] + text + NoColour + "\n" : text + "\n";
 }
 
-// An alert's text can have several lines, and names of files in them.
+// An alert's text can have several lines, with file names in them.
 std::string harmlessLines(std::string_view text)
 {
     std::string result;
@@ -82,10 +82,10 @@ void TWTerminal::attach(TWTidewellAppDelegate& delegate)
 
 void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answered)
 {
-    // What the question is about stands above it.
+    // Prints the lines that the question is about above it.
     delegate_->resultsWindowController().flush();
     std::fprintf(stderr, "%s %s\n", alert.title.c_str(), harmlessLines(alert.text).c_str());
-    // With one button there is nothing to ask.
+    // With only one button there is nothing to ask.
     if (alert.alternateButton.empty() || confirms_) {
         answered(TWAnswer::Default);
         return;
@@ -99,7 +99,7 @@ void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answer
     answer(TWAnswer::Alternate);
 }
 
-// The run loop goes on meanwhile, so that the question can be interrupted.
+// Does not block the event loop, so that the question can be interrupted.
 void TWTerminal::ask(const TWAlert& alert)
 {
     std::fputs(TWText::fill(Question, { alert.defaultButton }).c_str(), stderr);
@@ -108,7 +108,7 @@ void TWTerminal::ask(const TWAlert& alert)
 
 void TWTerminal::readAnswer()
 {
-    char line[4096]; // as long as a terminal's line can be
+    char line[4096]; // the greatest length of a terminal's input line
     const bool yes = read(STDIN_FILENO, line, sizeof line) > 0 && (line[0] == 'y' || line[0] == 'Y');
     if (!yes)
         std::fputs(NotConfirmed, stderr);
@@ -136,7 +136,7 @@ void TWTerminal::messagesAdded(std::size_t count)
     const auto& messages = delegate_->resultsWindowController().messages();
     for (; printed_ < count; ++printed_)
         lines += lineFor(messages[printed_], format_, coloured_);
-    // Said once; the run goes on, since it is known what is to be deleted.
+    // Reports a failure only once. The run goes on, because it is already decided what it deletes.
     if (outputWritten_)
         outputWritten_ = TWWriteToOutput(lines);
 }

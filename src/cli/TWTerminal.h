@@ -3,33 +3,35 @@
 #include "app/TWTidewellAppDelegate.h"
 #include "platform/TWHandover.h"
 
-// Brings the text to standard output. False, after one line on standard error, if it could not be written completely.
+// Writes the text to standard output. If it could not be written completely, reports that on standard error and returns
+// false.
 bool TWWriteToOutput(const std::string&);
 
-// Prints what a command said. Returns its exit status, or a failure if it could not be printed.
+// Prints the output of a command. Returns the command's exit status, or Failure if the output could not be written.
 int TWPrint(const TWCommandResult&);
 
 enum class TWOutputFormat { Lines, JSON };
 
-// A cleaning seen from a terminal: results lines on standard output, alerts on standard error and at the prompt. Main
+// The view of a cleaning on a terminal: results on standard output, alerts on standard error and at a prompt. Main
 // thread.
 class TWTerminal final : public TWRunView, public TWApplicationWindows, public TWResultsView, public TWAlerts {
 public:
     explicit TWTerminal(TWOutputFormat);
 
-    // Becomes the view of the delegate, which outlives the terminal's last call. Before the first run.
+    // Becomes the delegate's view. Call this before the first run. The delegate must outlive the last call of the
+    // terminal.
     void attach(TWTidewellAppDelegate&);
 
     // From now on warnings count as confirmed.
     void confirmWarnings() { confirms_ = true; }
 
-    // How the run ended. Nothing until it is over or was not begun.
+    // How the run ended. Nothing until a run has ended.
     const std::optional<TWRunOutcome>& outcome() const { return outcome_; }
 
-    // Answers the question at the prompt, if there is one, with no.
+    // Answers an open question at the prompt with no.
     void endQuestion();
 
-    // False once results could not be written.
+    // False after results could not be written.
     bool outputWritten() const { return outputWritten_; }
 
     TWOutputFormat format() const { return format_; }
@@ -60,7 +62,7 @@ private:
     bool confirms_ = false;
     TWTidewellAppDelegate* delegate_ = nullptr;
     std::optional<TWRunOutcome> outcome_;
-    std::function<void(TWAnswer)> answered_; // while a question is at the prompt
+    std::function<void(TWAnswer)> answered_; // set while a question is at the prompt
     std::unique_ptr<TWRunLoopHandle> prompt_;
     std::size_t printed_ = 0;
     bool outputWritten_ = true;

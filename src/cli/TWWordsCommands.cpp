@@ -54,7 +54,7 @@ TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocat
     });
 }
 
-// All of them or, if one is not there, none.
+// Removes all of the words or, if one is not in the dictionary, none.
 TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invocation)
 {
     const auto removed = invocation.texts(Word);

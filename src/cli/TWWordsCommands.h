@@ -2,5 +2,5 @@
 
 #include "cli/TWCommandTable.h"
 
-// `tidewell words ...`: the dictionary.
+// `tidewell words ...`: shows and changes the dictionary.
 TWCommandGroup TWWordsCommands();

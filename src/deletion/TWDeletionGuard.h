@@ -3,17 +3,17 @@
 #include "deletion/TWDeletionRules.h"
 #include "platform/TWPlaces.h"
 
-// Keeps the deletion rules up to date. The planner takes the rules as they are when it begins; the deleter asks again
-// for every path. Main thread.
+// Keeps the deletion rules up to date. A planner uses the rules as they are when it begins; the deleter asks for the
+// current ones for every path. Main thread.
 class TWDeletionGuard final {
 public:
     TWDeletionGuard(const TWPlaces&, const TWFileSystem&, TWMountTable&, std::string dataFolder);
 
-    // The rules now. Looks for the protected folders again only after renew() or when a volume was mounted or
+    // The current rules. Looks for the protected folders again only after renew() or after a volume was mounted or
     // unmounted.
     std::shared_ptr<const TWDeletionRules> rules();
 
-    // Before a job: protected folders may have been made, moved or linked since the last one.
+    // Must be called before a job, because protected folders may have been created, moved or linked since the last one.
     void renew() { rules_.reset(); }
 
 private:
@@ -21,6 +21,6 @@ private:
     const TWFileSystem& fileSystem_;
     TWMountTable& mountTable_;
     const std::string dataFolder_;
-    std::shared_ptr<const TWMountPoints> mountPoints_; // those in rules_
+    std::shared_ptr<const TWMountPoints> mountPoints_; // those that rules_ was made with
     std::shared_ptr<const TWDeletionRules> rules_;
 };

@@ -6,19 +6,19 @@
 #include <string>
 #include <string_view>
 
-// A parent folder as a plan saw it. Deletion starts inside this folder or not at all.
+// A parent folder as the plan saw it. Deletion starts inside this very folder or not at all.
 struct TWPlannedFolder {
-    std::string path; // as messages show it, in the words of the rule that led here
-    std::string realPath; // with every link resolved; "" stands for no folder at all
+    std::string path; // for messages: as the rule that led here writes it
+    std::string realPath; // with all symbolic links resolved; "" if there is no parent folder
     TWFileIdentity identity;
 };
 
-// One path to delete. Small, because lists of them are long.
+// One path to delete. Kept small, because lists of them are long.
 struct TWDeletionTarget {
-    std::shared_ptr<const TWPlannedFolder> folder; // also keeps alive whatever the name is a view of
-    std::string_view name; // the last component; the whole path if it has no folder
+    std::shared_ptr<const TWPlannedFolder> folder; // also keeps the characters alive that name refers to
+    std::string_view name; // the last component, or the whole path if there is no parent folder
 
-    // A target with a name of its own.
+    // Makes a target that owns its folder and name.
     static TWDeletionTarget make(TWPlannedFolder, std::string name);
 
     // False for a path without a parent folder, which is always refused.

@@ -18,15 +18,15 @@ constexpr auto NotStarted
 constexpr auto Killed = "The deletion tool %@ was ended by signal %@.";
 constexpr auto ToolSaid = "The deletion tool said: %@";
 
-// Of one tool, for one path.
+// The most lines of one tool's output that are reported for one path.
 constexpr std::size_t MostToolLines = 20;
 
-// Our srm marks with this what it has to say besides failures.
+// Our srm begins lines that are not about failures with this.
 constexpr std::string_view NoteMark = "srm: note: ";
 
 struct ModeRow {
     TWSecureMode mode;
-    const char* option; // nothing if the tool is run without one
+    const char* option; // nullptr if the tool is run without one
     const char* label;
 };
 
@@ -37,7 +37,7 @@ constexpr ModeRow Modes[] = {
     { 2, nullptr, "35-pass secure delete" },
 };
 
-// Kept on purpose: a mode that is none of the four overwrites like the strongest one, under an empty label.
+// Kept on purpose: a mode that is none of the four overwrites like the strongest one and has an empty label.
 constexpr ModeRow AnyOtherMode = { 0, nullptr, "" };
 
 const ModeRow& rowFor(TWSecureMode mode)
@@ -89,7 +89,7 @@ TWFileDeleter::TWFileDeleter(const TWDeletionTools& tools)
 std::string TWFileDeleter::deleteFile(
     const TWDeletionTarget& target, TWSecureMode mode, TWWaiting waiting, TWAuthorization)
 {
-    // Kept on purpose: the authorization is ignored, no deletion ever asks for administrator rights.
+    // Kept on purpose: the authorization is ignored. No deletion ever asks for administrator rights.
     return deleteFileWithoutAuthorization(target, mode, waiting);
 }
 
@@ -116,7 +116,7 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     return rowFor(mode).label;
 }
 
-// The parent folder if the target may be deleted there now.
+// Returns the parent folder if the target may be deleted there now. Otherwise returns nullptr and sets the problem.
 std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& target, std::string& problem) const
 {
     const auto path = target.path();

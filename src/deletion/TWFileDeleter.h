@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-// What every deleter and queue works with.
+// What every deleter and queue needs.
 struct TWDeletionTools {
     TWRunLoop& runLoop;
     TWProcessLauncher& launcher;
@@ -17,7 +17,7 @@ struct TWDeletionTools {
     const TWPlaces& places;
 };
 
-// How a path is deleted: -1 plainly, 0 after one overwriting pass, 1 after seven, 2 after thirty-five.
+// How a path is deleted: -1 without overwriting, 0 after one overwriting pass, 1 after seven, 2 after thirty-five.
 using TWSecureMode = std::int32_t;
 inline constexpr TWSecureMode TWPlainDelete = -1;
 
@@ -28,22 +28,22 @@ class TWFileDeleterDelegate {
 public:
     virtual void fileDeleterProgressed(const std::string& /*message*/) { }
 
-    // The deletion tool has ended, however it did. Whether the path is gone is a question to the file system.
+    // The deletion tool has ended, successfully or not. Only the file system can tell whether the path is gone.
     virtual void fileDeleterDone() { }
 
 protected:
     ~TWFileDeleterDelegate() = default;
 };
 
-// How the latest deletion went, as far as the tool and its launch tell. Lines are for the user.
+// How the latest deletion went, according to the tool and its launch. The lines are for the user.
 struct TWDeletionReport {
-    std::vector<std::string> problems; // why the path may still be there: a refusal, a tool that failed or was killed
-    std::vector<std::string> notices; // what the tool had to say although nothing failed
+    std::vector<std::string> problems; // why the path may still exist: a refusal, or a tool that failed or was killed
+    std::vector<std::string> notices; // what the tool reported although nothing failed
     bool toolSucceeded = false; // the tool ran to its end and reported no failure
 };
 
-// Deletes one file or folder at a time by running /bin/rm or our srm as a child process. It is the only place in the
-// system that removes files of the user. Main thread. Destroying it ends the child.
+// Deletes one file or folder at a time by running rm or our srm as a child process. It is the only class that removes
+// the user's files. Main thread. Destroying it ends the child.
 class TWFileDeleter final {
 public:
     explicit TWFileDeleter(const TWDeletionTools&);
@@ -52,15 +52,15 @@ public:
     TWFileDeleterDelegate* delegate() const { return delegate_; }
 
     // Starts a deletion and returns the mode's label: "Delete", "One-pass secure delete" and so on, or "" for a mode
-    // that is none of the four. If a deletion is going on already, returns "" and does nothing else. With UntilDone the
-    // event loop is turned until the child has ended and the delegate has been told.
+    // that is none of the four. If a deletion is already going on, only returns "". With UntilDone it runs the event
+    // loop until the child has ended and the delegate has been told.
     //
-    // Differs on purpose: the child starts inside the parent folder that the target names, compared by device and
-    // inode, and gets "./NAME" in the place of the path. If the folder is another one by now, or the guard refuses the
-    // path, no child is started; the delegate is told on a later turn as after any other deletion.
+    // Differs on purpose: the child starts inside the parent folder that the target names, which is compared by device
+    // and inode, and gets "./NAME" instead of the path. If that folder has been replaced in the meantime or the guard
+    // refuses the path, no child is started; the delegate is told on a later turn, as after any other deletion.
     std::string deleteFile(const TWDeletionTarget&, TWSecureMode, TWWaiting, TWAuthorization);
 
-    // Ends the running child; the done call follows as for any other end. Does nothing if none runs.
+    // Ends the running child; fileDeleterDone() follows as usual. Does nothing if no child runs.
     void terminate();
 
     bool deleting() const { return deleting_; }
@@ -75,7 +75,7 @@ private:
     void finish();
 
     const std::shared_ptr<const int> life_
-        = std::make_shared<const int>(0); // tells whether the delegate destroyed this
+        = std::make_shared<const int>(0); // expires if the delegate destroys this object
     TWDeletionTools tools_;
     TWFileDeleterDelegate* delegate_ = nullptr;
     bool deleting_ = false;

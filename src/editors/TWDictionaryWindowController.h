@@ -30,8 +30,8 @@ public:
     void awakeFromNib(TWLaunchKind) override { loadDictionary(); }
     bool hasUnsavedEdits() const override { return list_.hasUnsavedEdits(); }
 
-    // Fills the words from the file; no words if there is no file or it cannot be read. A file with an element that is
-    // no word, or with too many words, keeps the words as they were.
+    // Fills the words from the file; no words if there is no file or it cannot be read. If the file has an element that
+    // is not a word, or too many words, the words stay as they were.
     void loadDictionary() { list_.load(); }
 
     // The words as shown, saved or not; duplicates and empty words as the user typed them.
@@ -56,7 +56,7 @@ public:
     std::string file() const override { return list_.path(); }
     std::string keptAs() const override { return list_.keptAs(); }
 
-    // One line if the file is there but could not be read, else "".
+    // One line if the file exists but could not be read, else "".
     std::string problem() const override { return list_.problem(); }
 
 private:

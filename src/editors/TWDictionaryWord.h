@@ -12,13 +12,13 @@ struct TWDictionaryWord {
 
     std::string text;
 
-    // Nothing unless it is data with valid UTF-8.
+    // Returns nothing unless the value is data with valid UTF-8.
     static std::optional<TWDictionaryWord> from(TWValue);
     TWValue value() const { return TWData{ text }; }
 
     const std::string& identity() const { return text; }
 
-    // Words that are too long together are refused.
+    // Returns a short clause if the words are too long together, else "".
     static std::string problem(const std::vector<TWDictionaryWord>&);
 
     friend bool operator==(const TWDictionaryWord&, const TWDictionaryWord&) = default;

@@ -11,10 +11,10 @@ class TWEditor {
 public:
     virtual ~TWEditor() = default;
 
-    // Loads the list. Called once, before the launch stamps the version.
+    // Loads the list. Called once, before the launch stores the version.
     virtual void awakeFromNib(TWLaunchKind) = 0;
 
-    // One line if the saved list is there but could not be read, else "".
+    // One line if the saved list exists but could not be read, else "".
     virtual std::string problem() const = 0;
 
     // The file of the saved list.

@@ -7,7 +7,7 @@
 
 struct TWDeletionTools;
 
-// What every editor is made from.
+// What every editor needs.
 struct TWEditorContext {
     const TWSettings& settings;
     const TWDataFolder& dataFolder;

@@ -2,12 +2,12 @@
 
 #include <string>
 
-// What every editor's sheet offers its controller. Main thread.
+// The operations of every editor's sheet that its controller uses. Main thread.
 class TWEditorView {
 public:
     virtual void closeSheet() = 0;
 
-    // The help page of that name.
+    // Shows the help page with that name.
     virtual void openHelpAnchor(const std::string& anchor) = 0;
 
 protected:

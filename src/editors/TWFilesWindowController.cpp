@@ -226,7 +226,7 @@ void TWFilesWindowController::countNotes()
 {
     if (!sheetIsOpen_)
         return;
-    // Several edits within one event-loop iteration start one count.
+    // Several edits within one turn of the event loop start one count.
     counting_ = context_.deletion.runLoop.after(
         TWRunLoop::Duration(0), [this] { notes_.find(rules(), dictionary_.wordDictionary()); });
 }

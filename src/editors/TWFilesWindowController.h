@@ -59,13 +59,13 @@ public:
     // Adds the rule at the end, selects it and scrolls to it.
     void addRule(TWFilesRule);
 
-    // The same, for a rule that deletes the item at that absolute path.
+    // The same with a rule that deletes the item at that absolute path.
     void addPath(const std::string& path);
 
     // For commands, which change the saved rules and then the live ones.
     TWRecordList<TWFilesRule>& list() { return list_; }
 
-    // The shipped rules; nothing if they cannot be read, and then one line about that.
+    // The shipped rules. If they cannot be read, returns nothing and sets the problem to one line.
     std::optional<std::vector<TWFilesRule>> defaultRules(std::string& problem) const;
 
     // Sheet buttons.
@@ -78,7 +78,7 @@ public:
 
     // In-place edits. Rows count from 0 and must exist.
     void removeRule(int row);
-    void insertRule(int row, TWFilesRule); // which may also be the one behind the last
+    void insertRule(int row, TWFilesRule); // row may be one past the last
     void setActive(int row, bool active);
     void setDescription(int row, const std::string& description);
     void setFilePath(int row, const std::string& path);
@@ -90,7 +90,7 @@ public:
     // Writes the file only. "" or one line that names the file and the remedy.
     std::string write() { return list_.write(); }
 
-    // Where a choice of files begins.
+    // Where the dialog that chooses a file starts.
     const std::string& homeFolder() const { return context_.deletion.places.home; }
 
     // While the sheet is open, what each rule matches is counted in the background.
@@ -101,8 +101,8 @@ public:
     std::string file() const override { return list_.path(); }
     std::string keptAs() const override { return list_.keptAs(); }
 
-    // One line if the saved list is there but could not be read, else "". Then the shipped rules stand in its place,
-    // all switched off.
+    // One line if the saved list exists but could not be read, else "". In that case the shipped rules replace it, all
+    // switched off.
     std::string problem() const override { return list_.problem(); }
 
 private:

@@ -20,7 +20,7 @@ constexpr auto StopsTheRun = "%@ The whole Files cleaning would stop here.";
 constexpr auto NotAKind = "This kind of rule does nothing.";
 constexpr auto ItemsAndSize = "%@, %@";
 
-// Letters, not bytes: a character's first byte is any that does not continue one.
+// Counts characters, not bytes: every byte except UTF-8 continuation bytes begins a character.
 std::size_t characters(const std::string& word)
 {
     return static_cast<std::size_t>(
@@ -117,7 +117,7 @@ TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::str
     return note;
 }
 
-// What the rule's text alone says, without a look at the disk.
+// Returns what is wrong with a rule, as far as that can be said without a look at the disk, or "".
 std::string TWRuleNotes::mistake(const TWFilesRule& rule, const std::vector<std::string>& words) const
 {
     const auto& places = cleaners_.deletion.places;

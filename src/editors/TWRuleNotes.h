@@ -13,16 +13,16 @@ struct TWRuleNote {
     bool warning = false; // the rule does less or more than it should
 };
 
-// Finds out in the background what each rule would delete now, and says what is wrong with a rule: the cleaner
-// plans each one. Main thread.
+// Determines in the background what each rule would delete now and what is wrong with it, by planning each rule with
+// the cleaner. Main thread.
 class TWRuleNotes final {
 public:
     TWRuleNotes(const TWCleanerContext&, std::function<void()> changed);
 
-    // Finds out about the rules that are not known yet. Cancels what is being found out for an earlier list.
+    // Determines the notes that are not known yet. Cancels the work for an earlier list.
     void find(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);
 
-    // Cancels the search and forgets all results.
+    // Cancels the work and forgets all results.
     void clear();
 
     TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words) const;
@@ -40,6 +40,6 @@ private:
     std::map<Key, TWRuleNote> found_;
     std::deque<TWFilesRule> waiting_;
     std::vector<std::string> words_;
-    std::unique_ptr<TWPlanSummarizer> summarizer_; // of the first rule that waits
+    std::unique_ptr<TWPlanSummarizer> summarizer_; // for the first waiting rule
     std::unique_ptr<TWRunLoopHandle> next_;
 };

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-// What answering with the default button does.
+// What pressing the default button does.
 enum class TWConfirming { IsHarmless, LosesSomething };
 
 struct TWAlert {
@@ -13,19 +13,20 @@ struct TWAlert {
     std::string defaultButton;
     std::string alternateButton; // "" if there is only one button
 
-    // If confirming deletes or discards something, Return and Escape press the alternate button. The answers keep their
-    // meaning: TWAnswer::Default is still the default button.
+    // With LosesSomething, Return and Escape press the alternate button. TWAnswer::Default still means the default
+    // button.
     TWConfirming confirming = TWConfirming::IsHarmless;
 };
 
 enum class TWAnswer { Default, Alternate };
 
-// All questions and announcements go through this seam: sheets in the window, standard error and the prompt on the
-// command line.
+// Asks and informs the user: with sheets in the window, on standard error and with a prompt on the command line. Main
+// thread.
 class TWAlerts {
 public:
     virtual ~TWAlerts() = default;
 
-    // Calls answered exactly once, possibly before this returns, but never after the program has begun to end.
+    // Calls answered exactly once, possibly before this function returns, but never after the program has begun to
+    // quit.
     virtual void show(const TWAlert&, std::function<void(TWAnswer)> answered) = 0;
 };

@@ -2,7 +2,8 @@
 
 #include "support/TWPath.h"
 
-// Each ".." is judged by itself, so that the answer is the same whether what lies behind it exists or not.
+// Checks the path up to each ".." separately, so that the answer does not depend on whether the rest of the path
+// exists.
 bool TWIsAmbiguousPath(const TWFileSystem& fileSystem, const std::string& path)
 {
     for (auto slash = path.find("/.."); slash != std::string::npos; slash = path.find("/..", slash + 1)) {

@@ -6,9 +6,9 @@
 #include <mutex>
 #include <utility>
 
-// Runs work on another thread and delivers what it produces on the main thread: in order, at most so many items per
-// turn of the event loop, and then one call that says it has ended. Destroying the stream cancels the work and
-// guarantees that no further call is made; that is also allowed inside the calls. Main thread, except where noted.
+// Runs work on another thread and delivers the items it produces on the main thread: in order, at most itemsPerTurn per
+// turn of the event loop, and then calls ended once. Destroying the stream, which is allowed inside those calls,
+// cancels the work and guarantees that no further call is made. Main thread, except where noted.
 template <typename T>
 class TWBackgroundStream final {
     struct Channel;
@@ -30,12 +30,12 @@ public:
         const TWCancellation& cancellation_;
     };
 
-    // The work uses copies only and asks sink.cancellation() at least every few milliseconds.
+    // The work must use copies only and check sink.cancellation() at least every few milliseconds.
     TWBackgroundStream(TWRunLoop& runLoop, std::size_t itemsPerTurn, std::function<void(Sink&)> work,
         std::function<void(T)> taken, std::function<void()> ended)
         : channel_(std::make_shared<Channel>(runLoop, itemsPerTurn, std::move(taken), std::move(ended)))
     {
-        // Hops to another thread; channel->put() is the way back.
+        // The work runs on another thread; channel->put() brings its items back to the main thread.
         background_ = runLoop.inBackground(
             [channel = channel_, work = std::move(work)](const std::shared_ptr<const TWCancellation>& cancellation) {
                 Sink sink(*channel, *cancellation);
@@ -53,7 +53,7 @@ public:
     TWBackgroundStream& operator=(const TWBackgroundStream&) = delete;
 
 private:
-    // Shared by the stream, the work and the calls on their way to the main thread.
+    // Shared by the stream, the work and the posted calls.
     struct Channel : std::enable_shared_from_this<Channel> {
         Channel(TWRunLoop& givenRunLoop, std::size_t givenItemsPerTurn, std::function<void(T)> givenTaken,
             std::function<void()> givenEnded)
@@ -101,7 +101,7 @@ private:
             deliverOrEnd();
         }
 
-        // The last item may be delivered before or after the news that the work has ended.
+        // The last item may be delivered before or after workEnded is set.
         void deliverOrEnd()
         {
             if (!alive || !workEnded)

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-// Always English, as all our texts are: strerror() would follow the locale that the window's library sets.
+// Not strerror(): it follows the locale, which Qt sets, and our texts are always English.
 std::string TWErrorText(int error)
 {
     const char* text = strerrordesc_np(error);

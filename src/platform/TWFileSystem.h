@@ -12,7 +12,7 @@ class TWCancellation;
 
 enum class TWFileKind : std::uint8_t { File, Folder, Link, Other };
 
-// Tells one file or folder from every other one on the machine, whatever path leads to it.
+// Identifies a file or folder on this machine, whatever path leads to it.
 struct TWFileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -31,102 +31,102 @@ struct std::hash<TWFileIdentity> {
 struct TWFileFacts {
     TWFileIdentity identity;
     std::uint64_t size = 0; // length of the contents, in bytes
-    std::uint64_t bytes = 0; // space taken on disk, in bytes; for a folder its own only
+    std::uint64_t bytes = 0; // space taken on disk, in bytes; for a folder without its contents
     std::int64_t changed = 0; // last change of contents or attributes, in nanoseconds since 1970 UTC
     std::int64_t modified = 0; // last change of contents, in nanoseconds since 1970 UTC
     std::uint32_t links = 0;
     TWFileKind kind = TWFileKind::Other;
 };
 
-// Unknown: the disk could not be asked, so nobody may say that the file is gone.
+// Unknown: the file system could not tell, so the file must not be treated as gone.
 enum class TWPresence : std::uint8_t { Gone, There, Unknown };
 
-// The disk's answer to "what is at this path?".
+// What the file system says about a path.
 struct TWFileLook {
     TWPresence presence = TWPresence::Unknown;
-    int error = 0; // the errno, when the presence is not There
-    TWFileFacts facts; // when the presence is There
+    int error = 0; // the errno, unless the presence is There
+    TWFileFacts facts; // only if the presence is There
 
     bool isThere() const { return presence == TWPresence::There; }
     bool isFolder() const { return isThere() && facts.kind == TWFileKind::Folder; }
 };
 
 struct TWFolderEntry {
-    std::string_view name; // bytes, followed by a NUL; valid as long as the TWOpenFolder it comes from
+    std::string_view name; // bytes, followed by a NUL; valid as long as the TWOpenFolder that listed it
     TWFileKind kind;
 };
 
-// A folder held open for reading and listed once. Its entries are opened relative to it and never through a link, so
-// nobody can redirect the reader by replacing a folder with a link. A folder opened from another one with openFolder()
-// can be used only as long as that one exists, and one thread at a time uses such a chain. A chain of any length takes
-// a bounded number of descriptors.
+// A folder held open for reading and listed once. Its entries are opened relative to it and never through a symbolic
+// link, so replacing a folder with a link cannot redirect the reader. A folder opened with openFolder() may be used
+// only while the one that it was opened from exists, and only one thread at a time may use such a chain. A chain of any
+// length takes a bounded number of descriptors.
 class TWOpenFolder {
 public:
     virtual ~TWOpenFolder() = default;
 
     virtual TWFileIdentity identity() const = 0;
 
-    // In the order in which the system lists them, hidden entries included, "." and ".." not.
+    // In the order in which the system lists them, with hidden entries but without "." and "..".
     virtual const std::vector<TWFolderEntry>& entries() const = 0;
 
-    // Asks the disk about one of entries() without following it if it is a link.
+    // Looks at one of entries(); does not follow it if it is a symbolic link.
     virtual TWFileLook look(const TWFolderEntry&) const = 0;
 
-    // Opens one of entries(). On failure returns nothing and sets error to the errno: EXDEV if another file system, or
-    // another part of this one, is mounted there.
+    // Opens one of entries(). On failure returns nullptr and sets error to the errno: EXDEV if something is mounted
+    // there, even another part of the same file system.
     virtual std::unique_ptr<TWOpenFolder> openFolder(const TWFolderEntry&, int& error) const = 0;
 
-    // Another handle on this folder with the same entries, in the same order. It depends on no other folder, so it may
-    // be used on another thread. On failure returns nothing and sets error to the errno.
+    // Another handle on this folder with the same entries, in the same order. It depends on no other folder, so another
+    // thread may use it. On failure returns nullptr and sets error to the errno.
     virtual std::unique_ptr<TWOpenFolder> duplicate(int& error) const = 0;
 
-    // True for a folder that the desktop shows as one file: by the ending of its name, or by an executable "AppRun" in
-    // it.
+    // True for a folder that the desktop shows as one file: its name has such a suffix, or it holds an executable
+    // "AppRun".
     virtual bool isPackage() const = 0;
 };
 
-// A folder held open so that work can be done inside it, whatever its path means by then. Any thread.
+// A folder held open, so that work can be done inside it even if its path later leads elsewhere. Any thread.
 class TWHeldFolder {
 public:
     virtual ~TWHeldFolder() = default;
 
     virtual TWFileIdentity identity() const = 0;
 
-    // Asks the disk about an entry without following it if it is a link. The name is a single path component.
+    // Looks at an entry; does not follow it if it is a symbolic link. The name is a single path component.
     virtual TWFileLook look(const std::string& name) const = 0;
 
-    // The identities of the folder itself and of every folder above it up to "/", innermost first. Empty if they could
-    // not be determined.
+    // The identities of the folder and of all its parents up to "/", innermost first. Empty if they could not be
+    // determined.
     virtual std::vector<TWFileIdentity> chain() const = 0;
 
-    // Not the caller's to close. It can be made a child's working folder.
+    // Owned by this object. Can become a child process's working directory.
     virtual int descriptor() const = 0;
 };
 
 enum class TWLinkAtEnd { Follow, DoNotFollow };
 
-// Looks at the disk and changes nothing. Paths are absolute; trailing slashes are ignored. Any thread.
-// Differs on purpose: existence is asked without following a link at the end, so a dangling link exists.
+// Reads the file system and changes nothing. Paths are absolute; trailing slashes are ignored. Any thread. Differs on
+// purpose: by default look() does not follow a symbolic link at the end of the path, so a dangling link exists.
 class TWFileSystem {
 public:
     virtual ~TWFileSystem() = default;
 
     virtual TWFileLook look(const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow) const = 0;
 
-    // The path with every link on the way resolved; the last component is resolved only with Follow. On failure returns
-    // nothing and sets error, if given, to the errno.
+    // The path with all symbolic links resolved, the last component only with Follow. On failure returns nothing and
+    // sets error, if given, to the errno.
     virtual std::optional<std::string> realPath(
         const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow, int* error = nullptr) const = 0;
 
-    // Opens and lists the folder. realPath must have no links in it: a link anywhere on the way makes the call fail. On
-    // failure returns nothing and sets error to the errno. The cancellation, which must outlive the folder and all that
-    // is opened from it, ends the listing of a very large folder early, with ECANCELED.
+    // Opens and lists the folder. Fails if any component of realPath is a symbolic link. On failure returns nullptr and
+    // sets error to the errno. The cancellation ends the listing of a very large folder early, with ECANCELED; it must
+    // outlive the folder and all folders opened from it.
     virtual std::unique_ptr<TWOpenFolder> openFolder(
         const std::string& realPath, int& error, const TWCancellation* = nullptr) const = 0;
 
-    // As openFolder(), but needs no permission to list the folder.
+    // Like openFolder(), but does not list the folder and needs no permission to.
     virtual std::unique_ptr<TWHeldFolder> holdFolder(const std::string& realPath, int& error) const = 0;
 };
 
-// The errno as an English phrase, "Permission denied", for messages that name the file and the remedy.
+// The errno as an English phrase such as "Permission denied". Any thread.
 std::string TWErrorText(int error);

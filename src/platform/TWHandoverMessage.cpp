@@ -12,7 +12,7 @@ void appendLength(std::string& bytes, std::size_t length)
         bytes.push_back(static_cast<char>(length >> shift & 0xFF));
 }
 
-// Nothing if there are fewer than four bytes.
+// Returns nothing if there are fewer than four bytes.
 std::optional<std::size_t> takeLength(std::string_view& bytes)
 {
     if (bytes.size() < LengthSize)

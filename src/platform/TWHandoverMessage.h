@@ -6,20 +6,22 @@
 #include <string_view>
 #include <vector>
 
-// How a handover travels: one length of four bytes, then fields of any bytes, each behind its own length.
+// The wire format of a handover: a length of four bytes, big-endian, then the fields, each preceded by its own length.
+// Any thread.
 namespace TWHandoverMessage {
 
 using Fields = std::vector<std::string>;
 
-// Of a whole message, in bytes. A command line is never longer than a few of these.
+// In bytes, without the leading length.
 inline constexpr std::size_t LongestMessage = 1 << 20;
 
-// Nothing if the message would be too long.
+// Returns nothing if the message would be too long.
 std::optional<std::string> pack(const Fields&);
 
 enum class State { Incomplete, Complete, Broken };
 
-// Reads what has arrived so far. Costs nothing until all of it is there.
+// Parses what has arrived so far; received starts at the beginning of the message. Sets the fields only if the message
+// is complete.
 State unpack(std::string_view received, Fields&);
 
 }

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-// Real paths of mount points as bytes, sorted. Empty if the table could not be read: then nothing is known to be safe.
+// Real paths of the mount points as bytes, sorted. Empty if the table could not be read; then no path may be taken to
+// be free of mounts.
 using TWMountPoints = std::vector<std::string>;
 
 // The mount points of the system. Main thread.
@@ -12,7 +13,7 @@ class TWMountTable {
 public:
     virtual ~TWMountTable() = default;
 
-    // The mount points now; the same list as before until the table changes. Asking costs one system call while nothing
-    // has changed.
+    // The current mount points: the same object as before until the table changes. Costs one system call if nothing has
+    // changed.
     virtual std::shared_ptr<const TWMountPoints> mountPoints() = 0;
 };

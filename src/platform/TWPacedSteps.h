@@ -2,8 +2,9 @@
 
 #include "platform/TWRunLoop.h"
 
-// Does a long row of small steps on the main thread, so many per turn of the event loop, beginning with the next turn,
-// and then makes one call that says it is done. Destroying it ends it, also from inside its calls. Main thread.
+// Does many small steps on the main thread without blocking it: calls step with 0 to count - 1, stepsPerTurn calls per
+// turn of the event loop, beginning with the next turn, and then calls done. Destroying it, which is allowed inside
+// those calls, stops the calls. Main thread.
 class TWPacedSteps final {
 public:
     TWPacedSteps(TWRunLoop&, std::size_t count, std::size_t stepsPerTurn, std::function<void(std::size_t)> step,

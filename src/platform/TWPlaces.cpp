@@ -5,7 +5,7 @@
 namespace {
 
 struct MovedFolder {
-    const char* usual; // as stored lists write it
+    const char* usual; // as written in stored lists
     const std::string TWPlaces::*folder;
 };
 
@@ -39,6 +39,6 @@ std::string TWPlaces::standardize(const std::string& path) const
 std::string TWPlaces::abbreviate(const std::string& path) const
 {
     const auto abbreviated = TWPath::abbreviateTilde(path, home);
-    // Where a folder like ~/.cache has been moved elsewhere, what still lies at its usual place has no short form.
+    // If $XDG_CACHE_HOME is not ~/.cache, for example, a path in ~/.cache itself has no short form.
     return standardize(abbreviated) == TWPath::standardize(path, home) ? abbreviated : path;
 }

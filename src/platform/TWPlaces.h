@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-// Where everything is on this machine for this user. Absolute paths without trailing slashes, as bytes. Made once at
-// start; in a sandbox every one of the user's places lies below sandboxRoot.
+// The paths that Tidewell uses for this user on this machine: absolute, without trailing slashes, as bytes. Made once
+// at the start; in a sandbox all of the user's folders are below sandboxRoot.
 struct TWPlaces {
     std::string home;
     std::string realHome; // the user's own home folder; differs from home only in a sandbox
@@ -18,26 +18,27 @@ struct TWPlaces {
     std::string trash; // holds files/ and info/
     std::string resources; // Info.plist and the files beside it
     std::string rm;
-    std::vector<std::string> rmOptions; // that this system's rm gets besides -rf
+    std::vector<std::string> rmOptions; // passed to rm in addition to -rf
     std::string srm;
     std::string eject;
-    std::string window; // the program of the window
+    std::string window; // the program tidewell-window
     std::string sandboxRoot; // a real path; "" outside a sandbox
 
-    // Holds the settings file.
+    // The folder of the settings file.
     std::string settingsFolder() const { return configHome + "/Tidewell"; }
     std::string settingsFile() const { return settingsFolder() + "/Tidewell.plist"; }
 
     bool sandboxed() const { return !sandboxRoot.empty(); }
 
-    // Replaces a leading "~" or "$XDG_DATA_HOME" of a stored path ("~/.local/share", "~/.config", "~/.cache" and
-    // "~/.local/state" lead to where the user has moved those folders). Leaves the rest as it is, ".." included.
+    // Replaces a leading "~" or XDG variable, such as "$XDG_DATA_HOME", of a stored path. "~/.local/share",
+    // "~/.config", "~/.cache" and "~/.local/state" become the folders that the XDG variables name. Leaves the rest of
+    // the path as it is, including "..".
     std::string expand(const std::string& path) const;
 
-    // As expand(), then standardised: "." and ".." removed, links not resolved.
+    // Like expand(), then removes "." and ".." without resolving symbolic links.
     std::string standardize(const std::string& path) const;
 
-    // The reverse, for storing and showing: a path at or below the home folder begins with "~", unless standardize()
-    // would then lead elsewhere.
+    // The reverse of standardize(), for storing and display: begins a path at or below the home folder with "~", unless
+    // standardize() would turn the result into another path.
     std::string abbreviate(const std::string& path) const;
 };

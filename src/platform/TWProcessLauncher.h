@@ -20,30 +20,31 @@ struct TWTermination {
         output; // the first 4 KiB of standard output and standard error together, as bytes; the rest is discarded
 };
 
-// A running child process. Destroying it ends the child (SIGTERM) and guarantees that the termination call is not made.
+// A running child process. Destroying this object ends the child and guarantees that the termination call is not made.
 // Main thread.
 class TWChildProcess {
 public:
     virtual ~TWChildProcess() = default;
 
-    // Asks the child to end. The termination call follows as for any other end.
+    // Asks the child to end (SIGTERM). The termination call follows as usual.
     virtual void terminate() = 0;
 
-    // Ends a child that does not listen to terminate().
+    // Forces the child to end (SIGKILL).
     virtual void kill() = 0;
 };
 
-// Launches child processes without a shell: the arguments are bytes, the environment is small and fixed with the C
-// locale (loading another one takes a fifth of a deletion tool's life), and no descriptor of ours is inherited.
+// Launches child processes without a shell. The arguments are bytes, the environment is small and fixed, and no other
+// descriptor of ours is inherited. The locale is C, because loading another one takes a fifth of the running time of a
+// deletion tool.
 class TWProcessLauncher {
 public:
     virtual ~TWProcessLauncher() = default;
 
     using Terminated = std::function<void(const TWTermination&)>;
 
-    // Starts the tool with the given working folder. arguments does not include the program's own name. The termination
-    // call is made exactly once, always on a later turn of the event loop, also if the tool could not be launched. Main
-    // thread.
+    // Starts the program at path in the given working directory. arguments does not include the program's own name. The
+    // termination call is made exactly once, always on a later turn of the event loop, even if the program could not be
+    // launched. Main thread.
     [[nodiscard]] virtual std::unique_ptr<TWChildProcess> launch(const std::string& path,
         const std::vector<std::string>& arguments, const TWHeldFolder& workingFolder, Terminated)
         = 0;

@@ -6,7 +6,7 @@
 
 namespace {
 
-// What one thread has added up of one tree.
+// The part of one tree that one thread has added up.
 struct Part {
     struct File {
         std::uint64_t inode;
@@ -15,7 +15,7 @@ struct Part {
 
     std::size_t tree = 0;
     TWTreeSize size;
-    std::vector<File> withSeveralNames; // their bytes are not in the size yet
+    std::vector<File> withSeveralNames; // their bytes are not yet included in size
 };
 
 class Parts final {
@@ -76,13 +76,13 @@ public:
 
     void notEntered(std::size_t root, const std::string&, int error, Parts& parts) const override
     {
-        // What is mounted inside does not belong to the tree, and what has gone meanwhile takes no space.
+        // What is mounted inside does not belong to the tree, and what has been deleted in the meantime takes no space.
         if (error != EXDEV && error != ENOENT)
             ++parts.of(root).size.unknown;
     }
 };
 
-// Takes the parts of each tree one after the other, so that it remembers the files of one tree at a time.
+// The parts of a tree arrive one after the other, so only the inodes of one tree need to be remembered at a time.
 class Total final {
 public:
     explicit Total(std::vector<TWTreeSize>& sizes)
@@ -107,7 +107,7 @@ public:
 private:
     std::vector<TWTreeSize>& sizes_;
     std::size_t tree_ = 0;
-    std::unordered_set<std::uint64_t> counted_; // inodes of files with several names
+    std::unordered_set<std::uint64_t> counted_; // inodes of files with several hard links
 };
 
 }

@@ -3,19 +3,20 @@
 #include "platform/TWTreeWalk.h"
 
 struct TWTreeSize {
-    std::uint64_t items = 0; // everything inside and the path itself
-    std::uint64_t bytes = 0; // space taken on disk, a file with several names counted once
-    std::uint64_t unknown = 0; // folders and entries that are there but could not be looked at
+    std::uint64_t items = 0; // the path itself and everything inside
+    std::uint64_t bytes = 0; // space taken on disk; a file with several hard links counts once
+    std::uint64_t unknown = 0; // folders and entries that exist but could not be read
 };
 
 struct TWTreeSizes {
-    std::vector<TWTreeSize> sizes; // of each path, in the order of the paths; zeros for a path where nothing is
-    TWWalkEnd end = TWWalkEnd::Complete; // otherwise the sizes are too small
+    std::vector<TWTreeSize> sizes; // one per path, in the same order; all zeros if nothing is at the path
+    TWWalkEnd end = TWWalkEnd::Complete; // if not Complete, the sizes are too small
 
     TWTreeSize total() const;
 };
 
-// Adds up the trees at the paths, on all cores, without following links at the end of a path or below it. What another
-// file system holds is not counted; a folder on which something is mounted is an item without a size. Any thread.
+// Adds up the trees at the paths on all cores. Does not follow symbolic links at the end of a path or below it. Does
+// not count the contents of other file systems: a mount point inside a tree counts as an item without a size. Blocks
+// until the end; any thread.
 TWTreeSizes TWAddUpTrees(
     const TWFileSystem&, std::vector<std::string> paths, const TWCancellation&, unsigned threads = TWAllCores);

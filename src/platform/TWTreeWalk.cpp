@@ -16,11 +16,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned VisitsBetweenQuestions = 256;
-constexpr unsigned VisitsLikeAFolder = 16; // opening and listing a folder takes about as long as so many visits
+constexpr unsigned VisitsLikeAFolder = 16; // opening and listing a folder takes about as long as this many visits
 constexpr std::size_t ResultsTogether = 1000;
-constexpr std::chrono::milliseconds LongestHeldBack(50); // so that a slow disk's first results are seen early
+constexpr std::chrono::milliseconds LongestHeldBack(50); // so that the first results of a slow disk arrive early
 
-// Indexes of roots or of entries.
+// A range of indexes of roots or entries.
 struct Range {
     std::size_t next = 0;
     std::size_t end = 0;
@@ -33,9 +33,9 @@ struct Range {
     }
 };
 
-// Brings the results of all threads into the order of a single-threaded walk: a list of stretches, each of which one
-// thread at a time writes to. The results of the first stretch are received at once, those of later ones when all
-// stretches before them have ended.
+// Puts the results of all threads into the order of a single-threaded walk. It keeps a list of stretches, each written
+// by one thread. The results of the first stretch are received at once, those of later stretches when all stretches
+// before them have ended.
 class OrderedResults final {
     struct Stretch {
         std::vector<std::unique_ptr<TWWalkJob::Results>> ready;
@@ -74,7 +74,8 @@ public:
     }
 
 private:
-    // One thread at a time delivers, without holding up those that add. After an exception nothing is delivered.
+    // Only one thread delivers at a time, without holding the lock, so the others can go on adding. If receive()
+    // throws, delivering_ stays true and nothing more is delivered.
     void deliver(std::unique_lock<std::mutex>& lock)
     {
         if (std::exchange(delivering_, true))
@@ -109,19 +110,19 @@ private:
     bool delivering_ = false;
 };
 
-// A consecutive part of the walk: entries of one folder with all that is below them, or roots.
+// A consecutive part of the walk: some entries of one folder with everything below them, or some roots.
 struct Task {
     OrderedResults::Place place;
     Range roots;
-    std::unique_ptr<TWOpenFolder> folder; // may be absent
+    std::unique_ptr<TWOpenFolder> folder; // nullptr if the task consists of roots
     Range entries;
     std::string path;
     std::size_t root = 0;
     std::uint64_t device = 0;
 };
 
-// Hands tasks from busy threads to idle ones and starts threads when there is work for them. Busy threads add tasks
-// only for idle ones, so about as many tasks as threads exist at any time.
+// Passes tasks from busy threads to idle ones and starts threads when there is work for them. Busy threads add tasks
+// only for idle ones, so there are never many more tasks than threads.
 class Tasks final {
 public:
     Tasks(unsigned threads, std::function<void()> work)
@@ -131,7 +132,7 @@ public:
         count();
     }
 
-    // A thread is idle, or could be started, and no task waits for it.
+    // True if a thread is idle, or could be started, and no task is waiting for it.
     bool wanted() const { return wanted_.load(std::memory_order_relaxed) > 0; }
     bool stopped() const { return stopped_.load(std::memory_order_relaxed); }
 
@@ -145,7 +146,7 @@ public:
         added_.notify_one();
     }
 
-    // Waits for a task. Nothing when there will be no more.
+    // Waits for a task. Returns nothing when there will be no more.
     std::optional<Task> take()
     {
         std::unique_lock lock(mutex_);
@@ -172,8 +173,8 @@ public:
             added_.notify_all();
     }
 
-    // For a thread that finds no descriptor left: waits until another one has ended its task and so has closed some.
-    // False if that will not happen.
+    // For a thread that has run out of descriptors: waits until another thread has ended its task and so has closed
+    // some. Returns false if that will not happen.
     bool waitForDescriptors()
     {
         std::unique_lock lock(mutex_);
@@ -202,7 +203,7 @@ public:
     }
 
 private:
-    // When the system grants no more threads, those that are there do the work.
+    // If the system refuses to start another thread, the existing ones do the work.
     void startThread()
     {
         if (threads_.size() + 1 >= threadLimit_)
@@ -221,7 +222,7 @@ private:
     std::condition_variable added_;
     std::condition_variable freed_;
     std::deque<Task> waiting_;
-    unsigned threadLimit_; // with the calling one
+    unsigned threadLimit_; // including the calling thread
     unsigned idle_ = 0;
     unsigned busy_ = 0;
     unsigned starving_ = 0; // of the busy ones
@@ -242,9 +243,9 @@ struct Walk {
     Tasks& tasks;
 };
 
-// One thread's part: walks depth-first with a stack of its own, because a tree may be deeper than the thread's stack.
-// It always has one consecutive part of the walk before it. When another thread is idle, it cuts off the end of that
-// part, outermost folder first, so that tasks are large and their results follow its own.
+// Walks one thread's part of the trees, depth-first, with an explicit stack because recursion could overflow the
+// thread's stack. What is left of its part is always consecutive. When another thread is idle, the walker gives away
+// the end of that part, from the outermost folder, so that tasks are large and their results follow its own.
 class Walker final {
 public:
     explicit Walker(const Walk& walk)
@@ -272,8 +273,8 @@ private:
     struct Folder {
         std::unique_ptr<TWOpenFolder> folder;
         TWWalkedFolder walked;
-        Range entries; // still to be visited
-        std::size_t pathLength; // of path_ without an entry's name
+        Range entries; // not visited yet
+        std::size_t pathLength; // length of path_ without an entry's name
     };
 
     bool step()
@@ -287,7 +288,7 @@ private:
         return true;
     }
 
-    // Until one of the entries is entered or none is left.
+    // Visits entries until one of them is entered or none is left.
     void visitInnermost()
     {
         auto& folder = folders_.back();
@@ -301,7 +302,7 @@ private:
         folders_.pop_back();
     }
 
-    // outer is not valid any more after a success.
+    // On success outer is no longer valid.
     bool enter(const Folder& outer, const TWFolderEntry& entry)
     {
         int error = 0;
@@ -333,7 +334,8 @@ private:
             walk_.job.notEntered(root, path_, error, *results_);
     }
 
-    // Resolving a path takes several times as long as opening it, and few paths have links in them.
+    // Tries the path as it is first: resolving takes several times as long as opening, and few paths contain symbolic
+    // links.
     std::unique_ptr<TWOpenFolder> openRoot(int& error) const
     {
         auto folder = walk_.fileSystem.openFolder(path_, error, &walk_.cancellation);
@@ -343,7 +345,7 @@ private:
         return real ? walk_.fileSystem.openFolder(*real, error, &walk_.cancellation) : nullptr;
     }
 
-    // When this walk's own threads have used up the descriptors, the folder is opened later.
+    // If this walk's own threads have used up the descriptors, waits and tries again.
     template <typename Opening>
     std::unique_ptr<TWOpenFolder> open(const Opening& opening, const int& error)
     {
@@ -351,7 +353,7 @@ private:
         auto folder = opening();
         for (bool others = true; others && !folder && (error == EMFILE || error == ENFILE);) {
             others = walk_.tasks.waitForDescriptors();
-            folder = opening(); // even if no other thread goes on: those that wait have closed some first
+            folder = opening(); // always once more: waiting threads may have closed some
         }
         return folder;
     }
@@ -375,7 +377,8 @@ private:
         return !walk_.tasks.stopped();
     }
 
-    // Asks what is too slow to be asked for each entry. False if the walk is over.
+    // Now and then does what is too slow to do for each entry: gives work away, hands in results, checks the
+    // cancellation. Returns false if the walk is over.
     bool askAfter(unsigned visits)
     {
         if (visits < visitsBeforeQuestion_) {
@@ -390,7 +393,8 @@ private:
         return goOn();
     }
 
-    // The latter half of what is left in the outermost folder, or of the roots. Nothing if the descriptors are used up.
+    // Gives away the latter half of the remaining roots or of what is left in the outermost folder. Gives nothing if
+    // the descriptors are used up.
     void giveAway()
     {
         Task task;
@@ -431,7 +435,7 @@ private:
     Clock::time_point handedIn_ = Clock::now();
 };
 
-// Of each thread.
+// What each thread of a walk runs.
 void work(const Walk& walk)
 {
     try {
@@ -476,7 +480,7 @@ TWWalkEnd TWWalkTrees(const TWFileSystem& fileSystem, const TWWalkRoots& roots, 
         tasks.add(std::move(all));
         work({ fileSystem, roots, job, cancellation, results, tasks });
         const auto end = tasks.waitForThreads();
-        // A cancellation keeps back results even after the last folder was visited.
+        // A cancellation drops results even after the last folder was visited.
         return end == TWWalkEnd::Complete && cancellation.cancelled() ? TWWalkEnd::Cancelled : end;
     } catch (const std::bad_alloc&) {
         return TWWalkEnd::Failed;

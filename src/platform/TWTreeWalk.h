@@ -5,20 +5,20 @@
 
 #include <type_traits>
 
-// Goes through directory trees on all cores. Whatever the number of threads, the results arrive in the order of a
-// single-threaded depth-first walk. A walk never follows a link below a root, never enters another file system, and
-// needs few descriptors and little stack however deep or wide a tree is.
+// Walks directory trees on all cores. Whatever the number of threads, the results arrive in the order of a
+// single-threaded depth-first walk. A walk never follows a symbolic link below a root, never enters another file
+// system, and needs few descriptors and little stack however deep or wide a tree is.
 
-// PassOver leaves out what is in a folder. Only folders are entered; for anything else the two mean the same.
+// What to do with an entry: PassOver skips the contents of a folder. For anything but a folder the two mean the same.
 enum class TWWalkStep : std::uint8_t { PassOver, Enter };
 
-// After Cancelled and Failed only part of the results has been received. Failed: memory ran out, or a function given to
-// the walk threw an exception.
+// After Cancelled and Failed only part of the results has been received. Failed means that memory ran out or that a
+// function passed to the walk threw an exception.
 enum class TWWalkEnd : std::uint8_t { Complete, Cancelled, Failed };
 
 struct TWWalkRoots {
-    std::vector<std::string> paths; // absolute; links on the way to the last component are followed
-    TWLinkAtEnd linkAtEnd = TWLinkAtEnd::DoNotFollow; // whether a root that is a link stands for what it points to
+    std::vector<std::string> paths; // absolute; symbolic links before the last component are followed
+    TWLinkAtEnd linkAtEnd = TWLinkAtEnd::DoNotFollow; // whether a root that is a symbolic link stands for its target
 };
 
 // The folder whose entries are being visited. Valid during the call.
@@ -34,14 +34,14 @@ public:
 
     const TWOpenFolder& folder() const { return folder_; }
 
-    // Begins with the root's path as it was given.
+    // Begins with the root's path as given in TWWalkRoots.
     const std::string& path() const { return path_; }
     std::string pathOf(const TWFolderEntry&) const;
 
-    std::size_t root() const { return root_; } // index in the paths of the roots
-    std::uint64_t device() const { return device_; } // of the root: an entry on another one is not entered
+    std::size_t root() const { return root_; } // index into TWWalkRoots::paths
+    std::uint64_t device() const { return device_; } // of the root; entries on other devices are not entered
 
-    // Asks the disk once, however many entries are visited.
+    // Like TWOpenFolder::isPackage(), but determined only once.
     bool isPackage() const;
 
 private:
@@ -52,18 +52,20 @@ private:
     mutable std::optional<bool> isPackage_;
 };
 
-// Looks at what a walk meets and notes what it finds in an Output, which can be default-constructed and moved and has a
-// size(): the number of results in it. The walk calls it on several threads at once, each with an Output of its own.
+// Decides what a walk enters and collects results in an Output, which must be default-constructible and movable and
+// whose size() is the number of results in it. The walk calls the visitor on several threads at once, each with an
+// Output of its own.
 template <typename Output>
 class TWTreeVisitor {
 public:
-    // A root, before it is entered. If it is to be entered and is no folder, notEntered() is called.
+    // Called for a root before it is entered. If this returns Enter and the root is not a folder, notEntered() is
+    // called.
     virtual TWWalkStep visitRoot(std::size_t /*root*/, const TWFileLook&, Output&) const { return TWWalkStep::Enter; }
 
     virtual TWWalkStep visit(const TWWalkedFolder&, const TWFolderEntry&, Output&) const = 0;
 
-    // A folder or root that was to be entered could not be opened or listed. error is the errno; EXDEV: something is
-    // mounted there.
+    // Called if a folder or root that was to be entered could not be opened or listed. error is the errno, EXDEV if
+    // something is mounted there.
     virtual void notEntered(std::size_t root, const std::string& path, int error, Output&) const = 0;
 
 protected:
@@ -72,15 +74,15 @@ protected:
 
 constexpr unsigned TWAllCores = 0;
 
-// Walks the roots one after the other and returns when all is visited and received, or when cancelled. receive gets the
-// outputs in order, one call at a time, on any of the walk's threads, early ones while later folders are still being
-// read. Nothing is called any more after the return. Any thread.
+// Walks the roots and returns when everything has been visited and received, or when cancelled. Passes the outputs to
+// receive in order, one call at a time, on any of the walk's threads, while later folders are still being read. Calls
+// nothing after it has returned. Any thread.
 template <typename Output>
 TWWalkEnd TWWalkTrees(const TWFileSystem&, const TWWalkRoots&, const TWTreeVisitor<Output>&,
     const std::type_identity_t<std::function<void(Output)>>& receive, const TWCancellation&,
     unsigned threads = TWAllCores);
 
-// The rest is the way from the above to the walk itself, which does not know the type of the outputs.
+// The rest of this header hides the type of the outputs from the walk itself, which is not a template.
 
 class TWWalkJob {
 public:

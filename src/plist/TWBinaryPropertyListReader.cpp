@@ -150,7 +150,7 @@ std::uint64_t TWBinaryPropertyListReader::referenceAt(std::string_view reference
     return unsignedFrom(references.substr(place * referenceSize_, referenceSize_));
 }
 
-// Passes on whether the budget sufficed, and fails if it did not.
+// Calls fail() if the budget did not suffice, and returns success.
 bool TWBinaryPropertyListReader::charged(bool success)
 {
     return success || fail(TWPropertyListBudget::TooLarge);
@@ -252,7 +252,7 @@ bool TWBinaryPropertyListReader::readUTF16(unsigned kind, Rest rest, TWValue& va
         return fail(Truncated);
     if (!take(rest, count * 2, units))
         return false;
-    // Measured first, because a string that grows takes several times its memory.
+    // Measured first, because a growing string would take several times its memory.
     const std::optional<std::size_t> length = TWUnicode::lengthAsUTF8(units);
     if (!length)
         return fail("it holds a string with an unpaired surrogate");

@@ -6,8 +6,9 @@
 #include <string>
 #include <string_view>
 
-// A binary list is a table of objects that refer to one another by number, so that a few bytes can stand for a huge or
-// endless value: depth and the memory of the result are bounded while it is built. For one file.
+// Reads one binary property list. The format is a table of objects that refer to one another by number, so a few bytes
+// can stand for a huge or endless value; the reader therefore limits the depth and the memory of the result while it
+// builds it. Any thread.
 class TWBinaryPropertyListReader final {
 public:
     // The bytes must outlive the reader.
@@ -16,7 +17,7 @@ public:
     std::optional<TWValue> read(std::string& problem);
 
 private:
-    // The rest of the file's object area from some object on. Values are taken from its front.
+    // The unread rest of the file's object area. Values are taken from its front.
     using Rest = std::string_view;
 
     bool readTrailer();
@@ -46,7 +47,7 @@ private:
     std::size_t referenceSize_ = 0;
     std::uint64_t objectCount_ = 0;
     std::uint64_t topObject_ = 0;
-    std::size_t table_ = 0; // where the objects end and their offsets begin
+    std::size_t table_ = 0; // where the objects end and the table of their offsets begins
     TWPropertyListBudget budget_;
     int depth_ = 0;
 };

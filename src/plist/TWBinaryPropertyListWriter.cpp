@@ -58,7 +58,7 @@ bool TWBinaryPropertyListWriter::fits()
     return output_.size() <= TWPropertyList::MaximumBytes || fail(TWPropertyListBudget::TooLong);
 }
 
-// Level by level, without recursion.
+// Works level by level, without recursion.
 void TWBinaryPropertyListWriter::numberAll(const TWValue& root)
 {
     values_.push_back(&root);
@@ -79,7 +79,7 @@ void TWBinaryPropertyListWriter::numberChildren(const TWValue& value)
     }
 }
 
-// The key's number among the keys. In the table of objects the keys follow all values.
+// Returns the key's number among the keys. In the table of objects the keys follow all values.
 std::uint32_t TWBinaryPropertyListWriter::keyNumber(const std::string& key)
 {
     const auto [place, isNew] = numberOfKey_.try_emplace(key, static_cast<std::uint32_t>(keys_.size()));

@@ -9,13 +9,12 @@
 #include <unordered_map>
 #include <vector>
 
-// Numbers all values, a container's items next to one another, then writes them in that order, and the keys behind
-// them. A key is written once however many dictionaries have it; values are written as often as they are there. For one
-// file.
+// Writes one binary property list. Numbers all values, with the items of a container in sequence, writes them in that
+// order and then the keys. A key that many dictionaries have is written once; equal values are not merged. Any thread.
 class TWBinaryPropertyListWriter final {
 public:
-    // The value is within the budget; see TWPropertyListBudget. Nothing, and the problem, if the format cannot hold it
-    // or the file would be too long.
+    // The value must be within the TWPropertyListBudget. Returns nothing and sets the problem if the format cannot hold
+    // the value or the file would be too long.
     std::optional<std::string> write(const TWValue& value, std::string_view& problem);
 
 private:
@@ -38,10 +37,10 @@ private:
     std::string_view problem_;
     std::vector<const TWValue*> values_;
     std::vector<std::string_view> keys_;
-    std::vector<std::uint32_t> keyNumbers_; // of all dictionaries one after the other
+    std::vector<std::uint32_t> keyNumbers_; // those of all dictionaries, one after the other
     std::unordered_map<std::string_view, std::uint32_t> numberOfKey_;
     std::vector<std::size_t> offsets_;
     std::size_t referenceSize_ = 1;
-    std::size_t nextChild_ = 1; // the number of the first item of the next container
-    std::size_t nextKey_ = 0; // the place in keyNumbers_ of its first key
+    std::size_t nextChild_ = 1; // number of the first item of the next container
+    std::size_t nextKey_ = 0; // index in keyNumbers_ of the next dictionary's first key
 };

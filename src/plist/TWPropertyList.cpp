@@ -36,7 +36,7 @@ std::optional<std::string> TWPropertyList::write(const TWValue& value, std::stri
 {
     std::string_view reason;
     auto bytes = writeAs(value, TWPropertyListFormat::XML, reason);
-    // XML has no control characters, but names of files do; and binary is shorter.
+    // File names may contain control characters, which XML cannot hold; and binary is shorter.
     if (!bytes)
         bytes = writeAs(value, TWPropertyListFormat::Binary, reason);
     problem = reason;

@@ -14,34 +14,34 @@ struct TWPropertyListResult {
     std::string problem; // if there is no value: one short English clause, such as "line 3: unknown element <foo>"
 };
 
-// Reads and writes property lists, XML and binary. Bytes in, bytes out; no file is touched. Any thread.
-// Reading takes bounded time and memory whatever the bytes are. What cannot be kept exactly is refused rather than
-// guessed: integers beyond 64 bits with sign, UIDs, sets, null, unpaired surrogates, stray text between elements,
-// entities that the document declares. If a dictionary has a key twice, the last value wins and takes the place of the
-// first.
+// Reads and writes property lists in memory, XML and binary. Any thread. Reading takes bounded time and memory whatever
+// the bytes are. What cannot be represented exactly is refused: integers beyond 64 bits with sign, UIDs, sets, null,
+// unpaired surrogates, stray text between elements, entities that the document declares. If a dictionary has a key
+// twice, the last value wins and takes the place of the first.
 namespace TWPropertyList {
 
-// The bounds hold for reading and for writing alike: whatever is written can be read back.
+// These limits apply to reading and to writing, so whatever is written can be read back.
 
-// Containers nested deeper than this are refused: values are walked recursively elsewhere.
+// Containers nested deeper than this are refused, because other code walks values recursively.
 inline constexpr int MaximumDepth = 512;
 
 // A longer file is refused.
 inline constexpr std::size_t MaximumBytes = 64'000'000;
 
-// A list whose values would take more memory is refused; see TWPropertyListBudget. A file of tiny values takes many
-// times its length, so the length alone bounds nothing.
+// In bytes. A list whose values would take more memory is refused; see TWPropertyListBudget. The limit of the length is
+// not enough, because a file of tiny values takes many times its length in memory.
 inline constexpr std::size_t MaximumMemory = 100'000'000;
 
-// Tells the format by the first bytes. For a file that comes in pieces there is TWPropertyListReader.
+// Recognises the format by the first bytes. TWPropertyListReader reads a file that arrives in pieces.
 TWPropertyListResult read(std::string_view bytes);
 
-// Nothing if the list is beyond one of the bounds, or if the format cannot hold it: a string or key that is not valid
-// UTF-8, or a date that is not a number. XML has fewer characters and dates: control characters but tab, newline and
-// return are refused, U+FFFE and U+FFFF too, dates outside the years 0 to 9999 and fractions of a second.
+// Returns nothing if the list exceeds a limit or the format cannot hold it: a string or key that is not valid UTF-8, or
+// a date that is not a number. XML also cannot hold control characters other than tab, newline and return, U+FFFE,
+// U+FFFF, dates outside the years 0 to 9999 and dates with fractions of a second.
 std::optional<std::string> write(const TWValue&, TWPropertyListFormat);
 
-// As XML or, if XML cannot hold the value exactly, as binary. If neither can, the problem is one short English clause.
+// Writes XML or, if XML cannot hold the value exactly, binary. If neither can, returns nothing and sets the problem to
+// one short English clause.
 std::optional<std::string> write(const TWValue&, std::string& problem);
 
 }

@@ -6,16 +6,16 @@
 
 namespace {
 
-// Texts up to this length lie inside their std::string.
+// Texts up to this length are stored inside their std::string.
 constexpr std::uint64_t LongestInlineText = 15;
 
-// A heap block as glibc makes it: 8 bytes for its size, rounded up to 16, at least 32.
+// The size of a glibc heap block: 8 more bytes for its size, rounded up to a multiple of 16, at least 32.
 std::uint64_t block(std::uint64_t bytes)
 {
     return bytes == 0 ? 0 : std::max<std::uint64_t>(32, (bytes + 8 + 15) / 16 * 16);
 }
 
-// Whether the texts above name the bounds as they are.
+// The problem texts name these limits.
 static_assert(TWPropertyList::MaximumBytes == 64'000'000 && TWPropertyList::MaximumMemory == 100'000'000
     && TWPropertyList::MaximumDepth == 512);
 
@@ -39,7 +39,7 @@ bool TWPropertyListBudget::chargeText(std::uint64_t length)
     return length <= LongestInlineText || (length <= left_ && charge(block(length + 1)));
 }
 
-// Counts come from files: they must not overflow.
+// Counts come from files, so the arithmetic must not overflow.
 bool TWPropertyListBudget::chargeItems(std::uint64_t count)
 {
     return count <= left_ && charge(count * sizeof(TWValue));

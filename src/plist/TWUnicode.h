@@ -6,7 +6,7 @@
 #include <string_view>
 
 // The two encodings of text in property lists. Strict: no overlong forms, no surrogates in UTF-8, nothing above
-// U+10FFFF.
+// U+10FFFF. Any thread.
 namespace TWUnicode {
 
 inline constexpr char32_t Invalid = 0xffffffff;
@@ -19,11 +19,11 @@ char32_t takeUTF8(std::string_view& text);
 
 void appendUTF8(char32_t character, std::string& text);
 
-// How many bytes big-endian code units take as UTF-8; nothing if there is an unpaired surrogate. The number of bytes is
-// even.
+// The length in UTF-8, in bytes, of big-endian UTF-16; nothing if there is an unpaired surrogate. The number of bytes
+// must be even.
 std::optional<std::size_t> lengthAsUTF8(std::string_view bytes);
 
-// Appends code units that lengthAsUTF8() has accepted.
+// Appends big-endian UTF-16 that lengthAsUTF8() has accepted.
 void appendUTF8FromUTF16(std::string_view bytes, std::string& text);
 
 void appendUTF16(char32_t character, std::string& bytes);

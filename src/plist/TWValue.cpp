@@ -86,8 +86,8 @@ namespace {
 
 using Entries = std::vector<TWDictionary::Entry>;
 
-// The entries' indexes, sorted by key; equal keys stay in their order. Sorted instead of hashed, so that no file can
-// choose keys that make this quadratic.
+// Returns the entries' indexes sorted by key; equal keys keep their order. Sorts instead of hashing, so that no file
+// can choose keys that make this quadratic.
 std::vector<std::size_t> placesByKey(const Entries& entries)
 {
     std::vector<std::size_t> places(entries.size());
@@ -99,7 +99,7 @@ std::vector<std::size_t> placesByKey(const Entries& entries)
     return places;
 }
 
-// Moves the last value of each key to the key's first place. Returns which entries are then superfluous.
+// Moves the last value of each key to the key's first place. Returns, for each entry, whether it is now superfluous.
 std::vector<bool> mergeEqualKeys(Entries& entries)
 {
     std::vector<bool> leftOver(entries.size());
@@ -121,12 +121,12 @@ TWDictionary TWDictionary::fromEntries(Entries entries)
 {
     TWDictionary result;
     result.entries_ = std::move(entries);
-    // Most files have their keys sorted: then there are no equal ones to look for.
+    // In most files the keys are sorted, so that there is no need to look for equal ones.
     const auto notAscending = [](const Entry& left, const Entry& right) { return left.first >= right.first; };
     if (std::adjacent_find(result.entries_.begin(), result.entries_.end(), notAscending) == result.entries_.end())
         return result;
     const std::vector<bool> leftOver = mergeEqualKeys(result.entries_);
-    std::size_t place = 0; // erase_if asks for each entry once, from first to last
+    std::size_t place = 0; // erase_if visits each entry once, from first to last
     std::erase_if(result.entries_, [&](const Entry&) { return leftOver[place++]; });
     return result;
 }

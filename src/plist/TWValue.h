@@ -10,13 +10,13 @@
 
 class TWValue;
 
-// Keys keep the order in which they were added or read. A lookup walks over all entries, which is fast for the small
-// dictionaries of settings. Build large ones with fromEntries() and walk entries().
+// A dictionary that keeps its keys in the order in which they were added or read. A lookup is linear, which is fast for
+// the small dictionaries of settings. Build large ones with fromEntries() and iterate over entries().
 class TWDictionary {
 public:
     using Entry = std::pair<std::string, TWValue>;
 
-    // If a key occurs more than once, the last value wins and takes the place of the first. Never quadratic.
+    // If a key occurs more than once, the last value wins and takes the place of the first. Takes O(n log n) time.
     static TWDictionary fromEntries(std::vector<Entry> entries);
 
     const TWValue* find(std::string_view key) const;
@@ -25,14 +25,14 @@ public:
     // Replaces the value of the key, or appends the entry if the key is new.
     void set(std::string key, TWValue value);
 
-    // Returns whether the key was there.
+    // Returns true if the key was there.
     bool remove(std::string_view key);
 
     std::size_t size() const;
     const std::vector<Entry>& entries() const { return entries_; }
     std::vector<Entry>& entries() { return entries_; }
 
-    // The same entries in the same order.
+    // True if both have the same entries in the same order.
     friend bool operator==(const TWDictionary&, const TWDictionary&);
 
 private:
@@ -69,7 +69,7 @@ public:
     TWValue(Array);
     TWValue(TWDictionary);
     template <typename T>
-    TWValue(T*) = delete; // or any pointer would quietly be a boolean
+    TWValue(T*) = delete; // otherwise any pointer would silently become a boolean
 
     // Null if the value has another type.
     const bool* boolean() const { return std::get_if<bool>(&value_); }

@@ -18,7 +18,7 @@ constexpr std::string_view LongToken = "a tag or a comment that is longer than 1
 constexpr std::size_t LongestPiece = std::size_t{ 128 } * 1024;
 constexpr std::size_t LongestToken = 1'000'000;
 
-// The buffer of a longer text is released.
+// In bytes. The buffer of a longer text is released.
 constexpr std::size_t LargestKeptBuffer = std::size_t{ 1 } << 20;
 
 // Doubles the capacity of a full vector, but not beyond what the budget allows it to grow to.
@@ -31,7 +31,7 @@ void makeRoom(std::vector<T>& items, std::uint64_t budget)
     items.reserve(std::min(std::max<std::size_t>(4, items.size() * 2), most));
 }
 
-// Releases unused capacity, except of a huge container, whose copy would take as much memory again.
+// Releases unused capacity, except of a huge container, because copying it would take as much memory again.
 template <typename T>
 void fit(std::vector<T>& items)
 {
@@ -53,15 +53,15 @@ struct TWXMLPropertyListReader::Handlers {
         reader(data).characters({ text, static_cast<std::size_t>(length) });
     }
 
-    // The usual line that names Apple's document type declares nothing itself. Any declarations are refused, because
-    // entities and default attributes turn a small file into a large one.
+    // Refuses any declarations, because entities and default attributes can turn a small file into a huge one. The
+    // usual line that names the document type has none.
     static void documentType(void* data, const XML_Char*, const XML_Char*, const XML_Char*, int hasDeclarations)
     {
         if (hasDeclarations)
             reader(data).fail("a document type with declarations of its own");
     }
 
-    // Expat skips an entity that the document type might declare, because it never fetches that; text would be lost.
+    // Expat skips an entity that an external document type might declare, so text would be lost.
     static void skippedEntity(void* data, const XML_Char*, int) { reader(data).fail("an unknown entity"); }
 
     static void install(XML_Parser parser, TWXMLPropertyListReader& target)
@@ -88,7 +88,7 @@ TWXMLPropertyListReader::TWXMLPropertyListReader()
         problem_ = OutOfMemory;
 }
 
-// In short pieces, because Expat copies each one.
+// Passes short pieces on, because Expat copies each one.
 bool TWXMLPropertyListReader::take(std::string_view piece)
 {
     while (!piece.empty() && problem_.empty()) {
@@ -118,21 +118,22 @@ void TWXMLPropertyListReader::parse(std::string_view piece, bool last)
         problem_ = Handlers::atLine(parser_.get(), XML_ErrorString(XML_GetErrorCode(parser_.get())));
         return;
     }
-    // Expat keeps an unfinished tag or comment in memory and scans it from its start with each piece.
+    // Expat keeps an unfinished tag or comment in memory and scans it again from its start with each piece.
     parsed_ += piece.size();
     const XML_Index pending = XML_GetCurrentByteIndex(parser_.get());
     if (parsed_ - static_cast<std::size_t>(std::max<XML_Index>(pending, 0)) > LongestToken)
         problem_ = Handlers::atLine(parser_.get(), LongToken);
 }
 
-// Expat may still call handlers after it was told to stop; hence the first line in each of those that follow.
+// Expat may still call handlers after it was told to stop, so each of the following functions first checks for a
+// problem.
 void TWXMLPropertyListReader::fail(std::string_view problem)
 {
     problem_ = Handlers::atLine(parser_.get(), problem);
     XML_StopParser(parser_.get(), XML_FALSE);
 }
 
-// Passes on whether the budget sufficed, and fails if it did not.
+// Calls fail() if the budget did not suffice, and returns success.
 bool TWXMLPropertyListReader::charged(bool success)
 {
     if (!success)
@@ -156,7 +157,7 @@ TWXMLPropertyListReader::Element TWXMLPropertyListReader::elementNamed(std::stri
 
 namespace {
 
-// For problem texts: a name can be as long as the file.
+// Shortens a name for a problem text, because it can be as long as the file.
 std::string shortened(std::string_view name)
 {
     if (name.size() <= 40)
@@ -305,7 +306,7 @@ void TWXMLPropertyListReader::add(TWValue value)
 void TWXMLPropertyListReader::addString()
 {
     if (charged(budget_.chargeText(text_.size())))
-        add(std::string(text_)); // a copy has the right size, and the buffer stays
+        add(std::string(text_)); // copied, so that the value has the right capacity and the buffer can be used again
 }
 
 // Decimal, or hexadecimal as in old files.
@@ -336,7 +337,7 @@ void TWXMLPropertyListReader::addReal()
         digits.remove_prefix(1);
     double number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    // A number out of range is refused too, because another one would be written back.
+    // Refuses a number out of range too, because a different number would be written back.
     if (error != std::errc() || end != digits.data() + digits.size())
         return fail("<real> holds no number that can be kept");
     add(number);
@@ -344,7 +345,7 @@ void TWXMLPropertyListReader::addReal()
 
 namespace {
 
-// Exactly of the form "2024-02-29T23:59:59Z".
+// Accepts only the form "2024-02-29T23:59:59Z".
 std::optional<TWDate> dateFromText(std::string_view text)
 {
     constexpr std::string_view Pattern = "0000-00-00T00:00:00Z";

@@ -11,17 +11,16 @@
 
 struct XML_ParserStruct;
 
-// Builds one value from the elements that Expat finds while the bytes come in. For one file: make a new one for the
-// next.
+// Reads one XML property list: builds its value from the elements that Expat finds while the bytes arrive. Any thread.
 class TWXMLPropertyListReader final {
 public:
     TWXMLPropertyListReader();
     TWXMLPropertyListReader(const TWXMLPropertyListReader&) = delete;
 
-    // False once the file is refused: further pieces change nothing.
+    // Returns false once the file is refused; further pieces change nothing.
     bool take(std::string_view piece);
 
-    // After the last piece.
+    // Called once, after the last piece. On failure returns nothing and sets the problem to one short English clause.
     std::optional<TWValue> finish(std::string& problem);
 
 private:
@@ -32,10 +31,10 @@ private:
         bool isDictionary = false;
         TWValue::Array items;
         std::vector<TWDictionary::Entry> entries;
-        std::optional<std::string> key; // waits for its value
+        std::optional<std::string> key; // read, but its value is not
     };
 
-    // The functions that Expat calls. They need its types, so they are hidden in the .cpp.
+    // The functions that Expat calls. Defined in the .cpp because they need Expat's types.
     struct Handlers;
 
     static Element elementNamed(std::string_view name);
@@ -59,12 +58,12 @@ private:
     bool charged(bool success);
 
     std::unique_ptr<XML_ParserStruct, void (*)(XML_ParserStruct*)> parser_; // Expat's
-    std::size_t parsed_ = 0; // bytes given to Expat
+    std::size_t parsed_ = 0; // bytes passed to Expat
     TWPropertyListBudget budget_;
     std::string problem_;
     std::optional<TWValue> root_;
     std::vector<Container> open_;
-    Element leaf_ = Element::None; // the element without children that is open
+    Element leaf_ = Element::None; // the open element that has text and no children
     std::string text_; // its text so far
     bool plistSeen_ = false;
 };

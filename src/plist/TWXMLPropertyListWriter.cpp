@@ -52,7 +52,8 @@ bool TWXMLPropertyListWriter::isTooLong()
 
 bool TWXMLPropertyListWriter::writeValue(const TWValue& value)
 {
-    // Checked for each value and not only at the end, because deep indents make the output far longer than the value.
+    // Checked for each value and not only at the end, because deep indentation makes the output far longer than the
+    // value.
     if (isTooLong())
         return false;
     if (const auto* string = value.string())
@@ -115,7 +116,7 @@ bool TWXMLPropertyListWriter::writeDictionary(const TWDictionary& dictionary)
 
 namespace {
 
-// The number of bytes at the front that can be copied unchanged.
+// Returns the number of bytes at the front that can be copied unchanged.
 std::size_t plainLength(std::string_view text)
 {
     static constexpr auto Plain = [] {
@@ -130,8 +131,8 @@ std::size_t plainLength(std::string_view text)
     return length;
 }
 
-// Empty for a character that is not escaped. A carriage return is written by number, because readers turn a plain one
-// into a newline.
+// Returns "" for a character that is not escaped. A carriage return is written as a number, because readers turn a
+// plain one into a newline.
 std::string_view escaped(char32_t character)
 {
     switch (character) {
@@ -189,8 +190,8 @@ void TWXMLPropertyListWriter::writeInteger(std::int64_t number)
 void TWXMLPropertyListWriter::writeReal(double number)
 {
     char digits[32];
-    const auto end
-        = std::to_chars(digits, digits + sizeof digits, number).ptr; // the fewest digits that read back the same
+    // Writes the fewest digits that read back as the same number.
+    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     output_ += "<real>";
     if (std::isnan(number))
         output_ += "nan";
@@ -207,7 +208,7 @@ bool TWXMLPropertyListWriter::writeDate(TWDate date)
     constexpr sys_days Epoch = 2001y / January / 1;
     constexpr auto First = duration<double>(sys_days(0y / January / 1) - Epoch).count();
     constexpr auto End = duration<double>(sys_days(10000y / January / 1) - Epoch).count();
-    // NaN fails all of these.
+    // Refuses NaN too, because every comparison with it is false.
     if (!(date.secondsSince2001 >= First && date.secondsSince2001 < End
             && std::floor(date.secondsSince2001) == date.secondsSince2001))
         return fail(NotADate);

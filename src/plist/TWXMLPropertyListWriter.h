@@ -6,11 +6,12 @@
 #include <string>
 #include <string_view>
 
-// Lays the file out as Apple's tools do: one element per line, tabs, Base64 lines that end at column 76. For one file.
+// Writes one XML property list, laid out as Apple's tools do: one element per line, tabs, Base64 lines that end at
+// column 76. Any thread.
 class TWXMLPropertyListWriter final {
 public:
-    // The value is within the budget; see TWPropertyListBudget. Nothing, and the problem, if XML cannot hold it or the
-    // file would be too long.
+    // The value must be within the TWPropertyListBudget. Returns nothing and sets the problem if XML cannot hold the
+    // value or the file would be too long.
     std::optional<std::string> write(const TWValue& value, std::string_view& problem);
 
 private:

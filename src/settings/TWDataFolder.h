@@ -8,14 +8,14 @@
 #include <optional>
 #include <string>
 
-// What reading a list file gave.
+// The result of reading a list file.
 struct TWListFile {
     std::optional<TWValue::Array> records; // nothing if the file is missing or could not be read
-    bool missing = false; // there is nothing at the path, not even a link
-    std::string problem; // one line that names the file and the remedy if it is there but could not be read
+    bool missing = false; // nothing is at the path, not even a dangling symbolic link
+    std::string problem; // one line that names the file and the remedy if it exists but could not be read
 };
 
-// What writing a list file gave.
+// The result of writing a list file.
 struct TWWrittenList {
     std::string problem; // "" or one line that names the file and the remedy; the old file is then untouched
     std::string keptAs; // the second name of a damaged file, if one was kept
@@ -33,8 +33,8 @@ public:
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const;
 
-    // Creates the folder unless something is at its path already, and removes what killed writes left in it. Errors are
-    // not reported: whoever reads or writes a list will meet them.
+    // Creates the folder unless something is at its path already, and removes what killed writes have left in it. Does
+    // not report errors, because reading or writing a list will report them.
     void make() const;
 
     TWListFile read(const std::string& path) const;

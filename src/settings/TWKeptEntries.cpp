@@ -15,7 +15,7 @@ TWKeptEntries::TWKeptEntries(TWDictionary record, std::initializer_list<std::str
         const auto place = std::find(understood.begin(), understood.end(), entry.first) - understood.begin();
         kept.order += isKept(entry) ? NotUnderstood : static_cast<char>(place);
     }
-    // Missing ones are written behind the others.
+    // Entries that the record did not have are appended.
     for (char place = 0; place < static_cast<char>(understood.size()); place++) {
         if (kept.order.find(place) == std::string::npos)
             kept.order += place;

@@ -30,5 +30,5 @@ private:
     };
     static constexpr char NotUnderstood = 127;
 
-    std::shared_ptr<const Kept> kept_; // nothing if there is none
+    std::shared_ptr<const Kept> kept_; // nullptr if there are none
 };

@@ -1,4 +1,5 @@
 #pragma once
 
-// Differs on purpose: a command is no launch. It never merges new default rules, stamps no version and never greets.
+// Differs on purpose: running a command is not a launch. It never merges new default rules, stores no version and never
+// greets.
 enum class TWLaunchKind { Window, Command };

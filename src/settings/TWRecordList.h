@@ -20,28 +20,28 @@ template <typename Record>
 concept TWRecord = std::copyable<Record> && std::equality_comparable<Record> && requires(
     const Record& record, const std::vector<Record>& records, TWValue value)
 {
-    // What it is called in a sentence: "a Files rule".
+    // Its name in a sentence: "a Files rule".
     {
         Record::Kind
         } -> std::convertible_to<std::string_view>;
-    // Nothing if the value is no such record: then the whole list cannot be read.
+    // Returns nothing if the value is not such a record; then the whole list counts as unreadable.
     {
         Record::from(std::move(value))
         } -> std::same_as<std::optional<Record>>;
     {
         record.value()
         } -> std::same_as<TWValue>;
-    // Tells records apart when shipped ones are merged, and finds a saved one again after it was edited.
+    // Identifies a record when shipped ones are merged and when a saved one is to be found again after an edit.
     {
         record.identity()
         } -> std::convertible_to<std::string_view>;
-    // Why the records cannot make one list, as one short clause, or "".
+    // Returns one short clause why the records cannot form a list, or "".
     {
         Record::problem(records)
         } -> std::same_as<std::string>;
 };
 
-// What there is at the path of a list.
+// What is at the path of a list.
 enum class TWListState {
     Saved, // a list
     Missing, // nothing, not even a link
@@ -67,7 +67,7 @@ public:
         std::string problem; // one line if the state is Unreadable or NotRecords
     };
 
-    // The file lies in the data folder, which outlives the list.
+    // The file is in the data folder, which must outlive the list.
     TWRecordList(const TWDataFolder& dataFolder, std::string fileName, Fallback fallback)
         : file_(dataFolder, std::move(fileName))
         , fallback_(std::move(fallback))
@@ -75,7 +75,7 @@ public:
     }
 
     // Called after load(), changeSaved() or changeSavedRow() has changed the live list. Not called for edit() and
-    // merge(), whose callers know.
+    // merge(), because their callers know of the change.
     void setChanged(std::function<void()> changed) { changed_ = std::move(changed); }
 
     // The live list itself, not a copy: the same vector for the life of this object. Change it through this class only.
@@ -103,7 +103,7 @@ public:
     // Appends the records whose identity no record of the live list has, as an edit.
     void merge(Records);
 
-    // Whether the live list differs from the saved one. Quick unless there was an edit since the last call.
+    // True if the live list differs from the saved one. Fast unless there was an edit since the last call.
     bool hasUnsavedEdits() const;
 
     // Writes the live list. "" or one line that names the file and the remedy; the file is then as it was.
@@ -112,9 +112,9 @@ public:
     // The saved list as it is now, or the records that stand in for it.
     Records saved() const { return savedNow().records; }
 
-    // The next two read the saved list afresh, change and write it, and then make the same change in the live list.
-    // Nobody else may write the list meanwhile: the caller holds the lock of the lists, or is the window that commands
-    // go through. They return "", or one line if the list could not be written; then nothing has changed.
+    // The next two read the saved list afresh, change and write it, and then make the same change in the live list. No
+    // other process may write the list in the meantime: the caller holds the lock of the lists or is the window that
+    // carries out all commands. They return "", or one line if the list could not be written; then nothing has changed.
 
     // Calls change with the saved list and, if there are unsaved edits, with the live list. Returns nothing, and
     // changes nothing, if change returns false for the saved list.
@@ -137,8 +137,8 @@ private:
     std::function<void()> changed_;
     const std::shared_ptr<Records> live_ = std::make_shared<Records>();
     std::string problem_;
-    std::unique_ptr<const Records> beforeEdits_; // the live list when it was last in accord with the file
-    mutable bool compared_ = true; // differs_ holds
+    std::unique_ptr<const Records> beforeEdits_; // the live list when it was last equal to the file
+    mutable bool compared_ = true; // differs_ is up to date
     mutable bool differs_ = false;
 };
 
@@ -152,7 +152,7 @@ typename TWRecordList<Record>::Loaded TWRecordList<Record>::read(const std::stri
     loaded.state = TWListState::NotRecords;
     loaded.records.reserve(file.records->size());
     for (TWValue& value : *file.records) {
-        // Taken apart one by one: there is never a second copy of the whole list.
+        // Converted one by one, so that there is never a second copy of the whole list.
         auto record = Record::from(std::exchange(value, {}));
         if (!record)
             return { loaded.state, {}, TWRecordFile::notARecord(path, loaded.records.size() + 1, Record::Kind) };
@@ -222,7 +222,7 @@ std::string TWRecordList<Record>::writeRecords(const Records& records, const std
         return TWDataFolder::unwritable(path(), reason);
     TWValue::Array values;
     values.reserve(records.size());
-    // Charged while they are made: a list that is too large must not take all memory before it is refused.
+    // Charged while they are made, so that a list that is too large is refused before it takes all memory.
     TWPropertyListBudget budget;
     for (const Record& record : records) {
         values.push_back(record.value());

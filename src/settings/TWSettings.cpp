@@ -92,7 +92,7 @@ std::string TWSettings::string(TWKey key) const
     return value && value->string() ? *value->string() : "";
 }
 
-// A value that is stored already is not written again, because writing waits for the disk.
+// Does not store an unchanged value again, because writing waits for the disk.
 void TWSettings::set(TWKey key, const TWValue& value)
 {
     if (stored(row(key)) == value)

@@ -46,7 +46,7 @@ void TWBase64::append(std::string_view bytes, std::string& text)
 std::optional<std::string> TWBase64::decode(std::string_view text)
 {
     std::string bytes;
-    // Counted first, so that the result takes no more memory than its length.
+    // Counted first, so that the result's memory can be reserved exactly.
     const auto blanks = std::count_if(text.begin(), text.end(), [](char each) { return meaning(each) == Blank; });
     bytes.reserve((text.size() - static_cast<std::size_t>(blanks)) / 4 * 3);
     unsigned group = 0;

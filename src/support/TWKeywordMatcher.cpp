@@ -10,9 +10,9 @@
 
 namespace {
 
-constexpr std::size_t LargestRows = 1024 * 1024; // bytes; more would leave the caches near the processor
+constexpr std::size_t LargestRows = 1024 * 1024; // bytes; a larger table would not fit into the processor's caches
 constexpr unsigned char FirstBeyondASCII = 0x80;
-constexpr int MostFolded = 3; // code points that one can become; "ΐ" does
+constexpr int MostFolded = 3; // the most code points that one code point folds to; "ΐ" folds to three
 
 struct Folded {
     char32_t codePoints[MostFolded];
@@ -33,7 +33,8 @@ Folded foldByLibrary(char32_t codePoint)
     return folded;
 }
 
-// Asking the library takes longer than all the rest: its answers for the Basic Multilingual Plane are kept.
+// Caches the library's foldings for the Basic Multilingual Plane, because asking for them would take most of the
+// search's time.
 class FoldingTable final {
 public:
     FoldingTable()
@@ -67,11 +68,11 @@ Folded fold(char32_t codePoint)
 {
     if (codePoint < FirstBeyondASCII)
         return { { static_cast<char32_t>(foldASCII(static_cast<char>(codePoint))) }, 1 };
-    static const FoldingTable table; // takes a few milliseconds, hence made at the first letter that is not ASCII
+    static const FoldingTable table; // takes a few milliseconds, so only the first letter beyond ASCII makes it
     return table.fold(codePoint);
 }
 
-// Moves on by one code point. Negative when there is an invalid byte instead.
+// Advances at by one code point. Negative if there is an invalid byte instead.
 UChar32 nextCodePoint(std::string_view text, std::ptrdiff_t& at)
 {
     UChar32 codePoint;
@@ -82,7 +83,7 @@ UChar32 nextCodePoint(std::string_view text, std::ptrdiff_t& at)
     return codePoint;
 }
 
-// Empty when the word is not valid UTF-8.
+// Returns "" if the word is not valid UTF-8.
 std::string foldWord(std::string_view word)
 {
     std::string folded;
@@ -136,7 +137,7 @@ void TWKeywordMatcher::makeClasses(const std::vector<Word>& sorted)
 
 void TWKeywordMatcher::makeStates(const std::vector<Word>& sorted)
 {
-    // The words that begin with the state's text lie side by side; the state's text alone comes first.
+    // The sorted words that begin with a state's text are contiguous; a word equal to that text comes first.
     struct Range {
         std::size_t begin, end, depth;
     };
@@ -161,7 +162,7 @@ void TWKeywordMatcher::makeStates(const std::vector<Word>& sorted)
     states_.push_back({ static_cast<Index>(ranges.size()), 0, NoWord });
 }
 
-// The root is never anyone's child: 0 says that there is no such child.
+// Returns 0 if there is no such child: the root, state 0, is nobody's child.
 TWKeywordMatcher::Index TWKeywordMatcher::child(Index state, std::uint8_t byteClass) const
 {
     const Index end = states_[state + 1].firstChild;
@@ -195,7 +196,7 @@ void TWKeywordMatcher::makeRows()
             Index next = child(state, static_cast<std::uint8_t>(byteClass));
             if (next == 0 && state != 0)
                 next = rows_[states_[state].shorter * classCount_
-                    + byteClass]; // a shallower state: its row is made already
+                    + byteClass]; // a shallower state, whose row exists already
             rows_[state * classCount_ + byteClass] = next;
         }
     }
@@ -203,7 +204,8 @@ void TWKeywordMatcher::makeRows()
 
 void TWKeywordMatcher::makeBeginnings()
 {
-    const std::size_t width = classCount_ + 1; // what lies beyond ASCII has yet to be folded: it could be anything
+    // One more class for bytes beyond ASCII, which are not folded yet and could become anything.
+    const std::size_t width = classCount_ + 1;
     beginnings_.assign(width * width, 0);
     for (std::size_t first = 0; first < width; ++first) {
         const Index state = first < classCount_ ? child(0, static_cast<std::uint8_t>(first)) : 0;
@@ -214,7 +216,7 @@ void TWKeywordMatcher::makeBeginnings()
     }
 }
 
-// Most names have no beginning of a word at most places: to pass over these takes a third of the time of stepping.
+// At most places in most names no word can begin. Skipping these takes a third of the time that stepping takes.
 std::ptrdiff_t TWKeywordMatcher::nextBeginning(std::string_view text, std::ptrdiff_t at) const
 {
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
@@ -263,7 +265,7 @@ TWKeywordMatcher::Index TWKeywordMatcher::search(std::string_view text, Wanted w
             const UChar32 codePoint = nextCodePoint(text, at);
             const Folded folded = codePoint < 0 ? Folded{} : fold(static_cast<char32_t>(codePoint));
             if (codePoint < 0)
-                state = 0; // nothing is found across it
+                state = 0; // no word is found across an invalid byte
             for (int i = 0; i < folded.count; ++i)
                 state = stepFolded(state, folded.codePoints[i], found);
         }

@@ -7,32 +7,32 @@
 #include <string_view>
 #include <vector>
 
-// Looks for many words in one text at once, as parts of it, whatever their case: "strasse" is found in "Hauptstraße".
-// Case is told apart as Unicode's full case folding does, in no particular language; composed and decomposed letters
-// differ. The text may hold any bytes: words are found in its valid parts, never across an invalid byte. An empty word
-// and a word that is not valid UTF-8 are never found. Any thread.
+// Searches a text for many words at once, as substrings and ignoring case: "strasse" is found in "Hauptstraße". Uses
+// Unicode's full case folding without the rules of any language; composed and decomposed letters differ. The text may
+// hold any bytes: words are found in its valid UTF-8 parts, never across an invalid byte. An empty word and a word that
+// is not valid UTF-8 are never found. Any thread.
 class TWKeywordMatcher final {
 public:
     explicit TWKeywordMatcher(const std::vector<std::string>& words);
 
     bool matches(std::string_view text) const { return search(text, Wanted::AnyWord) != NoWord; }
 
-    // Of all words that are in the text, the index of the one that stands first in the list.
+    // The lowest index of the words found in the text. Nothing if none is found.
     std::optional<std::size_t> firstMatch(std::string_view text) const;
 
-    // No word can ever be found.
+    // True if no word can ever be found.
     bool empty() const { return classCount_ == 1; }
 
 private:
-    using Index = std::uint32_t; // of a state or of a word
+    using Index = std::uint32_t; // the index of a state or of a word
     static constexpr Index NoWord = UINT32_MAX;
 
-    // The words as a tree of bytes (Aho-Corasick). The states stand in the order of their depth, so that the children
-    // of a state are neighbours, and end where those of the next state begin.
+    // The words form a trie of bytes (Aho-Corasick). States are sorted by depth, so the children of a state are
+    // contiguous and end where the children of the next state begin.
     struct State {
         Index firstChild;
-        Index shorter; // the state of the longest proper ending of this state's text
-        Index word; // the first one in the list of those ending here, or NoWord
+        Index shorter; // the state of the longest proper suffix of this state's text (failure link)
+        Index word; // the lowest index of the words that end here, or NoWord
     };
     struct Word;
     enum class Wanted { AnyWord, FirstInList };
@@ -49,13 +49,14 @@ private:
     Index step(Index state, std::uint8_t byteClass) const;
     Index child(Index state, std::uint8_t byteClass) const;
 
-    std::vector<State> states_; // and one more at the end, where the children of the last state end
-    std::vector<std::uint8_t> classes_; // of the byte that leads to each state
-    std::array<std::uint8_t, 256> classOf_{}; // the bytes that occur in words have numbers of their own, all others 0
+    std::vector<State> states_; // plus a sentinel, at which the children of the last state end
+    std::vector<std::uint8_t> classes_; // the class of the byte that leads to each state
     std::array<std::uint8_t, 256>
-        classOfText_{}; // the same for a byte of a text: case folded, beyond ASCII classCount_
+        classOf_{}; // each byte that occurs in a word has a class of its own; all others have 0
+    std::array<std::uint8_t, 256>
+        classOfText_{}; // the class of a byte of a text after case folding; classCount_ beyond ASCII
     std::size_t classCount_ = 1;
-    std::vector<Index> rows_; // for the first states, in which most steps are made: the next state for every class
+    std::vector<Index> rows_; // the next state for every class, for the first states, where most steps happen
     Index rowCount_ = 0;
-    std::vector<char> beginnings_; // for two bytes of a text, by their classes: whether a word could begin with them
+    std::vector<char> beginnings_; // whether a word could begin with two bytes of a text, indexed by their classes
 };

@@ -28,7 +28,7 @@ std::string TWPath::expandTilde(std::string_view path, std::string_view home)
 std::string TWPath::abbreviateTilde(std::string_view path, std::string_view home)
 {
     const std::string folder = withoutTrailingSlashes(home);
-    // Every path lies below "/": there "~" would tell nothing.
+    // If the home is "/", every path is below it and "~" would say nothing.
     if (folder.empty() || folder == "/" || !isAtOrBelow(path, folder))
         return std::string(path);
     return std::string("~").append(path.substr(folder.size()));

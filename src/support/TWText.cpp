@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view Replacement = "\xEF\xBF\xBD";
 
-// Characters that drive a terminal, break a line or change the order in which the text around them is shown.
+// True for characters that control a terminal, break a line or change the display order of the text around them.
 bool isHarmful(UChar32 character)
 {
     return character < 0x20 || (character >= 0x7F && character <= 0x9F) // control characters
@@ -46,8 +46,8 @@ std::string escapedForJSON(UChar32 character)
     return numbered("\\u%04x", character);
 }
 
-// A copy with U+FFFD in the place of each byte that is not part of a valid sequence, and what shown makes of each
-// character for which replaces is true. Runs of all other characters are copied at once.
+// Returns a copy in which each byte that is not part of a valid sequence becomes U+FFFD and each character for which
+// replaces is true becomes what shown returns. Copies runs of all other characters at once.
 template <typename Replaces, typename Shown>
 std::string replaced(std::string_view bytes, Replaces replaces, Shown shown)
 {
@@ -130,7 +130,7 @@ std::string size(unsigned long long bytes)
     double value = static_cast<double>(bytes);
     const char* unit = "";
     for (const char* next : { "kB", "MB", "GB", "TB", "PB" }) {
-        // 999.95 would be shown as 1000.0 of the smaller unit.
+        // 999.95 would be shown as "1000.0" of the smaller unit.
         if (*unit && value < 999.95)
             break;
         value /= 1000;

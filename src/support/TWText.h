@@ -4,26 +4,27 @@
 #include <string>
 #include <string_view>
 
-// Texts are UTF-8; file names inside them may hold any bytes.
+// Texts are UTF-8; file names in them may hold any bytes. Any thread.
 namespace TWText {
 
-// Puts the values, in order, in the place of each "%@". A "%@" without a value stays as it is.
+// Replaces each "%@" by the next of the values. A "%@" without a value stays as it is.
 std::string fill(std::string_view format, std::initializer_list<std::string_view> values);
 
-// Valid UTF-8 for showing: each byte that is not part of a valid sequence becomes U+FFFD.
+// Makes a text valid UTF-8 for display: each byte that is not part of a valid sequence becomes U+FFFD.
 std::string validUTF8(std::string_view bytes);
 
 bool isValidUTF8(std::string_view bytes);
 
-// For one line on a terminal or in a window: as validUTF8, and a file name can neither break the line, nor drive the
-// terminal, nor turn the text around it. Control characters become their pictures (newline U+240A); those without a
-// picture, separators of lines and direction marks become "<U+202E>".
+// Makes a text safe for one line on a terminal or in a window: like validUTF8(), and a file name in it can neither
+// break the line, nor control the terminal, nor reverse the text around it. Control characters become their pictures
+// (newline becomes U+240A); those without a picture, line separators and direction marks are shown as, for example,
+// "<U+202E>".
 std::string oneLine(std::string_view bytes);
 
-// The same for a line of JSON: those characters become escapes, which stand for exactly them.
+// The same for a line of JSON, without a change of meaning: those characters become JSON escapes.
 std::string harmlessJSON(std::string_view json);
 
-// "1 item", "12 items" with thousands separated: "12,345 items".
+// "1 item", "12 items", "12,345 items".
 std::string count(unsigned long long number, std::string_view singular, std::string_view plural);
 
 // A size as file managers show it: decimal units, "512 bytes", "3.4 GB".

@@ -5,7 +5,7 @@
 #include <sys/types.h>
 #include <utility>
 
-// What a name in a folder stands for. A link is described itself, never followed.
+// What a name in a folder refers to. Never follows a symbolic link.
 struct TWEntryFacts {
     using Identity = std::pair<std::uint64_t, std::uint64_t>; // device and inode
 
@@ -16,7 +16,8 @@ struct TWEntryFacts {
     off_t size = 0; // bytes
     bool mountPoint = false;
 
-    // Returns 0 or the errno. An empty name asks for the descriptor itself.
+    // Reads the facts of a name in an open folder, or of the descriptor itself if the name is "". Returns 0 or the
+    // errno.
     int read(int folder, const char* name);
 
     bool isFolder() const { return S_ISDIR(mode); }

@@ -15,7 +15,7 @@ constexpr char Shortened[]
     = "another program shortened it meanwhile, kept; what was cut off was perhaps not overwritten";
 constexpr char KeepsGrowing[] = "another program keeps writing to it, kept";
 
-// Additions to a file are found at most this many times before it counts as one that is being written to.
+// How many times additions are overwritten before the file counts as one that keeps growing.
 constexpr int MostRounds = 5;
 
 constexpr std::size_t BufferSize = 1 << 20;
@@ -26,12 +26,12 @@ constexpr std::int32_t Random = -1;
 
 constexpr std::int32_t SimplePasses[] = { Random };
 
-// Writes every bit as 0 and as 1, in uniform and in alternating runs, between random passes. In every table the first
-// pass is random, so that an interrupted run has done the most that it could, and so is the last, so that the result
+// Writes every bit as 0 and as 1, uniformly and alternating, between random passes. In every table the first pass is
+// random, because one random pass achieves the most if the work is interrupted, and so is the last, so that the result
 // reveals nothing.
 constexpr std::int32_t MediumPasses[] = { Random, 0x000000, 0xFFFFFF, Random, 0x555555, 0xAAAAAA, Random };
 
-// The same, with every repeated four-bit pattern and its complement, then patterns that repeat every three bits, in all
+// The same with every repeated four-bit pattern and its complement, then patterns that repeat every three bits, in all
 // three shifts. Eleven random passes are spread over the start, the middle and the end.
 constexpr std::int32_t FullPasses[] = {
     Random, Random, Random, Random, //
@@ -43,9 +43,10 @@ constexpr std::int32_t FullPasses[] = {
 };
 static_assert(std::size(MediumPasses) == 7 && std::size(FullPasses) == 35);
 
-// The size to which a file is extended, so that its last block is overwritten as a whole: it may still hold an older
-// file's data, and a partly written page would have to be read from the disk first. Network file systems report a
-// transfer size of a megabyte as their block size; no disk allocates more than 64 KiB at once.
+// The size to which a file is extended so that its last block is overwritten completely: the rest of the block may hold
+// an older file's data, and a partly written page would have to be read from the disk first. Blocks count as at most 64
+// KiB, because network file systems report a transfer size of a megabyte as their block size and no disk allocates more
+// at once.
 off_t roundedUpToBlock(off_t size, off_t blockSize)
 {
     constexpr off_t LargestBlock = off_t{ 64 } * 1024;
@@ -54,8 +55,8 @@ off_t roundedUpToBlock(off_t size, off_t blockSize)
     return size <= std::numeric_limits<off_t>::max() - slack ? size + slack : size;
 }
 
-// The kernel grants a write lease only on a file that nobody else has open; it is given back at once. Returns true also
-// if the kernel cannot tell, as on network file systems or for another user's file.
+// Tries to take a write lease, which the kernel grants only on a file that nobody else has open, and returns it at
+// once. Also returns true if the kernel cannot tell, as on network file systems or for another user's file.
 bool mayBeOpenElsewhere(int file)
 {
     if (fcntl(file, F_SETLEASE, F_WRLCK) != 0)
@@ -92,8 +93,8 @@ const char* TWOverwriter::overwrite(int file)
     struct stat facts = {};
     if (fstat(file, &facts) != 0)
         return strerror(errno);
-    // A program that has the file open may go on writing at the old end of the file. If the file were extended, its
-    // size would not show that.
+    // Does not extend a file that another program may have open: that program may go on writing at the old end, and the
+    // size would not show it.
     blockSize_ = mayBeOpenElsewhere(file) ? 1 : facts.st_blksize;
     overwritten_.clear();
     size_ = 0;
@@ -109,7 +110,7 @@ const char* TWOverwriter::overwrite(int file)
     return KeepsGrowing;
 }
 
-// Finds the data between and after the extents that are already overwritten: at first all that the file holds.
+// Finds the data outside the extents that are already overwritten; at first that is the whole file.
 const char* TWOverwriter::findAdditions(int file, Extents& found)
 {
     if (const char* problem = checkSize(file))
@@ -132,7 +133,7 @@ void TWOverwriter::appendData(int file, Extent gap, Extents& found)
         if ((begin < 0 && errno == ENXIO) || begin >= gap.end)
             return;
         off_t end = begin < 0 ? -1 : lseek(file, begin, SEEK_HOLE);
-        // A file system that cannot tell: everything counts as data.
+        // The file system cannot tell, so everything counts as data.
         if (end <= begin) {
             begin = gap.begin;
             end = gap.end;
@@ -168,8 +169,8 @@ const char* TWOverwriter::writePass(int file, Pass pass, const Extents& extents)
     }
     if (fdatasync(file) != 0)
         return strerror(errno);
-    // What was written will not be read again and must not displace what will be. A partial last page stays: the next
-    // pass would have to read it first.
+    // Drops the written pages from the cache, because they will not be read again. A partial last page stays, because
+    // the next pass would have to read it first.
     if (const off_t wholePages = size_ - size_ % PageSize)
         posix_fadvise(file, 0, wholePages, POSIX_FADV_DONTNEED);
     return nullptr;
@@ -190,8 +191,8 @@ const char* TWOverwriter::writeExtent(int file, Pass pass, Extent extent)
             continue;
         if (written <= 0)
             return strerror(written < 0 ? errno : EIO);
-        // Lets the disk start while the next block is made, and keeps a large file from filling the memory with dirty
-        // pages. Only fdatasync counts, so this may fail.
+        // Lets the disk start while the next block is prepared, and keeps a large file from filling the memory with
+        // dirty pages. It may fail, because only fdatasync() counts.
         sync_file_range(file, extent.begin, written, SYNC_FILE_RANGE_WRITE);
         extent.begin += written;
         size_ = std::max(size_, extent.begin);
@@ -199,7 +200,7 @@ const char* TWOverwriter::writeExtent(int file, Pass pass, Extent extent)
     return nullptr;
 }
 
-// A file that became smaller has given blocks back to the disk, perhaps before they were overwritten.
+// A file that has become smaller has freed blocks, perhaps before they were overwritten.
 const char* TWOverwriter::checkSize(int file)
 {
     const off_t size = lseek(file, 0, SEEK_END);

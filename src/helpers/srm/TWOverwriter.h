@@ -12,19 +12,19 @@
 
 enum class TWOverwriteLevel { Simple, Medium, Full }; // 1, 7 and 35 passes
 
-// Overwrites what a file holds, in place, pass by pass, each pass flushed to the disk before the next begins. Holes
-// stay holes. Where the disk or the file system writes changed data to a new place (flash, copy-on-write, snapshots),
-// the old place is out of reach.
+// Overwrites the contents of a file in place, pass by pass; each pass is flushed to the disk before the next begins.
+// Holes stay holes. Where the disk or the file system writes changed data to a new place (flash, copy-on-write,
+// snapshots), the old data cannot be reached.
 class TWOverwriter final {
 public:
     TWOverwriter(TWOverwriteLevel, TWRandom&, const TWHeldSignals&);
 
     // Overwrites the file and then whatever other programs have added to it in the meantime. The file must be open for
-    // writing. Returns null on success, else why the file must be kept: a write or a flush failed, the file was
-    // shortened, it keeps growing, or a signal is pending.
+    // writing. Returns nullptr on success, else the reason why the file must be kept: a write or a flush failed, the
+    // file was shortened, it keeps growing, or a signal is pending.
     const char* overwrite(int file);
 
-    // Of the file that overwrite() was last called for, in bytes.
+    // The size of the file that overwrite() was last called for, in bytes.
     off_t size() const { return size_; }
 
 private:
@@ -48,7 +48,7 @@ private:
     TWRandom& random_;
     const TWHeldSignals& signals_;
     const std::unique_ptr<unsigned char[]> buffer_;
-    Extents overwritten_; // of the current file
+    Extents overwritten_; // those of the current file
     off_t size_ = 0;
     off_t blockSize_ = 1;
 };

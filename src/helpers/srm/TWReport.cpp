@@ -9,7 +9,7 @@ constexpr char NoticePrefix[] = "srm: note: ";
 constexpr char MoreFailures[] = " more: kept or not overwritten\n";
 constexpr char MoreNotices[] = " more\n";
 
-// For each kind. Twice as much, with two lines that give the counts of the rest, fits into 4 KiB.
+// The limits of each kind. Twice as much and two lines with the counts of the rest fit into 4 KiB.
 constexpr int MostLines = 20;
 constexpr std::size_t MostBytes = 1900;
 constexpr std::size_t LongestPath = 400; // bytes
@@ -57,7 +57,7 @@ std::string countLine(const char* prefix, long count, const char* text)
     return count == 0 ? std::string() : prefix + ("and " + std::to_string(count)) + text;
 }
 
-// Nobody is left to be told if standard error cannot be written to.
+// Ignores errors: if standard error fails, there is nobody to tell.
 void writeOut(const std::string& lines)
 {
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, lines.data(), lines.size());
@@ -67,7 +67,7 @@ void writeOut(const std::string& lines)
 
 bool TWReport::Tally::admits(const std::string& line)
 {
-    // After the first line that is left out, no shorter one follows: it would look as if nothing were missing.
+    // Once a line is omitted, all further ones are, even shorter ones, or the list would look complete.
     if (omitted > 0 || lines == MostLines || bytes + line.size() > MostBytes) {
         ++omitted;
         return false;

@@ -23,11 +23,11 @@ public:
     // A path as it appears in a line, at most 400 bytes.
     static std::string shown(const std::string& path);
 
-    // Writes what was held back. Call it once, at the end.
+    // Writes the notices and the counts of omitted lines. Call it once, at the end.
     void finish();
 
 private:
-    // How much was said of one kind.
+    // How much of one kind was reported.
     struct Tally {
         bool admits(const std::string& line);
 

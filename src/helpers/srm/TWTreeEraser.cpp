@@ -15,15 +15,15 @@ constexpr char ChangedLate[] = "changed by another program while it was being re
 constexpr char SeveralNames[] = "the file has several names; this one was removed, the file was not overwritten";
 constexpr char Moved[] = "moved elsewhere meanwhile, stopped";
 
-// How many of the innermost folders stay open. Those further up, except the working directory, are found again through
-// "..".
+// How many of the innermost folders stay open. Outer ones, except the working directory, are opened again through "..".
 constexpr std::size_t OpenLevels = 32;
 
-// O_NONBLOCK: if the name becomes a pipe at the last moment, opening it must not hang.
+// O_NONBLOCK: opening must not hang if the name becomes a pipe at the last moment.
 constexpr int SafeFlags = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | SafeFlags;
 
-// Reads all names at once: a listing that continues while entries are removed may miss some. Returns 0 or the errno.
+// Reads all names at once, because a listing that continues while entries are removed may miss some. Returns 0 or the
+// errno.
 int listNames(int folder, std::vector<std::string>& names)
 {
     alignas(dirent64) char buffer[32 * 1024];
@@ -81,14 +81,14 @@ bool TWTreeEraser::eraseAll(const std::string& name)
     return !failed_;
 }
 
-// The working directory becomes the outermost level, with the given name as its only pending one.
+// Makes the working directory the outermost level, with the given name as its only pending one.
 bool TWTreeEraser::openWorkingDirectory(const std::string& name)
 {
     Level start;
     start.name = ".";
     start.pending.push_back(name);
     start.folder = TWDescriptor(open(".", FolderFlags));
-    // A folder that may be searched but not listed.
+    // The folder may be searched but not listed.
     if (!start.folder.isOpen() && errno == EACCES)
         start.folder = TWDescriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (const int error = start.folder.isOpen() ? start.facts.read(start.folder.get(), "") : errno) {
@@ -109,7 +109,7 @@ void TWTreeEraser::eraseEntry(const std::string& name)
             keep(name, error);
         return;
     }
-    // Only folders are compared by device: a union of file systems shows files with devices of their own.
+    // Compares devices for folders only, because a union file system shows files with devices of their own.
     if (facts.mountPoint || (facts.isFolder() && facts.device != level.facts.device))
         return keep(name, MountPoint);
     if (level.refusal)
@@ -124,7 +124,7 @@ void TWTreeEraser::eraseEntry(const std::string& name)
 
 void TWTreeEraser::eraseFile(const std::string& name, TWEntryFacts facts)
 {
-    // Asked before the file is touched: what cannot be removed must not be spoiled.
+    // Checked before the file is touched: what cannot be removed must not be overwritten.
     int error = removalRefusal(name);
     TWDescriptor file = error == 0 ? openForWriting(name, facts, error) : TWDescriptor();
     TWEntryFacts opened;
@@ -136,7 +136,7 @@ void TWTreeEraser::eraseFile(const std::string& name, TWEntryFacts facts)
         return keep(name, Replaced);
     if (const char* problem = overwriter_.overwrite(file.get()))
         return keep(name, problem);
-    // Closed first: NFS and FUSE give an open file a hidden name instead of removing it.
+    // Closed first, because NFS and FUSE give an open file a hidden name instead of removing it.
     if (file.close() != 0)
         return keep(name, errno);
     facts.size = overwriter_.size();
@@ -144,14 +144,15 @@ void TWTreeEraser::eraseFile(const std::string& name, TWEntryFacts facts)
     linkedElsewhere_.erase(facts.identity());
 }
 
-// Returns 0 if the kernel would let this process unlink the entry, which must not be a folder, else the errno. The
-// kernel itself is asked, by a call that cannot succeed: it refuses to remove a file as if it were a folder, but only
-// after it has checked everything that unlinking needs. That is the folder's mode and access list, the sticky bit,
-// capabilities, append-only and immutable folders and files, read-only mounts and swap files. The servers of network
-// and FUSE file systems may have further rules; a file that they do not let go is kept overwritten, under its name.
+// Returns 0 if the kernel would let this process unlink the entry, which must not be a folder, else the errno. It makes
+// a call that cannot succeed: the kernel refuses to remove a file as if it were a folder, but only after it has checked
+// everything that unlinking needs. That is the folder's mode and access list, the sticky bit, capabilities, append-only
+// and immutable folders and files, read-only mounts and swap files. The servers of network and FUSE file systems may
+// have further rules; a file that they do not remove stays, overwritten, under its name.
 int TWTreeEraser::removalRefusal(const std::string& name) const
 {
-    // Success means that an empty folder has taken the file's place just now. It is gone; opening will notice.
+    // Success means that an empty folder has just replaced the file. That folder is now gone, and opening the file will
+    // fail.
     return unlinkat(here(), name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOTDIR ? 0 : errno;
 }
 
@@ -164,7 +165,8 @@ TWDescriptor TWTreeEraser::openForWriting(const std::string& name, const TWEntry
     return file;
 }
 
-// Changes the mode for the moment of opening, through a descriptor that was compared first: it cannot hit another file.
+// Changes the mode while it opens the file, through a descriptor whose identity was checked, so that it cannot change
+// another file.
 TWDescriptor TWTreeEraser::openWriteProtected(const std::string& name, const TWEntryFacts& facts, int& error)
 {
     const TWDescriptor handle(openat(here(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
@@ -187,7 +189,7 @@ void TWTreeEraser::enterFolder(const std::string& name, const TWEntryFacts& fact
     level.folder = TWDescriptor(openat(here(), name.c_str(), FolderFlags));
     if (!level.folder.isOpen()) {
         const int error = errno;
-        // A folder that may not be read can still be removed if it is empty. If it is not, this does nothing.
+        // A folder that may not be read can still be removed if it is empty. Otherwise this call does nothing.
         if (error != EACCES || unlinkat(here(), name.c_str(), AT_REMOVEDIR) != 0)
             keep(name, error);
         return;
@@ -214,8 +216,8 @@ void TWTreeEraser::leaveFolder()
 {
     const Level left = std::move(levels_.back());
     levels_.pop_back();
-    // In a folder that stays, removed names must not come back after a crash of the system. For one that goes, the
-    // folder above it is enough. A failure loses nothing.
+    // In a folder that stays, removed names must not come back after a system crash. For a folder that is removed,
+    // flushing its parent is enough. A failure loses nothing.
     if (left.removedSome && (left.keptSome || levels_.empty()))
         fsync(left.folder.get());
     if (levels_.empty())
@@ -231,7 +233,7 @@ void TWTreeEraser::leaveFolder()
         removeSame(left.name, left.facts);
 }
 
-// Opens the folder again if it was closed to save descriptors. Where ".." leads counts only if it is the same folder.
+// Opens the folder again through ".." if it was closed to save descriptors. Fails if ".." leads to another folder.
 bool TWTreeEraser::reopenFolder(Level& level, const Level& child)
 {
     if (level.folder.isOpen())
@@ -244,9 +246,9 @@ bool TWTreeEraser::reopenFolder(Level& level, const Level& child)
     return true;
 }
 
-// Removes an overwritten file or an emptied folder, but nothing that has taken its name meanwhile and no file that has
-// another size than the one overwritten. Kept on purpose: a change within the microseconds between this look and the
-// removal goes unnoticed; no system call removes a name only if it still belongs to a certain file.
+// Removes an overwritten file or an emptied folder, but not what has replaced it in the meantime, and not a file whose
+// size has changed since it was overwritten. Kept on purpose: a change in the microseconds between the check and the
+// removal goes unnoticed, because no system call removes a name only if it still belongs to a certain file.
 void TWTreeEraser::removeSame(const std::string& name, const TWEntryFacts& facts)
 {
     TWEntryFacts now;
@@ -260,7 +262,7 @@ void TWTreeEraser::removeSame(const std::string& name, const TWEntryFacts& facts
     removeName(name, facts.isFolder() ? AT_REMOVEDIR : 0);
 }
 
-// Returns true if the name is gone and nobody else removed it.
+// Returns true if this call has removed the name.
 bool TWTreeEraser::removeName(const std::string& name, int flags)
 {
     if (unlinkat(here(), name.c_str(), flags) == 0)

@@ -11,32 +11,32 @@
 #include <vector>
 
 // Overwrites and removes one entry of the working directory with everything below it, children before their folder. It
-// goes from folder to folder by open descriptors and never through a link or into another file system. Works without
-// recursion and with few descriptors, however deep the tree is.
+// moves from folder to folder by open descriptors and never follows a symbolic link or enters another file system. It
+// works without recursion and with few descriptors, however deep the tree is.
 //
-// A file keeps its name until it is overwritten, and then loses it in a single system call. Whenever the process is
-// killed, each file is therefore either still there under its old name, whole or partly overwritten, or overwritten
-// completely and gone. Nothing else can be left behind, and the parent sees a signal instead of an exit status of 0.
+// A file keeps its name until it is overwritten and is then removed with a single system call. So if the process is
+// killed, each file either still has its old name, unchanged or partly overwritten, or is completely overwritten and
+// gone. Nothing else can be left behind, and the parent sees a signal instead of an exit status of 0.
 //
-// Kept on purpose: names are not disguised by renaming before they are removed. A process that is killed between the
-// two steps would leave a file behind that nobody can recognize, and nothing is gained: a rename does not overwrite the
-// old name on the disk, it removes it just as unlinking does.
+// Kept on purpose: files are not renamed before they are removed. A process that is killed between the two steps would
+// leave a file that nobody recognises, and nothing would be gained: a rename does not overwrite the old name on the
+// disk but removes it just as unlink() does.
 class TWTreeEraser final {
 public:
     TWTreeEraser(TWOverwriter&, TWReport&, const TWHeldSignals&);
 
-    // Takes the name of an entry, without slashes. Call it once. Returns true if nothing is left of the entry.
-    // Otherwise failures were reported, or a signal is pending and the work was stopped.
+    // Erases the entry with that name, which has no slashes. Call it once. Returns true if nothing is left of the
+    // entry; otherwise it has reported failures or stopped because a signal is pending.
     bool erase(const std::string& name);
 
 private:
-    // A folder on the way from the working directory to where the work is.
+    // A folder on the way from the working directory to the current one.
     struct Level {
         std::string name;
         TWEntryFacts facts;
-        TWDescriptor folder; // closed while the work is many levels further down
-        std::vector<std::string> pending; // names not yet looked at
-        int refusal = 0; // the errno with which nothing can be removed from here
+        TWDescriptor folder; // closed while the work is many levels below
+        std::vector<std::string> pending; // names not handled yet
+        int refusal = 0; // the errno why nothing can be removed from this folder, or 0
         bool removedSome = false;
         bool keptSome = false;
     };
@@ -66,8 +66,8 @@ private:
     TWReport& report_;
     const TWHeldSignals& signals_;
     std::vector<Level> levels_;
-    // Names that were removed from files with several names, by file. A file whose last name is in the tree, too, is
-    // overwritten then and taken out again.
+    // Names of files with several hard links that were removed without overwriting, by file. A file whose last name is
+    // also in the tree is overwritten at that name and removed from this map.
     std::multimap<TWEntryFacts::Identity, std::string> linkedElsewhere_;
     bool failed_ = false;
 };

@@ -61,9 +61,9 @@ int main(int argumentCount, char** arguments)
         report.failure("arguments", Usage);
         return ExitMisused;
     }
-    // A file beyond the limit on file sizes cannot be overwritten, but that is no reason to die.
+    // Otherwise a file beyond the limit on file sizes would kill this process instead of being reported.
     std::signal(SIGXFSZ, SIG_IGN);
-    // Sent if another program opens a file in the moment in which the overwriter holds a lease on it.
+    // Sent if another program opens a file while the overwriter holds a lease on it.
     std::signal(SIGIO, SIG_IGN);
     TWHeldSignals signals;
     TWRandom random;

@@ -11,7 +11,7 @@ sigset_t endingSignals()
     sigemptyset(&ending);
     for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
         struct sigaction action;
-        // The kernel keeps a blocked signal for later even if it is ignored.
+        // An ignored signal must not be blocked: the kernel would queue it all the same.
         if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
             sigaddset(&ending, signal);
     }

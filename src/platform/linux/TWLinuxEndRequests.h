@@ -3,11 +3,11 @@
 #include "platform/TWRunLoop.h"
 #include "platform/posix/TWDescriptor.h"
 
-// SIGINT, SIGTERM and SIGHUP as events of the run loop, except those that this program was started to ignore, as by
-// nohup.
+// Delivers SIGINT, SIGTERM and SIGHUP as events of the run loop, except those that were ignored when the program
+// started, as under nohup.
 class TWLinuxEndRequests final : public TWRunLoopHandle {
 public:
-    // Before the first thread is started: threads inherit what is blocked.
+    // Blocks the signals. Must be called before the first thread starts, because threads inherit the signal mask.
     static void hold();
 
     TWLinuxEndRequests(TWRunLoop&, std::function<void()> requested);

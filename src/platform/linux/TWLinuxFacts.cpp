@@ -39,7 +39,7 @@ TWFileFacts TWFactsFrom(const struct stat& found)
 
 TWFileLook TWFailedLook(int error)
 {
-    // A name that is too long cannot be that of anything.
+    // Nothing can have a name that is too long.
     const bool gone = error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
     return { gone ? TWPresence::Gone : TWPresence::Unknown, error, {} };
 }

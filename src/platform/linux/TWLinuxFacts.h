@@ -4,13 +4,13 @@
 
 #include <sys/stat.h>
 
-// What the system's answers mean.
+// Conversions from the system's types to ours. Any thread.
 
 TWFileKind TWKindOfMode(mode_t);
 TWFileFacts TWFactsFrom(const struct stat&);
 
-// Of a call that has just failed with this errno.
+// The look that stands for a call that has failed with this errno.
 TWFileLook TWFailedLook(int error);
 
-// Asks about a name in an open folder, or about the folder itself if the name is "", without following a link.
+// Looks at a name in an open folder, or at the folder itself if the name is "", without following a symbolic link.
 TWFileLook TWLookAt(int folder, const char* name);

@@ -14,7 +14,7 @@
 
 namespace {
 
-// What the system can be asked about: a path relative to a folder.
+// A path in a form that system calls accept: relative to an open folder.
 struct Place {
     TWDescriptor holder;
     std::string path;
@@ -24,8 +24,8 @@ struct Place {
 
 enum class Links { Follow, Refuse };
 
-// A path longer than the system accepts is reached in parts: what lies so deep must not count as gone. On failure the
-// place has no path and errno is set.
+// Walks a path that exceeds PATH_MAX in parts, so that what it names does not count as gone. On failure the place has
+// an empty path and errno is set.
 Place placeOf(const std::string& path, Links links)
 {
     Place place{ TWDescriptor(), TWPath::systemPath(path) };

@@ -5,7 +5,7 @@
 
 class TWLinuxHeldFolder final : public TWHeldFolder {
 public:
-    // Nothing if the descriptor is closed or cannot be asked; error is then the errno.
+    // Takes over an open descriptor of a folder. On failure returns nullptr and sets error to the errno.
     static std::unique_ptr<TWLinuxHeldFolder> hold(TWDescriptor, int& error);
 
     TWFileIdentity identity() const override { return identity_; }

@@ -22,10 +22,10 @@ std::unique_ptr<TWHost> TWMakeHost()
 
 void TWLinuxHost::prepareProcess() const
 {
-    // Otherwise a file that is opened later could become the standard output by taking its number.
+    // Otherwise a file opened later could get the number of a standard descriptor, and output would go into it.
     for (const int descriptor : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
         if (fcntl(descriptor, F_GETFD) < 0)
-            open("/dev/null", O_RDWR); // gets the lowest free number, which is this one
+            open("/dev/null", O_RDWR); // gets the lowest free number, which is this descriptor
     }
     std::signal(SIGPIPE, SIG_IGN);
 }

@@ -7,14 +7,14 @@
 
 namespace {
 
-constexpr int MountPointField = 4; // counted from 0; the fields are separated by single blanks
+constexpr int MountPointField = 4; // counted from 0; fields are separated by single spaces
 
 bool isOctal(char digit)
 {
     return digit >= '0' && digit <= '7';
 }
 
-// The table writes blank, tab, newline and backslash as a backslash and three octal digits.
+// The table escapes space, tab, newline and backslash as a backslash and three octal digits.
 std::string unescaped(std::string_view text)
 {
     std::string result;

@@ -5,10 +5,10 @@
 
 #include <string_view>
 
-// The mount points in the text of a mountinfo table, sorted. Empty if a line of it cannot be understood.
+// The mount points in the text of a mountinfo table, sorted. Empty if any line cannot be parsed.
 TWMountPoints TWMountPointsIn(std::string_view mountInfo);
 
-// Reads /proc/self/mountinfo, and again only after the kernel has signalled a change.
+// Reads /proc/self/mountinfo once, and again only after the kernel has signalled a change.
 class TWLinuxMountTable final : public TWMountTable {
 public:
     TWLinuxMountTable();

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int FolderFlags = O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-// Kernels before 5.6 have no openat2(), and some sandboxes forbid system calls they do not know.
+// Kernels before 5.6 have no openat2(), and some sandboxes forbid system calls that they do not know.
 std::atomic<bool> hasRestrictedOpen = true;
 
 int openRestricted(int folder, const char* path, int flags, std::uint64_t restrictions)

@@ -2,12 +2,13 @@
 
 #include "platform/posix/TWDescriptor.h"
 
-// Opens folders with the kernel's own path restrictions, openat2(), or where that is missing one component at a time.
-// Both return a closed descriptor and set errno on failure. Any thread.
+// Open folders with openat2() and its path restrictions or, where that is missing, one component at a time. Both return
+// a closed descriptor and set errno on failure. Any thread.
 
-// No link is followed anywhere in the path. Flags are those of open(); O_DIRECTORY, O_NOFOLLOW and O_CLOEXEC are added.
+// Fails if any component of the path is a symbolic link. Flags are those of open(); O_DIRECTORY, O_NOFOLLOW and
+// O_CLOEXEC are added.
 TWDescriptor TWLinuxOpenWithoutLinks(int folder, const char* path, int flags);
 
-// Opens the folder of that name in the given one: no link is followed and no mount point crossed, which fails with
-// EXDEV.
+// Opens the folder with that name in the given folder. Does not follow a symbolic link; fails with EXDEV if something
+// is mounted on it.
 TWDescriptor TWLinuxOpenChild(int folder, const char* name, int flags);

@@ -34,7 +34,7 @@ void addInstallation(TWPlaces& places)
     const std::string prefix(folder.ends_with("/libexec/tidewell") ? TWPath::parent(above) : above);
     places.resources = prefix + "/share/tidewell";
     places.rm = "/bin/rm";
-    // A volume that is mounted while the tool works is not entered.
+    // So that rm does not enter a volume that is mounted while it works.
     places.rmOptions = { "--one-file-system" };
     places.srm = prefix + "/libexec/tidewell/srm";
     places.eject = prefix + "/libexec/tidewell/eject";

@@ -4,10 +4,9 @@
 
 #include <optional>
 
-// From the environment: HOME (else the user database) and the XDG variables, of which those that are not absolute count
-// as unset. Resources and tools are found relative to the running program.
+// The places according to the environment: HOME (or else the user database) and the XDG variables, where one that is
+// not absolute counts as unset. Resources and tools are found relative to the running program.
 TWPlaces TWLinuxPlaces();
 
-// The same world below root (a real path, made by the caller): home is root/home, and nothing of the environment is
-// used.
+// The same places below root, a real path of an existing folder: home is root/home, and the environment is ignored.
 TWPlaces TWLinuxSandboxPlaces(const std::string& root);

@@ -18,10 +18,10 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t KeptOutput = 4096;
 
-// How long a child that nobody waits for any more may take to end by itself.
+// How long an abandoned child may take to end after SIGTERM before it is killed.
 constexpr auto Patience = 100ms;
 
-// The low bit of an epoll tag says which of a child's two descriptors is meant.
+// The low bit of an epoll tag tells a child's output pipe from its pidfd.
 constexpr std::uint64_t OutputBit = 1;
 
 // The C library's own declarations of these two cannot be linked from C++ on Debian 12.
@@ -35,13 +35,13 @@ void sendSignal(int pidfd, int number)
     syscall(SYS_pidfd_send_signal, pidfd, number, nullptr, 0);
 }
 
-// True once the process has ended and nothing of it is left.
+// Reaps the process if it has ended. Returns true when no zombie is left.
 bool collect(pid_t process)
 {
     return waitpid(process, nullptr, WNOHANG) != 0;
 }
 
-// 0, or the errno.
+// Returns 0 or the errno.
 int spawn(const std::string& path, const std::vector<std::string>& arguments, int folder, int output, pid_t& process)
 {
     std::vector<char*> words{ const_cast<char*>(path.c_str()) };
@@ -59,7 +59,7 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, in
     posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
     posix_spawn_file_actions_addfchdir_np(&actions, folder);
 
-    // A child must not inherit what this process has blocked or ignored.
+    // A child must not inherit this process's blocked and ignored signals.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t signals;
@@ -133,7 +133,7 @@ public:
         const pid_t collected = waitpid(process_, &status, WNOHANG);
         if (collected == 0)
             return;
-        // Where whoever started us has SIGCHLD ignored, the system collects children itself and their status is lost.
+        // If our parent made us ignore SIGCHLD, the kernel reaps the children itself and their status is lost.
         if (collected < 0)
             status = 0;
         process_ = -1;
@@ -151,7 +151,7 @@ private:
         if (pidfd_.isOpen() && launcher_.watch(pidfd_.get(), identifier_)
             && launcher_.watch(outputRead_.get(), identifier_ | OutputBit))
             return 0;
-        // A child whose end cannot be noticed is not left running.
+        // Without a watch nobody would notice the child's end, so it must not go on.
         const int error = errno;
         ::kill(process_, SIGKILL);
         waitpid(process_, nullptr, 0);
@@ -196,7 +196,7 @@ private:
     pid_t process_ = -1;
     TWDescriptor pidfd_;
     TWDescriptor outputRead_;
-    TWDescriptor outputWrite_; // held open so that the child's end does not wake the loop twice
+    TWDescriptor outputWrite_; // kept open, or the pipe's hangup would wake the loop once more at the child's end
     std::unique_ptr<TWRunLoopHandle> failure_;
 };
 
@@ -207,7 +207,7 @@ TWLinuxProcessLauncher::TWLinuxProcessLauncher(TWRunLoop& loop)
 {
 }
 
-// The program may be about to end: no tool goes on without it.
+// The program may be about to end, and no tool may go on without it.
 TWLinuxProcessLauncher::~TWLinuxProcessLauncher()
 {
     collectAbandoned();
@@ -256,7 +256,7 @@ void TWLinuxProcessLauncher::serveEvents()
     const int count = epoll_wait(epoll_.get(), events, 16, 0);
     for (int index = 0; index < count; ++index) {
         const auto tag = events[index].data.u64;
-        // Looked up anew each time: an earlier call may have destroyed the child.
+        // An earlier call may have destroyed the child, so each event looks it up again.
         const auto found = children_.find(tag & ~OutputBit);
         if (found == children_.end())
             std::erase_if(

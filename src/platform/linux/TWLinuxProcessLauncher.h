@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <unordered_map>
 
-// posix_spawn (no copy of our memory, however large it is), one pidfd per child, all of them behind one epoll
-// descriptor that the run loop watches. No process-wide signal handler. Destroying the launcher kills the children that
-// were destroyed before they had ended.
+// Uses posix_spawn, which does not copy our page tables however large the process is, and one pidfd per child; the run
+// loop watches one epoll descriptor for all of them. Installs no process-wide signal handler. Destroying the launcher
+// kills abandoned children that are still running.
 class TWLinuxProcessLauncher final : public TWProcessLauncher {
 public:
     explicit TWLinuxProcessLauncher(TWRunLoop&);
@@ -23,7 +23,7 @@ public:
 private:
     class Child;
 
-    // A child that was destroyed and told to end, until it has ended.
+    // A child whose object was destroyed and that was asked to end, kept until it has ended.
     struct Abandoned {
         pid_t process = -1;
         TWDescriptor pidfd;
@@ -37,7 +37,7 @@ private:
 
     TWRunLoop& loop_;
     const TWDescriptor epoll_;
-    std::unordered_map<std::uint64_t, Child*> children_; // each removes itself
+    std::unordered_map<std::uint64_t, Child*> children_; // each child removes itself
     std::unordered_map<std::uint64_t, Abandoned> abandoned_;
     std::uint64_t nextIdentifier_ = 0;
     std::unique_ptr<TWRunLoopHandle> watch_;

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-// Owns a file descriptor and closes it; -1 is none.
+// Owns a file descriptor and closes it; -1 stands for none.
 class TWDescriptor final {
 public:
     explicit TWDescriptor(int descriptor = -1)
@@ -25,7 +25,7 @@ public:
     int get() const { return descriptor_; }
     bool isOpen() const { return descriptor_ >= 0; }
 
-    // 0, or what the close failed with: some file systems report a lost write only here.
+    // Returns 0, or -1 with errno set: some file systems report a lost write only here.
     int close()
     {
         const int old = std::exchange(descriptor_, -1);

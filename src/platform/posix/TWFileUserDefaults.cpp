@@ -123,7 +123,7 @@ void TWFileUserDefaults::applyChanges()
     }
 }
 
-// "" or the reason; the file is then as it was, and the changes wait for a later try.
+// Returns "" or the reason for a failure, after which the file is as it was and the changes wait for the next try.
 std::string TWFileUserDefaults::write()
 {
     std::string kept;
@@ -136,7 +136,7 @@ std::string TWFileUserDefaults::write()
     }
     applyChanges();
     std::string problem;
-    TWValue list(std::move(stored_)); // not copied: it may be large
+    TWValue list(std::move(stored_)); // moved, not copied: it may be large
     const auto bytes = TWPropertyList::write(list, problem);
     stored_ = std::move(*list.dictionary());
     if (!bytes)

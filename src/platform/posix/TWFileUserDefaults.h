@@ -6,8 +6,8 @@
 
 #include <map>
 
-// One property list of our own, a dictionary. Changes are written together on the next turn of the run loop, over what
-// the file holds by then, and always as a whole: a write that fails leaves the old file.
+// User defaults in a property list that holds a dictionary. Changes are written together on the next turn of the run
+// loop, into the file as it is by then. Writes are atomic: one that fails leaves the old file.
 class TWFileUserDefaults final : public TWUserDefaults {
 public:
     TWFileUserDefaults(const TWOwnFiles&, TWRunLoop&, std::string file);
@@ -31,8 +31,8 @@ private:
     TWRunLoop& runLoop_;
     const std::string file_;
     TWDictionary stored_;
-    std::map<std::string, std::optional<TWValue>> changes_; // not written yet; nothing means removed
-    std::string unreadable_; // why the file cannot be read, or ""
+    std::map<std::string, std::optional<TWValue>> changes_; // not written yet; nullopt means removed
+    std::string unreadable_; // why the file could not be read, or ""
     std::string keptAs_; // the second name of the damaged file that this process has replaced, or ""
     std::function<void(const std::string&)> writeFailed_;
     bool failureReported_ = false; // since the last write that succeeded

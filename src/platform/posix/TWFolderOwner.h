@@ -2,6 +2,6 @@
 
 #include <string>
 
-// When root makes a file or a folder in somebody else's folder, as in `sudo tidewell`, gives it to the owner of that
-// folder, who would be locked out of it otherwise. Does nothing for other users. Returns 0 or the errno.
+// Gives a new file or folder to the owner of the folder it is in if root has created it, as in `sudo tidewell`;
+// otherwise that user would be locked out of it. Does nothing if this process is not root. Returns 0 or the errno.
 int TWGiveToFolderOwner(int descriptor, const std::string& folder);

@@ -18,7 +18,7 @@ namespace {
 
 constexpr mode_t NewFolderMode = 0700;
 constexpr std::size_t PieceSize = std::size_t{ 64 } * 1024;
-constexpr int MostLinks = 40; // as many as the system itself follows
+constexpr int MostLinks = 40; // as many as the kernel follows
 constexpr int MostDamagedFiles = 99;
 
 bool isFolder(const std::string& path)
@@ -48,14 +48,14 @@ int TWPosixOwnFiles::makeFolders(const std::string& path) const
         if (isFolder(part))
             continue;
         const int error = makeFolder(part);
-        if (error != 0 && !isFolder(part)) // somebody else may have made it meanwhile
+        if (error != 0 && !isFolder(part)) // another process may have made it in the meantime
             return error;
     }
     return 0;
 }
 
-// True if the path, or a folder on the way to it, is a link whose target does not exist, for example on a USB stick
-// that is not plugged in. Then nobody knows what the file holds.
+// True if the path or one of its parents is a dangling symbolic link, for example to a USB stick that is not plugged
+// in. Then the file may well exist, and must not be taken to be missing.
 static bool isBehindDanglingLink(const std::string& path)
 {
     for (std::size_t end = 0; end != path.size();) {
@@ -68,7 +68,8 @@ static bool isBehindDanglingLink(const std::string& path)
     return false;
 }
 
-// Opens a plain file that is no longer than the limit; a pipe is refused instead of being waited for. 0 or the errno.
+// Opens a regular file that is no longer than the limit. Does not block on a pipe but refuses it. Returns 0 or the
+// errno.
 static int openForReading(const std::string& path, std::size_t limit, TWDescriptor& file, struct stat& facts)
 {
     file = TWDescriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -81,7 +82,7 @@ static int openForReading(const std::string& path, std::size_t limit, TWDescript
     return facts.st_size > static_cast<off_t>(limit) ? EFBIG : 0;
 }
 
-// The number of bytes read, 0 at the end, or -1.
+// Returns the number of bytes read, 0 at the end of the file, or -1 with errno set.
 static ssize_t readSome(int file, char* buffer, std::size_t size)
 {
     ssize_t length;
@@ -103,11 +104,11 @@ static int writeAll(int file, std::string_view bytes)
     return 0;
 }
 
-// Gives the bytes of an open file to take. 0 or the errno.
+// Passes the bytes of an open file to take. Returns 0 or the errno.
 static int readAll(int file, std::size_t limit, const std::function<bool(std::string_view)>& take)
 {
     char buffer[PieceSize];
-    for (;;) { // the file's size is not to be trusted: it can grow, and in /proc it is 0
+    for (;;) { // does not trust the file's size: the file can grow, and in /proc its size is 0
         const ssize_t length = readSome(file, buffer, sizeof buffer);
         if (length < 0)
             return errno;
@@ -143,14 +144,15 @@ TWOwnFiles::Contents TWPosixOwnFiles::read(const std::string& path, std::size_t 
     return contents;
 }
 
-// Replaces the path by that of the file it leads to, even if that file does not exist yet. 0 or the errno.
+// Replaces the path by that of the file that its symbolic links lead to, even if that file does not exist yet. Returns
+// 0 or the errno.
 static int followLinks(std::string& path)
 {
     char target[PATH_MAX];
     for (int links = 0; links < MostLinks; ++links) {
         const ssize_t length = readlink(path.c_str(), target, sizeof target);
         if (length < 0)
-            return errno == EINVAL || errno == ENOENT ? 0 : errno; // no link, or nothing there
+            return errno == EINVAL || errno == ENOENT ? 0 : errno; // not a link, or nothing there
         const std::string_view next(target, static_cast<std::size_t>(length));
         const std::size_t nameStart = path.rfind('/') + 1;
         path = TWPath::withoutTrailingSlashes(
@@ -159,8 +161,8 @@ static int followLinks(std::string& path)
     return ELOOP;
 }
 
-// Gives the new file the mode and the owner of the old one or, if there is none, the owner of the folder. 0 or the
-// errno.
+// Gives the new file the mode and owner of the old one or, if there is no old one, the owner of the folder. Returns 0
+// or the errno.
 static int takeOverRights(const std::string& old, int file)
 {
     struct stat facts;
@@ -192,7 +194,7 @@ int TWPosixOwnFiles::writeAtomically(const std::string& path, std::string_view b
         return errno;
     if (const int error = file.replaceTarget())
         return error;
-    // Errors do not matter here: the new file is in place, and not every file system can flush a folder.
+    // Ignores errors: the new file is in place, and not every file system can flush a folder.
     const std::string folder(TWPath::parent(target));
     fsync(TWDescriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).get());
     return 0;
@@ -231,7 +233,7 @@ static int copyFile(const std::string& from, const std::string& to, std::size_t 
     return error;
 }
 
-// A link takes no time and no room, however long the file is. 0 or the errno.
+// Makes a hard link, or a copy where that is impossible. Returns 0 or the errno.
 static int giveSecondName(const std::string& path, const std::string& name, std::size_t limit)
 {
     if (link(path.c_str(), name.c_str()) == 0)
@@ -240,7 +242,7 @@ static int giveSecondName(const std::string& path, const std::string& name, std:
     struct stat file { };
     struct stat named { };
     const bool hasName = error == EEXIST && lstat(path.c_str(), &file) == 0 && lstat(name.c_str(), &named) == 0
-        && file.st_dev == named.st_dev && file.st_ino == named.st_ino; // since a write that failed
+        && file.st_dev == named.st_dev && file.st_ino == named.st_ino; // it got the name before a write that failed
     if (hasName)
         return 0;
     const bool impossible = error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;

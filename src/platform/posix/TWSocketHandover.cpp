@@ -28,17 +28,17 @@ constexpr auto AnswerTooLong = "The command was carried out, but its output is t
 constexpr auto NoAnswer
     = "The Tidewell window ended before it had answered. Please look whether the command was carried out.\n";
 
-// The first field of every message: programs of different versions do not talk to each other.
+// The first field of every request, so that programs of different versions do not talk to each other.
 constexpr auto Protocol = "Tidewell handover 1";
 constexpr std::size_t AnswerFields = 3;
 
-// For a whole message, and for the answer to be taken.
+// How long the window waits for a complete message, and for the command to take the answer.
 constexpr auto Patience = 5000ms;
 constexpr auto BetweenTries = 10ms;
 constexpr std::size_t PieceSize = 65536;
 constexpr int WaitingClients = 16;
 
-// A longer path would be cut by the system.
+// A longer path would be truncated.
 bool fitsSocket(const std::string& path)
 {
     return !path.empty() && path.size() < sizeof(sockaddr_un::sun_path);
@@ -52,7 +52,7 @@ sockaddr_un addressOf(const std::string& path)
     return address;
 }
 
-// True if only this user, and root, can put something into the folder.
+// True if only this user and root can create entries in the folder.
 bool isPrivate(const std::string& folder)
 {
     struct stat found;
@@ -60,7 +60,7 @@ bool isPrivate(const std::string& folder)
         && (found.st_uid == geteuid() || found.st_uid == 0);
 }
 
-// True for a socket of this user; a link to one is none.
+// True for a socket that belongs to this user, but not for a symbolic link to one.
 bool isOurSocket(const std::string& path)
 {
     struct stat found;
@@ -69,7 +69,7 @@ bool isOurSocket(const std::string& path)
 
 enum class Blocking { Yes, No };
 
-// Children do not inherit it.
+// Also keeps child processes from inheriting the descriptor.
 bool prepare(int descriptor, Blocking blocking)
 {
     return fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0
@@ -94,7 +94,7 @@ bool sendAll(int socket, std::string_view bytes)
     return true;
 }
 
-// Waits for one whole message. Nothing if the other end goes away before.
+// Waits for one complete message. Returns nothing if the other end closes the connection first.
 std::optional<TWHandoverMessage::Fields> receiveAll(int socket)
 {
     std::string received;
@@ -116,7 +116,8 @@ std::optional<TWHandoverMessage::Fields> receiveAll(int socket)
 
 }
 
-// A command that has connected to the window: its message arrives and the answer leaves while the event loop goes on.
+// A command that has connected to the window. Receives its message and sends the answer without blocking the event
+// loop.
 class TWSocketHandover::Client final {
 public:
     Client(TWSocketHandover& owner, TWRunLoop& runLoop, TWDescriptor socket)
@@ -129,7 +130,7 @@ public:
     }
 
 private:
-    // One piece per turn of the event loop.
+    // Reads one piece, so that a long message does not block the event loop.
     void receivePiece()
     {
         char piece[PieceSize];
@@ -177,7 +178,7 @@ private:
     TWRunLoop& runLoop_;
     const TWDescriptor socket_;
     std::string received_;
-    std::string answer_; // what is still to be sent
+    std::string answer_; // the part not sent yet
     std::unique_ptr<TWRunLoopHandle> watch_;
     std::unique_ptr<TWRunLoopHandle> deadline_;
     std::unique_ptr<TWRunLoopHandle> retry_;
@@ -210,7 +211,8 @@ std::vector<std::string> TWSocketHandover::socketPaths() const
     return paths;
 }
 
-// Which lists this program works on. Asked anew each time: the folder can have been replaced.
+// Identifies the lists that this process works on. Determined anew each time, because the folder may have been
+// replaced.
 TWHandoverMessage::Fields TWSocketHandover::address() const
 {
     const auto real = setup_.fileSystem.realPath(setup_.dataFolder, TWLinkAtEnd::Follow);
@@ -219,7 +221,7 @@ TWHandoverMessage::Fields TWSocketHandover::address() const
         setup_.sandboxRoot };
 }
 
-// Closed if nobody of this user listens there.
+// Returns a closed descriptor if no process of this user listens there.
 TWDescriptor TWSocketHandover::connectTo(const std::string& path) const
 {
     if (!fitsSocket(path) || !isPrivate(std::string(TWPath::parent(path))) || !isOurSocket(path))
@@ -253,7 +255,7 @@ bool TWSocketHandover::listenAt(const std::string& path)
         unlink(path.c_str()); // left behind by a window that was killed
     auto socket = makeSocket(Blocking::No);
     const auto address = addressOf(path);
-    // Nobody can connect before the socket listens, and by then only this user may.
+    // Between bind() and chmod() others may have permission to connect, but nobody can connect before listen().
     if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         return false;
     listenerPath_ = path;

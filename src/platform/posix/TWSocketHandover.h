@@ -7,10 +7,10 @@
 
 #include <list>
 
-// Hands over through a local socket that only this user can reach, in the data folder or, if no socket can be made
-// there (a path too long for a socket, a file system without sockets, a folder that others can write), in the session's
-// runtime folder. A socket is used only if it belongs to this user and no other user could have put it there, and both
-// ends check whose program the other one is.
+// Hands over through a Unix socket that only this user can reach. The socket is in the data folder or, if that cannot
+// hold one (its path is too long, its file system has no sockets, others can write to it), in the session's runtime
+// folder. A socket is used only if it belongs to this user and no other user could have put it there. Both ends check
+// that the other process runs as this user.
 class TWSocketHandover final : public TWHandover {
 public:
     struct Setup {
@@ -18,7 +18,7 @@ public:
         std::string dataFolder;
         std::string sandboxRoot; // "" outside a sandbox
         std::string runtimeFolder; // "" when the session has none
-        bool (*peerIsThisUser)(int socket); // asks the system about the program at the other end
+        bool (*peerIsThisUser)(int socket); // asks the system about the process at the other end
     };
 
     explicit TWSocketHandover(Setup);
@@ -28,7 +28,8 @@ public:
     std::optional<TWCommandResult> handOver(
         const std::vector<std::string>& words, const std::string& workingFolder) const override;
 
-    // Where the window may listen, in the order of trying. Empty while there is no data folder.
+    // The paths at which the window may listen, in the order in which they are tried. Empty while there is no data
+    // folder.
     std::vector<std::string> socketPaths() const;
 
 private:

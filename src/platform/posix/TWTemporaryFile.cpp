@@ -16,8 +16,8 @@ constexpr std::string_view Prefix = ".tidewell-";
 constexpr std::size_t HashDigits = 16;
 constexpr int MostAttempts = 10;
 
-// A fixed length, because the target's own name may be as long as is allowed. The hash (FNV-1a) must be the same in all
-// versions of Tidewell.
+// A name of fixed length, because the target's own name may already have the greatest length allowed. The hash (FNV-1a)
+// must be the same in all versions of Tidewell.
 std::string nameFor(std::string_view target)
 {
     std::uint64_t hash = 0xcbf29ce484222325;
@@ -28,13 +28,13 @@ std::string nameFor(std::string_view target)
     return std::string(Prefix) + digits;
 }
 
-// False if somebody else holds the lock. A file system without locks is no reason not to write.
+// False only if another process or thread holds the lock. On a file system without locks it succeeds.
 bool lock(int file)
 {
     return flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
-// Whoever held the lock before may have renamed or removed the file in the meantime.
+// False if the previous holder of the lock has renamed or removed the file in the meantime.
 bool isStillAt(const std::string& path, int file)
 {
     struct stat named;
@@ -69,7 +69,7 @@ int TWTemporaryFile::create()
                 return error;
             continue;
         }
-        // Before it was locked it looked like a leftover.
+        // Until it was locked, the new file looked like a leftover to others.
         if (!lock(file_.get()))
             return EBUSY;
         exists_ = isStillAt(path_, file_.get());

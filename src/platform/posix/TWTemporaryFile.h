@@ -5,19 +5,19 @@
 #include <string>
 #include <string_view>
 
-// The temporary file of one write. Its name follows from the name of the file that it is going to replace, so what a
-// killed write left behind, which may hold private words, is found and removed by the next write. It is locked while it
-// is written: a leftover that somebody holds is no leftover.
+// The temporary file of one write. Its name is derived from the name of the file that it will replace, so the next
+// write finds and removes what a killed write has left behind, which may hold private words. It is locked while it is
+// written, so that a file in use is not mistaken for a leftover.
 class TWTemporaryFile final {
 public:
-    // The file to replace, with no link at its end.
+    // The path of the file to replace; it must not be a symbolic link.
     explicit TWTemporaryFile(std::string target);
     TWTemporaryFile(const TWTemporaryFile&) = delete;
 
     // Removes the file unless it has replaced the target.
     ~TWTemporaryFile();
 
-    // Creates the file, empty and with mode 0600. Returns 0 or the errno; EBUSY if somebody else is writing it.
+    // Creates the file, empty and with mode 0600. Returns 0 or the errno: EBUSY if another writer has it.
     int create();
 
     int descriptor() const { return file_.get(); }
@@ -25,10 +25,11 @@ public:
     // Renames the file over the target. Returns 0 or the errno.
     int replaceTarget();
 
-    // Whether a file's name is one of ours.
+    // True if a file name has the form of a temporary file's name.
     static bool isName(std::string_view name);
 
-    // Removes a plain file, unless somebody holds it. Returns 0, also if it has gone meanwhile, or the errno.
+    // Removes a regular file unless it is locked. Returns 0, also if the file is gone already, or the errno: EBUSY if
+    // it is locked.
     static int removeLeftover(const std::string& path);
 
 private:

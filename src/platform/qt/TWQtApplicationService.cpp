@@ -22,8 +22,8 @@ TWQtApplicationService::TWQtApplicationService(Answers answers)
 void TWQtApplicationService::offer(const QString& name)
 {
     auto bus = QDBusConnection::sessionBus();
-    // The object's path is the name with slashes, as the desktop expects it. Exported first: calls may come with the
-    // name.
+    // The desktop expects the object at the name with slashes. It is exported first, because calls may arrive as soon
+    // as the name is taken.
     const QString path = "/" + QString(name).replace('.', '/');
     if (bus.isConnected() && bus.registerObject(path, this, QDBusConnection::ExportAllSlots))
         bus.registerService(name);

@@ -5,8 +5,8 @@
 
 #include <functional>
 
-// What the desktop calls when the user starts a program that runs already, or chooses one of its actions: the interface
-// org.freedesktop.Application under our well-known name on the session bus.
+// The D-Bus interface org.freedesktop.Application, which the desktop calls when the user starts a program that is
+// already running or chooses one of its actions.
 class TWQtApplicationService final : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
@@ -19,7 +19,8 @@ public:
 
     explicit TWQtApplicationService(Answers);
 
-    // Takes the name. Without a session bus, or when another one has the name, nothing happens.
+    // Registers on the session bus under the well-known name. Does nothing if there is no session bus or another
+    // process has the name.
     void offer(const QString& name);
 
 public slots:

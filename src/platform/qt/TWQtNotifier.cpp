@@ -38,7 +38,7 @@ void TWQtNotifier::post(const TWNotification& notification)
     if (!connectOnce())
         return;
     QVariantMap hints{ { "desktop-entry", "org.tidewell.Tidewell" }, { "category", "transfer.complete" } };
-    // Replaces the one before, so that the only one on the screen is the one whose clicks are ours.
+    // Each notification replaces the previous one, because only clicks on the latest one are reported.
     const auto previous = latestIdentifier();
     hints["urgency"] = QVariant::fromValue(notification.sticky ? CriticalUrgency : NormalUrgency);
     auto message = QDBusMessage::createMethodCall(Service, Path, Service, "Notify");
@@ -49,14 +49,14 @@ void TWQtNotifier::post(const TWNotification& notification)
     latest_ = QDBusConnection::sessionBus().asyncCall(message, Delivery);
 }
 
-// Clicks on other programs' notifications come here too; the service numbers them all.
+// The signal also reports clicks on other programs' notifications; identifiers are unique among all programs.
 void TWQtNotifier::actionInvoked(uint identifier, const QString& action)
 {
     if (action == "default" && clicked_ && identifier != 0 && identifier == latestIdentifier())
         clicked_();
 }
 
-// 0, which stands for none, while the service has not answered.
+// 0, which stands for none, until the service has answered.
 uint TWQtNotifier::latestIdentifier() const
 {
     if (!latest_)

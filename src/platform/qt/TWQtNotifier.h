@@ -7,8 +7,8 @@
 
 #include <optional>
 
-// org.freedesktop.Notifications on the session bus. The end of this object gives the last notification a second to be
-// delivered.
+// Posts to org.freedesktop.Notifications on the session bus. The destructor waits up to a second until the last
+// notification is delivered.
 class TWQtNotifier final : public QObject, public TWNotifier {
     Q_OBJECT
 
@@ -31,7 +31,7 @@ private:
     std::optional<QDBusPendingCall> latest_;
 };
 
-// For a sandbox, whose runs are nobody else's business.
+// Posts nothing. Used in a sandbox, whose runs must not show on the desktop.
 class TWSilentNotifier final : public TWNotifier {
 public:
     void post(const TWNotification&) override { }

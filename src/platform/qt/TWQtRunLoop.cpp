@@ -9,8 +9,8 @@
 
 namespace {
 
-// Owns a Qt object whose signal calls the owner's function. Deleted later, because the handle is often destroyed within
-// that call.
+// Owns a Qt object whose signal calls a function. Deletes the object later, because the handle is often destroyed
+// inside that call.
 template <typename Object>
 class ObjectHandle final : public TWRunLoopHandle {
 public:
@@ -80,7 +80,7 @@ std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::every(Duration interval, std::func
 void TWQtRunLoop::post(std::function<void()> call)
 {
     {
-        // Qt could carry the call itself, but the thread sanitizer cannot see how Qt hands it from thread to thread.
+        // The event could carry the call itself, but the thread sanitizer cannot see how Qt synchronises the threads.
         const std::lock_guard lock(postedMutex_);
         posted_.push_back(std::move(call));
     }
@@ -111,8 +111,8 @@ std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::inBackground(Work work, std::funct
         });
     };
     try {
-        worker->thread = std::thread(run); // hops to the worker's thread, and back by posting
-    } catch (const std::system_error&) { // no more threads are to be had: slower, but done
+        worker->thread = std::thread(run); // runs on another thread and comes back by post()
+    } catch (const std::system_error&) { // no thread is available: do it here, which blocks
         run();
     }
     return std::make_unique<CancellationHandle>(cancellation);

@@ -9,8 +9,8 @@
 #include <mutex>
 #include <thread>
 
-// The event loop of the QCoreApplication, which must exist and outlive this. Its end waits for background work that was
-// told to stop.
+// The event loop of the QCoreApplication, which must exist before and outlive this object. The destructor cancels
+// background work and waits until it has ended.
 class TWQtRunLoop final : public TWRunLoop, private QObject {
 public:
     TWQtRunLoop() = default;
@@ -30,7 +30,7 @@ private:
         std::thread thread;
     };
 
-    // Comes once for each posted call, on the main thread.
+    // Runs the next posted call, on the main thread; one event is posted per call.
     void customEvent(QEvent*) override;
 
     std::mutex postedMutex_;

@@ -2,14 +2,15 @@
 
 #include <QCheckBox>
 
-// A check box whose frame can be seen in dark colours too, where styles draw it in a shade of the window.
+// A check box whose frame is also visible in dark colour schemes, where styles draw it in a shade of the window's
+// colour.
 class TWCheckBox final : public QCheckBox {
     Q_OBJECT
 
 public:
     using QCheckBox::QCheckBox;
 
-    // The same for a palette that a style draws a check box with.
+    // Changes a palette so that a style draws a check box with such a frame.
     static void showFrame(QPalette&);
 
 protected:

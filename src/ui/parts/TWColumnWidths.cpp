@@ -5,7 +5,7 @@
 
 namespace {
 
-// Adds to the widths what the columns want more, from the most modest to the greediest; returns what is left.
+// Raises the widths towards the wanted ones, serving the columns that want least first. Returns what is left over.
 int share(int left, const std::vector<int>& wanted, std::vector<int>& widths)
 {
     std::vector<std::size_t> modestFirst(wanted.size());

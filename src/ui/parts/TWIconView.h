@@ -3,7 +3,7 @@
 #include <QIcon>
 #include <QLabel>
 
-// A picture of fixed size, sharp at every screen scale and greyed out while it is disabled.
+// An icon of fixed size, sharp at every screen scale and greyed out while disabled.
 class TWIconView final : public QLabel {
     Q_OBJECT
 

@@ -5,8 +5,8 @@
 class QLabel;
 class QPushButton;
 
-// One message inside a window: a text that wraps, for a warning an icon and, if there is something to do about it, a
-// button. Hidden while there is nothing to say.
+// A message inside a window: a text that wraps, an icon if it is a warning, and a button if the user can do something
+// about it. Hidden while it has no text.
 class TWMessageBar final : public QFrame {
     Q_OBJECT
 

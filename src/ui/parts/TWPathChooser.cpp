@@ -9,7 +9,8 @@
 
 namespace {
 
-// Qt's own dialog, because those of some desktops hide hidden folders, where most traces lie, and resolve links.
+// Qt's own dialog, because those of some desktops do not show hidden folders, where most traces are, and resolve
+// symbolic links.
 class Dialog final : public QFileDialog {
 public:
     Dialog(QWidget* window, const QString& title, const QString& folder)
@@ -24,8 +25,8 @@ public:
     }
 
 protected:
-    // Qt takes an empty field for the folder in sight. In the folder where the dialog opened, that is no choice of the
-    // user's.
+    // For Qt an empty field means the folder that is shown. If that is still the folder where the dialog opened, the
+    // user has not chosen anything.
     void accept() override
     {
         const auto* name = findChild<QLineEdit*>("fileNameEdit");
@@ -51,7 +52,7 @@ TWPathChooser::TWPathChooser(QWidget* window)
     };
     addEntry(tr("Choose a &File..."), QFileDialog::ExistingFile);
     addEntry(tr("Choose a Fol&der..."), QFileDialog::Directory);
-    // Queued: a menu hides before it says which entry was chosen.
+    // Queued, because a menu hides before it reports which entry was chosen.
     connect(
         menu_, &QMenu::aboutToHide, this,
         [this] {

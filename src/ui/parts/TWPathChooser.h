@@ -10,25 +10,25 @@ class QFileDialog;
 class QMenu;
 class QWidget;
 
-// Lets the user choose one file or folder: a menu asks which of the two it is to be, then a dialog opens.
+// Lets the user choose a file or a folder: a menu asks which of the two, then a dialog opens.
 class TWPathChooser final : public QObject {
     Q_OBJECT
 
 public:
-    // The dialog becomes a sheet of that window.
+    // The dialog opens as a sheet of the window.
     explicit TWPathChooser(QWidget* window);
 
     struct Texts {
         QString title;
-        QString button; // that chooses
+        QString button; // the dialog's button that chooses
     };
 
-    // The menu opens below the button. Answers the path's exact bytes, or nothing if none was chosen.
+    // Opens the menu below the button. Answers the exact bytes of the chosen path, or nothing if none was chosen.
     void choose(const QWidget& button, const Texts&, const std::string& startFolder,
         std::function<void(std::optional<std::string>)>);
 
 signals:
-    // A path was chosen that has a name that is not valid UTF-8; that is why there is no answer.
+    // The chosen path is not valid UTF-8, so its exact bytes are unknown; the answer is nothing.
     void unreadableName(const QString& path);
 
 private:
@@ -37,7 +37,7 @@ private:
 
     QWidget* window_;
     QMenu* menu_;
-    QFileDialog* dialog_ = nullptr; // while it is open
+    QFileDialog* dialog_ = nullptr; // set while it is open
     Texts texts_;
     std::string startFolder_;
     std::function<void(std::optional<std::string>)> chosen_;

@@ -17,7 +17,7 @@ QString toolTip(std::string_view bytes)
     return bytes.empty() ? QString() : QString("<p>%1</p>").arg(shown(bytes).toHtmlEscaped());
 }
 
-// QString::fromUtf8() drops a byte order mark at the beginning.
+// Not QString::fromUtf8(), which drops a byte order mark at the beginning.
 QString exact(std::string_view text)
 {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);

@@ -6,23 +6,24 @@
 #include <string>
 #include <string_view>
 
-// The only conversions between Qt's strings and ours.
+// All conversions between Qt's strings and ours are here.
 namespace TWQtText {
 
-// For showing only: bytes that are not UTF-8 and control characters are made visible. Never write the result back.
+// For display only: makes bytes that are not UTF-8 and control characters visible. Never write the result back.
 QString shown(std::string_view bytes);
 
-// As shown(), for a tooltip: a "<" in it is never taken for markup.
+// Like shown(), but for a tooltip, where a "<" must not be taken for markup.
 QString toolTip(std::string_view bytes);
 
-// Exact, for texts that are valid UTF-8 and that the user edits.
+// An exact conversion, for texts that are valid UTF-8 and that the user edits.
 QString exact(std::string_view text);
 std::string bytes(const QString& text);
 
-// A path to hand to Qt.
+// A path to pass to Qt.
 QString path(const std::string& path);
 
-// A path that Qt handed out. Nothing if Qt has replaced bytes that are not UTF-8: the path would lead elsewhere.
+// The bytes of a path from Qt. Nothing if Qt has replaced bytes that are not UTF-8, because the path would lead
+// elsewhere.
 std::optional<std::string> pathBytes(const QString& path);
 
 }

@@ -10,10 +10,11 @@ namespace {
 
 constexpr double FontScale = 0.9;
 
-// Of the palette's text colour: subdued, but its contrast stays above 4.5 to 1 wherever the palette's own is good.
+// Opacity of the palette's text colour: subdued, but with a contrast above 4.5 to 1 wherever the palette's own contrast
+// is good.
 constexpr double Opacity = 0.72;
 
-// A width that does not depend on the text, so that the window keeps its own while the texts change.
+// The minimum width does not depend on the text, so that the window keeps its width while the texts change.
 constexpr int FewestCharacters = 26;
 constexpr int UsualCharacters = 38;
 
@@ -58,7 +59,7 @@ void TWQuietLabel::paintEvent(QPaintEvent*)
     painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine, shown);
 }
 
-// Created each time, so that it follows a change of the desktop's font.
+// Made anew each time, so that it follows a change of the desktop's font.
 QFont TWQuietLabel::smallFont() const
 {
     QFont small = font();

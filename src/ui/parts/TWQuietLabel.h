@@ -2,7 +2,7 @@
 
 #include <QLabel>
 
-// One line in small, subdued letters. A text that does not fit is elided at the end and shown in full by the tooltip.
+// One line of small, subdued text. A text that does not fit is elided at the end; the tooltip then shows it in full.
 class TWQuietLabel final : public QLabel {
     Q_OBJECT
 

@@ -6,14 +6,14 @@
 #include <functional>
 #include <string>
 
-// What a table says beside a record.
+// What a table shows beside a record.
 struct TWRecordNote {
-    QString text; // "" while nothing is known
+    QString text; // "" while it is not known yet
     bool warning = false;
 };
 
-// One column of a table of records: its title, and how its cell in a row is read and changed. The functions go straight
-// to the list that is being edited; a table keeps no copy.
+// One column of a table of records: its title and the functions that read and change its cell in a row. They work
+// directly on the list being edited; a table keeps no copy.
 struct TWRecordColumn {
     enum class Kind { Check, Text, Path, Choice, Note };
 
@@ -22,13 +22,14 @@ struct TWRecordColumn {
     template <typename Value>
     using Set = std::function<void(int row, Value)>;
 
-    // The name is that of the cell's editor: "path" is edited in "pathEditor". A path is elided in the middle.
+    // The name determines the object name of the cell's editor: "path" is edited in "pathEditor". A path is elided in
+    // the middle.
     static TWRecordColumn check(QString name, QString title, Get<bool>, Set<bool>);
     static TWRecordColumn text(QString name, QString title, Get<std::string>, Set<std::string>);
     static TWRecordColumn path(QString name, QString title, Get<std::string>, Set<std::string>);
 
-    // A pop-up of the numbers from 0 to count - 1. A record may hold any other number, which stays as it is unless the
-    // user picks another; label names them all.
+    // A pop-up menu of the numbers from 0 to count - 1. A record may hold any other number, which stays unless the user
+    // chooses another one. label names any number.
     static TWRecordColumn choice(QString name, QString title, int count, std::function<QString(std::int64_t)> label,
         Get<std::int64_t>, Set<std::int64_t>);
 
@@ -39,7 +40,7 @@ struct TWRecordColumn {
     QString name;
     QString title;
 
-    // Those of its kind.
+    // Only the functions of the column's kind are set.
     Get<bool> checked;
     Set<bool> setChecked;
     Get<std::string> textAt;

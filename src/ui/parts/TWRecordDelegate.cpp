@@ -17,7 +17,7 @@ const TWRecordColumn& columnAt(const QModelIndex& index)
     return static_cast<const TWRecordModel*>(index.model())->column(index.column());
 }
 
-// Amber that is readable on the palette's background.
+// An amber that is readable on the palette's background.
 QColor warningColor(const QPalette& palette)
 {
     const bool dark = palette.color(QPalette::Base).lightness() < 128;
@@ -53,7 +53,7 @@ void TWRecordDelegate::initStyleOption(QStyleOptionViewItem* option, const QMode
         TWCheckBox::showFrame(option->palette);
         break;
     case Kind::Path:
-        // A path reads from left to right in every language: otherwise its first slash would move to its end.
+        // A path is written from left to right in every language; otherwise its first slash would move to its end.
         option->textElideMode = Qt::ElideMiddle;
         option->direction = Qt::LeftToRight;
         break;
@@ -118,7 +118,7 @@ QWidget* TWRecordDelegate::createPopUp(QWidget* parent, const QModelIndex& index
         emit self->commitData(popUp);
         emit self->closeEditor(popUp);
     });
-    // Queued: the view has not placed the editor yet.
+    // Queued, because the view has not placed the editor yet.
     QMetaObject::invokeMethod(popUp, &QComboBox::showPopup, Qt::QueuedConnection);
     return popUp;
 }

@@ -4,7 +4,7 @@
 
 struct TWRecordColumn;
 
-// How the cells of a record table look and how they are edited. Works on a TWRecordModel only.
+// Paints and edits the cells of a record table. Works only with a TWRecordModel.
 class TWRecordDelegate final : public QStyledItemDelegate {
     Q_OBJECT
 

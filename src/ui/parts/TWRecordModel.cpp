@@ -94,7 +94,7 @@ QVariant TWRecordModel::editedValue(int row, const TWRecordColumn& column) const
     return column.kind == Kind::Note ? QVariant() : TWQtText::exact(column.textAt(row));
 }
 
-// A check box is called by its record's first text.
+// A check box gets the name of its record, the first text column.
 QString TWRecordModel::accessibleText(int row, const TWRecordColumn& column) const
 {
     if (column.kind == Kind::Check) {
@@ -114,7 +114,8 @@ bool TWRecordModel::setData(const QModelIndex& index, const QVariant& value, int
     const auto& column = this->column(index.column());
     if (role != (column.kind == Kind::Check ? Qt::CheckStateRole : Qt::EditRole))
         return false;
-    // An editor that was opened and left unchanged must not write: a text that is not valid UTF-8 would be damaged.
+    // An editor that was opened and left unchanged must not write, because a text that is not valid UTF-8 would be
+    // damaged.
     if (value == data(index, role))
         return false;
     change(index.row(), column, value);

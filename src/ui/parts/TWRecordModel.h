@@ -4,26 +4,26 @@
 
 #include <QAbstractTableModel>
 
-// A list of records as a table of columns. It keeps no copy: every read and every edit goes through the columns to the
-// list itself.
+// The model of a list of records. It keeps no copy: every read and every edit goes through the columns to the list
+// itself.
 class TWRecordModel final : public QAbstractTableModel {
     Q_OBJECT
 
 public:
-    // In a note's cell: true if the note is a warning.
+    // For a note's cell: true if the note is a warning.
     static constexpr int WarningRole = Qt::UserRole;
 
     TWRecordModel(std::vector<TWRecordColumn>, std::function<int()> recordCount, QObject* parent);
 
     const TWRecordColumn& column(int number) const { return columns_[static_cast<std::size_t>(number)]; }
 
-    // The first column of that kind; -1 if there is none.
+    // The number of the first column of that kind; -1 if there is none.
     int columnOf(TWRecordColumn::Kind) const;
 
-    // The list has changed in any way.
+    // Call this after the list has changed in any way.
     void reload();
 
-    // Only the notes have changed.
+    // Call this after only notes have changed.
     void notesChanged();
 
     int rowCount(const QModelIndex& parent = {}) const override;

@@ -33,7 +33,7 @@ TWRecordPane::TWRecordPane(TWRecordTable* table, const QString& addTitle, const 
     note_->setObjectName("noteLabel");
     note_->setTextFormat(Qt::PlainText);
     note_->setWordWrap(true);
-    // Always two lines, so that nothing moves when another record is selected.
+    // Always two lines high, so that nothing moves when another record is selected.
     note_->setFixedHeight(2 * fontMetrics().lineSpacing());
     auto* below = new QHBoxLayout;
     below->addWidget(addButton_);

@@ -6,18 +6,18 @@ class QLabel;
 class QToolButton;
 class TWRecordTable;
 
-// A record table with the buttons that add and remove a record below it, and the selected record's note in full.
+// A record table with buttons below it that add and remove a record, and with the full note of the selected record.
 class TWRecordPane final : public QWidget {
     Q_OBJECT
 
 public:
-    // Takes the table. The titles are tooltips and what a screen reader says.
+    // Takes ownership of the table. The titles are the buttons' tooltips and accessible names.
     TWRecordPane(TWRecordTable*, const QString& addTitle, const QString& removeTitle, QWidget* parent = nullptr);
 
     QToolButton& addButton() { return *addButton_; }
 
 signals:
-    // Not before what was being typed in a cell was written.
+    // Sent after what was being typed in a cell has been written.
     void addRequested();
     void removeRequested();
 

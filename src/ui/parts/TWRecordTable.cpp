@@ -22,9 +22,9 @@ constexpr int CellPadding = 8;
 constexpr int NarrowestColumn = 6; // in characters
 constexpr std::size_t TypicalPercent = 80;
 constexpr int MeasuredRows = 100;
-constexpr int MillisecondsBetweenShares = 50; // notes come in one by one
+constexpr int MillisecondsBetweenShares = 50; // because notes arrive one by one
 
-// Only as a copy: a file manager that took it for a move would delete the file.
+// Accepts a drop only as a copy, because a file manager would delete the file after a move.
 void acceptFiles(QDropEvent& event)
 {
     event.setDropAction(Qt::CopyAction);
@@ -52,7 +52,7 @@ TWRecordTable::TWRecordTable(std::vector<TWRecordColumn> columns, std::function<
     });
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &TWRecordTable::selectedRecordChanged);
     connect(model_, &QAbstractItemModel::dataChanged, this, &TWRecordTable::selectedRecordChanged);
-    // Only while the table itself has the focus: in a cell's editor, Delete deletes characters.
+    // Works only while the table itself has the focus, because in a cell's editor Delete deletes characters.
     auto* deleteKey = new QShortcut(QKeySequence::Delete, this, nullptr, nullptr, Qt::WidgetShortcut);
     connect(deleteKey, &QShortcut::activated, this, &TWRecordTable::removeRequested);
 }
@@ -62,7 +62,7 @@ void TWRecordTable::setUpLook()
     setAlternatingRowColors(true);
     setShowGrid(false);
     setWordWrap(false);
-    // All rows are of one height, so that a long list opens at once.
+    // All rows have the same height, so that a long list opens at once.
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + RowPadding);
@@ -199,7 +199,7 @@ void TWRecordTable::shareWidth(int firstColumn)
     sharingWidth_ = false;
 }
 
-// The columns before it stay, so that the edge that is being dragged stays under the pointer.
+// The columns before it keep their widths, so that the dragged edge stays under the pointer.
 void TWRecordTable::columnDragged(int column)
 {
     if (sharingWidth_)

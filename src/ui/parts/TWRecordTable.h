@@ -11,11 +11,12 @@
 
 class TWRecordModel;
 
-// A table of records that the user edits in place. The space bar checks a record, a pop-up opens with one click, Delete
-// asks to remove the selected record, Tab leaves the table. Files can be dropped on it. An empty table says what to do.
+// A table of records that the user edits in place. The space bar checks a record, a pop-up menu opens with one click,
+// Delete asks to remove the selected record, Tab leaves the table. Files can be dropped on it. An empty table shows a
+// hint.
 //
-// Columns share the width by what their cells need, until the user drags one: it then keeps its width, and those behind
-// it share the rest.
+// The columns share the width according to what their cells need. Once the user has dragged a column, it and those
+// before it keep their widths and the columns after it share the rest.
 class TWRecordTable final : public QTableView {
     Q_OBJECT
 
@@ -24,10 +25,11 @@ public:
 
     void setEmptyText(const QString& text);
 
-    // The list has changed in any way; the place in it stays, so that after a removal the next record is selected.
+    // Call this after the list has changed in any way. The selected row stays, so after a removal the next record is
+    // selected.
     void reload();
 
-    // Only the notes have changed.
+    // Call this after only notes have changed.
     void notesChanged();
 
     // -1 if no record is selected.
@@ -36,10 +38,10 @@ public:
     // Selects only that record and scrolls to it.
     void showRow(int row);
 
-    // The selected record's note in full; "" without one.
+    // The full note of the selected record; "" if there is none.
     QString selectedNote() const;
 
-    // Writes what is being typed in a cell.
+    // Writes what is being typed in a cell to the list.
     void finishEditing();
 
 signals:

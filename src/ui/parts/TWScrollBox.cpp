@@ -8,7 +8,7 @@ namespace {
 
 constexpr int FewestLines = 4;
 
-// The title bar and borders of a window; the real ones are known only when the window is on screen.
+// An estimate of a window's title bar and borders, because the real sizes are known only when the window is on screen.
 constexpr QSize Frame(8, 36);
 
 }
@@ -20,7 +20,7 @@ TWScrollBox::TWScrollBox(QWidget* content, QWidget* parent)
     setFocusPolicy(Qt::NoFocus);
     setWidgetResizable(true);
     setWidget(content);
-    // The content shows the window's own background.
+    // Lets the window's own background show through.
     viewport()->setAutoFillBackground(false);
     content->setAutoFillBackground(false);
 }

@@ -2,7 +2,7 @@
 
 #include <QScrollArea>
 
-// Takes as much room as its content wants, and scrolls the content where a window has less.
+// A scroll area that takes as much room as its content wants and scrolls only if the window has less.
 class TWScrollBox final : public QScrollArea {
     Q_OBJECT
 
@@ -16,5 +16,5 @@ protected:
     bool eventFilter(QObject*, QEvent*) override;
 };
 
-// The wanted size of a window, made smaller where its screen has no room for it and its frame.
+// Returns the wanted size of a window, reduced so that the window and its frame fit on its screen.
 QSize TWFitToScreen(const QWidget& window, const QSize& wanted);

@@ -3,7 +3,7 @@
 #include <QBasicTimer>
 #include <QWidget>
 
-// Turns while something is going on. Otherwise it is invisible but keeps its place, and no timer runs.
+// A spinner that turns while something is going on. Otherwise it is invisible but keeps its place, and no timer runs.
 class TWSpinner final : public QWidget {
     Q_OBJECT
 

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr int Gap = 5;
-constexpr int Padding = 9; // beside a token's text
+constexpr int Padding = 9; // on either side of a token's text, in pixels
 constexpr int NarrowestInput = 180;
 constexpr float TokenTint = 0.22F;
 constexpr float EmptyOpacity = 0.72F;
@@ -73,7 +73,7 @@ void TWTokenField::setWords(const QStringList& words)
     measure();
 }
 
-// The place of the edited token in another list of words. Among several equal words it keeps its rank.
+// Returns the index of the edited token in another list of words. Among equal words it keeps its rank.
 int TWTokenField::placeOfEdited(const QStringList& words) const
 {
     if (editing_ == None)
@@ -106,13 +106,13 @@ void TWTokenField::finishTyping()
 {
     if (editing_ == None && input_->text().isEmpty())
         return;
-    // A word from a file may hold a comma, so a word that was not changed is not split.
+    // A word from a file may hold a comma, so an unchanged word is not split.
     if (editing_ != None && input_->text() == words_[editing_]) {
         leaveEdited();
         return;
     }
     auto words = TWTypedWords(input_->text(), afterComma_ && editing_ == None).words;
-    // A token that the user has cleared is an empty word.
+    // A token that the user has cleared becomes an empty word.
     if (words.isEmpty())
         words.append(QString());
     afterComma_ = false;
@@ -125,16 +125,16 @@ void TWTokenField::discardTyping()
     afterComma_ = false;
     clearInput();
     backToInput();
-    arrange(); // an empty input that is cleared sends no signal
+    arrange(); // clearing an empty input sends no signal
 }
 
-// Unlike clear(), this forgets the typing, so that Ctrl+Z does not bring back a word that was ended long ago.
+// Unlike clear(), this also clears the undo history, so that Ctrl+Z does not bring back a word that was ended long ago.
 void TWTokenField::clearInput()
 {
     input_->setText({});
 }
 
-// The token stays as it was and is selected.
+// The token keeps its old text and is selected.
 void TWTokenField::leaveEdited()
 {
     const int token = editing_;
@@ -142,8 +142,8 @@ void TWTokenField::leaveEdited()
     choose(token);
 }
 
-// A typed comma ends a word. A pasted text ends as many words as it holds, including the last one. A token being edited
-// waits for Return.
+// A typed comma ends a word. A pasted text ends all the words it holds, including the last one. A token being edited is
+// split only on Return.
 void TWTokenField::splitTyped(const QString& typed)
 {
     if (editing_ != None || !TWTypedWords::hasSeparator(typed))
@@ -153,7 +153,7 @@ void TWTokenField::splitTyped(const QString& typed)
     afterComma_ = cut.endsWithComma;
 }
 
-// Splits the text before the line edit sees it, which would take long to lay out a long one.
+// Splits the text before the line edit gets it, because the line edit lays out long texts slowly.
 bool TWTokenField::paste()
 {
     const auto pasted = QGuiApplication::clipboard()->text();
@@ -212,7 +212,7 @@ void TWTokenField::removeSelected()
     emit wordsRemoved(removed);
 }
 
-// After an edit by the user: the tokens have new numbers.
+// Called after an edit by the user, when the tokens' indexes have changed.
 void TWTokenField::wordsChanged()
 {
     selected_.clear();
@@ -288,7 +288,7 @@ bool TWTokenField::eventFilter(QObject* object, QEvent* event)
     return QAbstractScrollArea::eventFilter(object, event);
 }
 
-// True if the key was used. Otherwise the line edit gets it, and then the sheet.
+// Returns true if the key was handled. Otherwise the line edit gets it, and then the sheet.
 bool TWTokenField::inputKey(QKeyEvent& event)
 {
     const bool atStart = editing_ == None && input_->cursorPosition() == 0 && !input_->hasSelectedText();
@@ -353,7 +353,7 @@ bool TWTokenField::tokenKey(QKeyEvent& event)
     } else if (token != None) {
         choose(token, event.modifiers() & Qt::ShiftModifier);
     } else {
-        // Typing goes to the input behind the last token.
+        // Typing goes to the input after the last token.
         const bool typing = !event.text().isEmpty() && event.text()[0].isPrint();
         if (!typing && !event.matches(QKeySequence::Paste))
             return false;
@@ -363,7 +363,7 @@ bool TWTokenField::tokenKey(QKeyEvent& event)
     return true;
 }
 
-// The token that an arrow key leads to; count() means the input behind the last token, None any other key.
+// Returns the token that an arrow key leads to: count() for the input after the last token, None for any other key.
 int TWTokenField::moved(int key) const
 {
     switch (key) {
@@ -395,7 +395,7 @@ void TWTokenField::mousePressEvent(QMouseEvent* event)
     const int edited = editing_;
     const int before = count();
     finishTyping();
-    // The edited token may have become several.
+    // The edited token may have been split into several.
     if (edited != None && token > edited)
         token += count() - before;
     if (token != None)
@@ -436,7 +436,7 @@ int TWTokenField::widthOf(const QString& word) const
     return fontMetrics().horizontalAdvance(shown(word)) + 2 * Padding;
 }
 
-// Measures all tokens anew, after the words or the font have changed.
+// Called after the words or the font have changed.
 void TWTokenField::measure()
 {
     widths_.clear();
@@ -518,7 +518,7 @@ void TWTokenField::paintEvent(QPaintEvent* event)
     }
 }
 
-// The frame around the input while it stands in the place of a token.
+// Paints the frame around the input while it is shown in place of a token.
 void TWTokenField::paintFrame(QPainter& painter, int token) const
 {
     painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
@@ -526,7 +526,7 @@ void TWTokenField::paintFrame(QPainter& painter, int token) const
     painter.drawRoundedRect(QRectF(layout_.box(token)).adjusted(1, 1, -1, -1), Padding, Padding);
 }
 
-// A selected token has another background; the current one also has a heavier outline.
+// A selected token has a different background; the current one also has a heavier outline.
 void TWTokenField::paintToken(QPainter& painter, int token) const
 {
     const auto& box = layout_.box(token);

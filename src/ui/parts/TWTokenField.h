@@ -9,49 +9,49 @@
 
 class QLineEdit;
 
-// A word and its place in the list.
+// A word and its index in the list.
 struct TWPlacedWord {
     int place;
     QString word;
 };
-using TWPlacedWords = std::vector<TWPlacedWord>; // in the order of the places
+using TWPlacedWords = std::vector<TWPlacedWord>; // in ascending order
 
-// A list of words, each shown as a token and edited like a text. Comma or Return ends a word; the mouse or the arrow
-// keys select tokens, a double click, F2 or Return edits one, Delete or Backspace removes those selected. Tokens are
-// painted instead of being widgets, so ten thousand cost no more than those in sight. One line edit has the keyboard
-// all the time: it stands behind the last token, or in the place of the token being edited.
+// A list of words, each shown as a token and edited as text. Comma or Return ends a word; the mouse or the arrow keys
+// select tokens, a double click, F2 or Return edits one, Delete or Backspace removes the selected ones. Tokens are
+// painted, not widgets, so ten thousand cost no more than those in sight. A single line edit has the keyboard focus all
+// the time: after the last token or in the place of the token being edited.
 class TWTokenField final : public QAbstractScrollArea {
     Q_OBJECT
 
 public:
     explicit TWTokenField(QWidget* parent = nullptr);
 
-    // In order, with duplicates and empty words. A word is not in the list until it is ended.
+    // In order, with duplicates and empty words, but without a word that is still being typed.
     const QStringList& words() const { return words_; }
 
-    // The word being typed or edited stays as it is. If the edited token is gone, it becomes a new word.
+    // Keeps the word being typed or edited. If the edited token is gone, its text becomes a new word.
     void setWords(const QStringList&);
 
-    // Puts removed words back, as an edit by the user, and selects them.
+    // Puts removed words back and selects them. Counts as an edit by the user.
     void insertWords(const TWPlacedWords&);
 
     // Ends the word being typed or edited.
     void finishTyping();
 
-    // Drops the word being typed; a token being edited stays as it was.
+    // Drops the word being typed; a token being edited keeps its old text.
     void discardTyping();
 
     // In the viewport's coordinates.
     QRect tokenRect(int token) const;
 
 signals:
-    // The user has changed the words; not sent by setWords().
+    // The user has changed the words. Not sent by setWords().
     void wordsEdited();
 
-    // After wordsEdited().
+    // Sent after wordsEdited().
     void wordsRemoved(const TWPlacedWords&);
 
-    // Ctrl+Z while there is no typing to take back.
+    // The user has pressed Ctrl+Z and there is no typing to undo.
     void undoRequested();
 
 protected:
@@ -98,12 +98,12 @@ private:
     int moved(int key) const;
 
     QStringList words_;
-    std::vector<int> widths_; // of each word's token
+    std::vector<int> widths_; // width of each word's token
     TWTokenLayout layout_; // the tokens, and the input as the last box
     QLineEdit* input_;
-    int editing_ = None; // the token in whose place the input stands
-    int current_ = None; // the token the arrow keys start from; None while typing
-    int anchor_ = None; // where a range of selected tokens begins
+    int editing_ = None; // the token that the input is shown in place of
+    int current_ = None; // the token that the arrow keys start from; None while typing
+    int anchor_ = None; // the token where a range of selected tokens begins
     std::set<int> selected_;
-    bool afterComma_ = false; // one blank that follows a comma belongs to it
+    bool afterComma_ = false; // a space right after a comma belongs to the comma
 };

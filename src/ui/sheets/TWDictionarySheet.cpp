@@ -10,7 +10,7 @@
 
 namespace {
 
-// In characters and lines of text.
+// The preferred size, in characters and lines of text.
 constexpr int SheetWidth = 84;
 constexpr int SheetHeight = 24;
 
@@ -73,7 +73,7 @@ void TWDictionarySheet::open()
 
 void TWDictionarySheet::reject()
 {
-    // A word that was not ended must not take part in a cleaning.
+    // A word whose typing was not ended must not take part in a cleaning.
     field_->discardTyping();
     controller_.cancel();
 }

@@ -11,14 +11,14 @@ class TWDictionarySheet final : public TWSheet, private TWDictionaryView {
     Q_OBJECT
 
 public:
-    // Sets itself as the controller's view. The controller outlives the sheet.
+    // Becomes the controller's view. The controller must outlive the sheet.
     TWDictionarySheet(TWDictionaryWindowController&, QWidget* parent);
     ~TWDictionarySheet();
 
-    // Loads the saved words first.
+    // Loads the saved words before it opens.
     void open() override;
 
-    // Escape and the window's own close button do what Cancel does.
+    // Escape and the window's close button do the same as Cancel.
     void reject() override;
 
 private:

@@ -13,11 +13,11 @@
 
 namespace {
 
-// In characters and lines of text.
+// The preferred size, in characters and lines of text.
 constexpr int SheetWidth = 180;
 constexpr int SheetHeight = 34;
 
-// The kinds that delete something are numbered from 0.
+// The number of kinds in TWWhatToDelete.
 constexpr int KindCount = 4;
 
 QString kindLabel(std::int64_t kind)

@@ -16,7 +16,7 @@ class TWFilesSheet final : public TWSheet, private TWFilesView {
     Q_OBJECT
 
 public:
-    // Sets itself as the controller's view. The controller outlives the sheet.
+    // Becomes the controller's view. The controller must outlive the sheet.
     TWFilesSheet(TWFilesWindowController&, QWidget* parent);
     ~TWFilesSheet();
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-// In the order of Tab.
+// In the tab order.
 constexpr QDialogButtonBox::ButtonRole Roles[] = {
     QDialogButtonBox::AcceptRole,
     QDialogButtonBox::RejectRole,
@@ -92,7 +92,7 @@ void TWSheet::setUpButton(QPushButton* button, const QString& objectName)
     button->setDefault(false);
 }
 
-// The button is in the sheet already: otherwise Qt would make the first button that comes later the default one.
+// The button must already be in the sheet; otherwise Qt would make the next button that is added the default one.
 void TWSheet::setDefaultButton(QPushButton* button)
 {
     button->setDefault(true);
@@ -101,7 +101,7 @@ void TWSheet::setDefaultButton(QPushButton* button)
 bool TWSheet::event(QEvent* event)
 {
     const bool result = QDialog::event(event);
-    // The button box has laid out its buttons anew, and with them their place in the tab order.
+    // The button box has laid out its buttons anew and so changed the tab order.
     if (event->type() == QEvent::StyleChange)
         QMetaObject::invokeMethod(this, &TWSheet::arrangeTabOrder, Qt::QueuedConnection);
     return result;
@@ -198,7 +198,7 @@ void TWSheet::forgetUndo()
     showUndo();
 }
 
-// The bar hides with the focus in it once there is nothing left to undo.
+// The bar may have the focus when it hides because nothing is left to undo.
 void TWSheet::showUndo()
 {
     if (undoSteps_.empty() && undoBar_->isAncestorOf(focusWidget()) && firstFocus_)

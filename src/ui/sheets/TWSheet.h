@@ -9,12 +9,12 @@ class QPushButton;
 class QVBoxLayout;
 class TWMessageBar;
 
-// The base of all sheets. From top to bottom: an introduction, a bar for what is wrong, a bar that offers to undo a
+// The base class of all sheets. From top to bottom: an introduction, a bar for problems, a bar that offers to undo a
 // deletion, the content, and the buttons in the order of the desktop.
 //
-// A sheet is never larger than its screen; what has no room scrolls, and the buttons stay in sight. Tab leads through
-// the content to OK or Save, to Cancel, to the other buttons, to Help and round again. Return presses the button that
-// has the focus, else the default button.
+// A sheet is never larger than its screen: the content scrolls if there is not enough room, and the buttons stay in
+// sight. Tab leads through the content to OK or Save, Cancel, the other buttons, Help and back to the start. Return
+// presses the button that has the focus, else the default button.
 class TWSheet : public QDialog {
     Q_OBJECT
 
@@ -22,27 +22,27 @@ public:
     TWSheet(const QString& objectName, const QString& title, QWidget* parent);
 
 signals:
-    // The user wants to read that page of the help.
+    // The user has asked for that page of the help.
     void helpRequested(const QString& page);
 
 protected:
-    // Call these in the constructor: the introduction, the content with the widget that has the focus first, the
-    // buttons. Alt with the introduction's marked letter leads to that widget too.
+    // For the constructors of sheets. setContent() takes the content and the widget that gets the focus first; Alt with
+    // the marked letter of the introduction also leads to that widget.
     void setIntroduction(const QString& text);
     void setContent(QWidget* content, QWidget* firstFocus);
     void setPreferredSize(int characters, int lines);
     QPushButton* addButton(QDialogButtonBox::StandardButton, const QString& objectName, const QString& accessibleName);
     QPushButton* addButton(const QString& text, QDialogButtonBox::ButtonRole, const QString& objectName);
 
-    // The button that Return presses: never one that loses something.
+    // Sets the button that Return presses. It must not be one that loses something.
     void setDefaultButton(QPushButton*);
 
-    // What is wrong with the saved list is said as long as it lasts, above a message that comes and goes.
+    // The problem of the saved list stays in the bar as long as it lasts, above a message that comes and goes.
     void setProblem(const QString& problem);
     void showMessage(const QString& message);
 
-    // Offers to take back a deletion, with a button and Ctrl+Z, while the sheet is open. Earlier ones can be taken back
-    // afterwards. The text says what was deleted.
+    // Offers to undo a deletion, with a button and Ctrl+Z, while the sheet is open. The text says what was deleted.
+    // Earlier deletions can be undone after it.
     void offerUndo(const QString& text, std::function<void()> undo);
     void undo();
     void forgetUndo();
@@ -63,12 +63,12 @@ private:
     void showMessages();
     void showUndo();
 
-    QVBoxLayout* column_; // all but the buttons
+    QVBoxLayout* column_; // everything except the buttons
     TWMessageBar* messageBar_;
     TWMessageBar* undoBar_;
     QDialogButtonBox* buttons_;
     QWidget* firstFocus_ = nullptr;
-    QSize preferredSize_; // not set: what the content wants
+    QSize preferredSize_; // if not set, the size that the content wants
     QString problem_;
     QString message_;
     std::vector<UndoStep> undoSteps_; // the newest last

@@ -13,11 +13,11 @@ struct TWSheetRow {
     const char* editor; // its name in TWEditorTable, or "dictionary"
     const char* menuTitle; // untranslated
 
-    // Makes the sheet on that window; the editors outlive it.
+    // Makes the sheet on that window. The editors must outlive it.
     std::unique_ptr<TWSheet> (*make)(TWEditors&, QWidget* window);
 };
 
 std::span<const TWSheetRow> TWSheetTable();
 
-// Null if the editor has no sheet.
+// Returns nullptr if the editor has no sheet.
 const TWSheetRow* TWSheetNamed(std::string_view editor);

@@ -14,7 +14,7 @@ namespace {
 constexpr int IconSize = 32;
 constexpr int LightSize = 20;
 
-// What a screen reader says and the tooltip shows, in the order of TWLight.
+// The accessible names and tooltips of the lights, in the order of TWLight.
 constexpr const char* LightNames[] = {
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Not run"),
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Running"),
@@ -22,7 +22,7 @@ constexpr const char* LightNames[] = {
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Failed"),
 };
 
-// The letters to press with Alt, in the order of the rows. The menus and buttons use none of them.
+// The letters to press with Alt, in the order of the rows. Menus and buttons use none of them.
 constexpr QLatin1String Mnemonics("artoligs");
 
 QString withMnemonic(const TWCleanerRow& row)
@@ -58,7 +58,7 @@ TWCleanerRowView::TWCleanerRowView(
     policy.setRetainSizeWhenHidden(true);
     editButton_->setSizePolicy(policy);
     editButton_->setVisible(editable == Editable::Yes);
-    editButton_->setAutoDefault(true); // Return on it edits, instead of pressing Clean
+    editButton_->setAutoDefault(true); // so that Return presses it instead of Clean
     for (QWidget* child : std::initializer_list<QWidget*>{ icon_, checkBox_, line_ })
         child->setEnabled(row.available);
     layOut();
@@ -67,7 +67,7 @@ TWCleanerRowView::TWCleanerRowView(
     connect(editButton_, &QPushButton::clicked, this, &TWCleanerRowView::editRequested);
 }
 
-// The line begins below the check box's text.
+// The line is aligned with the check box's text.
 void TWCleanerRowView::layOut()
 {
     auto* lineLayout = new QHBoxLayout;
@@ -112,7 +112,7 @@ void TWCleanerRowView::setChecked(bool checked)
     checkBox_->setChecked(checked);
 }
 
-// A screen reader reads the line together with the check box.
+// Makes a screen reader read the line together with the check box.
 void TWCleanerRowView::setLine(const QString& line)
 {
     line_->setText(line);

@@ -14,12 +14,12 @@ class TWIconView;
 class TWQuietLabel;
 class TWSpinner;
 
-// The pictures of the lights, in the order of TWLight.
+// The icons of the lights, in the order of TWLight.
 using TWLightIcons = std::array<QIcon, 4>;
 
-// One cleaner's row in the main window: icon, check box, the quiet line that says what the cleaner would do now,
-// spinner, light and, if there is something to edit, the Edit button. Child widgets are named after the cleaner:
-// "trashCheckBox".
+// One cleaner's row in the main window: icon, check box, the line that says what the cleaner would do now, spinner,
+// light and, if there is something to edit, the Edit button. The object names of its widgets begin with the cleaner's
+// name: "trashCheckBox".
 class TWCleanerRowView final : public QWidget {
     Q_OBJECT
 
@@ -28,7 +28,7 @@ public:
 
     TWCleanerRowView(const TWCleanerRow&, Editable, const TWLightIcons&, QWidget* parent);
 
-    // Call this once the pictures of the lights are loaded. The cleaner's icon comes from the icon theme, or from the
+    // Call this once the icons of the lights are loaded. The cleaner's icon comes from the icon theme, or from the
     // folder if the theme has none.
     void showPictures(const QString& fallbackFolder);
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr auto IndexPage = "index";
 
-// In characters and lines of text.
+// The preferred size, in characters and lines of text.
 constexpr int PageWidth = 90;
 constexpr int PageHeight = 36;
 
@@ -82,7 +82,7 @@ void TWHelpWindow::openAnchor(const std::string& anchor)
     activateWindow();
 }
 
-// Links take their colour from the palette at the moment the page is read.
+// Links get their colour from the palette when the page is loaded.
 void TWHelpWindow::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);

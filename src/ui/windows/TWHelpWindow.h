@@ -4,15 +4,15 @@
 
 #include <QTextBrowser>
 
-// The help pages, which are in the resources' folder "help". The window has no parent, so that it can be read beside a
-// sheet.
+// Shows the help pages, which are in the resource folder "help". The window has no parent, so that it can be used
+// beside a sheet.
 class TWHelpWindow final : public QWidget {
     Q_OBJECT
 
 public:
     explicit TWHelpWindow(const TWBundle&);
 
-    // Brings the page of that name to the front, or the list of all pages if there is none of that name.
+    // Shows the page with that name in front, or the list of all pages if there is no such page.
     void openAnchor(const std::string& anchor);
 
 protected:

@@ -32,7 +32,7 @@ constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "lig
 
 constexpr int Margin = 18;
 constexpr int RowSpacing = 12;
-constexpr int WidestRow = 110; // in characters; in a wider window, a row's parts would stand too far apart
+constexpr int WidestRow = 110; // in characters; in a wider row the parts would be too far apart
 
 }
 
@@ -58,7 +58,7 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     auto* centreLayout = new QHBoxLayout(centre);
     centreLayout->setContentsMargins(0, 0, 0, 0);
     centreLayout->addStretch(1);
-    centreLayout->addWidget(column, 1000); // the stretches get only what the column cannot take
+    centreLayout->addWidget(column, 1000); // the stretches at both sides get only what the column cannot take
     centreLayout->addStretch(1);
     setCentralWidget(centre);
     createMenus();
@@ -75,7 +75,7 @@ QString TWMainWindow::resource(const std::string& name) const
 QString TWMainWindow::title() const
 {
     const auto& platform = delegate_.platform();
-    // Qt adds the application's name to other titles than that name.
+    // Qt appends the application's name to any title other than that name.
     return platform.places.sandboxed() ? tr("Sandbox %1").arg(TWQtText::shown(platform.places.sandboxRoot))
                                        : TWQtText::exact(platform.bundle.info("CFBundleName"));
 }
@@ -100,7 +100,7 @@ QWidget* TWMainWindow::createRows()
     return rows;
 }
 
-// Clean keeps its place while Stop comes and goes, so that a click on Stop that comes too late starts nothing.
+// Clean keeps its place while Stop appears and disappears, so that a late click on Stop does not start a cleaning.
 QLayout* TWMainWindow::createButtons()
 {
     stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
@@ -160,7 +160,7 @@ QAction* TWMainWindow::addAction(
     return action;
 }
 
-// Pictures and plans take many files and plugins to load, so they wait until the window is on screen.
+// Icons and plans need many files and plug-ins, so they are loaded only when the window is on screen.
 void TWMainWindow::paintEvent(QPaintEvent* event)
 {
     QMainWindow::paintEvent(event);
@@ -186,7 +186,7 @@ void TWMainWindow::changeEvent(QEvent* event)
         refresh();
 }
 
-// Return presses Clean, as a dialog's default button.
+// Return presses Clean, like a dialog's default button.
 void TWMainWindow::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
@@ -248,7 +248,7 @@ void TWMainWindow::stopSpinning(int position)
     rows_[static_cast<std::size_t>(position)]->stopSpinning();
 }
 
-// The keyboard focus moves along from one button to the other.
+// The keyboard focus moves from the disabled button to the enabled one.
 void TWMainWindow::setCleanEnabled(bool enabled)
 {
     if (!enabled)
@@ -263,7 +263,7 @@ void TWMainWindow::setCleanEnabled(bool enabled)
         (enabled ? cleanButton_ : stopButton_)->setFocus();
 }
 
-// Stop is greyed out until the run has ended, to show that the click was noticed.
+// Stop is disabled until the run has ended, to show that the click was noticed.
 void TWMainWindow::stop()
 {
     stopButton_->setEnabled(!delegate_.running());

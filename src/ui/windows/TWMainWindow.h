@@ -12,18 +12,18 @@ class QPushButton;
 
 class TWMessageBar;
 
-// The window that every launch shows: one row for each cleaner, and the button that runs them. Closing it quits.
+// The main window: one row per cleaner, and the button that runs them. Closing it quits the program.
 class TWMainWindow final : public QMainWindow, public TWRunView {
     Q_OBJECT
 
 public:
-    // The delegate outlives the window.
+    // The delegate must outlive the window.
     explicit TWMainWindow(TWTidewellAppDelegate&);
 
-    // Shows the check boxes, quiet lines and problems as the settings and lists are now.
+    // Updates the check boxes, lines and problems from the settings and lists.
     void refresh();
 
-    // What the Clean button does.
+    // Does the same as the Clean button.
     void clean();
 
     void showLight(int position, TWLight) override;
@@ -33,15 +33,15 @@ public:
     void cleaningEnded(TWRunOutcome) override;
 
 signals:
-    // Sent once, when the window is on screen with its pictures.
+    // Sent once, when the window is on screen with its icons.
     void appeared();
 
-    // For the editor of that name in TWSheetTable.
+    // The user wants to open the editor with that name in TWSheetTable.
     void editRequested(const char* editor);
     void resultsRequested();
     void helpRequested();
 
-    // The window was closed, and the user has answered what there was to ask.
+    // The user has closed the window and answered all questions about that.
     void quitRequested();
 
 protected:
@@ -77,7 +77,8 @@ private:
     QAction* cleanAction_ = nullptr;
     QAction* stopAction_ = nullptr;
     TWCleanerLines lines_;
-    const std::string lostSettings_; // the first change of a setting ends that problem, but does not bring them back
+    const std::string lostSettings_; // kept, because the first change of a setting ends the problem but does not bring
+                                     // the settings back
     std::string unsavedSettings_;
     bool painted_ = false;
     Closing closing_ = Closing::No;

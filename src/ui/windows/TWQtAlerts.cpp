@@ -31,7 +31,7 @@ public:
     }
 
 private:
-    // The texts are never markup, whatever file names they hold.
+    // Plain text, because a file name in it may look like markup.
     QLabel* createLabel(const std::string& text, const QString& objectName)
     {
         auto* label = new QLabel(TWQtText::exact(text));
@@ -80,7 +80,7 @@ private:
 
     void createButtons(const TWAlert& alert)
     {
-        // With one button, every way to close the alert means that button.
+        // With only one button, every way to close the alert means that button.
         confirmed_ = alert.alternateButton.empty();
         auto* confirm = createButton(alert.defaultButton, QDialogButtonBox::AcceptRole, "defaultButton");
         connect(confirm, &QPushButton::clicked, this, [this] {
@@ -100,7 +100,7 @@ private:
     QPushButton* createButton(const std::string& text, QDialogButtonBox::ButtonRole role, const QString& objectName)
     {
         const auto title = TWQtText::exact(text);
-        // A button takes "&" as the mark of the letter to press with Alt.
+        // In a button's text "&" marks the letter to press with Alt.
         auto* button = addButton(QString(title).replace('&', "&&"), role, objectName);
         button->setAccessibleName(title);
         return button;
@@ -110,7 +110,8 @@ private:
     bool confirmed_ = false;
 };
 
-// An alert is about the sheet that is open on the window. It must not be deleted together with an earlier alert.
+// Returns the sheet that is open on the window, else the window. An alert must not be the parent, because it would
+// delete the new alert with itself.
 QWidget* parentFor(QWidget* window)
 {
     auto* front = QApplication::activeModalWidget();

@@ -7,12 +7,13 @@
 
 #include <vector>
 
-// Questions and announcements as sheets of the main window, or of the sheet that is open on it. Closing one without a
-// button answers like its alternate button, or like the default button if that is the only one. Alerts that are still
-// open when the window is destroyed are not answered.
+// Shows alerts as sheets of the main window or of the sheet that is open on it. Closing an alert without a button
+// counts as its alternate button, or as the default button if that is the only one. Alerts that are open when the
+// window is destroyed are not answered.
 class TWQtAlerts final : public TWAlerts {
 public:
-    // The window is on screen now. Alerts wait until then: a sheet would open in a corner of the screen.
+    // Call this when the window is on screen. Alerts wait until then, because a sheet would open in a corner of the
+    // screen.
     void setWindow(QWidget*);
 
     void show(const TWAlert&, std::function<void(TWAnswer)> answered) override;

@@ -4,13 +4,13 @@
 
 #include <QSortFilterProxyModel>
 
-// Lets through the lines that contain a text, whatever its case, and are of the wanted kind. It costs memory and time
-// for every line, so the results window puts it between model and table only while there is something to filter.
+// Shows only the lines that contain a text, ignoring case, and are of the wanted kind. It costs memory and time for
+// every line, so the results window puts it between model and table only while a filter is set.
 class TWResultsFilter final : public QSortFilterProxyModel {
     Q_OBJECT
 
 public:
-    // Differs on purpose: failures come with the lines that explain them.
+    // Differs on purpose: Failures includes the lines that explain them.
     enum class Kind { All, Failures };
 
     using QSortFilterProxyModel::QSortFilterProxyModel;

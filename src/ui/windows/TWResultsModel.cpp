@@ -6,7 +6,7 @@
 
 namespace {
 
-// What a screen reader says, by TWMessageType.
+// What a screen reader says, indexed by TWMessageType.
 constexpr const char* AccessibleTexts[] = {
     "%1",
     QT_TRANSLATE_NOOP("TWResultsModel", "Success: %1"),
@@ -43,7 +43,7 @@ int TWResultsModel::columnCount(const QModelIndex& parent) const
 
 QVariant TWResultsModel::data(const QModelIndex& index, int role) const
 {
-    // While the list is being emptied, the lines disappear before the rows do.
+    // When the list is emptied, the controller's lines are gone before the rows are.
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)
         || static_cast<std::size_t>(index.row()) >= controller_.messages().size())
         return {};
@@ -60,7 +60,7 @@ QVariant TWResultsModel::data(const QModelIndex& index, int role) const
         return icons_[type];
     case Qt::BackgroundRole:
         return colour(message);
-    case Qt::ForegroundRole: // readable on all three backgrounds, whatever the desktop's colours are
+    case Qt::ForegroundRole: // readable on all three backgrounds in any colour scheme
         return QColor(Qt::black);
     case ConcernsFailureRole:
         return message.type == TWMessageType::Failure || message.explainsFailure;

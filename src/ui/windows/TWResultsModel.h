@@ -5,8 +5,8 @@
 #include <QAbstractTableModel>
 #include <QIcon>
 
-// The lines of the latest cleaning as a table of one column. It keeps no lines, only how many of the controller's lines
-// the table knows.
+// The model of the latest cleaning's lines, with one column. It copies no lines but only counts those that the table
+// knows of.
 class TWResultsModel final : public QAbstractTableModel, public TWResultsView {
     Q_OBJECT
 
@@ -24,6 +24,6 @@ public:
 
 private:
     const TWResultsWindowController& controller_;
-    const QIcon icons_[3]; // by TWMessageType
+    const QIcon icons_[3]; // indexed by TWMessageType
     int rows_ = 0;
 };

@@ -36,7 +36,7 @@ constexpr auto SuggestedName = QT_TRANSLATE_NOOP("TWResultsWindow", "Tidewell Re
 
 constexpr QSize Size(720, 420);
 constexpr int IconSize = 16;
-constexpr int RowPadding = 8; // above and below the text together
+constexpr int RowPadding = 8; // above and below the text together, in pixels
 
 }
 
@@ -105,7 +105,7 @@ void TWResultsWindow::createTable()
     table_->horizontalHeader()->hide();
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->verticalHeader()->hide();
-    // All lines are of one height, so that none has to be measured.
+    // All lines have the same height, so that none has to be measured.
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(std::max(fontMetrics().height(), IconSize) + RowPadding);
 
@@ -152,7 +152,7 @@ void TWResultsWindow::addWindowAction(
     addAction(action);
 }
 
-// An entry of the table's context menu. Ctrl+C and Ctrl+A concern the lines only while the table has the focus.
+// Adds an entry to the table's context menu. Its shortcut works only while the table has the focus.
 QAction* TWResultsWindow::addTableAction(
     const char* name, const QString& text, const QKeySequence& shortcut, void (TWResultsWindow::*call)())
 {
@@ -167,7 +167,7 @@ QAction* TWResultsWindow::addTableAction(
 
 void TWResultsWindow::filterChanged()
 {
-    // The filter builds its rows anew while it has no model, so that a change costs one walk instead of two.
+    // The filter is changed while it has no model, so that it walks the lines once instead of twice.
     filter_->setSourceModel(nullptr);
     filter_->setFilter(filterText_->text(), static_cast<TWResultsFilter::Kind>(filterKind_->currentIndex()));
     QAbstractItemModel* shown = model_;

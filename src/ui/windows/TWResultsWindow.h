@@ -16,16 +16,16 @@ class QPushButton;
 class QTableView;
 class TWResultsModel;
 
-// The lines of the latest cleaning, to read, filter, copy and save. Closing the window hides it.
+// Shows the lines of the latest cleaning, which the user can filter, copy and save. Closing the window hides it.
 class TWResultsWindow final : public QWidget, public TWResultsView {
     Q_OBJECT
 
 public:
-    // Becomes the controller's view. The controller outlives the window. Saving begins in the home folder.
+    // Becomes the controller's view. The controller must outlive the window. The save dialog opens in the home folder.
     TWResultsWindow(TWResultsWindowController&, const QString& iconFolder, const QString& homeFolder);
     ~TWResultsWindow();
 
-    // Writes the lines that the table shows, as UTF-8 text. "" or one line for the user that names the file.
+    // Writes the lines that the table shows as UTF-8 text. Returns "" or one line for the user that names the file.
     QString save(const QString& path) const;
 
     void messagesRemoved() override;
@@ -52,7 +52,7 @@ private:
     QLineEdit* filterText_ = nullptr;
     QComboBox* filterKind_ = nullptr;
     QTableView* table_ = nullptr;
-    QLabel* empty_ = nullptr; // in the middle of an empty table
+    QLabel* empty_ = nullptr; // shown in the middle of an empty table
     QLabel* count_ = nullptr;
     QPushButton* saveButton_ = nullptr;
     QAction* saveAction_ = nullptr;

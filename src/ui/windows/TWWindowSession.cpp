@@ -67,7 +67,7 @@ void TWWindowSession::showHelp(const std::string& page)
     helpWindow_->openAnchor(page);
 }
 
-// Null for a window that was not made yet.
+// Returns nullptr for a window that has not been made yet.
 QWidget* TWWindowSession::window(TWWindow which) const
 {
     switch (which) {
@@ -105,7 +105,7 @@ bool TWWindowSession::isKeyWindow(TWWindow which) const
 void TWWindowSession::activate()
 {
     bringToFront(TWWindow::Main);
-    // A sheet that waits for an answer stays in front.
+    // A sheet that waits for an answer must stay in front.
     if (auto* sheet = QApplication::activeModalWidget())
         sheet->activateWindow();
 }
@@ -113,10 +113,10 @@ void TWWindowSession::activate()
 void TWWindowSession::requestUserAttention()
 {
     QApplication::alert(&mainWindow_);
-    QGuiApplication::sync(); // the program may block or end before the next turn
+    QGuiApplication::sync(); // because the program may block or end before the next turn
 }
 
-// Not quit(), which would ask every open window and sheet to close, and so answer the questions in them.
+// Not quit(), which would ask every open window and sheet to close and so answer their questions.
 void TWWindowSession::terminate()
 {
     QMetaObject::invokeMethod(

@@ -11,10 +11,10 @@ class TWQtAlerts;
 class TWResultsWindow;
 class TWSheet;
 
-// Owns all windows and sheets. It makes those besides the main window when they are first asked for. Main thread.
+// Owns all windows and sheets. Makes those other than the main window when they are first needed. Main thread.
 class TWWindowSession final : public TWApplicationWindows {
 public:
-    // Gives the delegate its views. The delegate and the alerts outlive the session.
+    // Sets the delegate's views. The delegate and the alerts must outlive the session.
     TWWindowSession(TWTidewellAppDelegate&, TWQtAlerts&);
     ~TWWindowSession();
 
@@ -23,7 +23,7 @@ public:
     // Brings the main window forward and starts a run.
     void clean();
 
-    // Null if the editor of that name has no sheet.
+    // The sheet of the editor with that name; nullptr if it has none.
     TWSheet* sheet(const char* editor);
 
     void bringToFront(TWWindow) override;
@@ -41,5 +41,5 @@ private:
     TWMainWindow mainWindow_;
     std::unique_ptr<TWResultsWindow> resultsWindow_;
     std::unique_ptr<TWHelpWindow> helpWindow_;
-    std::map<std::string, std::unique_ptr<TWSheet>, std::less<>> sheets_; // by editor
+    std::map<std::string, std::unique_ptr<TWSheet>, std::less<>> sheets_; // by the editor's name
 };
