@@ -30,27 +30,13 @@ std::string folded(const std::string& text)
 std::string randomText(std::mt19937& random, std::size_t longest)
 {
     static const std::vector<std::string> letters{ "a", "A", "b", "s", "S", "ß", "ẞ", "ſ", "i", "I", "İ", "ı", "\u0307",
-        "σ", "Σ", "ς", "K", "k", "ﬀ", "f", "ΐ", "ж", "Ж", "資", "😀", "𐐀", "𐐨", "Ꭰ", "ꭰ" };
+        "σ", "Σ", "ς", "K", "k", "É", "é", "e\u0301", "料", "ﬀ", "f", "ΐ", "ж", "Ж", "資", "😀", "𐐀", "𐐨", "Ꭰ", "ꭰ" };
     std::string text;
     for (std::size_t left = random() % (longest + 1); left > 0; --left)
         text += letters[random() % letters.size()];
     return text;
 }
 
-}
-
-TEST(TWKeywordMatcher, FoldsCaseAsUnicodeDoesInFull)
-{
-    const struct {
-        std::string word, text;
-        bool found;
-    } cases[] = { { "STRASSE", "Hauptstraße 1", true }, { "straße", "STRASSE", true }, { "ẞ", "ss", true },
-        { "ΣΊΣΥΦΟΣ", "σίσυφος", true }, { "ς", "Σ", true }, { "i\u0307", "İ", true }, { "İstanbul", "istanbul", false },
-        { "ı", "I", false }, { "É", "é", true }, { "é", "e\u0301", false }, { "ΐ", "\u03b9\u0308\u0301", true },
-        { "ﬃ", "OFFICE", true }, { "москва", "МОСКВА", true }, { "𐐀", "𐐨", true }, { "料", "資料", true },
-        { "s", "ß", true } };
-    for (const auto& [word, text, found] : cases)
-        EXPECT_EQ(first({ word }, text).has_value(), found) << word << " in " << text;
 }
 
 TEST(TWKeywordMatcher, InvalidBytesDivideTheTextAndSpoilAWord)
