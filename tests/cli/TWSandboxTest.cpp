@@ -6,16 +6,7 @@
 
 namespace {
 
-class TWSandboxTest : public TWProgramTest {
-protected:
-    void waitUntilExists(const std::string& name) const
-    {
-        for (int tries = 0; !folder_.exists(name); ++tries) {
-            ASSERT_LT(tries, 20'000) << name << " does not appear";
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    }
-};
+using TWSandboxTest = TWProgramTest;
 
 TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
 {
@@ -87,7 +78,8 @@ TEST_F(TWSandboxTest, WordsGoToTheirOwnWindowOnly)
 {
     const auto lock = open(folder_.write(Data + std::string(".lists.lock"), "").c_str(), O_RDWR | O_CLOEXEC);
     const auto window = start({});
-    waitUntilExists(Data + std::string(".window.socket"));
+    while (!folder_.exists(Data + std::string(".window.socket")))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ASSERT_EQ(flock(lock, LOCK_EX), 0); // once the window has let it go; from now on only the window can write
     EXPECT_EQ(run({ "words", "add", "ours" }).status, 0);
     EXPECT_EQ(run({ "words", "list" }).out, "ours\n");
