@@ -1,13 +1,7 @@
 #include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeApplication.h"
 
-#include <gtest/gtest.h>
-
-using namespace std::chrono_literals;
-
 namespace {
-
-using Lines = std::vector<std::string>;
 
 // The Trash holds one item and the Files cleaner has one rule; both are checked, and only the Trash cleaner is switched
 // on.
@@ -30,23 +24,33 @@ protected:
         delegate->clean(checked);
         runLoop.advance(1s);
     }
+    // Starts a run that stands at its first file.
+    void startRun()
+    {
+        launcher.ending = TWRecordingLauncher::Ending::ByTest;
+        delegate->clean(checked);
+        runLoop.runUntilIdle();
+    }
     // The results as "type text", with every digit of the text shown as 9.
     Lines results() const
     {
         Lines lines;
         for (const auto& message : delegate->resultsWindowController().messages()) {
             auto text = launcher.shown(message.text);
-            std::replace_if(
-                text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '9');
+            std::ranges::replace_if(
+                text, [](char c) { return c >= '0' && c <= '9'; }, '9');
             lines.push_back(std::to_string(int(message.type)) + " " + text);
         }
         return lines;
     }
-    void failTrash() { launcher.failures[places.trash + "/files/item"] = { TWTermination::Kind::Exited, 1, "" }; }
-    bool saw(const std::string& line) const
+    // The Files cleaner is on and has no active rule.
+    void warrantWarning()
     {
-        return std::find(view.lines.begin(), view.lines.end(), line) != view.lines.end();
+        userDefaults.values["FilesCleaner"] = true;
+        delegate->editors().get<TWFilesWindowController>().setActive(0, false);
     }
+    void failTrash() { launcher.failures[places.trash + "/files/item"] = { TWTermination::Kind::Exited, 1, "" }; }
+    bool saw(const std::string& line) const { return std::ranges::count(view.lines, line) > 0; }
 
     TWRunChoice checked{};
     std::unique_ptr<TWTidewellAppDelegate> delegate = start();
@@ -68,7 +72,7 @@ TEST_F(TWCleaningRunTest, TheSettingsDecideWhoRunsAndEveryReportIsShown)
     EXPECT_EQ(view.lines,
         (Lines{ "disable", "off 0", "off 1", "off 2", "off 3", "off 4", "off 5", "off 6", "off 7", "yellow 2", "spin 2",
             "red 2", "rest 2", "enable", "ended: failed" }));
-    EXPECT_TRUE(locks.held == 0 && notifier.notifications.empty());
+    EXPECT_TRUE(locks.held.empty() && notifier.notifications.empty());
 }
 
 TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
@@ -95,14 +99,13 @@ TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
 
 TEST_F(TWCleaningRunTest, AWarningThatIsNotConfirmedRunsNothing)
 {
-    userDefaults.values["FilesCleaner"] = true;
-    delegate->editors().get<TWFilesWindowController>().setActive(0, false);
+    warrantWarning();
     alerts.script = { TWAnswer::Alternate };
     run();
     EXPECT_EQ(results(), Lines{ Start });
     EXPECT_EQ(Lines(view.lines.end() - 3, view.lines.end()), (Lines{ "off 7", "enable", "ended: nothing run" }));
     EXPECT_EQ(alerts.alerts[0].text.substr(0, 17) + alerts.alerts[0].defaultButton, "The Files cleanerContinue Anyway");
-    EXPECT_TRUE(launcher.records.empty() && locks.held == 0);
+    EXPECT_TRUE(launcher.records.empty() && locks.held.empty());
     run();
     EXPECT_EQ(view.lines.back(), "ended: succeeded");
 }
@@ -111,26 +114,25 @@ TEST_F(TWCleaningRunTest, TheResultsOpenAtTheChosenMoment)
 {
     failTrash();
     userDefaults.values["ShowResults"] = true;
-    const auto lineAfter = [this](int mode) {
+    for (const auto& [mode, next] : { std::pair(0, "red 2"), { 1, "yellow 2" }, { 2, "enable" } }) {
         userDefaults.values["ShowResultsMode"] = mode;
         view.lines.clear();
         run();
-        const auto front = std::find(view.lines.begin(), view.lines.end(), "front results");
-        return front == view.lines.end() ? "never" : *(front + 1);
-    };
-    EXPECT_EQ(lineAfter(0), "red 2");
-    EXPECT_EQ(lineAfter(1), "yellow 2");
-    EXPECT_EQ(lineAfter(2), "enable");
+        const auto front = std::find(view.lines.begin(), view.lines.end() - 1, "front results");
+        EXPECT_EQ(*(front + 1), next);
+    }
     launcher.failures.clear();
-    EXPECT_EQ(lineAfter(0), "never");
+    userDefaults.values["ShowResultsMode"] = 0;
+    view.lines.clear();
+    run();
+    EXPECT_FALSE(saw("front results"));
 }
 
 TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
 {
     userDefaults.values["ShowResults"] = userDefaults.values["FilesCleaner"] = true;
-    launcher.ending = TWRecordingLauncher::Ending::ByTest;
     delegate->stop();
-    delegate->clean(checked);
+    startRun();
     delegate->stop();
     runLoop.advance(1s);
     EXPECT_FALSE(delegate->running() || saw("front results") || saw("yellow 5"));
@@ -142,24 +144,19 @@ TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
 
 TEST_F(TWCleaningRunTest, EndsAsTheSettingsSay)
 {
-    userDefaults.values["GrowlCleaningDone"] = userDefaults.values["AutoQuit"] = userDefaults.values["BounceDockIcon"]
-        = true;
-    const auto end = [&](int autoQuitMode) {
-        userDefaults.values["AutoQuitMode"] = autoQuitMode;
-        run();
-        const bool quits = saw("terminate");
-        EXPECT_NE(saw("attention"), quits);
-        EXPECT_NE(saw("enable"), quits);
+    for (const auto* key : { "GrowlCleaningDone", "AutoQuit", "BounceDockIcon" })
+        userDefaults.values[key] = true;
+    for (const auto& [fails, mode, quits] : { std::tuple(true, 0, false), { true, 3, true }, { false, 0, true } }) {
+        launcher.failures.clear();
+        if (fails)
+            failTrash();
+        userDefaults.values["AutoQuitMode"] = mode;
         view.lines.clear();
-        return quits;
-    };
-    failTrash();
-    EXPECT_FALSE(end(0));
-    EXPECT_TRUE(end(3));
-    launcher.failures.clear();
-    EXPECT_TRUE(end(0));
-    EXPECT_TRUE(notifier.notifications.front().warning && notifier.notifications.front().sticky);
-    EXPECT_FALSE(notifier.notifications.back().warning || notifier.notifications.back().sticky);
+        run();
+        EXPECT_TRUE(saw("terminate") == quits && saw("attention") != quits && saw("enable") != quits) << mode;
+        EXPECT_TRUE(notifier.notifications.back().warning == fails && notifier.notifications.back().sticky == fails);
+    }
+    view.lines.clear();
     notifier.clicked();
     EXPECT_EQ(view.lines, (Lines{ "activate", "front main", "front results" }));
 }
@@ -184,18 +181,16 @@ TEST_F(TWCleaningRunTest, OnlyTheFilesCleanerGetsANarrowedSecureMode)
 
 TEST_F(TWCleaningRunTest, CleanDuringARunStartsAgain)
 {
-    launcher.ending = TWRecordingLauncher::Ending::ByTest;
-    delegate->clean(checked);
-    runLoop.runUntilIdle();
-    EXPECT_TRUE(delegate->running() && launcher.running() == 1 && locks.held == 1);
+    startRun();
+    EXPECT_TRUE(delegate->running() && launcher.running() == 1 && locks.held.size() == 1);
     launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
-    launcher.atLaunch = [this] { EXPECT_EQ(locks.held, 1) << "the second run took the lock over"; };
+    launcher.atLaunch = [this] { EXPECT_EQ(locks.held.size(), 1U) << "the second run took the lock over"; };
     run();
     const auto lines = results();
     EXPECT_TRUE(lines.size() == 5 && lines.front() == Start && lines.back() == End);
     EXPECT_EQ(std::count(view.lines.begin(), view.lines.end(), "enable"), 1) << "the first run ended silently";
     EXPECT_EQ(launcher.records.size(), 3U) << "its child included";
-    EXPECT_TRUE(locks.held == 0 && locks.paths.size() == 1);
+    EXPECT_TRUE(locks.held.empty() && locks.paths.size() == 1);
 }
 
 TEST_F(TWCleaningRunTest, WhileTheSecondRunIsAskedForTheFirstOneStaysAsItWas)
@@ -205,10 +200,8 @@ TEST_F(TWCleaningRunTest, WhileTheSecondRunIsAskedForTheFirstOneStaysAsItWas)
         root.write("home/default", "x");
         root.write("home/.local/share/Trash/files/item", "x");
         userDefaults.values["FilesCleaner"] = false;
-        launcher.ending = TWRecordingLauncher::Ending::ByTest;
         alerts.leavesOpen = true;
-        delegate->clean(checked);
-        runLoop.runUntilIdle();
+        startRun();
         const auto before = results();
         view.lines.clear();
         launcher.records.clear();
@@ -219,26 +212,22 @@ TEST_F(TWCleaningRunTest, WhileTheSecondRunIsAskedForTheFirstOneStaysAsItWas)
         delegate->clean(checked);
         ASSERT_EQ(alerts.open.size(), 1U);
         runLoop.runUntilIdle();
-        EXPECT_EQ(results(), before);
-        EXPECT_EQ(view.lines, Lines());
+        EXPECT_TRUE(results() == before && view.lines.empty());
         launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
-        if (answer == TWAnswer::Default) {
+        const bool again = answer == TWAnswer::Default;
+        if (answeredInTime) {
             alerts.answer(answer);
-            runLoop.advance(1s);
-            EXPECT_EQ(launcher.records.front(), "destroyed");
-            EXPECT_TRUE(root.exists("home/default") == false && saw("green 5"));
-        } else {
-            if (answeredInTime)
-                alerts.answer(answer);
-            EXPECT_TRUE(delegate->running() && locks.held == 1 && view.lines.empty());
-            launcher.endAll();
-            runLoop.advance(1s);
-            EXPECT_TRUE(root.exists("home/default")) << "the run that goes on has taken up nothing";
-            EXPECT_EQ(view.lines.back(), "ended: succeeded");
-            if (!answeredInTime)
-                alerts.answer(answer);
+            EXPECT_TRUE(again || (delegate->running() && locks.held.size() == 1 && view.lines.empty()));
         }
-        EXPECT_TRUE(!delegate->running() && locks.held == 0);
+        if (!again)
+            launcher.endAll();
+        runLoop.advance(1s);
+        EXPECT_EQ(launcher.records.size() > 1 && launcher.records.front() == "destroyed", again);
+        EXPECT_EQ(root.exists("home/default"), !again) << "the run that goes on has taken up nothing";
+        EXPECT_TRUE(again ? saw("green 5") : view.lines.back() == "ended: succeeded");
+        if (!answeredInTime)
+            alerts.answer(answer);
+        EXPECT_TRUE(!delegate->running() && locks.held.empty());
     }
 }
 
@@ -276,19 +265,16 @@ TEST_F(TWCleaningRunTest, ACommandEndsQuietlyAndIgnoresTheSwitches)
 
 TEST_F(TWCleaningRunTest, TheEndOfTheDelegateIsSilent)
 {
-    launcher.ending = TWRecordingLauncher::Ending::ByTest;
-    delegate->clean(checked);
-    runLoop.runUntilIdle();
+    startRun();
     view.lines.clear();
     delegate.reset();
     EXPECT_EQ(launcher.records.back(), "destroyed");
     delegate = start();
-    userDefaults.values["FilesCleaner"] = true;
-    delegate->editors().get<TWFilesWindowController>().setActive(0, false);
+    warrantWarning();
     alerts.leavesOpen = true;
     delegate->clean(checked);
     view.lines.clear();
     delegate.reset();
     alerts.answer(TWAnswer::Default);
-    EXPECT_TRUE(view.lines.empty() && locks.held == 0);
+    EXPECT_TRUE(view.lines.empty() && locks.held.empty());
 }

@@ -1,8 +1,5 @@
 #include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeApplication.h"
-#include "fakes/TWFakeMachine.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -24,7 +21,7 @@ TEST_F(TWLaunchTest, TheFirstLaunchMakesEverythingAndGreetsOnce)
     EXPECT_TRUE(root.exists("home/.local/share/Tidewell"));
     const auto identifier = stored("UUID");
     EXPECT_EQ(identifier.size(), 36U);
-    EXPECT_EQ(view.lines, std::vector<std::string>{ "front main" });
+    EXPECT_EQ(view.lines, Lines{ "front main" });
     ASSERT_EQ(alerts.alerts.size(), 1U);
     EXPECT_EQ(alerts.alerts[0].text, "Welcome.");
     EXPECT_EQ(userDefaults.values.at("FirstLaunchDone"), TWValue(true)) << "while the greeting is open";

@@ -17,14 +17,15 @@ public:
         root.write("canary/file", "canary");
         root.write("canary/folder/inside", "also canary");
         root.link("canary/folder/link", "../file");
-        makeLinks();
-        makeNames();
         makeDeepPath();
+        makeLinks();
+        for (const auto& name : { std::string("invalid \xFF\xC3( UTF-8"), std::string("new\nline"), std::string("-rf"),
+                 std::string("--no-preserve-root"), std::string(" $(touch canary); 'quoted\" *"), std::string(255, 'n'),
+                 std::string("unreadable/file"), std::string("read-only/file") })
+            root.write("hostile/" + name, "x");
         mkfifo(root.path("hostile/fifo").c_str(), 0600);
         mknod(root.path("hostile/socket").c_str(), S_IFSOCK | 0600, 0);
-        root.write("hostile/unreadable/file", "x");
         chmod(root.path("hostile/unreadable").c_str(), 0);
-        root.write("hostile/read-only/file", "x");
         chmod(root.path("hostile/read-only").c_str(), 0555);
     }
 
@@ -64,13 +65,6 @@ private:
         root_.link("hostile/folder/up", "..");
         root_.link("hostile/folder/link-to-canary", root_.path("canary"));
         std::filesystem::create_hard_link(root_.path("canary/file"), root_.path("hostile/hard-link"));
-    }
-    void makeNames() const
-    {
-        for (const auto& name : { std::string("invalid \xFF\xC3( UTF-8"), std::string("new\nline"), std::string("-rf"),
-                 std::string("--no-preserve-root"), std::string(" $(touch canary); 'quoted\" *"),
-                 std::string(255, 'n') })
-            root_.write("hostile/" + name, "x");
     }
 
     // Longer than any path that a system call takes, hence made from the inside out.

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <functional>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -54,6 +56,12 @@ public:
             folder_.read(outputName(process_) + ".err") };
     }
 
+    // For prepare: only the child sees the mount.
+    static bool mountPrivately(const std::string& what, const std::string& where, unsigned long flags = 0)
+    {
+        return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
+            && mount(what.c_str(), where.c_str(), nullptr, MS_BIND | flags, nullptr) == 0;
+    }
     static bool limit(__rlimit_resource resource, rlim_t value)
     {
         const rlimit both{ value, value };

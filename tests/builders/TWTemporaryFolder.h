@@ -1,10 +1,14 @@
 #pragma once
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
 
 // A throwaway folder below /tmp, removed with all that is in it; links in it are never followed.
 class TWTemporaryFolder final {
@@ -31,8 +35,7 @@ public:
     // Each makes the folders above and returns the full path.
     std::string write(const std::string& name, const std::string& text) const
     {
-        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
-        std::ofstream(path(name), std::ios::binary) << text;
+        std::ofstream(made(name), std::ios::binary) << text;
         return path(name);
     }
     std::string folder(const std::string& name) const
@@ -42,8 +45,22 @@ public:
     }
     std::string link(const std::string& name, const std::string& target) const
     {
-        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
-        std::filesystem::create_symlink(target, path(name));
+        std::filesystem::create_symlink(target, made(name));
+        return path(name);
+    }
+
+    // A chain of folders "down", as deep as is wanted, with a second folder "side" in every nth of them.
+    std::string deepFolder(const std::string& name, int levels, int nth) const
+    {
+        int deepest = open(folder(name).c_str(), O_PATH | O_CLOEXEC);
+        for (int level = 0; level < levels; ++level) {
+            mkdirat(deepest, "down", 0700);
+            if (level % nth == 0)
+                mkdirat(deepest, "side", 0700);
+            const int next = openat(deepest, "down", O_PATH | O_CLOEXEC);
+            close(std::exchange(deepest, next));
+        }
+        close(deepest);
         return path(name);
     }
 
@@ -59,5 +76,12 @@ public:
     }
 
 private:
+    // The full path, with all folders above it.
+    std::string made(const std::string& name) const
+    {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        return path(name);
+    }
+
     std::string path_;
 };

@@ -5,13 +5,10 @@
 #include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
-using namespace std::chrono_literals;
-
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr std::size_t EnoughTurns = 40; // for the whole job
+constexpr auto Terminated = "failure: The cleaner was terminated";
 
 // A machine on which every cleaner has something to do.
 struct Stage : TWFakeMachine {
@@ -54,19 +51,16 @@ struct Stage : TWFakeMachine {
         std::sort(lines.begin(), lines.end());
         return lines;
     }
-    std::size_t outcomes() const { return reports.count("success: ") + reports.count("failure: "); }
     void expectOneEnd(const std::string& when) const
     {
-        EXPECT_EQ(outcomes(), 1U) << when;
+        EXPECT_EQ(reports.count("success: ") + reports.count("failure: "), 1U) << when;
         EXPECT_EQ(reports.count("finished"), 1U) << when;
         EXPECT_EQ(reports.lines.back(), "finished") << when;
         EXPECT_EQ(launcher.running(), 0U) << when;
     }
 
     const TWCleanerRow& row;
-    TWSettings settings{ userDefaults };
-    TWDataFolder folder{ ownFiles, places, bundle };
-    TWEditors editors{ { settings, folder, bundle, alerts, tools } };
+    TWEditors editors{ { settings, listFolder, bundle, alerts, tools } };
     std::unique_ptr<TWCleaner> cleaner;
     TWRecordingCleanerDelegate reports;
 };
@@ -122,38 +116,34 @@ TEST_P(TWCleanerContractTest, MayBeStoppedDestroyedOrStartedAgainAtAnyMoment)
     bool over = false;
     for (std::size_t turns = 0; !over; ++turns) {
         ASSERT_LT(turns, EnoughTurns);
-        const auto when = "after turn " + std::to_string(turns);
+        SCOPED_TRACE("after turn " + std::to_string(turns));
         Stage stopped(row);
         stopped.cleanAndTurn(turns);
         over = stopped.reports.count("finished") > 0;
         stopped.cleaner->stop();
         stopped.cleaner->stop();
         stopped.runLoop.advance(1min);
-        EXPECT_EQ(stopped.cleaner->cancelled(), !over) << when;
-        EXPECT_EQ(stopped.reports.count("failure: The cleaner was terminated"), over ? 0U : 1U) << when;
-        stopped.expectOneEnd(when);
+        EXPECT_EQ(stopped.cleaner->cancelled(), !over);
+        EXPECT_EQ(stopped.reports.count(Terminated), over ? 0U : 1U);
+        stopped.expectOneEnd("stopped");
 
-        Stage destroyed(row);
-        destroyed.cleanAndTurn(turns);
-        destroyed.reports.take();
-        destroyed.cleaner.reset();
-        destroyed.runLoop.advance(1min);
-        EXPECT_TRUE(destroyed.reports.lines.empty()) << when;
-        EXPECT_EQ(destroyed.launcher.running(), 0U) << when;
-
-        Stage restarted(row);
-        restarted.cleanAndTurn(turns);
-        restarted.reports.take();
-        restarted.cleanAndTurn(EnoughTurns);
-        restarted.expectOneEnd(when + ": the earlier job ends silently");
-
-        Stage switchedOff(row);
-        switchedOff.cleanAndTurn(turns);
-        switchedOff.reports.take();
-        switchedOff.cleaner->setIsActive(false);
-        switchedOff.cleanAndTurn(EnoughTurns);
-        EXPECT_EQ(switchedOff.reports.lines, Lines{ "finished" }) << when;
-        EXPECT_EQ(switchedOff.launcher.running(), 0U) << when;
+        for (const auto* then : { "destroyed", "started again", "started again, switched off" }) {
+            Stage stage(row);
+            stage.cleanAndTurn(turns);
+            stage.reports.take();
+            if (then == std::string("destroyed"))
+                stage.cleaner.reset();
+            else
+                stage.cleaner->setIsActive(then == std::string("started again"));
+            if (stage.cleaner)
+                stage.cleaner->clean();
+            stage.runLoop.advance(1min);
+            if (then == std::string("started again"))
+                stage.expectOneEnd("the earlier job ends silently");
+            else
+                EXPECT_EQ(stage.reports.lines, stage.cleaner ? Lines{ "finished" } : Lines());
+            EXPECT_EQ(stage.launcher.running(), 0U) << then;
+        }
     }
 }
 
@@ -163,37 +153,31 @@ TEST_P(TWCleanerContractTest, TheDelegateMayStopRestartOrDestroyInEveryReport)
     quiet.cleanAndTurn(EnoughTurns);
     const auto all = quiet.reports.lines;
     for (std::size_t report = 1; report <= all.size(); ++report) {
-        const auto when = "in report " + std::to_string(report) + ", " + all[report - 1];
-        Stage stopped(row);
-        stopped.reports.onReport = [&] {
-            if (stopped.reports.lines.size() == report)
-                stopped.cleaner->stop();
+        SCOPED_TRACE("in report " + std::to_string(report) + ", " + all[report - 1]);
+        const auto run = [&](Stage& stage, const std::function<void()>& act) {
+            stage.reports.onReport = [&, once = false]() mutable {
+                if (stage.reports.lines.size() == report && !std::exchange(once, true))
+                    act();
+            };
+            stage.cleaner->clean();
+            stage.runLoop.advance(1min);
+            EXPECT_EQ(stage.launcher.running(), 0U);
         };
-        stopped.cleanAndTurn(EnoughTurns);
-        stopped.runLoop.advance(1min);
-        stopped.expectOneEnd(when);
-        const bool early = report + 1 < all.size();
-        EXPECT_EQ(stopped.reports.count("failure: The cleaner was terminated"), early ? 1U : 0U) << when;
+        Stage stopped(row);
+        run(stopped, [&] { stopped.cleaner->stop(); });
+        stopped.expectOneEnd("stopped");
+        EXPECT_EQ(stopped.reports.count(Terminated), report + 1 < all.size() ? 1U : 0U);
 
         Stage restarted(row);
-        bool once = false;
-        restarted.reports.onReport = [&] {
-            if (restarted.reports.lines.size() == report && !std::exchange(once, true)) {
-                restarted.reports.take();
-                restarted.cleaner->clean();
-            }
-        };
-        restarted.cleanAndTurn(2 * EnoughTurns);
-        restarted.expectOneEnd(when + ", restarted");
+        run(restarted, [&] {
+            restarted.reports.take();
+            restarted.cleaner->clean();
+        });
+        restarted.expectOneEnd("restarted");
 
         Stage destroyed(row);
-        destroyed.reports.onReport = [&] {
-            if (destroyed.reports.lines.size() == report)
-                destroyed.cleaner.reset();
-        };
-        destroyed.cleanAndTurn(EnoughTurns);
-        EXPECT_EQ(destroyed.reports.lines, Lines(all.begin(), all.begin() + std::ptrdiff_t(report))) << when;
-        EXPECT_EQ(destroyed.launcher.running(), 0U) << when;
+        run(destroyed, [&] { destroyed.cleaner.reset(); });
+        EXPECT_EQ(destroyed.reports.lines, Lines(all.begin(), all.begin() + std::ptrdiff_t(report)));
     }
 }
 

@@ -1,37 +1,24 @@
 #include "cleaners/TWTrashCleaner.h"
 
-#include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
-
-using namespace std::chrono_literals;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class TWTrashCleanerTest : public testing::Test, protected TWFakeMachine {
+class TWTrashCleanerTest : public TWCleanerTest<TWTrashCleaner> {
 protected:
     TWTrashCleanerTest()
     {
         places.trash = root.folder("trash");
         cleaner.setInfo(places.trash + "/files");
-        cleaner.setDelegate(&reports);
-        reports.shown = [this](std::string text) { return launcher.shown(std::move(text)); };
     }
     // The order inside is the listing's.
-    Lines run()
+    Lines runSorted()
     {
-        cleaner.clean();
-        runLoop.advance(1s);
-        auto lines = reports.take();
+        auto lines = run();
         std::sort(lines.begin() + 1, lines.end() - 2);
         std::sort(launcher.records.begin(), launcher.records.end());
         return lines;
     }
-
-    TWSettings settings{ userDefaults };
-    TWTrashCleaner cleaner{ { tools, settings } };
-    TWRecordingCleanerDelegate reports;
 };
 
 constexpr auto Started = "started: Emptying the Trash...";
@@ -50,7 +37,7 @@ TEST_F(TWTrashCleanerTest, AnItemThatStaysKeepsItsRecordAndOtherRecordsGoQuietly
     root.write("trash/info/newcomer.trashinfo", "x");
     launcher.atLaunch = [this] { root.write("trash/files/newcomer", "x"); };
     launcher.failures[places.trash + "/files/kept"] = { TWTermination::Kind::Exited, 1, "rm: not permitted" };
-    EXPECT_EQ(run(),
+    EXPECT_EQ(runSorted(),
         (Lines{ Started, "- Could not delete ROOT/trash/files/kept", "- Delete ROOT/trash/files/.hidden ...",
             "- Delete ROOT/trash/files/folder ...", "- Delete ROOT/trash/files/kept ...",
             "- The deletion tool said: rm: not permitted", Failure, "finished" }));
@@ -63,12 +50,12 @@ TEST_F(TWTrashCleanerTest, AnItemThatStaysKeepsItsRecordAndOtherRecordsGoQuietly
 
 TEST_F(TWTrashCleanerTest, WithoutAReadableFolderNothingIsDeletedAndTheReasonIsSaid)
 {
-    EXPECT_EQ(run(), (Lines{ Started, Success, "finished" })) << "no Trash at all";
+    EXPECT_EQ(runSorted(), (Lines{ Started, Success, "finished" })) << "no Trash at all";
     root.write("elsewhere/precious", "x");
     root.write("trash/info/precious.trashinfo", "x");
     root.write("trash/info/other.trashinfo", "x");
     root.link("trash/files", root.path("elsewhere"));
-    EXPECT_EQ(run(),
+    EXPECT_EQ(runSorted(),
         (Lines{ Started, "- The Trash folder \"ROOT/trash/files\" could not be read (Not a directory).", Failure,
             "finished" }));
     EXPECT_EQ(launcher.records, Lines());

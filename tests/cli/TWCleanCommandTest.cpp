@@ -6,11 +6,9 @@
 
 #include <csignal>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr auto Beginning = "Cleaning up NOW! (DATE)";
@@ -43,10 +41,7 @@ protected:
 TEST_F(TWCleanCommandTest, RunsNothingThatWasNotAskedFor)
 {
     trash("a");
-    const auto nothingOn = run({ "clean" });
-    EXPECT_EQ(nothingOn.status, 3);
-    EXPECT_EQ(nothingOn.out, "");
-    EXPECT_EQ(lines(nothingOn.err).size(), 1U) << nothingOn.err;
+    expectRefused(run({ "clean" }), "no cleaner is on", 3);
 
     // A warning, and nobody to ask.
     EXPECT_EQ(run({ "files", "add", "~/precious", "--what", "keywords" }).status, 0);
@@ -113,34 +108,22 @@ TEST_F(TWCleanCommandTest, ARequestToEndStopsTheRunWithTheTruth)
     }
 }
 
-// A window in this process, a command in another one.
-TEST_F(TWCleanCommandTest, OneCleaningAtATimeAndARefusedOneKeepsNoLock)
+// A window's run takes a lock that a command in another process respects.
+TEST_F(TWCleanCommandTest, OneCleaningAtATime)
 {
     TWFakeApplication window;
-    TWPosixLocks locks;
-    TWTidewellAppDelegate delegate(
-        { window.runLoop, window.launcher, window.fileSystem, window.ownFiles, window.mountTable, window.places,
-            window.userDefaults, window.bundle, locks, window.alerts, window.notifier },
-        TWLaunchKind::Window);
-    delegate.setViews(&window.view, &window.view);
-    delegate.prepareForCommand();
-    home_ = window.places.home;
-    window.root.write("home" + std::string(Trash) + "/files/a", "");
+    const auto delegate = window.start();
     window.userDefaults.values["TrashCleaner"] = true;
-    window.launcher.ending = TWRecordingLauncher::Ending::ByTest;
     TWRunChoice checked{};
     checked[2] = true;
-    delegate.clean(checked);
-    window.runLoop.runUntilIdle();
-    ASSERT_TRUE(delegate.running());
+    delegate->prepareForCommand();
+    delegate->clean(checked);
+    ASSERT_EQ(window.locks.paths.size(), 1U);
+    auto held = TWPosixLocks().tryLock(window.locks.paths[0]);
+    ASSERT_TRUE(held.lock);
+    home_ = window.places.home;
     expectLines(run({ "clean", "--only", "trash" }), 3, {});
-    window.userDefaults.problemLine = "A warning.";
-    window.alerts.script = { TWAnswer::Alternate };
-    delegate.clean(checked); // during the run, and not confirmed
-    window.launcher.endAll();
-    window.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
-    window.runLoop.runUntilIdle();
-    EXPECT_FALSE(delegate.running());
+    held.lock.reset();
     EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 0);
 }
 

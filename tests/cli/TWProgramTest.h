@@ -34,6 +34,13 @@ protected:
         return result;
     }
 
+    // With one line.
+    void expectRefused(const TWProgramResult& result, const std::string& shown, int status = 2) const
+    {
+        EXPECT_EQ(result.status, status) << shown << ": " << result.out << result.err;
+        EXPECT_TRUE(result.out.empty() && lines(result.err).size() == 1) << shown << ": " << result.out << result.err;
+    }
+
     // In the home's Trash, with its record.
     void trash(const std::string& name, const std::string& home = "home")
     {

@@ -1,40 +1,20 @@
 #include "TWProgramTest.h"
 
 #include <csignal>
-#include <sched.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <thread>
 
 namespace {
 
-const std::string Dictionary = "home/.local/share/Tidewell/Dictionary.plist";
-
-class TWSandboxTest : public TWProgramTest {
-protected:
-    void expectRefused(const TWProgramResult& result, const std::string& shown, int status = 2) const
-    {
-        EXPECT_EQ(result.status, status) << shown << ": " << result.out << result.err;
-        EXPECT_EQ(result.out, "") << shown;
-        EXPECT_EQ(lines(result.err).size(), 1U) << shown << ": " << result.err;
-    }
-    void waitUntilExists(const std::string& name) const
-    {
-        for (int tries = 0; !folder_.exists(name); ++tries) {
-            ASSERT_LT(tries, 20'000) << name << " does not appear";
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    }
-};
+using TWSandboxTest = TWProgramTest;
 
 TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
 {
     folder_.link("alias", home_);
     folder_.link("above", folder_.path());
     folder_.link("box/home", home_);
-    for (const auto& path :
-        { std::string("/"), std::string("//."), home_, home_ + "/", std::string("~"), folder_.path(),
-            folder_.path("alias"), folder_.path("above"), std::string("/proc/self/root"), folder_.path("box") }) {
+    for (const auto& path : Lines{ "/", "//.", home_, home_ + "/", "~", folder_.path(), folder_.path("alias"),
+             folder_.path("above"), "/proc/self/root", folder_.path("box") }) {
         expectRefused(run({ "words", "add", "x", "--sandbox", path }), path);
         expectRefused(run({ "--sandbox=" + path }), path); // the window
         expectRefused(run({ "demo", path }), path);
@@ -44,10 +24,7 @@ TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
     // No path tells that a bind mount is the same folder. The mount is seen by the child only.
     const auto mounted = folder_.folder("mounted");
     for (const auto& held : { home_, folder_.path() }) {
-        const auto bind = [&] {
-            return unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
-                && mount(held.c_str(), mounted.c_str(), nullptr, MS_BIND, nullptr) == 0;
-        };
+        const auto bind = [&] { return TWProgram::mountPrivately(held, mounted); };
         const auto result = start({ "words", "add", "x", "--sandbox", mounted }, bind).wait();
         if (result.status == TWProgram::CannotPrepare)
             GTEST_SKIP() << "mounting is not permitted here";
@@ -59,10 +36,10 @@ TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
 TEST_F(TWSandboxTest, NoLinkLeadsOutOfIt)
 {
     const auto outside = folder_.folder("outside/Tidewell");
-    const std::string data = "home/.local/share/Tidewell/";
+    const std::string data = Data;
     int number = 0;
-    for (const auto& name : { std::string("home"), std::string("home/.local"), data + "Dictionary.plist",
-             data + ".window.socket", data + "anything", std::string("home/.config"), std::string("run") }) {
+    for (const auto& name : Lines{ "home", "home/.local", data + "Dictionary.plist", data + ".window.socket",
+             data + "anything", "home/.config", "run" }) {
         const auto box = "box" + std::to_string(++number);
         folder_.link(box + "/" + name, outside);
         expectRefused(run({ "words", "add", "x", "--sandbox", folder_.path(box) }), name);
@@ -101,7 +78,8 @@ TEST_F(TWSandboxTest, WordsGoToTheirOwnWindowOnly)
 {
     const auto lock = open(folder_.write(Data + std::string(".lists.lock"), "").c_str(), O_RDWR | O_CLOEXEC);
     const auto window = start({});
-    waitUntilExists(Data + std::string(".window.socket"));
+    while (!folder_.exists(Data + std::string(".window.socket")))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ASSERT_EQ(flock(lock, LOCK_EX), 0); // once the window has let it go; from now on only the window can write
     EXPECT_EQ(run({ "words", "add", "ours" }).status, 0);
     EXPECT_EQ(run({ "words", "list" }).out, "ours\n");

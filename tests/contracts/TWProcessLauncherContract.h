@@ -2,8 +2,6 @@
 
 #include "fakes/TWFakeMachine.h"
 
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <optional>
 
@@ -22,17 +20,15 @@ protected:
         });
         EXPECT_FALSE(ended_) << "told within the launch";
     }
-    // Until there is an end, and then on until nothing more can come.
-    void turn(int most)
+    // Until nothing more can come.
+    void turnForAWhile()
     {
-        for (int left = most; left > 0; left -= ended_ ? std::max(1, most / 20) : 1) {
-            machine_.runLoop.turn(TWRunLoop::Duration(0));
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        machine_.runLoop.runUntil([turns = 0]() mutable { return ++turns > 50; });
     }
     void expectEnd(TWTermination::Kind kind, int code)
     {
-        turn(10'000);
+        machine_.runLoop.runUntil([this] { return ended_.has_value(); });
+        turnForAWhile();
         ASSERT_TRUE(ended_);
         EXPECT_EQ(ended_->kind, kind);
         EXPECT_EQ(ended_->code, code);
@@ -71,7 +67,7 @@ TYPED_TEST_P(TWProcessLauncherContract, ADestroyedChildIsSilent)
     for (const auto* tool : { "/bin/sleep", "/bin/true", "/missing" }) {
         this->start(tool, "100");
         this->child_.reset();
-        this->turn(50);
+        this->turnForAWhile();
         EXPECT_FALSE(this->ended_) << tool;
     }
 }

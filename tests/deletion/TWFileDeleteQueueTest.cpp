@@ -1,22 +1,17 @@
 #include "deletion/TWFileDeleteQueue.h"
 
+#include "builders/TWHostileTree.h"
 #include "fakes/TWFakeMachine.h"
-
-#include <cerrno>
-#include <functional>
-
-using namespace std::chrono_literals;
+#include "platform/linux/TWLinuxProcessLauncher.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class TWFileDeleteQueueTest : public testing::Test, protected TWFakeMachine, protected TWFileDeleteQueueDelegate {
 protected:
-    TWFileDeleteQueueTest() { renew(); }
-    void renew()
+    TWFileDeleteQueueTest() { renew(tools); }
+    void renew(const TWDeletionTools& given)
     {
-        queue = std::make_unique<TWFileDeleteQueue>(tools);
+        queue = std::make_unique<TWFileDeleteQueue>(given);
         queue->setDelegate(this);
     }
     void fileDeleteQueueProgressed(const std::string& message) override
@@ -24,15 +19,10 @@ protected:
         lines.push_back(launcher.shown(message));
         onCall();
     }
-    void fileDeleteQueueDone() override
-    {
-        lines.emplace_back("done");
-        onCall();
-    }
+    void fileDeleteQueueDone() override { fileDeleteQueueProgressed("done"); }
     void fileDeleteQueueVerified(bool nothingLeft) override
     {
-        lines.emplace_back(nothingLeft ? "nothing left" : "something left");
-        onCall();
+        fileDeleteQueueProgressed(nothingLeft ? "nothing left" : "something left");
     }
     void addFiles(const Lines& names)
     {
@@ -45,10 +35,11 @@ protected:
         runLoop.advance(1s);
         return takeLines();
     }
-    void run()
+    Lines run()
     {
         queue->deleteFiles(TWAuthorization::No);
         runLoop.advance(1s);
+        return takeLines();
     }
     Lines takeLines() { return std::exchange(lines, {}); }
 
@@ -64,12 +55,11 @@ TEST_F(TWFileDeleteQueueTest, DeletesInOrderDuplicatesIncluded)
     addFiles({ "b", "a" });
     queue->addFilesFromArray({ target(root.path("b")), target(root.path("never existed")) });
     queue->setSecureDeleteMode(1);
-    run();
-    EXPECT_EQ(takeLines(),
+    EXPECT_EQ(run(),
         (Lines{ "7-pass secure delete ROOT/b ...", "7-pass secure delete ROOT/a ...", "7-pass secure delete ROOT/b ...",
             "7-pass secure delete ROOT/never existed ...", "done" }));
     EXPECT_EQ(verify(), Lines{ "nothing left" });
-    renew();
+    renew(tools);
     queue->deleteFiles(TWAuthorization::No);
     EXPECT_EQ(takeLines(), Lines{ "done" }) << "an empty queue is done at once, without a line";
     EXPECT_EQ(verify(), Lines{ "nothing left" });
@@ -86,7 +76,6 @@ TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonsDirectlyBefore)
     launcher.failures[root.path("silent")] = { Kind::Exited, 1, "" };
     launcher.failures[root.path("dangling")] = { Kind::NotLaunched, ENOENT, "" };
     run();
-    takeLines();
     EXPECT_EQ(verify(),
         (Lines{ "The deletion tool said: rm: cannot remove", "The deletion tool said: rm: second line",
             "Could not delete ROOT/kept", "Could not delete ROOT/silent",
@@ -108,7 +97,6 @@ TEST_F(TWFileDeleteQueueTest, AnOverwritingToolThatFailedIsNotTrusted)
     launcher.failures[root.path("killed")] = { Kind::Signalled, 9, "" };
     launcher.failures[root.path("failed")] = { Kind::Exited, 1, "srm: note: a\nsrm: ./failed: why\n" };
     run();
-    takeLines();
     for (const auto* name : { "noted", "killed", "failed" })
         std::filesystem::remove(root.path(name)); // as if it had got another name
     EXPECT_EQ(verify(),
@@ -146,7 +134,7 @@ TEST_F(TWFileDeleteQueueTest, OnlyTheFolderThatWasPlannedIsTouched)
         { "nothing", 2, gone },
     };
     for (const auto& [what, launches, reason] : cases) {
-        renew();
+        renew(tools);
         addFiles({ "folder/1", "folder/2" });
         root.write("other/2", "canary");
         std::size_t launched = 0;
@@ -155,7 +143,6 @@ TEST_F(TWFileDeleteQueueTest, OnlyTheFolderThatWasPlannedIsTouched)
                 swapFor(swap);
         };
         run();
-        takeLines();
         const auto said = verify();
         EXPECT_EQ(
             Lines(said.end() - 3, said.end()), (Lines{ reason, "Could not delete ROOT/folder/2", "something left" }))
@@ -175,7 +162,6 @@ TEST_F(TWFileDeleteQueueTest, APathInsideAnotherOneOfTheListGoesWithIt)
     queue->addFile(target(root.path("elsewhere/file")));
     run();
     std::filesystem::rename(root.path("elsewhere"), root.path("moved"));
-    takeLines();
     EXPECT_EQ(verify(),
         (Lines{ "\"ROOT/elsewhere/file\" cannot be looked at, because its folder was moved or deleted meanwhile.",
             "Could not delete ROOT/elsewhere/file", "something left" }));
@@ -196,11 +182,10 @@ TEST_F(TWFileDeleteQueueTest, StopStartsNothingFurtherAndCountsTheRest)
         (Lines{ "The deletion tool /bin/rm was ended by signal 15.", "Could not delete ROOT/2",
             "Stopped: 2 items were not deleted.", "something left" }));
     EXPECT_FALSE(queue->running());
-    renew();
+    renew(tools);
     addFiles({ "5" });
     launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
     run();
-    takeLines();
     queue->verify();
     queue->stop();
     runLoop.advance(1s);
@@ -214,17 +199,45 @@ TEST_F(TWFileDeleteQueueTest, MayBeDestroyedInEveryOneOfItsCalls)
         "Refused to delete \"ROOT/home\": it is the home folder.", "Could not delete ROOT/home",
         "Could not delete ROOT/1", "Could not delete ROOT/2", "something left" };
     for (std::size_t calls = 1; calls <= all.size(); ++calls) {
-        renew();
+        renew(tools);
         queue->addFile(target(places.home));
         addFiles({ "1", "2" });
         onCall = [&] {
             if (lines.size() == calls)
                 queue.reset();
         };
-        run();
+        queue->deleteFiles(TWAuthorization::No);
+        runLoop.advance(1s);
         if (queue)
             queue->verify();
         runLoop.advance(1s);
         EXPECT_EQ(takeLines(), Lines(all.begin(), all.begin() + std::ptrdiff_t(calls)));
     }
+}
+
+// The whole way, with the real tool: everything goes but what the user may not delete, and that is named.
+TEST_F(TWFileDeleteQueueTest, TheRealToolDeletesTheHostileTreeAndNothingElse)
+{
+    const TWHostileTree tree(root);
+    const auto canary = tree.canaryDigest();
+    EXPECT_EQ(tree.paths().size(), 18U);
+    places.rmOptions = { "--one-file-system" };
+    TWLinuxProcessLauncher realLauncher(runLoop);
+    TWDeletionTools realTools{ runLoop, realLauncher, fileSystem, guard, places };
+    renew(realTools);
+    for (const auto& path : tree.paths())
+        queue->addFile(target(TWPath::withoutTrailingSlashes(path)));
+    queue->deleteFiles(TWAuthorization::No);
+    runLoop.runUntil([&] { return !queue->running(); });
+    EXPECT_EQ(tree.canaryDigest(), canary);
+    Lines expected;
+    for (const auto& path : tree.paths())
+        expected.push_back(launcher.shown("Could not delete " + path));
+    EXPECT_LE(expected.size(), geteuid() == 0 ? 0U : 2U) << "only the two locked folders may resist";
+    expected.emplace_back(expected.empty() ? "nothing left" : "something left");
+    takeLines();
+    auto said = verify();
+    std::erase_if(said, [](const auto& line) { return line.starts_with("The deletion tool said: "); });
+    EXPECT_EQ(said, expected);
+    queue.reset();
 }

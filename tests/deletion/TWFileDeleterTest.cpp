@@ -3,11 +3,7 @@
 #include "fakes/TWFakeMachine.h"
 #include "support/TWLog.h"
 
-using namespace std::chrono_literals;
-
 namespace {
-
-using Lines = std::vector<std::string>;
 
 class TWFileDeleterTest : public testing::Test, protected TWFakeMachine, protected TWFileDeleterDelegate {
 protected:

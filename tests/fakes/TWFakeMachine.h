@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/TWPlatform.h"
 #include "builders/TWTemporaryFolder.h"
 #include "deletion/TWFileDeleter.h"
 #include "fakes/TWFakeRunLoop.h"
@@ -7,7 +8,12 @@
 #include "fakes/TWRecordingLauncher.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/posix/TWPosixOwnFiles.h"
+#include "settings/TWDataFolder.h"
+#include "settings/TWSettings.h"
 #include "support/TWPath.h"
+
+using Lines = std::vector<std::string>;
+using namespace std::chrono_literals;
 
 // A whole user's machine below a throwaway folder: real files where they lie on Linux, everything else a fake.
 struct TWFakeMachine {
@@ -26,6 +32,10 @@ struct TWFakeMachine {
     std::string dataFolder = root.path("home/.local/share/Tidewell");
     TWDeletionGuard guard{ places, fileSystem, mountTable, dataFolder };
     TWDeletionTools tools{ runLoop, launcher, fileSystem, guard, places };
+    TWSettings settings{ userDefaults };
+    TWDataFolder listFolder{ ownFiles, places, bundle };
+    TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
+        alerts, notifier };
 
     // A path as a plan sees it now.
     TWDeletionTarget target(const std::string& path) const

@@ -54,6 +54,16 @@ public:
         serve();
     }
 
+    // Lets children, threads and real descriptors go on until the condition holds. The clock stands still.
+    void runUntil(const std::function<bool()>& condition)
+    {
+        for (int turns = 0; !condition(); ++turns) {
+            ASSERT_LT(turns, 20'000) << "waited for nothing";
+            runUntilIdle();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
     // Until nothing is waiting at this moment of the clock, background work included.
     void runUntilIdle()
     {

@@ -85,13 +85,13 @@ private:
 struct TWFakeLocks final : TWLocks {
     bool heldByAnother = false;
     int error = 0;
-    int held = 0; // by this process, at this moment
+    std::set<std::string> held; // by this process, at this moment
     std::vector<std::string> paths;
 
     TWLockResult tryLock(const std::string& path) override
     {
         paths.push_back(path);
-        if (heldByAnother || error != 0 || heldPaths_.contains(path))
+        if (heldByAnother || error != 0 || held.contains(path))
             return { nullptr, error == 0, error };
         return { std::make_unique<Held>(*this, path), false, 0 };
     }
@@ -102,18 +102,12 @@ private:
             : locks(given)
             , path(std::move(givenPath))
         {
-            ++locks.held;
-            locks.heldPaths_.insert(path);
+            locks.held.insert(path);
         }
-        ~Held() override
-        {
-            --locks.held;
-            locks.heldPaths_.erase(path);
-        }
+        ~Held() override { locks.held.erase(path); }
         TWFakeLocks& locks;
         const std::string path;
     };
-    std::set<std::string> heldPaths_;
 };
 
 struct TWFakeBundle final : TWBundle {

@@ -1,23 +1,18 @@
 #pragma once
 
 #include "cleaners/TWCleaner.h"
-
-#include <functional>
-#include <utility>
+#include "fakes/TWFakeMachine.h"
 
 // Records a cleaner's reports as lines; a function is called in each of them.
 struct TWRecordingCleanerDelegate final : TWCleanerDelegate {
-    std::vector<std::string> lines;
+    Lines lines;
     std::function<std::string(std::string)> shown = [](std::string text) { return text; };
     std::function<void()> onReport = [] {};
 
-    std::vector<std::string> take() { return std::exchange(lines, {}); }
+    Lines take() { return std::exchange(lines, {}); }
     std::size_t count(std::string_view kind) const
     {
-        std::size_t found = 0;
-        for (const auto& line : lines)
-            found += line.starts_with(kind);
-        return found;
+        return std::ranges::count_if(lines, [kind](const auto& line) { return line.starts_with(kind); });
     }
     void cleanerStarted(TWCleaner& cleaner) override { add("started: " + cleaner.startedMessageString()); }
     void cleanerFinished(TWCleaner&) override { add("finished"); }
@@ -31,4 +26,24 @@ private:
         lines.push_back(shown(std::move(line)));
         onReport();
     }
+};
+
+// A machine with one cleaner whose reports are recorded.
+template <typename Cleaner>
+class TWCleanerTest : public testing::Test, protected TWFakeMachine {
+protected:
+    TWCleanerTest()
+    {
+        cleaner.setDelegate(&reports);
+        reports.shown = [this](std::string text) { return launcher.shown(std::move(text)); };
+    }
+    Lines run()
+    {
+        cleaner.clean();
+        runLoop.advance(1s);
+        return reports.take();
+    }
+
+    Cleaner cleaner{ { tools, settings } };
+    TWRecordingCleanerDelegate reports;
 };

@@ -6,9 +6,7 @@
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <map>
-#include <sched.h>
 #include <set>
-#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -74,11 +72,6 @@ protected:
     bool run(const std::string& command) const
     {
         return std::system(("cd " + root.path() + " && " + command + " 2>/dev/null").c_str()) == 0;
-    }
-    static bool mountPrivately(const std::string& what, const std::string& where, unsigned long flags)
-    {
-        return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
-            && mount(what.c_str(), where.c_str(), nullptr, MS_BIND | flags, nullptr) == 0;
     }
     static auto lines(const TWProgramResult& result) { return std::count(result.err.begin(), result.err.end(), '\n'); }
     std::string canary() const { return root.read("outside/canary"); }
@@ -159,7 +152,16 @@ TEST_F(TWSrmTests, ProtectedFoldersAreKeptUnspoiledAndNamedBeforeABoundedNumberO
     }
 }
 
-TEST_F(TWSrmTests, EachPassIsWrittenAsAWholeAndFlushed)
+class TWTracedSrmTests : public TWSrmTests {
+protected:
+    void SetUp() override
+    {
+        if (traced({}, [](pid_t, const Call&) {}).status == TWProgram::CannotPrepare)
+            GTEST_SKIP() << "no process can be traced here";
+    }
+};
+
+TEST_F(TWTracedSrmTests, EachPassIsWrittenAsAWholeAndFlushed)
 {
     constexpr std::size_t Size = 512 * 1024;
     const std::pair<TWProgram::Words, std::size_t> levels[] = { { { "-rf", "--simple", "./file" }, 1 },
@@ -174,14 +176,12 @@ TEST_F(TWSrmTests, EachPassIsWrittenAsAWholeAndFlushed)
             if (call.nr == SYS_fdatasync)
                 flushed.push_back(std::exchange(written, 0));
         });
-        if (outcome.status == TWProgram::CannotPrepare)
-            GTEST_SKIP() << "no process can be traced here";
         EXPECT_EQ(outcome.status, 0);
         EXPECT_EQ(flushed, std::vector<std::size_t>(passes, Size));
     }
 }
 
-TEST_F(TWSrmTests, WhatOtherProgramsDoMeanwhileIsOverwrittenOrKeptAndHolesStayHoles)
+TEST_F(TWTracedSrmTests, WhatOtherProgramsDoMeanwhileIsOverwrittenOrKeptAndHolesStayHoles)
 {
     constexpr off_t Size = 9000;
     constexpr off_t Hole = 1 << 20;
@@ -219,8 +219,6 @@ TEST_F(TWSrmTests, WhatOtherProgramsDoMeanwhileIsOverwrittenOrKeptAndHolesStayHo
             if (begun && long(call.nr) == change.call && (change.repeatedly || !std::exchange(changed, true)))
                 change.change(file);
         });
-        if (outcome.status == TWProgram::CannotPrepare)
-            GTEST_SKIP() << "no process can be traced here";
         EXPECT_EQ(outcome.status, change.reason ? 1 : 0) << change.what;
         EXPECT_EQ(outcome.err, change.reason ? "srm: ./file: " + std::string(change.reason) + "\n" : "") << change.what;
         EXPECT_EQ(root.exists("file"), change.reason != nullptr) << change.what;
@@ -234,7 +232,7 @@ TEST_F(TWSrmTests, WhatOtherProgramsDoMeanwhileIsOverwrittenOrKeptAndHolesStayHo
     }
 }
 
-TEST_F(TWSrmTests, EndedAtAnySystemCallItLeavesOldNamesOnlyAndClaimsNoSuccess)
+TEST_F(TWTracedSrmTests, EndedAtAnySystemCallItLeavesOldNamesOnlyAndClaimsNoSuccess)
 {
     const std::set<std::uint64_t> moments = { SYS_getdents64, SYS_statx, SYS_lseek, SYS_fcntl, SYS_pwrite64,
         SYS_fdatasync, SYS_fadvise64, SYS_unlinkat, SYS_fsync, SYS_rt_sigpending };
@@ -252,8 +250,6 @@ TEST_F(TWSrmTests, EndedAtAnySystemCallItLeavesOldNamesOnlyAndClaimsNoSuccess)
                 if (seen == moment && moments.contains(call.nr))
                     kill(process, signal);
             });
-            if (outcome.status == TWProgram::CannotPrepare)
-                GTEST_SKIP() << "no process can be traced here";
             reached = seen >= moment;
             ASSERT_TRUE(outcome.status == 0 ? !root.exists("tree") : reached && outcome.status == 1000 + signal)
                 << moment << " " << outcome.status << " " << outcome.err;
@@ -311,7 +307,7 @@ TEST_F(TWSrmTests, WhatCouldNotBeRemovedIsNotSpoiled)
     EXPECT_EQ(root.read("tree/file"), Secret);
 
     outcome = srm({ "-rf", "--simple", "./file" }, [&] {
-        return mountPrivately(tree, tree, 0) && mountPrivately("", tree, MS_REMOUNT | MS_RDONLY)
+        return TWProgram::mountPrivately(tree, tree) && TWProgram::mountPrivately("", tree, MS_REMOUNT | MS_RDONLY)
             && chdir(tree.c_str()) == 0;
     });
     EXPECT_TRUE(outcome.status == TWProgram::CannotPrepare || outcome.err == "srm: ./file: Read-only file system\n")
@@ -334,7 +330,7 @@ TEST_F(TWSrmTests, WhatIsMountedInsideIsNotEntered)
     const auto bound = root.folder("tree/bound");
     root.write("tree/other", "x");
     const auto outcome
-        = srm({ "-rf", "--simple", "./tree" }, [&] { return mountPrivately(root.path("outside"), bound, 0); });
+        = srm({ "-rf", "--simple", "./tree" }, [&] { return TWProgram::mountPrivately(root.path("outside"), bound); });
     if (outcome.status == TWProgram::CannotPrepare)
         GTEST_SKIP() << "nothing can be mounted here";
     EXPECT_EQ(outcome.status, 1);

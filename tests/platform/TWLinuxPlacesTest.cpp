@@ -3,51 +3,30 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <map>
 
-namespace {
+// Only these tests read the environment, so nothing is put back.
 
-class TWLinuxPlacesTest : public testing::Test {
-protected:
-    void set(const std::string& name, const std::optional<std::string>& value)
-    {
-        const char* now = std::getenv(name.c_str());
-        before_.try_emplace(name, now ? std::optional<std::string>(now) : std::nullopt);
-        value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
-    }
-    void TearDown() override
-    {
-        for (const auto& [name, value] : std::map(before_))
-            set(name, value);
-    }
-
-private:
-    std::map<std::string, std::optional<std::string>> before_;
-};
-
-}
-
-TEST_F(TWLinuxPlacesTest, FollowsTheEnvironmentWhereItIsAbsolute)
+TEST(TWLinuxPlacesTest, FollowsTheEnvironmentWhereItIsAbsolute)
 {
-    set("HOME", "/some//home/../home/me/");
-    set("XDG_CONFIG_HOME", "/elsewhere/config/");
-    set("XDG_DATA_HOME", "relative");
-    set("XDG_STATE_HOME", "");
-    set("XDG_RUNTIME_DIR", std::nullopt);
+    setenv("HOME", "/some//home/../home/me/", 1);
+    setenv("XDG_CONFIG_HOME", "/elsewhere/config/", 1);
+    setenv("XDG_DATA_HOME", "relative", 1);
+    setenv("XDG_STATE_HOME", "", 1);
+    unsetenv("XDG_RUNTIME_DIR");
     const auto places = TWLinuxPlaces();
     EXPECT_EQ(places.home + places.realHome, "/some/home/me/some/home/me");
     EXPECT_EQ(places.settingsFile(), "/elsewhere/config/Tidewell/Tidewell.plist");
     EXPECT_EQ(places.trash + places.stateHome, "/some/home/me/.local/share/Trash/some/home/me/.local/state");
     EXPECT_TRUE(places.runtimeFolder.empty() && !places.sandboxed());
-    set("HOME", "not/absolute");
+    setenv("HOME", "not/absolute", 1);
     EXPECT_TRUE(TWLinuxPlaces().home.starts_with('/'));
 }
 
-TEST_F(TWLinuxPlacesTest, ASandboxTakesNothingFromTheEnvironment)
+TEST(TWLinuxPlacesTest, ASandboxTakesNothingFromTheEnvironment)
 {
     for (const auto* name :
         { "HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR" })
-        set(name, "/outside");
+        setenv(name, "/outside", 1);
     const auto places = TWLinuxSandboxPlaces("/box");
     for (const auto& path : { places.home, places.configHome, places.dataHome, places.stateHome, places.cacheHome,
              places.runtimeFolder, places.temporaryFolder, places.systemLogs, places.trash, places.settingsFile() })

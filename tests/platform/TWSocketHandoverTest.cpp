@@ -3,20 +3,14 @@
 #include "fakes/TWFakeMachine.h"
 #include "platform/linux/TWLinuxPeer.h"
 
-#include <gtest/gtest.h>
-
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 
-#include <filesystem>
 #include <future>
 
 namespace {
-
-using namespace std::chrono_literals;
-using Words = std::vector<std::string>;
 
 constexpr int NoWindow = -1;
 
@@ -35,30 +29,22 @@ protected:
     }
     bool listen(const End& window)
     {
-        return window->listen(runLoop, [this](const Words& words, const std::string& folder) {
+        return window->listen(runLoop, [this](const Lines& words, const std::string& folder) {
             carriedOut.push_back(words);
             return TWCommandResult{ 7, "out " + folder, "err" };
         });
     }
-    Answer send(const End& command, const Words& words)
+    Answer send(const End& command, const Lines& words)
     {
         return std::async(std::launch::async, [=] {
             return command->handOver(words, "/work").value_or(TWCommandResult{ NoWindow, "", "" });
         });
     }
-    TWCommandResult ask(const End& command, const Words& words = { "x" }) { return wait(send(command, words)); }
+    TWCommandResult ask(const End& command, const Lines& words = { "x" }) { return wait(send(command, words)); }
     TWCommandResult wait(Answer answer)
     {
-        turnUntil([&] { return answer.wait_for(0s) == std::future_status::ready; });
+        runLoop.runUntil([&] { return answer.wait_for(0s) == std::future_status::ready; });
         return answer.get();
-    }
-    void turnUntil(const std::function<bool()>& condition)
-    {
-        for (int turns = 0; !condition(); ++turns) {
-            ASSERT_LT(turns, 10'000) << "waited for nothing";
-            runLoop.runUntilIdle(); // the clock stands still: who waits for a client hangs
-            std::this_thread::sleep_for(1ms);
-        }
     }
     TWDescriptor connectWith(std::string_view bytes)
     {
@@ -77,7 +63,7 @@ protected:
 
     static constexpr auto Socket = "data/.window.socket";
     const std::string run = root.folder("run");
-    std::vector<Words> carriedOut;
+    std::vector<Lines> carriedOut;
 };
 
 }
@@ -87,11 +73,11 @@ TEST_F(TWSocketHandoverTest, WordsArriveAsTheSameBytesAndTheAnswerComesBack)
     const auto window = end("data");
     EXPECT_EQ(ask(end("data")).status, NoWindow);
     ASSERT_TRUE(listen(window));
-    const Words awkward{ "", "\xFF\n", std::string("nul\0nul", 7), "--json", std::string(300'000, 'x') };
+    const Lines awkward{ "", "\xFF\n", std::string("nul\0nul", 7), "--json", std::string(300'000, 'x') };
     const auto answer = ask(end("data"), awkward);
     EXPECT_EQ(std::to_string(answer.status) + answer.out + answer.err, "7out /workerr");
     EXPECT_EQ(ask(end("data"), { std::string(2'000'000, 'x') }).status, TWStatus::NothingRun);
-    EXPECT_EQ(carriedOut, std::vector<Words>{ awkward });
+    EXPECT_EQ(carriedOut, std::vector<Lines>{ awkward });
     EXPECT_FALSE(listen(end("data"))) << "one window is there already";
 }
 
@@ -105,7 +91,7 @@ TEST_F(TWSocketHandoverTest, BadClientsDisturbNobody)
         = { "GET / HTTP/1.1", { "\0\0\0\5\0\0\0\2x", 9 }, { "\0\0\0\0", 4 }, { "\0\x10\0\1", 4 } };
     for (const auto garbage : broken) {
         const auto client = connectWith(garbage);
-        turnUntil([&] { return isClosed(client); });
+        runLoop.runUntil([&] { return isClosed(client); });
     }
     auto first = send(end("data"), { "first" });
     EXPECT_EQ(ask(end("data")).status, 7);

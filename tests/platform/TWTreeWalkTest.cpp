@@ -2,14 +2,13 @@
 
 #include "builders/TWHostileTree.h"
 #include "builders/TWPrivateMounts.h"
+#include "builders/TWThisProcess.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/posix/TWDescriptor.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <random>
 #include <thread>
@@ -17,16 +16,6 @@
 namespace {
 
 using Lines = std::vector<std::string>;
-
-// Gives back the old one.
-rlim_t setLimit(__rlimit_resource resource, rlim_t value)
-{
-    rlimit limits{};
-    getrlimit(resource, &limits);
-    std::swap(limits.rlim_cur, value);
-    setrlimit(resource, &limits);
-    return value;
-}
 
 // Enters everything and notes each path, with "!" and the errno where a folder was not entered.
 class Recorder final : public TWTreeVisitor<Lines> {
@@ -63,18 +52,17 @@ protected:
     }
 
     // The order and the errors by the plainest walk there is.
-    void walkPlainly(std::size_t root, const std::string& path, const TWOpenFolder& folder, Lines& lines) const
+    void walkPlainly(
+        std::size_t root, const std::string& path, const TWOpenFolder* folder, int error, Lines& lines) const
     {
-        for (const auto& entry : folder.entries()) {
-            const auto inner = path + (path.ends_with('/') ? "" : "/") + std::string(entry.name);
-            lines.push_back(inner);
-            int error = 0;
-            if (entry.kind != TWFileKind::Folder)
-                continue;
-            if (const auto child = folder.openFolder(entry, error))
-                walkPlainly(root, inner, *child, lines);
-            else
-                recorder.notEntered(root, inner, error, lines);
+        if (!folder)
+            return recorder.notEntered(root, path, error, lines);
+        for (const auto& entry : folder->entries()) {
+            lines.push_back(path + (path.ends_with('/') ? "" : "/") + std::string(entry.name));
+            if (entry.kind == TWFileKind::Folder) {
+                const auto child = folder->openFolder(entry, error);
+                walkPlainly(root, std::string(lines.back()), child.get(), error, lines);
+            }
         }
     }
     Lines walkPlainly(const Lines& roots) const
@@ -83,10 +71,8 @@ protected:
         for (std::size_t root = 0; root < roots.size(); ++root) {
             int error = 0;
             const auto real = files.realPath(roots[root], TWLinkAtEnd::Follow, &error);
-            if (const auto folder = real ? files.openFolder(*real, error) : nullptr)
-                walkPlainly(root, roots[root], *folder, lines);
-            else
-                recorder.notEntered(root, roots[root], error, lines);
+            const auto folder = real ? files.openFolder(*real, error) : nullptr;
+            walkPlainly(root, roots[root], folder.get(), error, lines);
         }
         return lines;
     }
@@ -107,19 +93,6 @@ protected:
             }
         }
         return temporary.path("tree");
-    }
-
-    // Every tenth level has a second folder below it.
-    std::string makeDeepTree(const std::string& name, int levels) const
-    {
-        TWDescriptor deepest(open(temporary.folder(name).c_str(), O_PATH));
-        for (int level = 0; level < levels; ++level) {
-            mkdirat(deepest.get(), "down", 0700);
-            if (level % 10 == 0)
-                mkdirat(deepest.get(), "side", 0700);
-            deepest = TWDescriptor(openat(deepest.get(), "down", O_PATH));
-        }
-        return temporary.path(name);
     }
 
     TWTemporaryFolder temporary;
@@ -167,27 +140,23 @@ TEST_F(TWTreeWalkTest, GivesWhatOneThreadWouldInItsOrderOneCallAtATime)
 
 TEST_F(TWTreeWalkTest, NeedsFewDescriptorsForDeepAndWideTrees)
 {
-    const auto everythingIsEntered = [](const Lines& found) {
-        return std::ranges::none_of(found, [](const auto& line) { return line.find('!') != std::string::npos; });
-    };
-    const auto deep = makeDeepTree("very deep", 2000);
+    const auto deep = temporary.deepFolder("very deep", 2000, 10);
     const auto wide = temporary.folder("wide");
     for (int number = 0; number < 1000; ++number)
         mkdir((wide + "/" + std::to_string(number)).c_str(), 0700);
     Lines many;
     for (int number = 0; number < 8; ++number)
-        many.push_back(makeDeepTree("deep" + std::to_string(number), 60));
+        many.push_back(temporary.deepFolder("deep" + std::to_string(number), 60, 10));
     const auto nextFree = static_cast<rlim_t>(TWDescriptor(open("/", O_PATH)).get());
     for (const unsigned threads : { 1U, 8U }) {
-        const auto usual = setLimit(RLIMIT_NOFILE, 256);
-        auto found = walk({ deep, wide }, threads);
-        EXPECT_EQ(found.size(), 2000 + 200 + 1000U);
-        EXPECT_TRUE(everythingIsEntered(found));
-        setLimit(RLIMIT_NOFILE, nextFree + 3 * 8);
-        found = walk(many, threads);
-        EXPECT_EQ(found.size(), 8 * (60 + 6U));
-        EXPECT_TRUE(everythingIsEntered(found));
-        setLimit(RLIMIT_NOFILE, usual);
+        for (const auto& [roots, limit, entries] : { std::tuple(Lines{ deep, wide }, rlim_t(256), 2000 + 200 + 1000U),
+                 { many, nextFree + 3 * 8, 8 * (60 + 6U) } }) {
+            const TWLowerLimit descriptors(RLIMIT_NOFILE, limit);
+            const auto found = walk(roots, threads);
+            EXPECT_EQ(found.size(), entries);
+            for (const auto& line : found)
+                EXPECT_EQ(line.find('!'), std::string::npos) << line;
+        }
     }
 }
 
@@ -240,12 +209,12 @@ TEST_F(TWTreeWalkTest, GoesOnWithTheThreadsThatTheSystemGrants)
     const auto expected = walkPlainly({ tree });
     ASSERT_EQ(setresuid(65534, 0, 0), 0);
     ASSERT_EQ(setresuid(65534, 65534, 0), 0);
-    const auto usual = setLimit(RLIMIT_NPROC, 0);
-    EXPECT_THROW(std::jthread([] {}), std::system_error);
-    const auto found = walk({ tree }, 8);
-    setLimit(RLIMIT_NPROC, usual);
+    {
+        const TWLowerLimit threads(RLIMIT_NPROC, 0);
+        EXPECT_THROW(std::jthread([] {}), std::system_error);
+        EXPECT_TRUE(walk({ tree }, 8) == expected);
+    }
     ASSERT_EQ(setresuid(0, 0, 0), 0);
-    EXPECT_TRUE(found == expected);
     EXPECT_EQ(end, TWWalkEnd::Complete);
 }
 
@@ -272,14 +241,12 @@ TEST_F(TWTreeWalkTest, NamesWhatItCannotRead)
     for (const auto& path : { temporary.path(), temporary.path("tree") })
         chmod(path.c_str(), 0755);
     chmod(locked.c_str(), 0);
-    const uid_t user = geteuid();
-    [[maybe_unused]] const int dropped = user == 0 ? seteuid(65534) : 0; // root may read everything
+    const TWWithoutPrivileges nobody;
     EXPECT_EQ(
         walk({ temporary.path("tree"), locked }, 8), (Lines{ locked, "0 " + locked + " !13", "1 " + locked + " !13" }));
     const auto sizes = TWAddUpTrees(files, { temporary.path("tree"), locked }, cancellation);
     EXPECT_EQ(sizes.total().items, 3U);
     EXPECT_EQ(sizes.total().unknown, 2U);
-    [[maybe_unused]] const int restored = seteuid(user);
 }
 
 TEST_F(TWTreeWalkTest, DoesNotEnterWhatIsMountedInside)

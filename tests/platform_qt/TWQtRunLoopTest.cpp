@@ -1,5 +1,6 @@
 #include "platform/qt/TWQtRunLoop.h"
 
+#include "builders/TWQtApplication.h"
 #include "contracts/TWRunLoopContract.h"
 
 #include <QCoreApplication>
@@ -7,12 +8,8 @@
 namespace {
 
 // Counts the objects that the event loop has freed.
-class FreedObjects final : public QObject {
-public:
-    FreedObjects() { qApp->installEventFilter(this); }
+struct FreedObjects final : QObject {
     int count = 0;
-
-private:
     bool eventFilter(QObject*, QEvent* event) override
     {
         count += event->type() == QEvent::DeferredDelete;
@@ -20,17 +17,8 @@ private:
     }
 };
 
-class Application final : public testing::Environment {
-public:
-    void SetUp() override { application_ = std::make_unique<QCoreApplication>(argumentCount_, nullptr); }
-    void TearDown() override { application_.reset(); }
-
-private:
-    int argumentCount_ = 0;
-    std::unique_ptr<QCoreApplication> application_;
-};
-
-[[maybe_unused]] const auto* const Registered = testing::AddGlobalTestEnvironment(new Application);
+[[maybe_unused]] const auto* const Application
+    = testing::AddGlobalTestEnvironment(new TWQtApplication<QCoreApplication>);
 
 }
 
@@ -40,6 +28,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Qt, TWRunLoopContract, TWQtRunLoop);
 TEST(TWQtRunLoopTest, TurningAloneFreesWhatIsLeftBehind)
 {
     FreedObjects freed;
+    qApp->installEventFilter(&freed);
     TWQtRunLoop loop;
     int calls = 0;
     std::unique_ptr<TWRunLoopHandle> timer;
@@ -47,8 +36,7 @@ TEST(TWQtRunLoopTest, TurningAloneFreesWhatIsLeftBehind)
         if (++calls < 100)
             timer = loop.after(TWRunLoop::Duration(0), again);
     };
-    again();
-    while (calls < 100)
+    for (again(); calls < 100;)
         loop.turn(TWRunLoop::Duration(100));
     EXPECT_GE(freed.count, 90);
 }

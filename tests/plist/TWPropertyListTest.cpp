@@ -58,18 +58,20 @@ std::string problem(std::string_view bytes)
     return result.problem;
 }
 
+void expectRead(const std::string& bytes, const TWValue& expected)
+{
+    const TWPropertyListResult result = TWPropertyList::read(bytes);
+    EXPECT_EQ(result.value, expected) << bytes << ": " << result.problem;
+    TWPlistProperty::check(bytes);
+}
+
 TWValue nested(int depth, TWValue value = 1)
 {
     for (int i = 0; i < depth; i++) {
-        TWValue::Array items(1);
+        TWValue::Array items;
         TWDictionary entries;
-        if (i % 2) {
-            items[0] = std::move(value); // braces would copy it
-            value = std::move(items);
-        } else {
-            entries.set("k", std::move(value));
-            value = std::move(entries);
-        }
+        i % 2 ? items.push_back(std::move(value)) : entries.set("k", std::move(value));
+        value = i % 2 ? TWValue(std::move(items)) : TWValue(std::move(entries));
     }
     return value;
 }
@@ -105,12 +107,8 @@ TEST(TWPropertyList, readsUnusualXML)
               { "<?xml version='1.0' encoding='ISO-8859-1'?><string>\xe4</string>", "ä" },
               { xml("<dict><key>b</key><true/><key>a</key><false/><key>b</key><integer>3</integer></dict>"),
                   dictionary({ { "b", 3 }, { "a", false } }) } };
-    for (const auto& [bytes, expected] : cases) {
-        const TWPropertyListResult result = TWPropertyList::read(bytes);
-        ASSERT_TRUE(result.value) << bytes << ": " << result.problem;
-        EXPECT_EQ(*result.value, expected) << bytes;
-        TWPlistProperty::check(bytes);
-    }
+    for (const auto& [bytes, expected] : cases)
+        expectRead(bytes, expected);
 }
 
 TEST(TWPropertyList, refusesWrongXML)
@@ -120,7 +118,8 @@ TEST(TWPropertyList, refusesWrongXML)
              "<integer>-9223372036854775809</integer>", "<real>1,5</real>", "<real>1e999</real>", "<real>+-1</real>",
              "<real/>", "<date>2024-02-30T00:00:00Z</date>", "<date>2024-02-03</date>",
              "<date>2024-02-03T24:00:00Z</date>", "<data>AAA</data>", "<data>A*AA</data>", "<data>AA=A</data>",
-             "<data>A===</data>", "<true>yes</true>", "<true/><true/>", "<plist><true/></plist>", "<key>a</key>",
+             "<data>A===</data>", "<data>AA==AA==</data>", "<data>Zg===</data>", "<data>====</data>",
+             "<true>yes</true>", "<true/><true/>", "<plist><true/></plist>", "<key>a</key>",
              "<dict><key>a</key></dict>", "<dict><true/></dict>", "<dict><key>a</key><key>b</key></dict>",
              "<array><key>a</key></array>", "<array>text<true/></array>", "<string><true/></string>",
              "<string>&#1;</string>", "<string>&unknown;</string>", "<array><plist/></array>", "<array><true/>" })
@@ -144,12 +143,8 @@ TEST(TWPropertyList, readsAndRefusesBinaryObjects)
               { { "\x22\x3f\xc0\0\0"s }, 1.5 }, { { "\x62\xd8\x3d\xde\x00"s }, "😀" }, { { "\x52\0a"s }, "\0a"s },
               { { "\xd2\1\1\2\3"s, "\x51k", "\x08", "\x09" }, dictionary({ { "k", true } }) },
               { { "\xa2\1\1", "\x51s" }, TWValue::Array{ "s", "s" } } };
-    for (const auto& [objects, expected] : good) {
-        const TWPropertyListResult result = TWPropertyList::read(binary(objects));
-        ASSERT_TRUE(result.value) << result.problem;
-        EXPECT_EQ(*result.value, expected);
-        TWPlistProperty::check(binary(objects));
-    }
+    for (const auto& [objects, expected] : good)
+        expectRead(binary(objects), expected);
     const std::vector<std::string> bad[]
         = { { "\0"s }, { "\x0f" }, { "\x80\1" }, { "\xc0" }, { "\x70" }, { "\x15"s + std::string(32, '\0') },
               { "\x14"s + std::string(8, '\0') + std::string(8, '\xff') }, { "\x33\x7f\xf8\0\0\0\0\0\0"s },
@@ -207,13 +202,13 @@ TEST(TWPropertyList, boundsDepth)
 
 TEST(TWPropertyList, boundsWhatSharedObjectsStandFor)
 {
-    // 14 references each to the next array, 20 times: 14 to the power of 20 values, with and without keys.
+    // 14 references each to the next object, 20 times: 14 to the power of 20 values, with and without keys.
     std::vector<std::string> arrays;
     std::vector<std::string> dictionaries{ "\xd1\1\2", "\x51k" };
-    for (char i = 1; i <= 20; i++)
+    for (char i = 1; i <= 20; i++) {
         arrays.push_back('\xae' + std::string(14, i));
-    for (char i = 3; i <= 22; i++)
-        dictionaries.push_back('\xde' + std::string(14, '\1') + std::string(14, i));
+        dictionaries.push_back('\xde' + std::string(14, '\1') + std::string(14, char(i + 2)));
+    }
     arrays.push_back("\x09");
     dictionaries.push_back("\x09");
     // 4096 references to one long string.
@@ -301,12 +296,9 @@ TEST(TWDictionary, keepsOrderAndTheLastOfEqualKeys)
     TWDictionary settings = dictionary({ { "b", 1 }, { "a", 2 } });
     settings.set("c", "new");
     settings.set("b", true);
-    EXPECT_TRUE(settings.remove("a"));
-    EXPECT_FALSE(settings.remove("a"));
+    EXPECT_TRUE(settings.remove("a") && !settings.remove("a") && !settings.find("a"));
     EXPECT_EQ(settings, dictionary({ { "b", true }, { "c", "new" } }));
-    EXPECT_FALSE(settings == dictionary({ { "c", "new" }, { "b", true } }));
-    EXPECT_EQ(settings.find("a"), nullptr);
-    EXPECT_FALSE(TWValue(1) == TWValue(true));
+    EXPECT_FALSE(settings == dictionary({ { "c", "new" }, { "b", true } }) || TWValue(1) == TWValue(true));
 
     std::vector<TWDictionary::Entry> many; // which must not take minutes
     for (int i = 0; i < 1'000'000; i++)

@@ -6,8 +6,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // An array of a path and perhaps a name, and of whatever a later version puts behind them.
 struct Entry {
     static constexpr auto Kind = "an entry";
@@ -57,6 +55,12 @@ protected:
     }
     Lines live() const { return paths(list.records()); }
     Lines saved() const { return paths(list.saved()); }
+    void expect(const Lines& liveOnes, const Lines& savedOnes, bool unsaved) const
+    {
+        EXPECT_EQ(live(), liveOnes);
+        EXPECT_EQ(saved(), savedOnes);
+        EXPECT_EQ(list.hasUnsavedEdits(), unsaved);
+    }
     std::optional<std::string> append(const std::string& path)
     {
         return list.changeSaved([&](auto& records) {
@@ -70,9 +74,8 @@ protected:
             [](auto& records, std::size_t at) { records.erase(records.begin() + static_cast<std::ptrdiff_t>(at)); });
     }
 
-    TWDataFolder folder{ ownFiles, places, bundle };
     TWListState instead = TWListState::Saved; // the state that the fallback was asked for
-    List list{ folder, "L.plist", [this](TWListState state, const auto&) {
+    List list{ listFolder, "L.plist", [this](TWListState state, const auto&) {
                   instead = state;
                   return List::Records{ { "default", { 1, 2 } } };
               } };
@@ -86,25 +89,21 @@ TEST_F(TWRecordListTest, EditsStayUnsavedUntilTheyAreWrittenOrUndone)
     put({ "a", "b" });
     EXPECT_EQ(list.load(), TWListState::Saved);
     const auto given = list.live();
-    EXPECT_FALSE(list.hasUnsavedEdits());
     list.edit([](auto& records) { records[0].path = "c"; });
-    EXPECT_TRUE(list.hasUnsavedEdits());
+    expect({ "c", "b" }, { "a", "b" }, true);
     EXPECT_EQ(given->front().path, "c") << "the same list";
     list.edit([](auto& records) { records[0].path = "a"; });
-    EXPECT_FALSE(list.hasUnsavedEdits());
+    expect({ "a", "b" }, { "a", "b" }, false);
     list.merge({ { "b", {} }, { "a", {} } });
-    EXPECT_FALSE(list.hasUnsavedEdits());
+    expect({ "a", "b" }, { "a", "b" }, false);
     list.merge({ { "new", { 1, 2 } }, { "b", {} }, { "new", {} } });
-    EXPECT_EQ(live(), (Lines{ "a", "b", "new" }));
-    EXPECT_TRUE(list.hasUnsavedEdits());
-    EXPECT_EQ(saved(), (Lines{ "a", "b" }));
+    expect({ "a", "b", "new" }, { "a", "b" }, true);
     list.edit([](auto& records) { records.resize(10, { "too many", {} }); });
     EXPECT_NE(list.write().find("cannot be saved (it is full)"), std::string::npos);
     EXPECT_TRUE(list.hasUnsavedEdits());
     list.edit([](auto& records) { records.resize(3); });
     EXPECT_EQ(list.write(), "");
-    EXPECT_FALSE(list.hasUnsavedEdits());
-    EXPECT_EQ(saved(), (Lines{ "a", "b", "new" }));
+    expect({ "a", "b", "new" }, { "a", "b", "new" }, false);
 }
 
 TEST_F(TWRecordListTest, ACommandChangesTheSavedListAndTheSameRecordsOfTheLiveOne)
@@ -114,35 +113,30 @@ TEST_F(TWRecordListTest, ACommandChangesTheSavedListAndTheSameRecordsOfTheLiveOn
     list.setChanged([this] { changes++; });
     put({ "a", "b", "c" }); // by another process
     EXPECT_EQ(append("e"), "");
-    EXPECT_EQ(live(), (Lines{ "a", "b", "c", "e" }));
-    EXPECT_EQ(live(), saved());
+    expect({ "a", "b", "c", "e" }, { "a", "b", "c", "e" }, false);
     list.edit([](auto& records) {
         std::swap(records[0], records[2]);
         records[1].rest = { "edited" };
         records.erase(records.begin() + 3);
     });
-    EXPECT_EQ(live(), (Lines{ "c", "b?", "a" }));
+    expect({ "c", "b?", "a" }, { "a", "b", "c", "e" }, true);
     EXPECT_EQ(remove(0), "");
     EXPECT_EQ(live(), (Lines{ "c", "b?" })) << "the equal one";
     EXPECT_EQ(remove(0), "");
     EXPECT_EQ(live(), Lines{ "c" }) << "the one that was edited since";
     EXPECT_EQ(remove(1), "");
-    EXPECT_EQ(live(), Lines{ "c" }) << "it was removed before";
-    EXPECT_FALSE(list.hasUnsavedEdits());
-    EXPECT_EQ(saved(), Lines{ "c" });
+    expect({ "c" }, { "c" }, false); // it was removed before
     EXPECT_EQ(remove(1), std::nullopt);
-    EXPECT_EQ(list.changeSaved([](auto& records) {
+    const auto refused = list.changeSaved([](auto& records) {
         records.clear();
         return false;
-    }),
-        std::nullopt);
+    });
+    EXPECT_EQ(refused, std::nullopt);
     EXPECT_EQ(changes, 4);
-    EXPECT_EQ(saved(), Lines{ "c" });
+    expect({ "c" }, { "c" }, false);
     list.edit([](auto& records) { records.push_back({ "unsaved", { 1, 2 } }); });
     EXPECT_EQ(append("f"), "");
-    EXPECT_EQ(live(), (Lines{ "c", "unsaved", "f" }));
-    EXPECT_EQ(saved(), (Lines{ "c", "f" }));
-    EXPECT_TRUE(list.hasUnsavedEdits());
+    expect({ "c", "unsaved", "f" }, { "c", "f" }, true);
 }
 
 TEST_F(TWRecordListTest, AChangeThatCannotBeSavedIsNone)
@@ -153,9 +147,7 @@ TEST_F(TWRecordListTest, AChangeThatCannotBeSavedIsNone)
     ASSERT_EQ(writing.create(), 0);
     EXPECT_NE(append("b")->find("is being saved by another program"), std::string::npos);
     EXPECT_NE(remove(0), "");
-    EXPECT_EQ(live(), Lines{ "a" });
-    EXPECT_EQ(saved(), Lines{ "a" });
-    EXPECT_EQ(changes, 0);
+    expect({ "a" }, { "a" }, false);
 }
 
 TEST_F(TWRecordListTest, WhatCannotBeReadIsNotMissingAndIsKept)
@@ -181,12 +173,16 @@ TEST_F(TWRecordListTest, WhatCannotBeReadIsNotMissingAndIsKept)
         EXPECT_EQ(append("b"), "");
         EXPECT_EQ(list.problem(), "");
         EXPECT_EQ(saved(), (Lines{ "default", "b" }));
-        std::ifstream kept(list.keptAs(), std::ios::binary);
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), bytes) << list.keptAs();
+        EXPECT_EQ(ownFiles.read(list.keptAs(), 10'000).bytes, bytes) << list.keptAs();
     }
     std::filesystem::remove(root.path(File));
     root.link(File, "/nowhere/L.plist");
     EXPECT_EQ(list.load(), TWListState::Unreadable);
+    std::filesystem::remove(root.path(File));
+    root.folder(File);
+    EXPECT_EQ(list.load(), TWListState::Unreadable);
+    EXPECT_TRUE(list.problem().starts_with("The list \"" + root.path(File))) << list.problem();
+    EXPECT_NE(list.write().find("Is a directory"), std::string::npos);
     std::filesystem::remove_all(dataFolder);
     root.link("home/.local/share/Tidewell", "/nowhere");
     EXPECT_EQ(list.load(), TWListState::Unreadable);

@@ -9,11 +9,9 @@
 
 namespace {
 
-std::optional<std::size_t> first(const std::vector<std::string>& words, std::string_view text)
+bool finds(const std::vector<std::string>& words, std::string_view text)
 {
-    const TWKeywordMatcher matcher(words);
-    EXPECT_EQ(matcher.matches(text), matcher.firstMatch(text).has_value());
-    return matcher.firstMatch(text);
+    return TWKeywordMatcher(words).matches(text);
 }
 
 std::string folded(const std::string& text)
@@ -30,7 +28,7 @@ std::string folded(const std::string& text)
 std::string randomText(std::mt19937& random, std::size_t longest)
 {
     static const std::vector<std::string> letters{ "a", "A", "b", "s", "S", "ß", "ẞ", "ſ", "i", "I", "İ", "ı", "\u0307",
-        "σ", "Σ", "ς", "K", "k", "ﬀ", "f", "ΐ", "ж", "Ж", "資", "😀", "𐐀", "𐐨", "Ꭰ", "ꭰ" };
+        "σ", "Σ", "ς", "K", "k", "É", "é", "e\u0301", "料", "ﬀ", "f", "ΐ", "ж", "Ж", "資", "😀", "𐐀", "𐐨", "Ꭰ", "ꭰ" };
     std::string text;
     for (std::size_t left = random() % (longest + 1); left > 0; --left)
         text += letters[random() % letters.size()];
@@ -39,33 +37,19 @@ std::string randomText(std::mt19937& random, std::size_t longest)
 
 }
 
-TEST(TWKeywordMatcher, FoldsCaseAsUnicodeDoesInFull)
-{
-    const struct {
-        std::string word, text;
-        bool found;
-    } cases[] = { { "STRASSE", "Hauptstraße 1", true }, { "straße", "STRASSE", true }, { "ẞ", "ss", true },
-        { "ΣΊΣΥΦΟΣ", "σίσυφος", true }, { "ς", "Σ", true }, { "i\u0307", "İ", true }, { "İstanbul", "istanbul", false },
-        { "ı", "I", false }, { "É", "é", true }, { "é", "e\u0301", false }, { "ΐ", "\u03b9\u0308\u0301", true },
-        { "ﬃ", "OFFICE", true }, { "москва", "МОСКВА", true }, { "𐐀", "𐐨", true }, { "料", "資料", true },
-        { "s", "ß", true } };
-    for (const auto& [word, text, found] : cases)
-        EXPECT_EQ(first({ word }, text).has_value(), found) << word << " in " << text;
-}
-
 TEST(TWKeywordMatcher, InvalidBytesDivideTheTextAndSpoilAWord)
 {
-    EXPECT_TRUE(first({ "secret" },
+    EXPECT_TRUE(finds({ "secret" },
         "\xff"
         "Secret\xc3"));
-    EXPECT_TRUE(first({ "é" }, "\xc3\xc3\xa9\xa9"));
-    EXPECT_FALSE(first({ "secret" }, "sec\xffret"));
-    EXPECT_FALSE(first({ "secret" }, "sec\xc3ret")); // the lead byte of a sequence that does not follow
-    EXPECT_FALSE(first({ "\xff", "a\xc3", "" },
+    EXPECT_TRUE(finds({ "é" }, "\xc3\xc3\xa9\xa9"));
+    EXPECT_FALSE(finds({ "secret" }, "sec\xffret"));
+    EXPECT_FALSE(finds({ "secret" }, "sec\xc3ret")); // the lead byte of a sequence that does not follow
+    EXPECT_FALSE(finds({ "\xff", "a\xc3", "" },
         "\xff"
         "a\xc3"));
     EXPECT_TRUE(TWKeywordMatcher({ "", "\xff" }).empty());
-    EXPECT_TRUE(first({ std::string("a\0b", 3) }, std::string_view("A\0B", 3)));
+    EXPECT_TRUE(finds({ std::string("a\0b", 3) }, std::string_view("A\0B", 3)));
 }
 
 TEST(TWKeywordMatcher, AgreesWithFoldingAndSearchingEachWord)

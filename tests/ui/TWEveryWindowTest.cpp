@@ -13,8 +13,6 @@
 #include <QScreen>
 #include <QSignalSpy>
 
-#include <set>
-
 using namespace TWUITest;
 
 namespace {
@@ -71,11 +69,6 @@ protected:
         }
         return visited;
     }
-    static bool takesTab(const QWidget* widget)
-    {
-        return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus)
-            && !widget->focusProxy();
-    }
 
     Machine machine;
     TWTidewellAppDelegate delegate{ machine.platform, TWLaunchKind::Window };
@@ -83,36 +76,48 @@ protected:
     TWWindowSession session{ delegate, alerts };
 };
 
-TEST_F(TWEveryWindowTest, TabReachesEveryControlAndEachHasANameAndARole)
-{
-    forEach([](QWidget& window) {
-        const auto walked = walk(window);
-        const std::set<const QWidget*> visited(walked.begin(), walked.end());
-        for (auto* widget : window.findChildren<QWidget*>()) {
-            if (!takesTab(widget) || widget->window() != &window)
-                continue;
-            EXPECT_TRUE(visited.contains(widget)) << widget->objectName().toStdString();
-            auto* accessible = QAccessible::queryAccessibleInterface(widget);
-            ASSERT_TRUE(accessible) << widget->objectName().toStdString();
-            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty()) << widget->objectName().toStdString();
-            EXPECT_NE(accessible->role(), QAccessible::NoRole) << widget->objectName().toStdString();
-            EXPECT_NE(accessible->role(), QAccessible::Client) << widget->objectName().toStdString();
-        }
-    });
-}
-
-TEST_F(TWEveryWindowTest, TabLeadsFromTheContentOfASheetToOKOrSaveAndThenToTheOthers)
+TEST_F(TWEveryWindowTest, TabReachesEveryControlInOrderAndEachHasANameAndARole)
 {
     std::map<QString, QStringList> orders;
     forEach([&](QWidget& window) {
-        for (const auto* widget : walk(window))
+        const auto walked = walk(window);
+        for (const auto* widget : walked)
             orders[window.objectName()].append(widget->objectName());
+        const std::set<const QWidget*> visited(walked.begin(), walked.end());
+        for (auto* widget : window.findChildren<QWidget*>()) {
+            const bool takesTab = widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus);
+            if (!takesTab || widget->focusProxy() || widget->window() != &window)
+                continue;
+            SCOPED_TRACE(widget->objectName().toStdString());
+            EXPECT_TRUE(visited.contains(widget));
+            auto* accessible = QAccessible::queryAccessibleInterface(widget);
+            ASSERT_TRUE(accessible);
+            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty());
+            EXPECT_TRUE(accessible->role() != QAccessible::NoRole && accessible->role() != QAccessible::Client);
+        }
     });
+    // From the content of a sheet to OK or Save, and then to the others.
     EXPECT_EQ(orders["filesSheet"],
         QStringList(
             { "filesTableView", "addToolButton", "okPushButton", "restoreDefaultsPushButton", "helpPushButton" }));
     EXPECT_EQ(orders["dictionarySheet"],
         QStringList({ "wordLineEdit", "savePushButton", "cancelPushButton", "helpPushButton" }));
+}
+
+// Pictures for people to look at: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter=*Pictures
+TEST_F(TWEveryWindowTest, Pictures)
+{
+    const auto folder = qEnvironmentVariable("TIDEWELL_SCREENSHOTS");
+    if (folder.isEmpty())
+        GTEST_SKIP() << "no folder for them was named";
+    delegate.editors().get<TWFilesWindowController>().applyDefaults();
+    forEach([&](QWidget& window) {
+        for (const auto& [theme, color] :
+            { std::pair("dark", QColor(49, 52, 57)), { "light", QColor(239, 239, 239) } }) {
+            QApplication::setPalette(QPalette(color));
+            EXPECT_TRUE(window.grab().save(folder + "/" + window.objectName() + "-" + theme + ".png"));
+        }
+    });
 }
 
 // The test ui/small-screen runs this one on a screen of 1280 x 800 pixels at 200 %.

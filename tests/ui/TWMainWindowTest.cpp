@@ -32,18 +32,24 @@ protected:
         EXPECT_TRUE(machine.waitFor([this] { return !line("trash").empty(); })) << "what waits for the first paint";
     }
 
-    std::string line(const std::string& cleaner)
+    QCheckBox* check(const char* cleaner) { return child<QCheckBox>(*window, cleaner + std::string("CheckBox")); }
+    std::string line(const char* cleaner)
     {
-        return child<QLabel>(*window, cleaner + "QuietLabel")->text().toStdString();
+        return child<QLabel>(*window, cleaner + std::string("QuietLabel"))->text().toStdString();
     }
-    std::string light(const std::string& cleaner)
+    std::string light(const char* cleaner)
     {
-        return child<QWidget>(*window, cleaner + "Light")->accessibleName().toStdString();
+        return child<QWidget>(*window, cleaner + std::string("Light"))->accessibleName().toStdString();
+    }
+    void refresh()
+    {
+        window->refresh();
+        machine.runLoop.runUntilIdle();
     }
     // Starts a run that stands at its first file.
     void startRun()
     {
-        QTest::mouseClick(child<QCheckBox>(*window, "trashCheckBox"), Qt::LeftButton, {}, { 8, 8 });
+        QTest::mouseClick(check("trash"), Qt::LeftButton, {}, { 8, 8 });
         QTest::keyClick(window, Qt::Key_Return);
         ASSERT_TRUE(machine.waitFor([&] { return machine.launcher.running() == 1; }));
     }
@@ -63,55 +69,29 @@ TEST_F(TWMainWindowTest, RowsShowTheSettingsAndWhatTheCleanersWouldDo)
     EXPECT_EQ(line("files"), "1 of 2 rules on: 1 item refused: the path is empty.");
     EXPECT_EQ(line("logs"), "Comes in a later version");
 
-    auto* trash = child<QCheckBox>(*window, "trashCheckBox");
-    QTest::keyClick(trash, Qt::Key_Space);
+    QTest::keyClick(check("trash"), Qt::Key_Space);
     EXPECT_TRUE(delegate->settings().boolean(TWKey::TrashCleaner));
-    EXPECT_FALSE(child<QCheckBox>(*window, "logsCheckBox")->isEnabled());
+    EXPECT_FALSE(check("logs")->isEnabled());
 
     // Another process has emptied the Trash and changed the settings meanwhile.
     std::filesystem::remove_all(machine.places.trash);
     delegate->settings().set(TWKey::TrashCleaner, false);
-    window->refresh();
-    machine.runLoop.runUntilIdle();
+    refresh();
     EXPECT_EQ(line("trash"), "The Trash is empty");
-    EXPECT_FALSE(trash->isChecked());
+    EXPECT_FALSE(check("trash")->isChecked());
     machine.root.write("home/.local/share/Trash/files", "no folder");
-    window->refresh();
-    machine.runLoop.runUntilIdle();
+    refresh();
     EXPECT_TRUE(line("trash").ends_with("could not be read (Not a directory).")) << line("trash");
 }
 
-TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgain)
+TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgainThoughClosingWasAskedFor)
 {
     auto* clean = child<QPushButton>(*window, "cleanButton");
     auto* stop = child<QPushButton>(*window, "stopButton");
+    auto* spinner = child<TWSpinner>(*window, "trashSpinner");
     startRun();
     EXPECT_EQ(light("trash"), "Running");
-    EXPECT_TRUE(child<TWSpinner>(*window, "trashSpinner")->turning());
-    EXPECT_FALSE(clean->isEnabled());
-    EXPECT_TRUE(stop->isVisible());
-
-    machine.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
-    machine.launcher.endAll();
-    EXPECT_TRUE(machine.waitFor([&] { return clean->isEnabled(); }));
-    EXPECT_EQ(light("trash"), "Succeeded");
-    EXPECT_FALSE(child<TWSpinner>(*window, "trashSpinner")->turning());
-    EXPECT_TRUE(machine.waitFor([&] { return line("trash") == "The Trash is empty"; }));
-    EXPECT_FALSE(stop->isVisible());
-}
-
-TEST_F(TWMainWindowTest, EscapeStopsARun)
-{
-    startRun();
-    QTest::keyClick(window, Qt::Key_Escape);
-    EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
-    EXPECT_EQ(light("trash"), "Failed");
-    EXPECT_EQ(machine.launcher.records.back(), "terminate");
-}
-
-TEST_F(TWMainWindowTest, ClosingDuringARunAsksAndThenStopsAndQuits)
-{
-    startRun();
+    EXPECT_TRUE(spinner->turning() && stop->isVisible() && !clean->isEnabled());
     EXPECT_FALSE(window->close());
     EXPECT_FALSE(window->close()) << "and asks only once";
     ASSERT_EQ(machine.alerts.alerts.size(), 1U);
@@ -120,19 +100,31 @@ TEST_F(TWMainWindowTest, ClosingDuringARunAsksAndThenStopsAndQuits)
     machine.alerts.answer(TWAnswer::Alternate);
     EXPECT_TRUE(delegate->running());
 
+    machine.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    machine.launcher.endAll();
+    EXPECT_TRUE(machine.waitFor([&] { return clean->isEnabled(); }));
+    EXPECT_EQ(light("trash"), "Succeeded");
+    EXPECT_TRUE(machine.waitFor([&] { return line("trash") == "The Trash is empty"; }));
+    EXPECT_FALSE(spinner->turning() || stop->isVisible());
+}
+
+TEST_F(TWMainWindowTest, ClosingDuringARunStopsItAndQuits)
+{
+    startRun();
     EXPECT_FALSE(window->close());
     machine.alerts.answer(TWAnswer::Default);
     EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
     EXPECT_EQ(machine.launcher.records.size(), 2U) << "nothing further was begun";
 }
 
-TEST_F(TWMainWindowTest, ARunThatEndsBeforeTheAnswerLetsTheWindowClose)
+TEST_F(TWMainWindowTest, EscapeStopsARunAndOneThatEndsBeforeTheAnswerLetsTheWindowClose)
 {
     startRun();
     EXPECT_FALSE(window->close());
-    machine.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
-    machine.launcher.endAll();
+    QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
+    EXPECT_EQ(light("trash"), "Failed");
+    EXPECT_EQ(machine.launcher.records.back(), "terminate");
     EXPECT_TRUE(window->isVisible());
     machine.alerts.answer(TWAnswer::Default);
     EXPECT_FALSE(window->isVisible());
@@ -142,8 +134,7 @@ TEST_F(TWMainWindowTest, QuittingWithUnsavedEditsHasToBeConfirmed)
 {
     delegate->editors().dictionary().setWordDictionary({ "unsaved" });
     EXPECT_FALSE(window->close());
-    ASSERT_EQ(machine.alerts.alerts.size(), 1U);
-    EXPECT_EQ(machine.alerts.alerts[0].confirming, TWConfirming::LosesSomething);
+    EXPECT_EQ(machine.alerts.alerts.back().confirming, TWConfirming::LosesSomething);
     machine.alerts.answer(TWAnswer::Alternate);
     EXPECT_TRUE(window->isVisible());
     EXPECT_FALSE(window->close());
@@ -153,21 +144,21 @@ TEST_F(TWMainWindowTest, QuittingWithUnsavedEditsHasToBeConfirmed)
 
 TEST_F(TWMainWindowTest, SettingsThatAreLostOrCannotBeSavedAreAnnounced)
 {
-    const auto* bar = child<QLabel>(*window, "messageBarLabel");
-    EXPECT_EQ(bar->text(), "");
+    const auto bar = [this] { return child<QLabel>(*window, "messageBarLabel")->text(); };
+    EXPECT_EQ(bar(), "");
     machine.userDefaults.writeProblem = "The settings cannot be saved.";
-    child<QCheckBox>(*window, "trashCheckBox")->click();
-    EXPECT_EQ(bar->text(), "The settings cannot be saved.");
+    check("trash")->click();
+    EXPECT_EQ(bar(), "The settings cannot be saved.");
 
     session.reset();
     machine.userDefaults.problemLine = "The settings cannot be read.";
     machine.userDefaults.writeProblem.clear();
     session = std::make_unique<TWWindowSession>(*delegate, qtAlerts);
-    bar = child<QLabel>(session->mainWindow(), "messageBarLabel");
-    EXPECT_EQ(bar->text(), "The settings cannot be read.");
+    window = &session->mainWindow();
+    EXPECT_EQ(bar(), "The settings cannot be read.");
     machine.userDefaults.problemLine.clear(); // as after the first change
-    child<QCheckBox>(session->mainWindow(), "trashCheckBox")->click();
-    EXPECT_EQ(bar->text(), "The settings cannot be read.");
+    check("trash")->click();
+    EXPECT_EQ(bar(), "The settings cannot be read.");
 }
 
 TEST_F(TWMainWindowTest, OnlyClosingTheMainWindowQuits)

@@ -19,11 +19,14 @@ protected:
         controller.addMessage("Cleaning up", TWMessageType::Information);
         controller.addMessage("<b>\xFF\n", TWMessageType::Success);
         controller.addMessage("Uh oh", TWMessageType::Failure);
+        controller.flush();
     }
 
     TWTemporaryFolder folder;
     TWFakeRunLoop runLoop;
     TWResultsWindowController controller{ runLoop };
+    TWResultsWindow window{ controller, resourceFolder() + "/icons", "/" };
+    QComboBox* kinds = child<QComboBox>(window, "kindComboBox");
 };
 
 TEST_F(TWResultsWindowTest, LinesSayTheirKindAndAreNeverMarkup)
@@ -37,21 +40,19 @@ TEST_F(TWResultsWindowTest, LinesSayTheirKindAndAreNeverMarkup)
 
 TEST_F(TWResultsWindowTest, FilterAndKindNarrowTheLinesAndWhatIsSaved)
 {
-    TWResultsWindow window(controller, resourceFolder() + "/icons", "/");
     window.show();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
-    const auto saved = [&] {
+    const auto expectSaved = [&](const char* expected) {
         EXPECT_EQ(window.save(QString::fromStdString(folder.path("saved"))), "");
-        return folder.read("saved");
+        EXPECT_EQ(folder.read("saved"), expected);
     };
-    EXPECT_EQ(saved(), "Cleaning up\n<b>\uFFFD\u240A\nUh oh\n");
+    expectSaved("Cleaning up\n<b>\uFFFD\u240A\nUh oh\n");
     QTest::keyClicks(child<QLineEdit>(window, "filterLineEdit"), "UP");
-    EXPECT_EQ(saved(), "Cleaning up\n");
     controller.addMessage("Up again", TWMessageType::Failure);
     controller.flush();
-    EXPECT_EQ(saved(), "Cleaning up\nUp again\n");
-    child<QComboBox>(window, "kindComboBox")->setCurrentIndex(1);
-    EXPECT_EQ(saved(), "Up again\n");
+    expectSaved("Cleaning up\nUp again\n");
+    kinds->setCurrentIndex(1);
+    expectSaved("Up again\n");
     EXPECT_EQ(child<QLabel>(window, "countLabel")->text(), "1 of 4 lines");
     EXPECT_EQ(child<QPushButton>(window, "saveButton")->text(), "&Save Shown Lines As...");
     const auto problem = window.save(QString::fromStdString(folder.path("missing/file")));
@@ -64,20 +65,17 @@ TEST_F(TWResultsWindowTest, FilterAndKindNarrowTheLinesAndWhatIsSaved)
 
 TEST_F(TWResultsWindowTest, FailuresComeWithTheLinesThatExplainThem)
 {
-    TWResultsWindow window(controller, resourceFolder() + "/icons", "/");
-    child<QComboBox>(window, "kindComboBox")->setCurrentIndex(1);
+    kinds->setCurrentIndex(1);
     controller.removeAllMessages();
-    const auto progress
-        = [this](const std::string& text) { controller.addMessage(TWProgressMark + text, TWMessageType::Information); };
-    progress("Odd, but it went well");
-    controller.addMessage("Succeeded", TWMessageType::Success);
-    controller.addMessage("Started", TWMessageType::Information);
-    progress("Delete /a ...");
-    progress("Could not delete /a");
-    controller.flush();
-    progress("Delete /b ...");
-    controller.addMessage("Failed", TWMessageType::Failure);
-    controller.flush();
+    using enum TWMessageType;
+    const std::string mark = TWProgressMark;
+    for (const auto& [text, type] :
+        { std::pair(mark + "Odd, but it went well", Information), { "Succeeded", Success }, { "Started", Information },
+            { mark + "Delete /a ...", Information }, { mark + "Could not delete /a", Information },
+            { mark + "Delete /b ...", Information }, { "Failed", Failure } }) {
+        controller.addMessage(text, type);
+        controller.flush();
+    }
     const auto* table = child<QTableView>(window, "resultsTableView");
     QStringList lines;
     for (int row = 0; row < table->model()->rowCount(); ++row)

@@ -1,15 +1,19 @@
 #pragma once
 
 #include "app/TWTidewellAppDelegate.h"
+#include "builders/TWQtApplication.h"
 #include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "platform/qt/TWQtRunLoop.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QLabel>
 #include <QTest>
 
 namespace TWUITest {
+
+[[maybe_unused]] inline const auto* const Application
+    = testing::AddGlobalTestEnvironment(new TWQtApplication<QApplication>);
 
 // As they lie in the build tree.
 inline QString resourceFolder()
@@ -20,9 +24,6 @@ inline QString resourceFolder()
 // A machine with the real resources, and no rules. Alerts stay open and deletion tools stay at work until the test ends
 // them.
 struct Machine : TWFakeMachine {
-    TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
-        alerts, notifier };
-
     Machine()
     {
         bundle.resources = resourceFolder().toStdString();
@@ -48,10 +49,8 @@ struct Editors : Machine {
     Editors() { alerts.leavesOpen = false; }
 
     TWQtRunLoop qtRunLoop;
-    TWSettings settings{ userDefaults };
-    TWDataFolder folder{ ownFiles, places, bundle };
     TWDeletionTools qtTools{ qtRunLoop, launcher, fileSystem, guard, places };
-    TWEditors editors{ { settings, folder, bundle, alerts, qtTools } };
+    TWEditors editors{ { settings, listFolder, bundle, alerts, qtTools } };
     TWDictionaryWindowController& dictionary = editors.dictionary();
     TWFilesWindowController& files = editors.get<TWFilesWindowController>();
 };
