@@ -39,16 +39,16 @@ void TWEditors::awakeFromNib(TWLaunchKind kind)
 
 std::vector<std::string> TWEditors::problems() const
 {
-    std::vector<std::string> problems;
-    for (const auto* editor : all())
+    std::vector<std::string> problems{ dictionary_.problem() };
+    for (const auto& editor : editors_)
         problems.push_back(editor->problem());
     std::erase(problems, "");
     return problems;
 }
 
-std::vector<const TWEditor*> TWEditors::all() const
+std::vector<TWEditor*> TWEditors::all()
 {
-    std::vector<const TWEditor*> all{ &dictionary_ };
+    std::vector<TWEditor*> all{ &dictionary_ };
     for (const auto& editor : editors_)
         all.push_back(editor.get());
     return all;

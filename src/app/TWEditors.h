@@ -40,7 +40,7 @@ public:
     std::vector<std::string> problems() const;
 
     // All editors, the dictionary first.
-    std::vector<const TWEditor*> all() const;
+    std::vector<TWEditor*> all();
 
 private:
     TWDictionaryWindowController dictionary_;

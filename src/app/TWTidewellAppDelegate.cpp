@@ -56,7 +56,7 @@ TWRunChoice TWTidewellAppDelegate::switchedOn() const
 {
     TWRunChoice choice{};
     for (std::size_t position = 0; position < choice.size(); ++position)
-        choice[position] = settings_.boolean(TWCleanerTable()[position].key);
+        choice[position] = TWCleanerTable()[position].available && settings_.boolean(TWCleanerTable()[position].key);
     return choice;
 }
 

@@ -21,16 +21,12 @@ TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, cons
             continue;
         }
         ++summary.items;
-        if (item.facts.kind == TWFileKind::Folder) {
+        if (item.facts.kind == TWFileKind::Folder)
             folders.push_back(plan.realPath(item));
-        } else {
-            ++summary.everything;
+        else
             summary.bytes += item.facts.bytes;
-        }
     }
-    const auto inside = TWAddUpTrees(fileSystem, std::move(folders), cancellation).total();
-    summary.everything += inside.items;
-    summary.bytes += inside.bytes;
+    summary.bytes += TWAddUpTrees(fileSystem, std::move(folders), cancellation).total().bytes;
     return summary;
 }
 

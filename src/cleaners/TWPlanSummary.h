@@ -6,7 +6,6 @@
 // The numbers of a plan, for one line beside a rule or a cleaner.
 struct TWPlanSummary {
     std::uint64_t items = 0; // items that would be deleted, without quiet and refused ones
-    std::uint64_t everything = 0; // the same, including everything inside them
     std::uint64_t bytes = 0; // space on disk that everything takes
     std::uint64_t refused = 0; // items that the deletion rules refuse
     TWObjection objection = nullptr; // the reason for the first refused item

@@ -50,8 +50,7 @@ public:
     // For commands, which change the saved words and then the shown ones.
     TWRecordList<TWDictionaryWord>& list() { return list_; }
 
-    // Writes the file only. "" or one line that names the file and the remedy.
-    std::string write() { return list_.write(); }
+    std::string write() override { return list_.write(); }
 
     std::string file() const override { return list_.path(); }
     std::string keptAs() const override { return list_.keptAs(); }

@@ -25,4 +25,7 @@ public:
 
     // True if the list was changed and not saved. The changes are in use nevertheless.
     virtual bool hasUnsavedEdits() const = 0;
+
+    // Writes the list. "" or one line that names the file and the remedy.
+    virtual std::string write() = 0;
 };

@@ -43,8 +43,7 @@ public:
 
     void setView(TWFilesView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
-    // Shipped rules that were merged at the launch are no edits of the user, who may not have opened the sheet at all.
-    bool hasUnsavedEdits() const override { return sheetIsOpen_ && list_.hasUnsavedEdits(); }
+    bool hasUnsavedEdits() const override { return list_.hasUnsavedEdits(); }
 
     // The live list itself, not a copy.
     TWFilesRuleList settings() const { return list_.live(); }
@@ -87,8 +86,7 @@ public:
     // Replaces the live rules by the shipped ones. "" or one line if those cannot be read.
     std::string applyDefaults();
 
-    // Writes the file only. "" or one line that names the file and the remedy.
-    std::string write() { return list_.write(); }
+    std::string write() override { return list_.write(); }
 
     // Where the dialog that chooses a file starts.
     const std::string& homeFolder() const { return context_.deletion.places.home; }

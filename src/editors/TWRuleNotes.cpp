@@ -31,8 +31,7 @@ std::string itemsText(const TWFilesRule& rule, const TWPlanSummary& summary)
 {
     if (summary.items == 0)
         return rule.whatToDelete == TWItemItself ? NothingThere : NothingFound;
-    return TWText::fill(
-        ItemsAndSize, { TWText::count(summary.everything, "item", "items"), TWText::size(summary.bytes) });
+    return TWText::fill(ItemsAndSize, { TWText::count(summary.items, "item", "items"), TWText::size(summary.bytes) });
 }
 
 }
@@ -52,7 +51,7 @@ void TWRuleNotes::find(const std::vector<TWFilesRule>& rules, const std::vector<
             return entry.first.second == TWItemsWithKeywords || entry.first.second == TWItemsWithKeywordsDeep;
         });
     for (const auto& rule : rules) {
-        if (mistake(rule, words).empty() && !found_.contains({ rule.filePath, rule.whatToDelete }))
+        if (mistake(rule).empty() && !found_.contains({ rule.filePath, rule.whatToDelete }))
             waiting_.push_back(rule);
     }
     next_ = cleaners_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { findNext(); });
@@ -104,12 +103,16 @@ TWRuleNote TWRuleNotes::noteFrom(const TWFilesRule& rule, const TWPlanSummary& s
 
 TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::string>& words) const
 {
-    if (auto text = mistake(rule, words); !text.empty())
+    if (auto text = mistake(rule); !text.empty())
         return { std::move(text), true };
     const auto found = found_.find({ rule.filePath, rule.whatToDelete });
     auto note = found == found_.end() ? TWRuleNote() : found->second;
     if (!rule.needsKeywords())
         return note;
+    // A folder that is missing or cannot be read ends the whole cleaning, with words or without.
+    const bool noWords = std::all_of(words.begin(), words.end(), [](const auto& word) { return word.empty(); });
+    if (noWords)
+        return note.warning ? note : TWRuleNote{ NoWords, true };
     const auto shortWord = std::find_if(
         words.begin(), words.end(), [](const auto& word) { return !word.empty() && characters(word) <= 2; });
     if (shortWord != words.end())
@@ -118,7 +121,7 @@ TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::str
 }
 
 // Returns what is wrong with a rule, as far as that can be said without a look at the disk, or "".
-std::string TWRuleNotes::mistake(const TWFilesRule& rule, const std::vector<std::string>& words) const
+std::string TWRuleNotes::mistake(const TWFilesRule& rule) const
 {
     const auto& places = cleaners_.deletion.places;
     if (rule.filePath.empty())
@@ -127,8 +130,5 @@ std::string TWRuleNotes::mistake(const TWFilesRule& rule, const std::vector<std:
         return "";
     if (rule.whatToDelete == TWFolderContents)
         return places.standardize(rule.filePath) == places.home ? WholeHome : "";
-    if (!rule.needsKeywords())
-        return NotAKind;
-    const bool noWords = std::all_of(words.begin(), words.end(), [](const auto& word) { return word.empty(); });
-    return noWords ? NoWords : "";
+    return rule.needsKeywords() ? "" : NotAKind;
 }

@@ -31,7 +31,7 @@ private:
     // Apart from the words, a note depends on these only: path and kind.
     using Key = std::pair<std::string, std::int64_t>;
 
-    std::string mistake(const TWFilesRule&, const std::vector<std::string>& words) const;
+    std::string mistake(const TWFilesRule&) const;
     void findNext();
     static TWRuleNote noteFrom(const TWFilesRule&, const TWPlanSummary&);
 

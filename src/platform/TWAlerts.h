@@ -16,9 +16,11 @@ struct TWAlert {
     // With LosesSomething, Return and Escape press the alternate button. TWAnswer::Default still means the default
     // button.
     TWConfirming confirming = TWConfirming::IsHarmless;
+
+    std::string otherButton{}; // "" if there are at most two buttons; only the window shows a third one
 };
 
-enum class TWAnswer { Default, Alternate };
+enum class TWAnswer { Default, Alternate, Other };
 
 // Asks and informs the user: with sheets in the window, on standard error and with a prompt on the command line. Main
 // thread.

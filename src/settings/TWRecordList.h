@@ -100,10 +100,12 @@ public:
     template <typename Change>
     void edit(Change change);
 
-    // Appends the records whose identity no record of the live list has, as an edit.
+    // Appends the records whose identity no record of the live list has. They are saved with the next write, but are no
+    // edit of the user.
     void merge(Records);
 
-    // True if the live list differs from the saved one. Fast unless there was an edit since the last call.
+    // Whether the user has changed the live list since it was loaded or written. Quick unless there was an edit since
+    // the last call.
     bool hasUnsavedEdits() const;
 
     // Writes the live list. "" or one line that names the file and the remedy; the file is then as it was.
@@ -137,7 +139,7 @@ private:
     std::function<void()> changed_;
     const std::shared_ptr<Records> live_ = std::make_shared<Records>();
     std::string problem_;
-    std::unique_ptr<const Records> beforeEdits_; // the live list when it was last equal to the file
+    std::unique_ptr<const Records> beforeEdits_; // the live list without the user's edits; nothing if it is as saved
     mutable bool compared_ = true; // differs_ is up to date
     mutable bool differs_ = false;
 };
@@ -201,8 +203,13 @@ void TWRecordList<Record>::merge(Records records)
     for (const Record& record : *live_)
         known.emplace(record.identity());
     std::erase_if(records, [&](const Record& record) { return !known.emplace(record.identity()).second; });
-    if (!records.empty())
-        edit([&](Records& live) { std::move(records.begin(), records.end(), std::back_inserter(live)); });
+    if (records.empty())
+        return;
+    Records before = beforeEdits_ ? *beforeEdits_ : *live_;
+    before.insert(before.end(), records.begin(), records.end());
+    beforeEdits_ = std::make_unique<const Records>(std::move(before));
+    std::move(records.begin(), records.end(), std::back_inserter(*live_));
+    compared_ = false;
 }
 
 template <TWRecord Record>
@@ -278,13 +285,14 @@ std::string TWRecordList<Record>::finishChange(Loaded saved, const std::function
     std::string problem = writeRecords(saved.records, saved.problem);
     if (!problem.empty())
         return problem;
-    if (!hasUnsavedEdits()) {
+    if (!beforeEdits_) {
         *live_ = std::move(saved.records);
-        beforeEdits_.reset();
         problem_.clear();
     } else {
         changeLive(*live_);
-        beforeEdits_ = std::make_unique<const Records>(std::move(saved.records));
+        Records before = *beforeEdits_;
+        changeLive(before);
+        beforeEdits_ = std::make_unique<const Records>(std::move(before));
         compared_ = false;
         // If the file was repaired in the meantime, the live list is still based on the stand-in. The problem stays, so
         // that the repaired file is kept when the live list is written over it.

@@ -97,13 +97,15 @@ TEST_F(TWRecordListTest, EditsStayUnsavedUntilTheyAreWrittenOrUndone)
     list.merge({ { "b", {} }, { "a", {} } });
     expect({ "a", "b" }, { "a", "b" }, false);
     list.merge({ { "new", { 1, 2 } }, { "b", {} }, { "new", {} } });
-    expect({ "a", "b", "new" }, { "a", "b" }, true);
+    expect({ "a", "b", "new" }, { "a", "b" }, false);
+    EXPECT_EQ(append("d"), "");
+    expect({ "a", "b", "new", "d" }, { "a", "b", "d" }, false);
     list.edit([](auto& records) { records.resize(10, { "too many", {} }); });
     EXPECT_NE(list.write().find("cannot be saved (it is full)"), std::string::npos);
     EXPECT_TRUE(list.hasUnsavedEdits());
-    list.edit([](auto& records) { records.resize(3); });
+    list.edit([](auto& records) { records.resize(4); });
     EXPECT_EQ(list.write(), "");
-    expect({ "a", "b", "new" }, { "a", "b", "new" }, false);
+    expect({ "a", "b", "new", "d" }, { "a", "b", "new", "d" }, false);
 }
 
 TEST_F(TWRecordListTest, ACommandChangesTheSavedListAndTheSameRecordsOfTheLiveOne)

@@ -133,13 +133,18 @@ TEST_F(TWMainWindowTest, EscapeStopsARunAndOneThatEndsBeforeTheAnswerLetsTheWind
 TEST_F(TWMainWindowTest, QuittingWithUnsavedEditsHasToBeConfirmed)
 {
     delegate->editors().dictionary().setWordDictionary({ "unsaved" });
-    EXPECT_FALSE(window->close());
-    EXPECT_EQ(machine.alerts.alerts.back().confirming, TWConfirming::LosesSomething);
-    machine.alerts.answer(TWAnswer::Alternate);
-    EXPECT_TRUE(window->isVisible());
+    const auto file = machine.root.folder("home/.local/share/Tidewell/Dictionary.plist");
+    for (const auto answer : { TWAnswer::Alternate, TWAnswer::Default }) {
+        EXPECT_FALSE(window->close());
+        machine.alerts.answer(answer);
+        EXPECT_TRUE(window->isVisible());
+    }
+    EXPECT_NE(machine.alerts.alerts.back().text.find("Dictionary.plist"), std::string::npos) << "could not be saved";
+    std::filesystem::remove(file);
+    machine.alerts.answer(TWAnswer::Default);
     EXPECT_FALSE(window->close());
     machine.alerts.answer(TWAnswer::Default);
-    EXPECT_FALSE(window->isVisible());
+    EXPECT_TRUE(!window->isVisible() && std::filesystem::exists(file));
 }
 
 TEST_F(TWMainWindowTest, SettingsThatAreLostOrCannotBeSavedAreAnnounced)

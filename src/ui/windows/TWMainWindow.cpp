@@ -23,10 +23,12 @@ constexpr auto StopAndQuit = "Stop and Quit";
 constexpr auto KeepCleaning = "Keep Cleaning";
 constexpr auto UnsavedTitle = "Some changes are not saved.";
 constexpr auto UnsavedText
-    = "They have been in use until now, and they are lost when Tidewell quits. To save them, open "
-      "the editor again.";
-constexpr auto QuitAnyway = "Quit Anyway";
+    = "They have been in use until now. If they are not saved, Tidewell forgets them when it quits.";
+constexpr auto SaveAndQuit = "Save and Quit";
+constexpr auto QuitWithoutSaving = "Quit Without Saving";
 constexpr auto Cancel = "Cancel";
+constexpr auto NotSavedTitle = "The changes could not be saved.";
+constexpr auto OK = "OK";
 
 constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png" };
 
@@ -294,35 +296,53 @@ void TWMainWindow::closeEvent(QCloseEvent* event)
         return;
     } else if (delegate_.running()) {
         askBeforeClosing(
-            { RunningTitle, RunningText, StopAndQuit, KeepCleaning, TWConfirming::LosesSomething }, [this] {
+            { RunningTitle, RunningText, StopAndQuit, KeepCleaning, TWConfirming::LosesSomething }, [this](TWAnswer) {
                 closing_ = Closing::WhenEnded;
                 stop();
                 closeIfEnded();
             });
-    } else if (hasUnsavedEdits()) {
-        askBeforeClosing({ UnsavedTitle, UnsavedText, QuitAnyway, Cancel, TWConfirming::LosesSomething }, [this] {
-            closing_ = Closing::Now;
-            close();
-        });
+    } else if (!editorsWithEdits().empty()) {
+        askBeforeClosing(
+            { UnsavedTitle, UnsavedText, SaveAndQuit, Cancel, TWConfirming::IsHarmless, QuitWithoutSaving },
+            [this](TWAnswer answer) {
+                const auto problem = answer == TWAnswer::Default ? saveEdits() : "";
+                closing_ = problem.empty() ? Closing::Now : Closing::No;
+                if (problem.empty())
+                    close();
+                else
+                    delegate_.platform().alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
+            });
     } else {
         event->accept();
         emit quitRequested();
     }
 }
 
-bool TWMainWindow::hasUnsavedEdits() const
+std::vector<TWEditor*> TWMainWindow::editorsWithEdits() const
 {
-    const auto editors = delegate_.editors().all();
-    return std::any_of(editors.begin(), editors.end(), [](const auto* editor) { return editor->hasUnsavedEdits(); });
+    auto editors = delegate_.editors().all();
+    std::erase_if(editors, [](const auto* editor) { return !editor->hasUnsavedEdits(); });
+    return editors;
 }
 
-void TWMainWindow::askBeforeClosing(const TWAlert& question, std::function<void()> confirmed)
+// "" or one line for each list that could not be saved.
+std::string TWMainWindow::saveEdits()
+{
+    std::string problems;
+    for (auto* editor : editorsWithEdits()) {
+        if (const auto problem = editor->write(); !problem.empty())
+            problems += (problems.empty() ? "" : "\n") + problem;
+    }
+    return problems;
+}
+
+void TWMainWindow::askBeforeClosing(const TWAlert& question, std::function<void(TWAnswer)> answered)
 {
     closing_ = Closing::Asking;
-    delegate_.platform().alerts.show(question, [this, confirmed = std::move(confirmed)](TWAnswer answer) {
-        if (answer == TWAnswer::Default)
-            confirmed();
-        else
+    delegate_.platform().alerts.show(question, [this, answered = std::move(answered)](TWAnswer answer) {
+        if (answer == TWAnswer::Alternate)
             closing_ = Closing::No;
+        else
+            answered(answer);
     });
 }

@@ -65,8 +65,11 @@ private:
     void showProblems();
     void stop();
     void closeIfEnded();
-    bool hasUnsavedEdits() const;
-    void askBeforeClosing(const TWAlert&, std::function<void()> confirmed);
+    std::vector<TWEditor*> editorsWithEdits() const;
+    std::string saveEdits();
+
+    // The call is made unless the user presses the alternate button, which keeps the window open.
+    void askBeforeClosing(const TWAlert&, std::function<void(TWAnswer)> answered);
 
     TWTidewellAppDelegate& delegate_;
     TWLightIcons lightIcons_;

@@ -26,8 +26,7 @@ public:
         setAttribute(Qt::WA_DeleteOnClose);
         createButtons(alert);
         setContent(createContent(alert), keyboardButton_);
-        connect(this, &QDialog::finished,
-            [this, answered = std::move(answered)] { answered(confirmed_ ? TWAnswer::Default : TWAnswer::Alternate); });
+        connect(this, &QDialog::finished, [this, answered = std::move(answered)] { answered(answer_); });
     }
 
 private:
@@ -81,13 +80,15 @@ private:
     void createButtons(const TWAlert& alert)
     {
         // With only one button, every way to close the alert means that button.
-        confirmed_ = alert.alternateButton.empty();
+        if (!alert.alternateButton.empty())
+            answer_ = TWAnswer::Alternate;
         auto* confirm = createButton(alert.defaultButton, QDialogButtonBox::AcceptRole, "defaultButton");
-        connect(confirm, &QPushButton::clicked, this, [this] {
-            confirmed_ = true;
-            accept();
-        });
+        connect(confirm, &QPushButton::clicked, this, [this] { end(TWAnswer::Default); });
         keyboardButton_ = confirm;
+        if (!alert.otherButton.empty()) {
+            auto* other = createButton(alert.otherButton, QDialogButtonBox::DestructiveRole, "otherButton");
+            connect(other, &QPushButton::clicked, this, [this] { end(TWAnswer::Other); });
+        }
         if (!alert.alternateButton.empty()) {
             auto* alternate = createButton(alert.alternateButton, QDialogButtonBox::RejectRole, "alternateButton");
             connect(alternate, &QPushButton::clicked, this, &QDialog::reject);
@@ -95,6 +96,12 @@ private:
                 keyboardButton_ = alternate;
         }
         setDefaultButton(keyboardButton_);
+    }
+
+    void end(TWAnswer answer)
+    {
+        answer_ = answer;
+        accept();
     }
 
     QPushButton* createButton(const std::string& text, QDialogButtonBox::ButtonRole role, const QString& objectName)
@@ -107,7 +114,7 @@ private:
     }
 
     QPushButton* keyboardButton_ = nullptr;
-    bool confirmed_ = false;
+    TWAnswer answer_ = TWAnswer::Default;
 };
 
 // Returns the sheet that is open on the window, else the window. An alert must not be the parent, because it would
