@@ -26,7 +26,13 @@ public:
     std::optional<Folder> folderThroughLinks(const std::string& path, int& error) const;
 
     // Lists the folder. On failure returns nothing and sets error to the errno: ESTALE if it is another folder by now.
-    std::unique_ptr<TWOpenFolder> list(const Folder&, int& error) const;
+    // The cancellation must outlive the result.
+    std::unique_ptr<TWOpenFolder> list(const Folder&, int& error, const TWCancellation&) const;
+
+    // Looks at all entries of a list of the folder, on all cores, and calls seen for each of them, on this thread and
+    // in the order of the list. When cancelled, stops early and returns false.
+    using Seen = std::function<void(std::string_view name, const TWFileLook&)>;
+    bool lookAtEntries(const Folder&, const TWOpenFolder& list, const TWCancellation&, const Seen& seen) const;
 
     // Adds an entry of the folder to the end of the plan.
     TWPlannedItem& add(TWPlan&, const Folder&, std::string_view name, const TWFileLook&) const;
