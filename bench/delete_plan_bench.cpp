@@ -1,9 +1,9 @@
 // What a long list of paths costs around its deletion: delete_plan_bench MODE [WHERE]
 //
 // memory FOLDER     plans to delete every entry of the folder: number of items, then bytes an item beyond its name
-// guard FOLDER      asks the deletion rules about every entry: milliseconds per 100,000
-// looks FOLDER      the same with nothing but one fstatat() for each
-// realpaths FOLDER  the same with nothing but one realpath() for each
+// guard FOLDER      looks at every entry and asks the deletion rules about it: milliseconds per 100,000
+// looks FOLDER      nothing but one fstatat() for each entry: milliseconds per 100,000
+// realpaths FOLDER  nothing but one realpath() for each entry: milliseconds per 100,000
 // run               empties the Trash of the home: longest turn of the event loop in milliseconds
 // stop WHEN         the same, stopped while planning, deleting or checking, or line for the line in the Trash row:
 //                   milliseconds from the stop to the end of the job, then those of the longest turn
@@ -14,7 +14,7 @@
 #include "app/TWCleanerLines.h"
 #include "app/TWTidewellAppDelegate.h"
 #include "cleaners/TWFilesCleaner.h"
-#include "cleaners/TWPathPlanner.h"
+#include "cleaners/TWFilesPlanner.h"
 #include "cleaners/TWTrashCleaner.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxMountTable.h"
@@ -163,10 +163,15 @@ std::size_t residentBytes()
     return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
+std::vector<TWFilesRule> rulesFor(const std::string& folder)
+{
+    return { TWFilesRule{ true, "", folder, TWFolderContents } };
+}
+
 void memory(World& world, const std::string& folder)
 {
     TWFilesCleanerInfo info;
-    info.filesArray = std::make_shared<std::vector<TWFilesRule>>(1, TWFilesRule{ true, "", folder, TWFolderContents });
+    info.filesArray = std::make_shared<std::vector<TWFilesRule>>(rulesFor(folder));
     TWFilesCleaner cleaner({ world.tools, world.settings });
     cleaner.setInfo(std::move(info));
     const auto before = residentBytes();
@@ -190,18 +195,18 @@ void printPer100000(Clock::time_point start, std::size_t paths)
     std::printf("%.2f\n", Milliseconds(Clock::now() - start).count() * 100'000 / static_cast<double>(paths));
 }
 
-void judge(World& world, const std::string& path)
+// Does what the background work of a cleaner does.
+void judge(World& world, const std::string& folder)
 {
+    const auto rules = rulesFor(folder);
     const TWCancellation never;
-    int error = 0;
+    std::size_t paths = 0;
     const auto start = Clock::now();
-    const TWPathPlanner planner(world.fileSystem, world.guard.rules());
-    const auto folder = planner.folderThroughLinks(path, error);
-    const auto list = planner.list(*folder, error, never);
-    TWPlan plan;
-    planner.lookAtEntries(*folder, *list, never,
-        [&](std::string_view name, const TWFileLook& look) { planner.add(plan, *folder, name, look); });
-    printPer100000(start, plan.items.size());
+    const TWPathPlanner pathPlanner(world.fileSystem, world.guard.rules());
+    TWFilesPlanner planner(
+        pathPlanner, world.places, rules, {}, [&](const TWPlan& part) { paths += part.items.size(); }, never);
+    planner.plan();
+    printPer100000(start, paths);
 }
 
 // Calls the function with the folder's descriptor and each name in it.
