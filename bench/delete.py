@@ -106,4 +106,5 @@ def main():
     goals.end()
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -1,53 +1,69 @@
-// What a long list costs around its deletion: delete_plan_bench MODE FOLDER
-//   memory   plans to delete every entry of the folder; prints items, bytes per item beyond its path, longest turn in
-//   ms guard    asks the deletion rules about every entry; prints milliseconds per 100,000 turns    empties the Trash
-//   of a home, without children; prints the longest turn of the event loop in ms: in the run, and
-//            while the quiet line is found out
-//   stop     the same, stopped while planning, deleting and checking; prints how long each stop took, in ms
+// What a long list of paths costs around its deletion: delete_plan_bench MODE [WHERE]
+//
+// memory FOLDER     plans to delete every entry of the folder: number of items, then bytes an item beyond its name
+// guard FOLDER      looks at every entry and asks the deletion rules about it: milliseconds per 100,000
+// looks FOLDER      nothing but one fstatat() for each entry: milliseconds per 100,000
+// realpaths FOLDER  nothing but one realpath() for each entry: milliseconds per 100,000
+// run               empties the Trash of the home: longest turn of the event loop in milliseconds
+// stop WHEN         the same, stopped while planning, deleting or checking, or line for the line in the Trash row:
+//                   milliseconds from the stop to the end of the job, then those of the longest turn
+//
+// Only the last children before a stop are real ones. All other paths are deleted in this process, so that a list of
+// any length takes no longer than its handling.
 
 #include "app/TWCleanerLines.h"
 #include "app/TWTidewellAppDelegate.h"
 #include "cleaners/TWFilesCleaner.h"
-#include "cleaners/TWPathPlanner.h"
+#include "cleaners/TWFilesPlanner.h"
 #include "cleaners/TWTrashCleaner.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPlaces.h"
+#include "platform/linux/TWLinuxProcessLauncher.h"
+#include "platform/posix/TWFileUserDefaults.h"
+#include "platform/posix/TWPosixOwnFiles.h"
 #include "platform/qt/TWQtRunLoop.h"
 
 #include <QCoreApplication>
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-// Deletes in this process, so that a list of any length takes no longer than its handling.
-class UnlinkingLauncher final : public TWProcessLauncher {
+class Launcher final : public TWProcessLauncher {
 public:
-    explicit UnlinkingLauncher(TWRunLoop& runLoop)
+    explicit Launcher(TWRunLoop& runLoop)
         : runLoop_(runLoop)
+        , children_(runLoop)
     {
-    }
-    std::unique_ptr<TWChildProcess> launch(const std::string&, const std::vector<std::string>& arguments,
-        const TWHeldFolder& folder, Terminated terminated) override
-    {
-        unlinkat(folder.descriptor(), arguments.back().c_str(), 0);
-        return std::make_unique<Child>(runLoop_, std::move(terminated));
     }
 
+    std::unique_ptr<TWChildProcess> launch(const std::string& path, const std::vector<std::string>& arguments,
+        const TWHeldFolder& folder, Terminated terminated) override
+    {
+        if (launched_++ >= withoutChildren)
+            return children_.launch(path, arguments, folder, std::move(terminated));
+        unlinkat(folder.descriptor(), arguments.back().c_str(), 0);
+        return std::make_unique<NoChild>(runLoop_, std::move(terminated));
+    }
+
+    std::size_t withoutChildren = std::numeric_limits<std::size_t>::max(); // the first so many paths
+
 private:
-    class Child final : public TWChildProcess {
+    class NoChild final : public TWChildProcess {
     public:
-        Child(TWRunLoop& runLoop, Terminated terminated)
+        NoChild(TWRunLoop& runLoop, Terminated terminated)
             : end_(runLoop.after(TWRunLoop::Duration(0), [call = std::move(terminated)] { call({}); }))
         {
         }
@@ -59,56 +75,84 @@ private:
     };
 
     TWRunLoop& runLoop_;
+    TWLinuxProcessLauncher children_;
+    std::size_t launched_ = 0;
 };
 
-// A settings file that holds nothing.
-class NoDefaults final : public TWUserDefaults {
-public:
-    std::optional<TWValue> value(const std::string&) const override { return std::nullopt; }
-    void setValue(const std::string&, const TWValue&) override { }
-    void removeValue(const std::string&) override { }
-    std::string synchronize() override { return ""; }
-    std::string problem() const override { return ""; }
-    std::string file() const override { return ""; }
-};
-
-struct World final : private TWCleanerDelegate {
+struct World {
     TWPlaces places = TWLinuxPlaces();
     TWQtRunLoop runLoop;
     TWLinuxFileSystem fileSystem;
     TWLinuxMountTable mountTable;
-    UnlinkingLauncher launcher{ runLoop };
+    Launcher launcher{ runLoop };
     TWDeletionGuard guard{ places, fileSystem, mountTable, places.dataHome + "/Tidewell" };
     TWDeletionTools tools{ runLoop, launcher, fileSystem, guard, places };
-    NoDefaults defaults;
+    TWPosixOwnFiles ownFiles;
+    TWFileUserDefaults defaults{ ownFiles, runLoop, places.dataHome + "/no settings" };
     TWSettings settings{ defaults };
-    Milliseconds longestTurn{ 0 };
+};
 
-    World()
+// Watches how long the turns of the event loop take while it exists, to a millisecond. Without a pause between the
+// beats, the watch would keep a core from the work in the background.
+class Turns final {
+public:
+    explicit Turns(TWRunLoop& runLoop)
     {
-        heartbeat_ = runLoop.every(TWRunLoop::Duration(0), [this] {
+        heartbeat_ = runLoop.every(TWRunLoop::Duration(1), [this] {
             const auto now = Clock::now();
-            longestTurn = std::max(longestTurn, Milliseconds(now - lastBeat_));
+            longest_ = std::max(longest_, Milliseconds(now - lastBeat_));
             lastBeat_ = now;
         });
     }
 
-    void run(TWCleaner& cleaner)
-    {
-        cleaner.setDelegate(this);
-        lastBeat_ = Clock::now();
-        cleaner.clean();
-        QCoreApplication::exec();
-    }
-
-    std::function<void(TWCleaner&)> progressed = [](TWCleaner&) {};
+    double longest() const { return longest_.count(); }
 
 private:
-    void cleanerProgress(TWCleaner& cleaner) override { progressed(cleaner); }
-    void cleanerFinished(TWCleaner&) override { QCoreApplication::exit(); }
-
+    Milliseconds longest_{ 0 };
     Clock::time_point lastBeat_ = Clock::now();
     std::unique_ptr<TWRunLoopHandle> heartbeat_;
+};
+
+// Empties the Trash. The turn in which the cleaner is destroyed belongs to it.
+class Emptying final : private TWCleanerDelegate {
+public:
+    explicit Emptying(World& world)
+        : runLoop_(world.runLoop)
+        , cleaner_(std::make_unique<TWTrashCleaner>(TWCleanerContext{ world.tools, world.settings }))
+    {
+        cleaner_->setDelegate(this);
+    }
+
+    std::function<void()> progressed = [] {};
+
+    void run()
+    {
+        cleaner_->clean();
+        QCoreApplication::exec();
+    }
+    void stop()
+    {
+        stopped_ = Clock::now();
+        cleaner_->stop();
+    }
+    double untilEnd() const { return Milliseconds(ended_ - stopped_).count(); }
+
+private:
+    void cleanerProgress(TWCleaner&) override { progressed(); }
+    void cleanerFinished(TWCleaner&) override
+    {
+        ended_ = Clock::now();
+        next_ = runLoop_.after(TWRunLoop::Duration(0), [this] {
+            cleaner_.reset();
+            next_ = runLoop_.after(TWRunLoop::Duration(5), [] { QCoreApplication::exit(); });
+        });
+    }
+
+    TWRunLoop& runLoop_;
+    std::unique_ptr<TWCleaner> cleaner_;
+    std::unique_ptr<TWRunLoopHandle> next_;
+    Clock::time_point stopped_;
+    Clock::time_point ended_;
 };
 
 std::size_t residentBytes()
@@ -119,10 +163,15 @@ std::size_t residentBytes()
     return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
+std::vector<TWFilesRule> rulesFor(const std::string& folder)
+{
+    return { TWFilesRule{ true, "", folder, TWFolderContents } };
+}
+
 void memory(World& world, const std::string& folder)
 {
     TWFilesCleanerInfo info;
-    info.filesArray = std::make_shared<std::vector<TWFilesRule>>(1, TWFilesRule{ true, "", folder, TWFolderContents });
+    info.filesArray = std::make_shared<std::vector<TWFilesRule>>(rulesFor(folder));
     TWFilesCleaner cleaner({ world.tools, world.settings });
     cleaner.setInfo(std::move(info));
     const auto before = residentBytes();
@@ -133,67 +182,122 @@ void memory(World& world, const std::string& folder)
             QCoreApplication::exit();
         });
     QCoreApplication::exec();
-    std::size_t pathBytes = 0;
+    const auto taken = residentBytes() - before;
+    std::size_t names = 0;
     for (const auto& item : plan.items)
-        pathBytes += plan.path(item).size();
-    const auto taken = static_cast<double>(residentBytes() - before) - static_cast<double>(pathBytes);
-    std::printf("%zu %.1f %.1f\n", plan.items.size(), taken / static_cast<double>(plan.items.size()),
-        world.longestTurn.count());
+        names += item.name.size();
+    const auto items = static_cast<double>(plan.items.size());
+    std::printf("%zu %.1f\n", plan.items.size(), (static_cast<double>(taken) - static_cast<double>(names)) / items);
 }
 
-void judge(World& world, const std::string& path)
+void printPer100000(Clock::time_point start, std::size_t paths)
 {
-    int error = 0;
-    const TWPathPlanner planner(world.fileSystem, world.guard.rules());
+    std::printf("%.2f\n", Milliseconds(Clock::now() - start).count() * 100'000 / static_cast<double>(paths));
+}
+
+// Does what the background work of a cleaner does.
+void judge(World& world, const std::string& folder)
+{
+    const auto rules = rulesFor(folder);
+    const TWCancellation never;
+    std::size_t paths = 0;
     const auto start = Clock::now();
-    const auto folder = planner.folderThroughLinks(path, error);
-    const auto open = planner.list(*folder, error);
-    TWPlan plan;
-    for (const auto& entry : open->entries())
-        planner.add(plan, *folder, entry.name, open->look(entry));
-    const Milliseconds taken = Clock::now() - start;
-    std::printf("%.2f\n", taken.count() * 100'000 / static_cast<double>(plan.items.size()));
+    const TWPathPlanner pathPlanner(world.fileSystem, world.guard.rules());
+    TWFilesPlanner planner(
+        pathPlanner, world.places, rules, {}, [&](const TWPlan& part) { paths += part.items.size(); }, never);
+    planner.plan();
+    printPer100000(start, paths);
 }
 
-void turns(World& world)
+// Calls the function with the folder's descriptor and each name in it.
+template <typename Function>
+void forEachName(const std::string& path, Function function)
 {
-    TWCleanerLines lines(
-        { world.tools, world.settings }, { world.settings, world.places }, [](int position, const auto&) {
-            if (position == TWCleanerPosition("trash"))
-                QCoreApplication::exit();
-        });
-    lines.refresh();
-    QCoreApplication::exec();
-    lines.pause();
-    const auto inLine = std::exchange(world.longestTurn, Milliseconds(0));
-    TWTrashCleaner cleaner({ world.tools, world.settings });
-    world.run(cleaner);
-    std::printf("%.1f %.1f\n", world.longestTurn.count(), inLine.count());
+    const auto start = Clock::now();
+    std::size_t paths = 0;
+    DIR* const folder = opendir(path.c_str());
+    while (const auto* entry = readdir(folder)) {
+        function(dirfd(folder), entry->d_name);
+        ++paths;
+    }
+    closedir(folder);
+    printPer100000(start, paths);
 }
 
-// Prints how long it took from the stop to the end of the job. Each kind of stop needs a Trash of its own.
-void stop(World& world, std::string_view when)
+void looks(const std::string& path)
 {
-    TWTrashCleaner cleaner({ world.tools, world.settings });
-    Clock::time_point stopped;
-    const auto now = [&] {
-        stopped = Clock::now();
-        cleaner.stop();
-    };
-    const auto items = std::distance(
-        std::filesystem::directory_iterator(world.places.trash + "/files"), std::filesystem::directory_iterator());
-    std::ptrdiff_t deleted = 0;
-    const auto at = when == "deleting" ? items / 2 : items;
+    forEachName(path, [](int folder, const char* name) {
+        struct stat found;
+        fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW);
+    });
+}
+
+void realpaths(const std::string& path)
+{
+    forEachName(path, [&path](int, const char* name) { std::free(realpath((path + "/" + name).c_str(), nullptr)); });
+}
+
+void run(World& world)
+{
+    const Turns turns(world.runLoop);
+    Emptying(world).run();
+    std::printf("%.1f\n", turns.longest());
+}
+
+void stopEmptying(World& world, std::string_view when)
+{
+    constexpr std::size_t Children = 20; // the latest before the stop
+    const auto trashed = static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator(world.places.trash + "/files"), {}));
+    const auto at = when == "deleting" ? trashed / 2 : trashed;
+    if (when == "deleting")
+        world.launcher.withoutChildren = at - std::min(at, Children);
+    const Turns turns(world.runLoop);
+    Emptying emptying(world);
+    std::size_t deleted = 0;
     std::unique_ptr<TWRunLoopHandle> timer;
-    if (when == "planning")
-        timer = world.runLoop.after(TWRunLoop::Duration(30), now);
-    world.progressed = [&](TWCleaner&) {
-        // While the last one is deleted, the stop comes a moment later: during the check.
-        if (++deleted == at && when != "planning")
-            timer = world.runLoop.after(TWRunLoop::Duration(when == "checking" ? 2 : 0), now);
+    const auto stopAfter = [&](int milliseconds) {
+        timer = world.runLoop.after(TWRunLoop::Duration(milliseconds), [&] { emptying.stop(); });
     };
-    world.run(cleaner);
-    std::printf("%.1f\n", Milliseconds(Clock::now() - stopped).count());
+    if (when == "planning")
+        stopAfter(30);
+    else
+        emptying.progressed = [&] {
+            if (++deleted == at)
+                stopAfter(when == "checking" ? 2 : 0); // the check begins once the last path is deleted
+        };
+    emptying.run();
+    std::printf("%.1f %.1f\n", emptying.untilEnd(), turns.longest());
+}
+
+// The end includes that of the work in the background.
+void stopLine(std::unique_ptr<World> world)
+{
+    Clock::time_point stopped;
+    double longestTurn = 0;
+    {
+        const Turns turns(world->runLoop);
+        std::unique_ptr<TWRunLoopHandle> timer;
+        std::unique_ptr<TWCleanerLines> lines;
+        const auto stop = [&] {
+            stopped = Clock::now();
+            lines->pause();
+            timer = world->runLoop.after(TWRunLoop::Duration(0), [] { QCoreApplication::exit(); });
+        };
+        const auto changed = [&](int position, const std::string&) {
+            // A short list is through before the time; the rows after it are not asked for.
+            const int before = TWCleanerPosition("trash") - position;
+            if (before == 0 || before == 1)
+                timer = world->runLoop.after(TWRunLoop::Duration(before * 30), stop);
+        };
+        lines = std::make_unique<TWCleanerLines>(TWCleanerContext{ world->tools, world->settings },
+            TWSettingsSources{ world->settings, world->places }, changed);
+        lines->refresh();
+        QCoreApplication::exec();
+        longestTurn = turns.longest();
+    }
+    world.reset();
+    std::printf("%.1f %.1f\n", Milliseconds(Clock::now() - stopped).count(), longestTurn);
 }
 
 }
@@ -201,16 +305,23 @@ void stop(World& world, std::string_view when)
 int main(int count, char** arguments)
 {
     QCoreApplication application(count, arguments);
-    const std::string_view mode = count > 1 ? arguments[1] : "";
-    World world;
-    if (mode == "memory" && count == 3)
-        memory(world, arguments[2]);
-    else if (mode == "guard" && count == 3)
-        judge(world, arguments[2]);
-    else if (mode == "turns")
-        turns(world);
-    else if (mode == "stop" && count == 3)
-        stop(world, arguments[2]);
+    const std::string mode = count > 1 ? arguments[1] : "";
+    const std::string where = count > 2 ? arguments[2] : "";
+    auto world = std::make_unique<World>();
+    if (mode == "memory" && !where.empty())
+        memory(*world, where);
+    else if (mode == "guard" && !where.empty())
+        judge(*world, where);
+    else if (mode == "looks" && !where.empty())
+        looks(where);
+    else if (mode == "realpaths" && !where.empty())
+        realpaths(where);
+    else if (mode == "run")
+        run(*world);
+    else if (mode == "stop" && where == "line")
+        stopLine(std::move(world));
+    else if (mode == "stop" && (where == "planning" || where == "deleting" || where == "checking"))
+        stopEmptying(*world, where);
     else
         return 2;
 }

@@ -22,8 +22,6 @@ constexpr auto NotFinished = "The search in %@ could not be finished, because th
 constexpr auto MountMet = "The folder %@ was not searched, because a volume is mounted there.";
 constexpr auto NothingToDelete = "No files to delete in %@";
 
-constexpr std::size_t EntriesBetweenQuestions = 256; // how often cancellation is checked
-
 bool needsKeywords(const std::vector<TWFilesRule>& rules)
 {
     return std::any_of(
@@ -186,19 +184,16 @@ bool TWFilesPlanner::planFolder(const TWFilesRule& rule, const std::string& path
 void TWFilesPlanner::planContents(const Folder& folder)
 {
     int error = 0;
-    const auto open = planner_.list(folder, error);
+    const auto open = planner_.list(folder, error, cancellation_);
     if (!open) {
         sayUnreadable(folder.planned->path, error);
         return;
     }
-    std::size_t steps = 0;
-    for (const auto& entry : open->entries()) {
-        if (++steps % EntriesBetweenQuestions == 0 && cancellation_.cancelled())
-            return;
-        addItem(part_, folder, entry.name, open->look(entry));
+    planner_.lookAtEntries(folder, *open, cancellation_, [&](std::string_view name, const TWFileLook& look) {
+        addItem(part_, folder, name, look);
         if (part_.size() >= TWPlanStream::PartSize)
             putPart();
-    }
+    });
 }
 
 void TWFilesPlanner::addItem(TWPlan& plan, const Folder& folder, std::string_view name, const TWFileLook& look)

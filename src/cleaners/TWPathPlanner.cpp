@@ -1,6 +1,15 @@
 #include "cleaners/TWPathPlanner.h"
 
+#include "platform/TWOnAllCores.h"
+
+#include <algorithm>
 #include <cerrno>
+
+namespace {
+
+constexpr std::size_t EntriesTogether = 4096; // enough to be worth several threads
+
+}
 
 std::optional<TWPathPlanner::Folder> TWPathPlanner::folder(
     const std::string& path, const std::string& realPath, int& error) const
@@ -21,13 +30,33 @@ std::optional<TWPathPlanner::Folder> TWPathPlanner::folderThroughLinks(const std
     return real ? folder(path, *real, error) : std::nullopt;
 }
 
-std::unique_ptr<TWOpenFolder> TWPathPlanner::list(const Folder& folder, int& error) const
+std::unique_ptr<TWOpenFolder> TWPathPlanner::list(
+    const Folder& folder, int& error, const TWCancellation& cancellation) const
 {
-    auto open = fileSystem_.openFolder(folder.planned->realPath, error);
+    auto open = fileSystem_.openFolder(folder.planned->realPath, error, &cancellation);
     if (!open || open->identity() == folder.planned->identity)
         return open;
     error = ESTALE;
     return nullptr;
+}
+
+bool TWPathPlanner::lookAtEntries(
+    const Folder& folder, const TWOpenFolder& list, const TWCancellation& cancellation, const Seen& seen) const
+{
+    const auto& entries = list.entries();
+    std::vector<TWFileLook> looks(std::min(entries.size(), EntriesTogether));
+    for (std::size_t start = 0; start < entries.size(); start += EntriesTogether) {
+        const auto count = std::min(EntriesTogether, entries.size() - start);
+        TWOnAllCores(count, [&](std::size_t begin, std::size_t end) {
+            for (auto index = begin; index < end && !cancellation.cancelled(); ++index)
+                looks[index] = folder.held->look(std::string(entries[start + index].name));
+        });
+        if (cancellation.cancelled())
+            return false;
+        for (std::size_t index = 0; index < count; ++index)
+            seen(entries[start + index].name, looks[index]);
+    }
+    return true;
 }
 
 TWPlannedItem& TWPathPlanner::add(

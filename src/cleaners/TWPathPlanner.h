@@ -25,8 +25,14 @@ public:
     // The same for a path that may contain symbolic links; all of them are followed.
     std::optional<Folder> folderThroughLinks(const std::string& path, int& error) const;
 
-    // Lists the folder. On failure returns nullptr and sets error to the errno: ESTALE if the folder has been replaced.
-    std::unique_ptr<TWOpenFolder> list(const Folder&, int& error) const;
+    // Lists the folder. On failure returns nothing and sets error to the errno: ESTALE if it is another folder by now.
+    // The cancellation must outlive the result.
+    std::unique_ptr<TWOpenFolder> list(const Folder&, int& error, const TWCancellation&) const;
+
+    // Looks at all entries of a list of the folder, on all cores, and calls seen for each of them, on this thread and
+    // in the order of the list. When cancelled, stops early and returns false.
+    using Seen = std::function<void(std::string_view name, const TWFileLook&)>;
+    bool lookAtEntries(const Folder&, const TWOpenFolder& list, const TWCancellation&, const Seen& seen) const;
 
     // Appends an entry of the folder to the plan, with the deletion rules' objection if there is one.
     TWPlannedItem& add(TWPlan&, const Folder&, std::string_view name, const TWFileLook&) const;

@@ -21,8 +21,6 @@ constexpr std::string_view RecordEnding = ".trashinfo";
 // File managers cache the sizes of trashed folders here, so it names what was in the Trash.
 constexpr auto SizesFile = "directorysizes";
 
-constexpr std::size_t EntriesBetweenQuestions = 256; // how often cancellation is checked
-
 bool isRecord(std::string_view name)
 {
     return name.ends_with(RecordEnding) && name.size() > RecordEnding.size();
@@ -57,26 +55,25 @@ private:
     {
         std::optional<Folder> folder;
         const auto open = openFolder(path, folder);
-        for (const auto& entry : open ? open->entries() : std::vector<TWFolderEntry>()) {
-            if (stopped())
-                return false;
-            planner_.add(part_, *folder, entry.name, open->look(entry));
-            items_.emplace(entry.name, planned_++);
-            putFullPart();
-        }
-        return !part_.incomplete;
+        const bool finished
+            = !open || lookAtEntries(*folder, *open, [&](std::string_view name, const TWFileLook& look) {
+                  planner_.add(part_, *folder, name, look);
+                  items_.emplace(name, planned_++);
+                  putFullPart();
+              });
+        return finished && !part_.incomplete;
     }
 
     void planRecords(const std::string& path)
     {
         std::optional<Folder> folder;
         const auto open = openFolder(path, folder);
-        for (const auto& entry : open ? open->entries() : std::vector<TWFolderEntry>()) {
-            if (stopped())
-                return;
-            if (isRecord(entry.name))
-                planRecord(*folder, entry.name, open->look(entry));
-        }
+        if (!open)
+            return;
+        lookAtEntries(*folder, *open, [&](std::string_view name, const TWFileLook& look) {
+            if (isRecord(name))
+                planRecord(*folder, name, look);
+        });
     }
 
     // A folder that does not exist counts as empty; one that cannot be read makes the plan incomplete. Does not follow
@@ -86,7 +83,7 @@ private:
         int error = 0;
         const auto real = planner_.fileSystem().realPath(path, TWLinkAtEnd::DoNotFollow, &error);
         folder = real ? planner_.folder(path, *real, error) : std::nullopt;
-        auto open = folder ? planner_.list(*folder, error) : nullptr;
+        auto open = folder ? planner_.list(*folder, error, sink_.cancellation()) : nullptr;
         if (!open && error != ENOENT) {
             part_.addLine(TWText::fill(Unreadable, { path, TWErrorText(error) }));
             part_.incomplete = true;
@@ -115,7 +112,10 @@ private:
             planner_.add(part_, *folder, SizesFile, look).quiet = true;
     }
 
-    bool stopped() { return ++steps_ % EntriesBetweenQuestions == 0 && sink_.cancellation().cancelled(); }
+    bool lookAtEntries(const Folder& folder, const TWOpenFolder& list, const TWPathPlanner::Seen& seen) const
+    {
+        return planner_.lookAtEntries(folder, list, sink_.cancellation(), seen);
+    }
 
     void putFullPart()
     {
@@ -126,9 +126,8 @@ private:
     const TWPathPlanner& planner_;
     TWPlanStream::Sink& sink_;
     TWPlan part_;
-    std::uint32_t planned_ = 0; // number of items in all parts
-    std::unordered_map<std::string, std::uint32_t> items_; // index of each item, by name
-    std::size_t steps_ = 0;
+    std::uint32_t planned_ = 0; // items of all parts
+    std::unordered_map<std::string, std::uint32_t> items_; // numbers of the items, by name
 };
 
 }

@@ -1,5 +1,6 @@
 #include "deletion/TWFileDeleteQueue.h"
 
+#include "platform/TWOnAllCores.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -19,35 +20,18 @@ constexpr auto NeverStarted = "Stopped: %@ not deleted.";
 constexpr auto NotChecked = "Stopped: what was deleted could not be checked to the end.";
 
 constexpr std::size_t PathsPerTurn = 500; // so that the window stays responsive
-constexpr std::size_t PathsBetweenQuestions = 256; // about cancellation
 
 }
 
-// Looks for the paths of a list on another thread.
-class TWFileDeleteQueue::Check final {
+// Looks for the paths of a list. One thread at a time.
+class TWFileDeleteQueue::Look final {
 public:
-    Check(const Files& files, const TWFileSystem& fileSystem)
-        : files_(files)
-        , fileSystem_(fileSystem)
+    explicit Look(const TWFileSystem& fileSystem)
+        : fileSystem_(fileSystem)
     {
     }
 
-    // Outcomes of the first paths of the list; fewer when cancelled.
-    std::vector<Outcome> look(std::size_t count, const TWCancellation& cancellation)
-    {
-        std::vector<Outcome> outcomes;
-        outcomes.reserve(count);
-        for (std::size_t index = 0; index < count; ++index) {
-            if (index % PathsBetweenQuestions == 0 && cancellation.cancelled())
-                return outcomes;
-            outcomes.push_back(lookAt(files_[index]));
-        }
-        acquitInnerPaths(outcomes);
-        return outcomes;
-    }
-
-private:
-    Outcome lookAt(const TWDeletionTarget& target)
+    Outcome at(const TWDeletionTarget& target)
     {
         if (!target.hasFolder())
             return Outcome::Unknown;
@@ -60,6 +44,7 @@ private:
         return presence == TWPresence::Gone ? Outcome::Gone : Outcome::Left;
     }
 
+private:
     // The paths of one folder usually stand side by side.
     void openFolder(const TWPlannedFolder* planned)
     {
@@ -76,6 +61,36 @@ private:
         }
     }
 
+    const TWFileSystem& fileSystem_;
+    const TWPlannedFolder* planned_ = nullptr; // the folder looked at last
+    std::unique_ptr<TWHeldFolder> folder_; // nothing if it could not be opened
+    Outcome missing_ = Outcome::Unknown; // then holds for every path in it
+};
+
+// Checks a list on other threads.
+class TWFileDeleteQueue::Check final {
+public:
+    Check(const Files& files, const TWFileSystem& fileSystem)
+        : files_(files)
+        , fileSystem_(fileSystem)
+    {
+    }
+
+    // Outcomes of the first paths of the list. When cancelled, stops early; nobody waits for them any more.
+    std::vector<Outcome> look(std::size_t count, const TWCancellation& cancellation) const
+    {
+        std::vector<Outcome> outcomes(count, Outcome::Unknown);
+        TWOnAllCores(count, [&](std::size_t begin, std::size_t end) {
+            Look look(fileSystem_);
+            for (auto index = begin; index < end && !cancellation.cancelled(); ++index)
+                outcomes[index] = look.at(files_[index]);
+        });
+        if (!cancellation.cancelled())
+            acquitInnerPaths(outcomes);
+        return outcomes;
+    }
+
+private:
     // A path is also gone if the folder around it was deleted on behalf of another path of this list.
     void acquitInnerPaths(std::vector<Outcome>& outcomes) const
     {
@@ -105,9 +120,6 @@ private:
 
     const Files& files_;
     const TWFileSystem& fileSystem_;
-    const TWPlannedFolder* planned_ = nullptr; // the folder looked at last
-    std::unique_ptr<TWHeldFolder> folder_; // nothing if it could not be opened
-    Outcome missing_ = Outcome::Unknown; // then holds for every path in it
 };
 
 TWFileDeleteQueue::TWFileDeleteQueue(const TWDeletionTools& tools, Announcing announcing)

@@ -70,6 +70,7 @@ private:
         Unknown, // the disk could not be asked, or the tool that had to overwrite it failed
         NotStarted,
     };
+    class Look;
     class Check;
     using Files = std::vector<TWDeletionTarget>;
 

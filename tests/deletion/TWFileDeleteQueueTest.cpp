@@ -167,6 +167,22 @@ TEST_F(TWFileDeleteQueueTest, APathInsideAnotherOneOfTheListGoesWithIt)
             "Could not delete ROOT/elsewhere/file", "something left" }));
 }
 
+// So long that it is checked on several threads.
+TEST_F(TWFileDeleteQueueTest, EverySurvivorOfALongListIsNamed)
+{
+    launcher.deletes = false;
+    for (const auto* left : { "0", "1499", "1500", "2999" })
+        root.write(left, "x");
+    for (int number = 0; number < 3000; ++number)
+        queue->addFile(target(root.path(std::to_string(number))));
+    run();
+    runLoop.advance(10s);
+    takeLines();
+    EXPECT_EQ(verify(),
+        (Lines{ "Could not delete ROOT/0", "Could not delete ROOT/1499", "Could not delete ROOT/1500",
+            "Could not delete ROOT/2999", "something left" }));
+}
+
 TEST_F(TWFileDeleteQueueTest, StopStartsNothingFurtherAndCountsTheRest)
 {
     launcher.ending = TWRecordingLauncher::Ending::ByTest;
