@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t EntriesTogether = 4096; // enough to be worth several threads
+constexpr std::size_t EntriesTogether = 16384; // enough to be worth several threads
 
 }
 
