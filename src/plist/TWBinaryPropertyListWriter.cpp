@@ -62,8 +62,9 @@ bool TWBinaryPropertyListWriter::fits()
 void TWBinaryPropertyListWriter::numberAll(const TWValue& root)
 {
     values_.push_back(&root);
-    for (std::size_t i = 0; i < values_.size(); i++)
-        numberChildren(*values_[i]);
+    std::size_t next = 0;
+    while (next < values_.size())
+        numberChildren(*values_[next++]); // which appends to values_
 }
 
 void TWBinaryPropertyListWriter::numberChildren(const TWValue& value)

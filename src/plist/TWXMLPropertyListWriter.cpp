@@ -227,8 +227,8 @@ bool TWXMLPropertyListWriter::writeDate(TWDate date)
 bool TWXMLPropertyListWriter::writeData(std::string_view bytes)
 {
     output_ += "<data>\n";
-    const int columns = std::max(16, 76 - 8 * depth_);
-    const std::size_t bytesPerLine = std::size_t(columns / 4 * 3);
+    const auto columns = static_cast<std::size_t>(std::max(16, 76 - 8 * depth_));
+    const std::size_t bytesPerLine = columns / 4 * 3;
     while (!bytes.empty()) {
         if (isTooLong())
             return false;

@@ -32,8 +32,12 @@ TWDictionary TWKeptEntries::merged(std::vector<TWDictionary::Entry> understood) 
     std::vector<TWDictionary::Entry> whole;
     whole.reserve(kept_->order.size());
     auto next = kept_->entries.begin();
-    for (const char place : kept_->order)
-        whole.push_back(place == NotUnderstood ? *next++ : std::move(understood[static_cast<std::size_t>(place)]));
+    for (const char place : kept_->order) {
+        if (place == NotUnderstood)
+            whole.push_back(*next++);
+        else
+            whole.push_back(std::move(understood[static_cast<std::size_t>(place)]));
+    }
     return TWDictionary::fromEntries(std::move(whole));
 }
 

@@ -8,31 +8,31 @@ namespace {
 using enum TWKeyType;
 
 constexpr TWKeyRow Rows[] = {
-    { TWKey::ApplicationsCleaner, "ApplicationsCleaner", Boolean, "quit the chosen applications in a run" },
-    { TWKey::RecentItemsCleaner, "RecentItemsCleaner", Boolean, "remove recent items in a run" },
-    { TWKey::TrashCleaner, "TrashCleaner", Boolean, "empty the Trash in a run" },
-    { TWKey::VolumesCleaner, "VolumesCleaner", Boolean, "unmount the chosen volumes in a run" },
-    { TWKey::ClipboardCleaner, "ClipboardCleaner", Boolean, "clear the clipboard in a run" },
-    { TWKey::FilesCleaner, "FilesCleaner", Boolean, "delete what the Files rules name in a run" },
-    { TWKey::LogsCleaner, "LogsCleaner", Boolean, "delete the checked logs in a run" },
-    { TWKey::SafariTabsCleaner, "SafariTabsCleaner", Boolean, "close browser tabs in a run" },
-    { TWKey::ShowResults, "ShowResults", Boolean, "open the results window by itself" },
-    { TWKey::ShowResultsMode, "ShowResultsMode", Integer, "when: 0 a cleaner fails, 1 a run starts, 2 a run ends" },
-    { TWKey::GrowlCleaningDone, "GrowlCleaningDone", Boolean, "post a notification when a run ends" },
-    { TWKey::AutoQuit, "AutoQuit", Boolean, "quit when a run ends" },
-    { TWKey::AutoQuitMode, "AutoQuitMode", Integer, "0 only if every cleaner succeeded, else always" },
-    { TWKey::BounceDockIcon, "BounceDockIcon", Boolean, "ask for attention when a run ends" },
-    { TWKey::SecurelyDeleteFiles, "SecurelyDeleteFiles", Boolean, "overwrite files before deleting them" },
-    { TWKey::SecurelyDeleteFilesMode, "SecurelyDeleteFilesMode", Integer,
+    { TWKey::ApplicationsCleaner, Boolean, "ApplicationsCleaner", "quit the chosen applications in a run" },
+    { TWKey::RecentItemsCleaner, Boolean, "RecentItemsCleaner", "remove recent items in a run" },
+    { TWKey::TrashCleaner, Boolean, "TrashCleaner", "empty the Trash in a run" },
+    { TWKey::VolumesCleaner, Boolean, "VolumesCleaner", "unmount the chosen volumes in a run" },
+    { TWKey::ClipboardCleaner, Boolean, "ClipboardCleaner", "clear the clipboard in a run" },
+    { TWKey::FilesCleaner, Boolean, "FilesCleaner", "delete what the Files rules name in a run" },
+    { TWKey::LogsCleaner, Boolean, "LogsCleaner", "delete the checked logs in a run" },
+    { TWKey::SafariTabsCleaner, Boolean, "SafariTabsCleaner", "close browser tabs in a run" },
+    { TWKey::ShowResults, Boolean, "ShowResults", "open the results window by itself" },
+    { TWKey::ShowResultsMode, Integer, "ShowResultsMode", "when: 0 a cleaner fails, 1 a run starts, 2 a run ends" },
+    { TWKey::GrowlCleaningDone, Boolean, "GrowlCleaningDone", "post a notification when a run ends" },
+    { TWKey::AutoQuit, Boolean, "AutoQuit", "quit when a run ends" },
+    { TWKey::AutoQuitMode, Integer, "AutoQuitMode", "0 only if every cleaner succeeded, else always" },
+    { TWKey::BounceDockIcon, Boolean, "BounceDockIcon", "ask for attention when a run ends" },
+    { TWKey::SecurelyDeleteFiles, Boolean, "SecurelyDeleteFiles", "overwrite files before deleting them" },
+    { TWKey::SecurelyDeleteFilesMode, Integer, "SecurelyDeleteFilesMode",
         "how often: 0 once, 1 seven times, 2 thirty-five times" },
-    { TWKey::UseAuthorization, "UseAuthorization", Boolean, "reserved; no deletion asks for administrator rights" },
-    { TWKey::ManualFilesRuleCreation, "ManualFilesRuleCreation", Boolean,
+    { TWKey::UseAuthorization, Boolean, "UseAuthorization", "reserved; no deletion asks for administrator rights" },
+    { TWKey::ManualFilesRuleCreation, Boolean, "ManualFilesRuleCreation",
         "Add in the Files editor makes an empty rule" },
-    { TWKey::ManualRecentItemsRuleCreation, "ManualRecentItemsRuleCreation", Boolean,
+    { TWKey::ManualRecentItemsRuleCreation, Boolean, "ManualRecentItemsRuleCreation",
         "Add in the Recent Items editor makes an empty rule" },
-    { TWKey::UUID, "UUID", String, "identifies this installation" },
-    { TWKey::LastLaunchedVersion, "LastLaunchedVersion", String, "the version of the latest launch" },
-    { TWKey::FirstLaunchDone, "FirstLaunchDone", Boolean, "the greeting has been shown" },
+    { TWKey::UUID, String, "UUID", "identifies this installation" },
+    { TWKey::LastLaunchedVersion, String, "LastLaunchedVersion", "the version of the latest launch" },
+    { TWKey::FirstLaunchDone, Boolean, "FirstLaunchDone", "the greeting has been shown" },
 };
 
 std::string lowercase(std::string text)
@@ -139,7 +139,7 @@ std::optional<TWValue> TWSettings::stored(const TWKeyRow& row) const
 std::optional<TWValue> TWSettings::find(TWKey key) const
 {
     const auto& found = row(key);
-    if (const auto value = stored(found))
+    if (auto value = stored(found))
         return value;
     const auto* registered = registered_.find(found.name);
     return registered && fits(*registered, found.type) ? std::optional(*registered) : std::nullopt;

@@ -36,8 +36,8 @@ enum class TWKeyType { Boolean, Integer, String };
 
 struct TWKeyRow {
     TWKey key;
-    const char* name; // as stored
     TWKeyType type;
+    const char* name; // as stored
     const char* meaning; // for `tidewell settings list`
 };
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t LargestRows = 1024 * 1024; // bytes; a larger table would not fit into the processor's caches
+constexpr std::size_t LargestRows = 1 << 20; // bytes; a larger table would not fit into the processor's caches
 constexpr unsigned char FirstBeyondASCII = 0x80;
 constexpr int MostFolded = 3; // the most code points that one code point folds to; "ΐ" folds to three
 
@@ -78,7 +78,7 @@ UChar32 nextCodePoint(std::string_view text, std::ptrdiff_t& at)
     UChar32 codePoint;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion" // inside the library's macro
-    U8_NEXT(text.data(), at, std::ssize(text), codePoint);
+    U8_NEXT(text, at, std::ssize(text), codePoint);
 #pragma GCC diagnostic pop
     return codePoint;
 }
@@ -212,7 +212,9 @@ void TWKeywordMatcher::makeBeginnings()
         const bool always = first == classCount_ || (state != 0 && states_[state].word != NoWord);
         for (std::size_t second = 0; second < width; ++second)
             beginnings_[first * width + second] = always || second == classCount_
-                || (state != 0 && child(state, static_cast<std::uint8_t>(second)) != 0);
+                    || (state != 0 && child(state, static_cast<std::uint8_t>(second)) != 0)
+                ? 1
+                : 0;
     }
 }
 

@@ -44,11 +44,10 @@ std::string TWPath::standardize(std::string_view path, std::string_view home)
         rest.remove_prefix(component.size() < rest.size() ? component.size() + 1 : rest.size());
         if (component.empty() || component == ".")
             continue;
-        if (component != "..")
-            kept.push_back(component);
-        else if (!kept.empty() && kept.back() != "..")
+        const bool up = component == "..";
+        if (up && !kept.empty() && kept.back() != "..")
             kept.pop_back();
-        else if (!absolute)
+        else if (!up || !absolute)
             kept.push_back(component);
     }
     std::string result = absolute ? "/" : "";

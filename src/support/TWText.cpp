@@ -58,7 +58,7 @@ std::string replaced(std::string_view bytes, Replaces replaces, Shown shown)
     for (std::int32_t index = 0; index < length;) {
         const std::int32_t start = index;
         UChar32 character;
-        U8_NEXT(bytes.data(), index, length, character);
+        U8_NEXT(bytes, index, length, character);
         if (character >= 0 && !replaces(character))
             continue;
         result.append(bytes.substr(runStart, start - runStart));
@@ -98,7 +98,7 @@ bool isValidUTF8(std::string_view bytes)
     const auto length = static_cast<std::int32_t>(bytes.size());
     for (std::int32_t index = 0; index < length;) {
         UChar32 character;
-        U8_NEXT(bytes.data(), index, length, character);
+        U8_NEXT(bytes, index, length, character);
         if (character < 0)
             return false;
     }
@@ -127,7 +127,7 @@ std::string size(unsigned long long bytes)
 {
     if (bytes < 1000)
         return count(bytes, "byte", "bytes");
-    double value = static_cast<double>(bytes);
+    auto value = static_cast<double>(bytes);
     const char* unit = "";
     for (const char* next : { "kB", "MB", "GB", "TB", "PB" }) {
         // 999.95 would be shown as "1000.0" of the smaller unit.
