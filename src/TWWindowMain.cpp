@@ -74,6 +74,8 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     world.dataFolder.make();
     if (const auto answer = world.host.makeHandover(world.places, world.dataFolder.path())->handOver({}, "/"))
         return TWPrint(*answer);
+    // Only now, so that a signal ends a start that waits for another window.
+    world.host.holdEndRequests();
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(world.bundle.identifier()));
@@ -126,6 +128,5 @@ int main(int argumentCount, char** arguments)
         return TWPrint({ places->sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem.err });
     if (!host->hasDisplay())
         return TWPrint({ TWStatus::WrongUse, "", NoDisplay });
-    host->holdEndRequests();
     return runWindow(world, argumentCount, arguments);
 }

@@ -86,6 +86,16 @@ TEST_F(TWSandboxTest, WordsGoToTheirOwnWindowOnly)
     EXPECT_EQ(run({ "words", "add", "\xFF" }).status, 2) << "the window's answer";
     EXPECT_EQ(run({}).status, 0) << "a second start brings the window forward";
 
+    // The window hangs; a second start can be ended nevertheless.
+    kill(window.process(), SIGSTOP);
+    const auto second = start({});
+    const auto state = "../../proc/" + std::to_string(second.process()) + "/stat";
+    while (folder_.read(state).find("(tidewell-window) S") == std::string::npos)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    kill(second.process(), SIGTERM);
+    EXPECT_EQ(second.wait().status, 1000 + SIGTERM);
+    kill(window.process(), SIGCONT);
+
     // Somebody has laid the real window's socket into a sandbox.
     const auto box = folder_.folder("box");
     const auto boxedData = folder_.folder("box/home/.local/share/Tidewell");
