@@ -83,8 +83,8 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     // Held from before the lists are read until this window accepts commands, so that no command writes them in
     // between.
     auto locked = TWLockLists(*world.host.makeLocks(), world.dataFolder);
-    if (locked.heldByAnother)
-        return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
+    if (const auto refusal = TWRefusalOfLists(locked, world.dataFolder); !refusal.empty())
+        return TWPrint({ TWStatus::NothingRun, "", refusal });
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
     TWWindowSession session(delegate, alerts);
