@@ -28,6 +28,9 @@ void TWLinuxHost::prepareProcess() const
             open("/dev/null", O_RDWR); // gets the lowest free number, which is this descriptor
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    // If our parent ignored it, the kernel would reap our children itself, and their exit status would be lost.
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 TWPlaces TWLinuxHost::places() const
