@@ -118,6 +118,8 @@ int main(int argumentCount, char** arguments)
     const auto parsed = TWParseCommandLine(words, TWWorkingFolder());
     if (!parsed.invocation)
         return TWPrint(parsed.result);
+    if (const auto line = TWProblemAtStart(*host); !line.empty())
+        return TWPrint({ TWStatus::Failure, "", line });
     TWCommandResult problem;
     const auto places = TWPlacesFor(*parsed.invocation, *host, problem);
     if (!places)

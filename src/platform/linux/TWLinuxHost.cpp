@@ -33,6 +33,11 @@ void TWLinuxHost::prepareProcess() const
     std::signal(SIGCHLD, SIG_DFL);
 }
 
+std::string TWLinuxHost::problemOfPlaces() const
+{
+    return TWLinuxProblemOfPlaces(fileSystem_);
+}
+
 TWPlaces TWLinuxHost::places() const
 {
     return TWLinuxPlaces();
