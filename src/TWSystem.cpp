@@ -2,12 +2,16 @@
 
 #include "platform/qt/TWQtNotifier.h"
 #include "support/TWLog.h"
+#include "support/TWText.h"
 
 #include <QString>
 
 #include <filesystem>
 
 namespace {
+
+constexpr auto NotInstalled
+    = "Tidewell is not completely installed: \"%@\" is missing or damaged. Please install Tidewell again.\n";
 
 // Passes Qt's warnings on, except one that Qt prints at every start without a login session.
 void writeQtMessage(QtMsgType, const QMessageLogContext&, const QString& message)
@@ -24,11 +28,20 @@ void TWPrepareProcess(const TWHost& host)
     qInstallMessageHandler(writeQtMessage);
 }
 
+std::string TWProblemAtStart(const TWHost& host)
+{
+    if (auto problem = host.problemOfPlaces(); !problem.empty())
+        return problem;
+    const TWWorld world(host, host.places());
+    const bool complete = !world.bundle.identifier().empty() && world.dataFolder.path().starts_with('/');
+    return complete ? "" : TWText::fill(NotInstalled, { TWText::oneLine(world.bundle.resourcePath("Info.plist")) });
+}
+
 std::string TWWorkingFolder()
 {
     std::error_code error;
     const auto folder = std::filesystem::current_path(error);
-    return error ? "/" : folder.string();
+    return error ? "" : folder.string();
 }
 
 TWWorld::TWWorld(const TWHost& givenHost, const TWPlaces& where)

@@ -12,7 +12,11 @@
 // Must be called first in main().
 void TWPrepareProcess(const TWHost&);
 
-// The working directory; "/" if it has been deleted.
+// One line if Tidewell is not completely installed or cannot tell where its places are, else "". Ask before opening or
+// writing anything.
+std::string TWProblemAtStart(const TWHost&);
+
+// The working directory; "" if it has been deleted.
 std::string TWWorkingFolder();
 
 // The places of this process and the objects that read and write there.

@@ -74,6 +74,8 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     world.dataFolder.make();
     if (const auto answer = world.host.makeHandover(world.places, world.dataFolder.path())->handOver({}, "/"))
         return TWPrint(*answer);
+    // Only now, so that a signal ends a start that waits for another window.
+    world.host.holdEndRequests();
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(world.bundle.identifier()));
@@ -81,8 +83,8 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     // Held from before the lists are read until this window accepts commands, so that no command writes them in
     // between.
     auto locked = TWLockLists(*world.host.makeLocks(), world.dataFolder);
-    if (locked.heldByAnother)
-        return TWPrint({ TWStatus::NothingRun, "", TWListsBusy });
+    if (const auto refusal = TWRefusalOfLists(locked, world.dataFolder); !refusal.empty())
+        return TWPrint({ TWStatus::NothingRun, "", refusal });
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
     TWWindowSession session(delegate, alerts);
@@ -116,6 +118,8 @@ int main(int argumentCount, char** arguments)
     const auto parsed = TWParseCommandLine(words, TWWorkingFolder());
     if (!parsed.invocation)
         return TWPrint(parsed.result);
+    if (const auto line = TWProblemAtStart(*host); !line.empty())
+        return TWPrint({ TWStatus::Failure, "", line });
     TWCommandResult problem;
     const auto places = TWPlacesFor(*parsed.invocation, *host, problem);
     if (!places)
@@ -126,6 +130,5 @@ int main(int argumentCount, char** arguments)
         return TWPrint({ places->sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem.err });
     if (!host->hasDisplay())
         return TWPrint({ TWStatus::WrongUse, "", NoDisplay });
-    host->holdEndRequests();
     return runWindow(world, argumentCount, arguments);
 }

@@ -68,6 +68,8 @@ int main(int argumentCount, char** arguments)
     const auto parsed = TWParseCommandLine(words, workingFolder);
     if (!parsed.invocation)
         return TWPrint(parsed.result);
+    if (const auto line = TWProblemAtStart(*host); !line.empty())
+        return TWPrint({ TWStatus::Failure, "", line });
     if (parsed.invocation->row->kind == TWCommandKind::OpensWindow)
         return TWPrint(becomeWindow(*host, arguments));
     TWCommandResult problem;

@@ -1,6 +1,7 @@
 // The part of TWTidewellAppDelegate that runs before the first cleaning.
 
 #include "app/TWTidewellAppDelegate.h"
+#include "editors/TWFilesWindowController.h"
 #include "plist/TWPropertyList.h"
 #include "support/TWLog.h"
 #include "support/TWText.h"
@@ -53,9 +54,9 @@ void TWTidewellAppDelegate::applicationDidFinishLaunching()
     dataFolder_.make();
     if (!damaged)
         stampUUID();
-    // If a list could not be read, a later launch still has to merge new default records into it, so the old version
+    // If the rules could not be read, a later launch still has to merge new default rules into them, so the old version
     // stays.
-    if (problems().empty())
+    if (!damaged && editors_.get<TWFilesWindowController>().problem().empty())
         settings_.set(TWKey::LastLaunchedVersion, platform_.bundle.info("CFBundleVersion"));
     platform_.notifier.setClicked([this] { growlNotificationWasClicked(); });
     if (!windows_->isKeyWindow(TWWindow::QuickCleanup))

@@ -1,5 +1,7 @@
 #include "app/TWTidewellAppDelegate.h"
 
+#include "support/TWText.h"
+
 #include <algorithm>
 
 namespace {
@@ -11,6 +13,10 @@ constexpr auto NoCleanerText
 constexpr auto BusyTitle = "Another cleaning is running.";
 constexpr auto BusyText
     = "Tidewell is already cleaning in another window or terminal. Please wait until it is done, then try again.";
+constexpr auto NoLockTitle = "The cleaning could not be started.";
+constexpr auto NoLockText = "The file \"%@\", which keeps two cleanings from running at once, could not be locked "
+                            "(%@). Please remove what is "
+                            "at its place, then try again.";
 constexpr auto OK = "OK";
 
 constexpr auto LockFile = ".cleaning.lock";
@@ -81,15 +87,16 @@ void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::E
 {
     if (refusing_ || next_ || (current_ && current_->asking()))
         return;
-    const auto lock = lockCleaning();
-    if (!lock) {
-        refuse({ BusyTitle, BusyText, OK, "" });
+    std::shared_ptr<TWHeldLock> lock;
+    if (const auto refusal = lockCleaning(lock)) {
+        refuse(*refusal);
         return;
     }
+    platform_.launcher.shareLock(lock);
     const TWCleaningRun::Context context{ platform_.alerts, platform_.notifier, settings_, cleanerContext(),
         settingsSources(), resultsWindowController_, *runView_, *windows_ };
     // If settings are lost, the defaults may delete more than the user wanted, or less securely.
-    auto run = std::make_unique<TWCleaningRun>(context, choice, ending, *lock, problems(),
+    auto run = std::make_unique<TWCleaningRun>(context, choice, ending, lock, problems(),
         platform_.userDefaults.problem(), [this](TWRunOutcome outcome) { runEnded(outcome); });
     if (!running()) {
         current_ = std::move(run);
@@ -100,17 +107,22 @@ void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::E
     next_->startInPlace([this] { current_ = std::move(next_); });
 }
 
-// Differs on purpose: only one cleaning at a time per data folder. Where no lock can be made, as in a read-only home,
-// no other process can hold it either, so the run goes on without one. Returns nothing if another process holds the
-// lock.
-std::optional<std::shared_ptr<TWHeldLock>> TWTidewellAppDelegate::lockCleaning()
+// Differs on purpose: only one cleaning at a time per data folder. Where no process can lock, as in a read-only home,
+// the run goes on without a lock. Returns the refusal if another process holds the lock or may hold it.
+std::optional<TWAlert> TWTidewellAppDelegate::lockCleaning(std::shared_ptr<TWHeldLock>& lock)
 {
-    if (current_)
-        return current_->lock();
-    auto result = platform_.locks.tryLock(dataFolder_.file(LockFile));
-    if (result.heldByAnother)
+    if (current_) {
+        lock = current_->lock();
         return std::nullopt;
-    return std::move(result.lock);
+    }
+    const auto path = dataFolder_.file(LockFile);
+    auto result = platform_.locks.tryLock(path);
+    if (result.heldByAnother)
+        return TWAlert{ BusyTitle, BusyText, OK, "" };
+    if (result.mayBeHeld())
+        return TWAlert{ NoLockTitle, TWText::fill(NoLockText, { path, TWErrorText(result.error) }), OK, "" };
+    lock = std::move(result.lock);
+    return std::nullopt;
 }
 
 void TWTidewellAppDelegate::refuse(const TWAlert& alert)

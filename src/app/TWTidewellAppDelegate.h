@@ -68,7 +68,7 @@ private:
     void greet();
 
     void startRun(const TWRunChoice&, TWCleaningRun::Ending);
-    std::optional<std::shared_ptr<TWHeldLock>> lockCleaning();
+    std::optional<TWAlert> lockCleaning(std::shared_ptr<TWHeldLock>&);
     void refuse(const TWAlert&);
     void runEnded(TWRunOutcome);
 

@@ -20,6 +20,8 @@ constexpr auto Footer
       "3 nothing was run, 130 stopped.\nTry it without fear: tidewell demo";
 constexpr auto Remedy = "%@ Try \"tidewell --help\".\n";
 constexpr auto NoSandboxFolder = "--sandbox needs the name of a folder.";
+constexpr auto NoWorkingFolder
+    = "The current folder has been removed, so \"%@\" is nowhere. Please give the whole path.";
 constexpr auto VersionText = "Tidewell 1.0\n";
 
 using Kind = TWArgument::Kind;
@@ -44,10 +46,13 @@ std::string unprotect(std::string word)
 constexpr std::string_view Beginnings[]
     = { "", "~", "$XDG_CONFIG_HOME", "$XDG_DATA_HOME", "$XDG_STATE_HOME", "$XDG_CACHE_HOME" };
 
+// Throws if the path is relative and the working directory is "".
 std::string absolute(const std::string& path, const std::string& workingFolder)
 {
     const std::string_view first = std::string_view(path).substr(0, path.find('/'));
     const bool relative = std::find(std::begin(Beginnings), std::end(Beginnings), first) == std::end(Beginnings);
+    if (relative && workingFolder.empty())
+        throw CLI::ValidationError(TWText::fill(NoWorkingFolder, { path }));
     return relative ? workingFolder + "/" + path : path;
 }
 

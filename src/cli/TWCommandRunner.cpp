@@ -10,6 +10,11 @@ using namespace std::chrono_literals;
 
 constexpr auto KeptAsDamaged = "It was written anew now; the old file was kept as \"%@\".\n";
 
+constexpr auto Busy = "Another Tidewell command is changing the lists. Please try again.\n";
+constexpr auto NoLock
+    = "The file \"%@\", which keeps two programs from changing the lists at once, could not be locked "
+      "(%@). Please remove what is at its place, then try again.\n";
+
 constexpr auto ListsLock = ".lists.lock";
 constexpr auto Patience = 2000ms;
 
@@ -61,8 +66,8 @@ TWCommandResult TWChangeLists(
     if (const auto answer = handover.handOver(change.words, change.workingFolder))
         return *answer;
     const auto locked = TWLockLists(locks, dataFolder);
-    if (locked.heldByAnother)
-        return { TWStatus::NothingRun, "", TWListsBusy };
+    if (const auto refusal = TWRefusalOfLists(locked, dataFolder); !refusal.empty())
+        return { TWStatus::NothingRun, "", refusal };
     // Perhaps a starting window held the lock and listens now.
     if (const auto answer = handover.handOver(change.words, change.workingFolder))
         return *answer;
@@ -72,4 +77,13 @@ TWCommandResult TWChangeLists(
 TWLockResult TWLockLists(TWLocks& locks, const TWDataFolder& dataFolder)
 {
     return TWWaitForLock(locks, dataFolder.file(ListsLock), Patience);
+}
+
+std::string TWRefusalOfLists(const TWLockResult& result, const TWDataFolder& dataFolder)
+{
+    if (result.heldByAnother)
+        return Busy;
+    return result.mayBeHeld()
+        ? TWText::fill(NoLock, { TWText::oneLine(dataFolder.file(ListsLock)), TWErrorText(result.error) })
+        : "";
 }

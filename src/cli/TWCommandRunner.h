@@ -20,4 +20,6 @@ TWCommandResult TWChangeLists(const TWHandover&, TWLocks&, const TWDataFolder&, 
 // process holds it.
 TWLockResult TWLockLists(TWLocks&, const TWDataFolder&);
 
-inline constexpr auto TWListsBusy = "Another Tidewell command is changing the lists. Please try again.\n";
+// One line if the lists must not be read or written with this result of TWLockLists(), else "". Where no process can
+// lock, as in a home that cannot be written, the answer is "".
+std::string TWRefusalOfLists(const TWLockResult&, const TWDataFolder&);

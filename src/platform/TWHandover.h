@@ -37,8 +37,9 @@ public:
     // block the event loop while a message arrives; calls carryOut for each complete message.
     virtual bool listen(TWRunLoop&, CarryOut carryOut) = 0;
 
-    // For a command. Waits for the answer as long as the window lives. Returns nothing if no window listens. If the
-    // window works on other lists, nothing is carried out and the status is NothingRun.
+    // For a command. Waits a few seconds for the answer. Returns nothing if no window listens. If the window works on
+    // other lists or does not answer, the status is NothingRun; a window that answers too late does not carry out the
+    // command any more.
     virtual std::optional<TWCommandResult> handOver(
         const std::vector<std::string>& words, const std::string& workingFolder) const = 0;
 };

@@ -15,9 +15,13 @@ class TWHost {
 public:
     virtual ~TWHost() = default;
 
-    // Must be called first in main(). Makes sure that the standard descriptors are open and that writing to a closed
-    // pipe fails with EPIPE instead of ending the program.
+    // Must be called first in main(). Makes sure that the standard descriptors are open, that writing to a closed pipe
+    // or beyond the limit on file sizes fails instead of ending the program, and that the exit status of children can
+    // be read.
     virtual void prepareProcess() const = 0;
+
+    // One line if the places cannot be told with certainty, else "". Nothing may be opened or written then.
+    virtual std::string problemOfPlaces() const = 0;
 
     virtual TWPlaces places() const = 0;
 

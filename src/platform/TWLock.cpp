@@ -1,8 +1,26 @@
 #include "platform/TWLock.h"
 
+#include <cerrno>
 #include <thread>
 
 using namespace std::chrono_literals;
+
+bool TWLockResult::mayBeHeld() const
+{
+    switch (lock ? 0 : error) {
+    case EROFS:
+    case EACCES:
+    case ENOSPC:
+    case EDQUOT:
+    case ENOENT: // there is no data folder, because it could not be created
+    case ENOTDIR:
+    case EOPNOTSUPP: // the file system has no locks
+    case ENOSYS:
+        return false;
+    default:
+        return !lock;
+    }
+}
 
 TWLockResult TWWaitForLock(TWLocks& locks, const std::string& path, std::chrono::milliseconds longest)
 {

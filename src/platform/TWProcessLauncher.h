@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/TWFileSystem.h"
+#include "platform/TWLock.h"
 
 #include <functional>
 #include <memory>
@@ -33,14 +34,18 @@ public:
     virtual void kill() = 0;
 };
 
-// Launches child processes without a shell. The arguments are bytes, the environment is small and fixed, and no other
-// descriptor of ours is inherited. The locale is C, because loading another one takes a fifth of the running time of a
-// deletion tool.
+// Launches child processes without a shell. The arguments are bytes, the environment is small and fixed, and no
+// descriptor of ours is inherited but that of a shared lock. The locale is C, because loading another one takes a fifth
+// of the running time of a deletion tool.
 class TWProcessLauncher {
 public:
     virtual ~TWProcessLauncher() = default;
 
     using Terminated = std::function<void(const TWTermination&)>;
+
+    // From now on each child also holds this lock, as long as it exists at the launch. So the lock stays taken while a
+    // child works, even if this process is killed. Main thread.
+    virtual void shareLock(std::weak_ptr<const TWHeldLock>) { }
 
     // Starts the program at path in the given working directory. arguments does not include the program's own name. The
     // termination call is made exactly once, always on a later turn of the event loop, even if the program could not be

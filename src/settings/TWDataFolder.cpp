@@ -30,7 +30,7 @@ TWDataFolder::TWDataFolder(const TWOwnFiles& ownFiles, const TWPlaces& places, c
 
 std::string TWDataFolder::file(const std::string& name) const
 {
-    return path_ + "/" + name;
+    return path_.empty() ? "" : path_ + "/" + name;
 }
 
 void TWDataFolder::make() const

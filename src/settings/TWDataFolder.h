@@ -30,6 +30,8 @@ class TWDataFolder final {
 public:
     TWDataFolder(const TWOwnFiles&, const TWPlaces&, const TWBundle&);
 
+    // Absolute, or "" if the bundle does not name the folder. Then file() is "" too, which is the path of no file, and
+    // nothing can be read or written.
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const;
 

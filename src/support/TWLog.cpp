@@ -1,5 +1,7 @@
 #include "support/TWLog.h"
 
+#include "support/TWText.h"
+
 #include <cstdio>
 
 namespace {
@@ -17,7 +19,7 @@ void TWLog::write(std::string_view line)
     if (currentSink())
         currentSink()(line);
     else
-        std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+        std::fprintf(stderr, "%s\n", TWText::oneLine(line).c_str());
 }
 
 void TWLog::setSink(Sink sink)

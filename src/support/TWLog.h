@@ -9,7 +9,7 @@ namespace TWLog {
 
 using Sink = std::function<void(std::string_view line)>;
 
-// Any thread. The default sink writes to standard error.
+// Any thread. The default sink writes to standard error and makes the line safe for a terminal.
 void write(std::string_view line);
 
 // Main thread, before other threads run. An empty sink restores the default one.

@@ -88,10 +88,14 @@ TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
     delegate->clean(checked);
     EXPECT_EQ(alerts.alerts[1].title, "No cleaner is activated.");
     alerts.answer(TWAnswer::Default);
-    EXPECT_EQ(results(), Lines());
-    EXPECT_EQ(view.lines, (Lines{ "ended: nothing run", "ended: nothing run" }));
     checked[Trash] = true;
     locks.heldByAnother = false;
+    locks.error = EISDIR; // of which nobody knows what others make
+    delegate->clean(checked);
+    EXPECT_EQ(alerts.alerts[2].title, "The cleaning could not be started.");
+    alerts.answer(TWAnswer::Default);
+    EXPECT_EQ(results(), Lines());
+    EXPECT_EQ(view.lines, Lines(3, "ended: nothing run"));
     locks.error = EROFS;
     run();
     EXPECT_EQ(view.lines.back(), "ended: succeeded") << "where no lock can be made there is nobody to fear";

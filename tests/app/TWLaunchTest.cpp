@@ -36,6 +36,12 @@ TEST_F(TWLaunchTest, TheFirstLaunchMakesEverythingAndGreetsOnce)
 
 TEST_F(TWLaunchTest, TheEditorsSeeTheVersionOfTheLaunchBeforeThisOne)
 {
+    root.write("home/.local/share/Tidewell/FilesRules.plist", "damaged");
+    root.write("home/.local/share/Tidewell/Dictionary.plist", "damaged");
+    start()->applicationDidFinishLaunching();
+    EXPECT_EQ(stored("LastLaunchedVersion"), "") << "new default rules still have to be merged";
+    alerts.alerts.clear();
+    view.lines.clear();
     root.write("home/.local/share/Tidewell/FilesRules.plist", "<plist version=\"1.0\"><array/></plist>");
     userDefaults.values = { { "LastLaunchedVersion", "0.9" }, { "AutoQuit", true } };
     const auto command = start(TWLaunchKind::Command);

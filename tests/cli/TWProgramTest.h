@@ -15,7 +15,7 @@ protected:
     TWProgram start(
         Words words, const std::function<bool()>& prepare = [] { return true; }) const
     {
-        words.insert(words.begin(), TIDEWELL_PROGRAM);
+        words.insert(words.begin(), program_);
         return { folder_, words,
             { "HOME=" + home_, "PATH=/usr/bin:/bin", "TMPDIR=" + folder_.path(), "QT_QPA_PLATFORM=offscreen" },
             prepare };
@@ -53,5 +53,6 @@ protected:
     static constexpr auto Settings = "home/.config/Tidewell/Tidewell.plist";
 
     TWTemporaryFolder folder_;
+    std::string program_ = TIDEWELL_PROGRAM;
     std::string home_ = folder_.folder("home");
 };

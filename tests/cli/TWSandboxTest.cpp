@@ -65,6 +65,10 @@ TEST_F(TWSandboxTest, APathThatMeansTwoThingsIsRefused)
         expectRefused(start({ "demo", path }, inHome).wait(), path);
     }
     expectRefused(run({ "files", "add", home_ + "/lnk/.." }), "absolute");
+    const auto nowhere = [this] {
+        return chdir(folder_.folder("gone").c_str()) == 0 && std::filesystem::remove(folder_.path("gone"));
+    };
+    expectRefused(start({ "files", "add", "data" }, nowhere).wait(), "in a folder that is gone");
     EXPECT_FALSE(folder_.exists("elsewhere/Documents") || folder_.exists("home/Documents"));
     folder_.write("home/.local/share/Tidewell/FilesRules.plist", "<plist><array/></plist>");
     for (const std::string path : { "~/plain/../a", "plain/.././/b", "..c", "lnk", "~/.cache/d/" })
@@ -72,6 +76,24 @@ TEST_F(TWSandboxTest, APathThatMeansTwoThingsIsRefused)
     EXPECT_EQ(run({ "files", "list" }).out,
         "1   on   item          ~/a  (a)\n2   on   item          ~/b  (b)\n3   on   item          ~/..c  (..c)\n"
         "4   on   item          ~/lnk  (lnk)\n5   on   item          ~/.cache/d  (d)\n");
+}
+
+TEST_F(TWSandboxTest, NothingIsTouchedUnlessAllPlacesAreCertain)
+{
+    folder_.link("lnk", folder_.folder("other/deep"));
+    trash("a");
+    std::filesystem::copy_file(TIDEWELL_PROGRAM, folder_.folder("alone/bin") + "/tidewell");
+    const std::pair<std::string, std::string> rows[]
+        = { { TIDEWELL_PROGRAM, folder_.path("lnk/../home") }, { folder_.path("alone/bin/tidewell"), home_ } };
+    for (const auto& [program, home] : rows) {
+        program_ = program;
+        home_ = home;
+        for (const Words& words : { Words{ "clean", "--only", "trash" }, { "words", "add", "x" }, { "paths" },
+                 { "demo" }, { "words", "list", "--sandbox", folder_.path("box") }, {} })
+            expectRefused(run(words), home + (words.empty() ? "" : words[0]), 1);
+    }
+    EXPECT_TRUE(folder_.exists("home" + std::string(Trash) + "/files/a"));
+    EXPECT_FALSE(folder_.exists("box") || folder_.exists(Data) || folder_.exists("other/home"));
 }
 
 TEST_F(TWSandboxTest, WordsGoToTheirOwnWindowOnly)
@@ -85,6 +107,16 @@ TEST_F(TWSandboxTest, WordsGoToTheirOwnWindowOnly)
     EXPECT_EQ(run({ "words", "list" }).out, "ours\n");
     EXPECT_EQ(run({ "words", "add", "\xFF" }).status, 2) << "the window's answer";
     EXPECT_EQ(run({}).status, 0) << "a second start brings the window forward";
+
+    // The window hangs; a second start can be ended nevertheless.
+    kill(window.process(), SIGSTOP);
+    const auto second = start({});
+    const auto state = "../../proc/" + std::to_string(second.process()) + "/stat";
+    while (folder_.read(state).find("(tidewell-window) S") == std::string::npos)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    kill(second.process(), SIGTERM);
+    EXPECT_EQ(second.wait().status, 1000 + SIGTERM);
+    kill(window.process(), SIGCONT);
 
     // Somebody has laid the real window's socket into a sandbox.
     const auto box = folder_.folder("box");

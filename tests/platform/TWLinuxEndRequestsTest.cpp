@@ -9,6 +9,8 @@ TEST(TWLinuxEndRequestsTest, RequestsToEndBecomeEventsUnlessTheyAreIgnored)
     sigset_t before;
     pthread_sigmask(SIG_SETMASK, nullptr, &before);
     const auto hangup = std::signal(SIGHUP, SIG_IGN); // as nohup does
+    for (const int signal : { SIGINT, SIGTERM })
+        std::signal(signal, SIG_DFL); // a shell makes its background children ignore SIGINT
     TWFakeRunLoop runLoop;
     int requests = 0;
     TWLinuxEndRequests::hold();

@@ -1,5 +1,7 @@
 #include "platform/linux/TWLinuxPlaces.h"
 
+#include "platform/linux/TWLinuxFileSystem.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -18,6 +20,10 @@ TEST(TWLinuxPlacesTest, FollowsTheEnvironmentWhereItIsAbsolute)
     EXPECT_EQ(places.settingsFile(), "/elsewhere/config/Tidewell/Tidewell.plist");
     EXPECT_EQ(places.trash + places.stateHome, "/some/home/me/.local/share/Trash/some/home/me/.local/state");
     EXPECT_TRUE(places.runtimeFolder.empty() && !places.sandboxed());
+    setenv("TMPDIR", "/proc/self/cwd/..", 1); // a link
+    EXPECT_EQ(TWLinuxProblemOfPlaces(TWLinuxFileSystem()).find("The environment variable TMPDIR"), 0U);
+    setenv("TMPDIR", "/usr/../tmp/", 1);
+    EXPECT_EQ(TWLinuxProblemOfPlaces(TWLinuxFileSystem()), "");
     setenv("HOME", "not/absolute", 1);
     EXPECT_TRUE(TWLinuxPlaces().home.starts_with('/'));
 }

@@ -2,6 +2,7 @@
 
 #include "contracts/TWProcessLauncherContract.h"
 #include "fakes/TWFakeMachine.h"
+#include "platform/TWHost.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -52,6 +53,8 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Linux, TWProcessLauncherContract, Launcher);
 
 TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
 {
+    const auto oldChild = std::signal(SIGCHLD, SIG_IGN); // as the parent may have it
+    TWMakeHost()->prepareProcess();
     const auto exited = runShell("echo said; echo complained >&2; exit 3");
     EXPECT_EQ(exited.kind, Kind::Exited);
     EXPECT_EQ(exited.code, 3);
@@ -59,6 +62,7 @@ TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
     // One that talks a lot is neither blocked nor remembered.
     EXPECT_EQ(runShell("head -c 10000000 /dev/zero | tr '\\0' e >&2").output, std::string(4096, 'e'));
     EXPECT_EQ(run(root.write("not executable", "x"), { "-rf" }).code, EACCES);
+    std::signal(SIGCHLD, oldChild);
 }
 
 TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)

@@ -25,7 +25,7 @@ protected:
     {
         std::filesystem::create_directories(root.path(folder));
         return std::make_shared<TWSocketHandover>(
-            TWSocketHandover::Setup{ fileSystem, root.path(folder), sandbox, run, peerIsThisUser });
+            TWSocketHandover::Setup{ fileSystem, root.path(folder), sandbox, run, peerIsThisUser, patience });
     }
     bool listen(const End& window)
     {
@@ -63,6 +63,7 @@ protected:
 
     static constexpr auto Socket = "data/.window.socket";
     const std::string run = root.folder("run");
+    std::chrono::milliseconds patience = 10s;
     std::vector<Lines> carriedOut;
 };
 
@@ -166,6 +167,22 @@ TEST_F(TWSocketHandoverTest, ADeadWindowLeavesTheWayFree)
     EXPECT_EQ(waiting.wait_for(50ms), std::future_status::timeout);
     window.reset();
     EXPECT_EQ(wait(std::move(waiting)).status, TWStatus::Failure);
+}
+
+// As one that is stopped: nobody turns the loop.
+TEST_F(TWSocketHandoverTest, AWindowThatDoesNotAnswerIsNotWaitedForAndForgetsTheCommand)
+{
+    const auto window = end("data");
+    ASSERT_TRUE(listen(window));
+    patience = 5ms;
+    for (int number = 0; number < 20; ++number) { // more than can wait for it
+        const auto answer = end("data")->handOver({ std::string(number == 0 ? 900'000 : 1, 'x') }, "/work");
+        ASSERT_TRUE(answer && answer->status == TWStatus::NothingRun) << number;
+    }
+    EXPECT_FALSE(listen(end("data"))) << "there is a window";
+    patience = 10s;
+    EXPECT_EQ(ask(end("data"), { "y" }).status, 7);
+    EXPECT_EQ(carriedOut, std::vector<Lines>{ { "y" } });
 }
 
 TEST(TWLinuxPeerTest, TellsAnotherUsersProgram)

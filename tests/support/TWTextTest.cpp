@@ -1,5 +1,7 @@
 #include "support/TWText.h"
 
+#include "support/TWLog.h"
+
 #include <gtest/gtest.h>
 
 TEST(TWTextTest, OneLineIsHarmlessWhateverTheBytes)
@@ -19,4 +21,8 @@ TEST(TWTextTest, OneLineIsHarmlessWhateverTheBytes)
     EXPECT_EQ(TWText::validUTF8("a\n\u202E\xFF"), "a\n\u202E\uFFFD");
     EXPECT_EQ(
         TWText::harmlessJSON("{\"a\":\"\u202E\xC2\x9B\x7F\xC3\x84\"}"), "{\"a\":\"\\u202e\\u009b\\u007f\xC3\x84\"}");
+    TWLog::setSink({});
+    testing::internal::CaptureStderr();
+    TWLog::write("\x1B[31m");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "\u241B[31m\n");
 }

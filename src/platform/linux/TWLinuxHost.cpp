@@ -28,6 +28,14 @@ void TWLinuxHost::prepareProcess() const
             open("/dev/null", O_RDWR); // gets the lowest free number, which is this descriptor
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    // If our parent ignored it, the kernel would reap our children itself, and their exit status would be lost.
+    std::signal(SIGCHLD, SIG_DFL);
+}
+
+std::string TWLinuxHost::problemOfPlaces() const
+{
+    return TWLinuxProblemOfPlaces(fileSystem_);
 }
 
 TWPlaces TWLinuxHost::places() const

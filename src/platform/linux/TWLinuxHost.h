@@ -7,6 +7,7 @@
 class TWLinuxHost final : public TWHost {
 public:
     void prepareProcess() const override;
+    std::string problemOfPlaces() const override;
     TWPlaces places() const override;
     TWPlaces sandboxPlaces(const std::string& root) const override;
     const TWFileSystem& fileSystem() const override { return fileSystem_; }

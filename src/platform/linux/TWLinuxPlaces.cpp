@@ -1,33 +1,69 @@
 #include "platform/linux/TWLinuxPlaces.h"
 
+#include "platform/TWAmbiguousPath.h"
 #include "support/TWPath.h"
+#include "support/TWText.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
 
 namespace {
 
-std::string homeFolder()
+constexpr auto Ambiguous
+    = "The environment variable %@ is \"%@\", which can mean two different folders, because \"..\" follows a link or a "
+      "missing folder in it. Please set it to a path without \"..\".\n";
+constexpr auto AmbiguousHome
+    = "Your home folder is \"%@\" in the list of users, which can mean two different folders, because \"..\" follows a "
+      "link in it. Please set HOME to a path without \"..\".\n";
+constexpr auto NoProgram
+    = "Tidewell cannot tell where it is installed (%@ could not be read: %@). Please start it where "
+      "/proc is mounted.\n";
+
+constexpr auto ThisProgram = "/proc/self/exe";
+constexpr const char* Variables[]
+    = { "HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR" };
+
+// The value of an environment variable, or "" if it is unset or not an absolute path.
+std::string absoluteValue(const char* variable)
 {
-    const char* home = std::getenv("HOME");
-    if (home && *home == '/')
-        return TWPath::standardize(home, "");
+    const char* value = std::getenv(variable);
+    return value && *value == '/' ? value : "";
+}
+
+// As the list of users has it. Only used without HOME.
+std::string listedHome()
+{
     const passwd* user = getpwuid(getuid());
-    return user && user->pw_dir ? TWPath::standardize(user->pw_dir, "") : "/nonexistent";
+    return user && user->pw_dir && *user->pw_dir == '/' ? user->pw_dir : "/nonexistent";
 }
 
 std::string folderFrom(const char* variable, const std::string& fallback)
 {
-    const char* value = std::getenv(variable);
-    return value && *value == '/' ? TWPath::standardize(value, "") : fallback;
+    const auto value = absoluteValue(variable);
+    return value.empty() ? fallback : TWPath::standardize(value, "");
+}
+
+std::string homeFolder()
+{
+    const auto home = absoluteValue("HOME");
+    return TWPath::standardize(home.empty() ? listedHome() : home, "");
+}
+
+// Returns "" and sets error to the errno if the system does not tell.
+std::string programPath(int& error)
+{
+    char program[4096];
+    const auto length = readlink(ThisProgram, program, sizeof program);
+    error = length < 0 ? errno : 0;
+    return { program, length > 0 ? static_cast<std::size_t>(length) : 0 };
 }
 
 void addInstallation(TWPlaces& places)
 {
-    char program[4096];
-    const auto length = readlink("/proc/self/exe", program, sizeof program);
-    const std::string path(program, length > 0 ? static_cast<std::size_t>(length) : 0);
+    int error = 0;
+    const auto path = programPath(error);
     // bin/tidewell, or libexec/tidewell/tidewell-window.
     const auto folder = TWPath::parent(path);
     const auto above = TWPath::parent(folder);
@@ -49,6 +85,20 @@ void addDefaults(TWPlaces& places)
     places.cacheHome = places.home + "/.cache";
 }
 
+}
+
+std::string TWLinuxProblemOfPlaces(const TWFileSystem& fileSystem)
+{
+    for (const auto* variable : Variables) {
+        if (const auto value = absoluteValue(variable); TWIsAmbiguousPath(fileSystem, value))
+            return TWText::fill(Ambiguous, { variable, TWText::oneLine(value) });
+    }
+    if (absoluteValue("HOME").empty() && TWIsAmbiguousPath(fileSystem, listedHome()))
+        return TWText::fill(AmbiguousHome, { TWText::oneLine(listedHome()) });
+    int error = 0;
+    if (programPath(error).empty())
+        return TWText::fill(NoProgram, { ThisProgram, TWErrorText(error) });
+    return "";
 }
 
 TWPlaces TWLinuxPlaces()

@@ -41,8 +41,15 @@ bool collect(pid_t process)
     return waitpid(process, nullptr, WNOHANG) != 0;
 }
 
+// Descriptors that a child gets. sharedLock is -1 if there is none.
+struct Given {
+    int folder;
+    int output;
+    int sharedLock;
+};
+
 // Returns 0 or the errno.
-int spawn(const std::string& path, const std::vector<std::string>& arguments, int folder, int output, pid_t& process)
+int spawn(const std::string& path, const std::vector<std::string>& arguments, const Given& given, pid_t& process)
 {
     std::vector<char*> words{ const_cast<char*>(path.c_str()) };
     for (const auto& argument : arguments)
@@ -55,9 +62,11 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, in
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
-    posix_spawn_file_actions_addfchdir_np(&actions, folder);
+    posix_spawn_file_actions_adddup2(&actions, given.output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, given.output, STDERR_FILENO);
+    posix_spawn_file_actions_addfchdir_np(&actions, given.folder);
+    if (given.sharedLock >= 0) // with equal numbers this lets the child inherit the descriptor
+        posix_spawn_file_actions_adddup2(&actions, given.sharedLock, given.sharedLock);
 
     // A child must not inherit this process's blocked and ignored signals.
     posix_spawnattr_t attributes;
@@ -65,7 +74,7 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, in
     sigset_t signals;
     sigemptyset(&signals);
     posix_spawnattr_setsigmask(&attributes, &signals);
-    for (const int signal : { SIGPIPE, SIGINT, SIGTERM, SIGHUP })
+    for (const int signal : { SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP })
         sigaddset(&signals, signal);
     posix_spawnattr_setsigdefault(&attributes, &signals);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
@@ -107,7 +116,8 @@ public:
         outputWrite_ = TWDescriptor(ends[1]);
         if (error == 0) {
             fcntl(outputRead_.get(), F_SETFL, O_NONBLOCK);
-            error = spawn(path, arguments, folder, outputWrite_.get(), process_);
+            const auto lock = launcher_.sharedLock_.lock();
+            error = spawn(path, arguments, { folder, outputWrite_.get(), lock ? lock->descriptor() : -1 }, process_);
         }
         if (error == 0)
             error = watchDescriptors();
@@ -133,9 +143,8 @@ public:
         const pid_t collected = waitpid(process_, &status, WNOHANG);
         if (collected == 0)
             return;
-        // If our parent made us ignore SIGCHLD, the kernel reaps the children itself and their status is lost.
         if (collected < 0)
-            status = 0;
+            status = W_EXITCODE(0xFF, 0); // lost; must not count as a success
         process_ = -1;
         drainOutput();
         const bool signalled = WIFSIGNALED(status);

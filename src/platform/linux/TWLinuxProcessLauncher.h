@@ -17,6 +17,7 @@ public:
     explicit TWLinuxProcessLauncher(TWRunLoop&);
     ~TWLinuxProcessLauncher();
 
+    void shareLock(std::weak_ptr<const TWHeldLock> lock) override { sharedLock_ = std::move(lock); }
     std::unique_ptr<TWChildProcess> launch(const std::string& path, const std::vector<std::string>& arguments,
         const TWHeldFolder& workingFolder, Terminated) override;
 
@@ -37,6 +38,7 @@ private:
 
     TWRunLoop& loop_;
     const TWDescriptor epoll_;
+    std::weak_ptr<const TWHeldLock> sharedLock_;
     std::unordered_map<std::uint64_t, Child*> children_; // each child removes itself
     std::unordered_map<std::uint64_t, Abandoned> abandoned_;
     std::uint64_t nextIdentifier_ = 0;

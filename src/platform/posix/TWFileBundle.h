@@ -3,7 +3,7 @@
 #include "platform/TWBundle.h"
 #include "platform/TWOwnFiles.h"
 
-// A bundle whose Info.plist and resource files are in one folder.
+// A bundle whose Info.plist and resource files are in one folder. All values are "" if Info.plist cannot be read.
 class TWFileBundle final : public TWBundle {
 public:
     TWFileBundle(const TWOwnFiles&, std::string resourceFolder);

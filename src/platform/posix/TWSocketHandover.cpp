@@ -4,6 +4,7 @@
 #include "support/TWText.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -11,10 +12,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <thread>
 
 namespace {
 
 using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 
 constexpr auto OtherLists
     = "The open Tidewell window works on other lists than this command: on those in \"%@\". Nothing "
@@ -24,6 +27,12 @@ constexpr auto OtherVersion = "The open Tidewell window is of another version th
 constexpr auto TooLong
     = "The command is too long to be handed to the open Tidewell window. Nothing was changed. Please "
       "close the window, then try again.\n";
+constexpr auto NotReached
+    = "The open Tidewell window does not answer. Nothing was changed. Please end the window, then "
+      "try again.\n";
+constexpr auto Silent
+    = "The open Tidewell window did not answer, so it is not known whether the command was carried out. "
+      "Please end the window, look at the lists, then try again.\n";
 constexpr auto AnswerTooLong = "The command was carried out, but its output is too long to be shown.\n";
 constexpr auto NoAnswer
     = "The Tidewell window ended before it had answered. Please look whether the command was carried out.\n";
@@ -67,51 +76,91 @@ bool isOurSocket(const std::string& path)
     return lstat(path.c_str(), &found) == 0 && S_ISSOCK(found.st_mode) && found.st_uid == geteuid();
 }
 
-enum class Blocking { Yes, No };
-
-// Also keeps child processes from inheriting the descriptor.
-bool prepare(int descriptor, Blocking blocking)
+// Makes the descriptor non-blocking and keeps child processes from inheriting it.
+bool prepare(int descriptor)
 {
-    return fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0
-        && (blocking == Blocking::Yes || fcntl(descriptor, F_SETFL, O_NONBLOCK) == 0);
+    return fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0 && fcntl(descriptor, F_SETFL, O_NONBLOCK) == 0;
 }
 
-TWDescriptor makeSocket(Blocking blocking)
+TWDescriptor makeSocket()
 {
     TWDescriptor made(socket(AF_UNIX, SOCK_STREAM, 0));
-    return made.isOpen() && prepare(made.get(), blocking) ? std::move(made) : TWDescriptor();
+    return made.isOpen() && prepare(made.get()) ? std::move(made) : TWDescriptor();
 }
 
-bool sendAll(int socket, std::string_view bytes)
+// Waits for the events of poll(). Returns false if they have not come by the deadline.
+bool wait(int socket, short events, Clock::time_point deadline)
+{
+    pollfd polled{ socket, events, 0 };
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        const int ready = left > 0 ? poll(&polled, 1, static_cast<int>(left)) : 0;
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
+// True if the other end has closed the connection.
+bool hasHungUp(int socket)
+{
+    pollfd polled{ socket, 0, 0 };
+    return poll(&polled, 1, 0) > 0;
+}
+
+bool isTransient(int error)
+{
+    return error == EAGAIN || error == EINTR;
+}
+
+enum class Transfer { Done, Late, Broken };
+
+Transfer sendAll(int socket, std::string_view bytes, Clock::time_point deadline)
 {
     while (!bytes.empty()) {
+        if (!wait(socket, POLLOUT, deadline))
+            return Transfer::Late;
         const auto sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent >= 0)
-            bytes.remove_prefix(static_cast<std::size_t>(sent));
-        else if (errno != EINTR)
-            return false;
+        if (sent < 0 && !isTransient(errno))
+            return Transfer::Broken;
+        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
     }
-    return true;
+    return Transfer::Done;
 }
 
-// Waits for one complete message. Returns nothing if the other end closes the connection first.
-std::optional<TWHandoverMessage::Fields> receiveAll(int socket)
+// Waits for one complete message. Broken if the other end closes the connection first.
+Transfer receiveAll(int socket, TWHandoverMessage::Fields& fields, Clock::time_point deadline)
 {
     std::string received;
-    TWHandoverMessage::Fields fields;
     std::vector<char> piece(PieceSize);
     for (auto state = TWHandoverMessage::State::Incomplete; state != TWHandoverMessage::State::Complete;) {
+        if (!wait(socket, POLLIN, deadline))
+            return Transfer::Late;
         const auto length = recv(socket, piece.data(), piece.size(), 0);
-        if (length < 0 && errno == EINTR)
+        if (length < 0 && isTransient(errno))
             continue;
         if (length <= 0)
-            return std::nullopt;
+            return Transfer::Broken;
         received.append(piece.data(), static_cast<std::size_t>(length));
         state = TWHandoverMessage::unpack(received, fields);
         if (state == TWHandoverMessage::State::Broken)
-            return std::nullopt;
+            return Transfer::Broken;
     }
-    return fields;
+    return Transfer::Done;
+}
+
+// Sends the request and waits for the answer. silent is what to say if the window got it but does not answer.
+TWCommandResult exchange(int socket, std::string_view request, const char* silent, Clock::time_point deadline)
+{
+    const auto sent = sendAll(socket, request, deadline);
+    if (sent == Transfer::Late)
+        return { TWStatus::NothingRun, "", NotReached };
+    TWHandoverMessage::Fields answer;
+    const auto received = sent == Transfer::Done ? receiveAll(socket, answer, deadline) : sent;
+    if (received == Transfer::Late)
+        return { TWStatus::NothingRun, "", silent };
+    if (received == Transfer::Broken || answer.size() != AnswerFields)
+        return { TWStatus::Failure, "", NoAnswer };
+    return { std::atoi(answer[0].c_str()), answer[1], answer[2] };
 }
 
 }
@@ -135,13 +184,15 @@ private:
     {
         char piece[PieceSize];
         const auto length = recv(socket_.get(), piece, sizeof piece, 0);
-        if (length < 0 && (errno == EAGAIN || errno == EINTR))
+        if (length < 0 && isTransient(errno))
             return;
         received_.append(piece, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
         TWHandoverMessage::Fields request;
         const auto state = TWHandoverMessage::unpack(received_, request);
         if (length <= 0 || state == TWHandoverMessage::State::Broken)
             leave();
+        else if (state == TWHandoverMessage::State::Complete && hasHungUp(socket_.get()))
+            leave(); // the command no longer waits, and has told the user so
         else if (state == TWHandoverMessage::State::Complete)
             answer(request);
     }
@@ -161,7 +212,7 @@ private:
     void sendPiece()
     {
         const auto sent = send(socket_.get(), answer_.data(), answer_.size(), MSG_NOSIGNAL);
-        if (sent < 0 && (errno == EAGAIN || errno == EINTR))
+        if (sent < 0 && isTransient(errno))
             return;
         answer_.erase(0, static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
         if (sent < 0 || answer_.empty())
@@ -221,26 +272,37 @@ TWHandoverMessage::Fields TWSocketHandover::address() const
         setup_.sandboxRoot };
 }
 
-// Returns a closed descriptor if no process of this user listens there.
-TWDescriptor TWSocketHandover::connectTo(const std::string& path) const
+TWSocketHandover::Connection TWSocketHandover::connectTo(const std::string& path) const
 {
     if (!fitsSocket(path) || !isPrivate(std::string(TWPath::parent(path))) || !isOurSocket(path))
-        return TWDescriptor();
-    auto socket = makeSocket(Blocking::Yes);
+        return {};
+    auto socket = makeSocket();
     const auto address = addressOf(path);
     int result = -1;
     do
         result = connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
     while (result != 0 && errno == EINTR);
-    return result == 0 && setup_.peerIsThisUser(socket.get()) ? std::move(socket) : TWDescriptor();
+    if (result != 0)
+        return { TWDescriptor(), errno == EAGAIN };
+    const bool trusted = setup_.peerIsThisUser(socket.get());
+    return { trusted ? std::move(socket) : TWDescriptor(), trusted };
+}
+
+TWSocketHandover::Connection TWSocketHandover::connectToWindow() const
+{
+    for (const auto& path : socketPaths()) {
+        if (auto connection = connectTo(path); connection.windowListens)
+            return connection;
+    }
+    return {};
 }
 
 bool TWSocketHandover::listen(TWRunLoop& runLoop, CarryOut carryOut)
 {
     carryOut_ = std::move(carryOut);
-    const auto paths = socketPaths();
-    if (std::any_of(paths.begin(), paths.end(), [this](const auto& path) { return connectTo(path).isOpen(); }))
+    if (connectToWindow().windowListens)
         return false;
+    const auto paths = socketPaths();
     if (!std::any_of(paths.begin(), paths.end(), [this](const auto& path) { return listenAt(path); }))
         return false;
     watch_ = runLoop.whenReadable(listener_.get(), [this, &runLoop] { acceptClients(runLoop); });
@@ -253,7 +315,7 @@ bool TWSocketHandover::listenAt(const std::string& path)
         return false;
     if (isOurSocket(path))
         unlink(path.c_str()); // left behind by a window that was killed
-    auto socket = makeSocket(Blocking::No);
+    auto socket = makeSocket();
     const auto address = addressOf(path);
     // Between bind() and chmod() others may have permission to connect, but nobody can connect before listen().
     if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
@@ -274,7 +336,7 @@ void TWSocketHandover::acceptClients(TWRunLoop& runLoop)
         TWDescriptor accepted(accept(listener_.get(), nullptr, nullptr));
         if (!accepted.isOpen())
             return;
-        if (prepare(accepted.get(), Blocking::No) && setup_.peerIsThisUser(accepted.get()))
+        if (prepare(accepted.get()) && setup_.peerIsThisUser(accepted.get()))
             clients_.push_back(std::make_unique<Client>(*this, runLoop, std::move(accepted)));
     }
 }
@@ -293,12 +355,13 @@ TWCommandResult TWSocketHandover::answer(const TWHandoverMessage::Fields& reques
 std::optional<TWCommandResult> TWSocketHandover::handOver(
     const std::vector<std::string>& words, const std::string& workingFolder) const
 {
-    TWDescriptor socket;
-    for (const auto& path : socketPaths()) {
-        if (!socket.isOpen())
-            socket = connectTo(path);
+    const auto deadline = Clock::now() + setup_.patience;
+    auto connection = connectToWindow();
+    while (connection.windowListens && !connection.socket.isOpen() && Clock::now() < deadline) {
+        std::this_thread::sleep_for(BetweenTries);
+        connection = connectToWindow();
     }
-    if (!socket.isOpen())
+    if (!connection.windowListens)
         return std::nullopt;
     auto request = address();
     request.push_back(workingFolder);
@@ -306,8 +369,7 @@ std::optional<TWCommandResult> TWSocketHandover::handOver(
     const auto message = TWHandoverMessage::pack(request);
     if (!message)
         return TWCommandResult{ TWStatus::NothingRun, "", TooLong };
-    const auto answer = sendAll(socket.get(), *message) ? receiveAll(socket.get()) : std::nullopt;
-    if (!answer || answer->size() != AnswerFields)
-        return TWCommandResult{ TWStatus::Failure, "", NoAnswer };
-    return TWCommandResult{ std::atoi(answer->at(0).c_str()), answer->at(1), answer->at(2) };
+    if (!connection.socket.isOpen())
+        return TWCommandResult{ TWStatus::NothingRun, "", NotReached };
+    return exchange(connection.socket.get(), *message, words.empty() ? NotReached : Silent, deadline);
 }

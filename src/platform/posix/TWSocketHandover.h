@@ -5,6 +5,7 @@
 #include "platform/TWHandoverMessage.h"
 #include "platform/posix/TWDescriptor.h"
 
+#include <chrono>
 #include <list>
 
 // Hands over through a Unix socket that only this user can reach. The socket is in the data folder or, if that cannot
@@ -19,6 +20,7 @@ public:
         std::string sandboxRoot; // "" outside a sandbox
         std::string runtimeFolder; // "" when the session has none
         bool (*peerIsThisUser)(int socket); // asks the system about the process at the other end
+        std::chrono::milliseconds patience = std::chrono::seconds(10); // how long a command waits for the window
     };
 
     explicit TWSocketHandover(Setup);
@@ -35,8 +37,16 @@ public:
 private:
     class Client;
 
+    // A connection to a window of this user. If a window listens but too many commands are waiting for it already, the
+    // socket is closed.
+    struct Connection {
+        TWDescriptor socket = TWDescriptor();
+        bool windowListens = false;
+    };
+
     TWHandoverMessage::Fields address() const;
-    TWDescriptor connectTo(const std::string& path) const;
+    Connection connectTo(const std::string& path) const;
+    Connection connectToWindow() const;
     bool listenAt(const std::string& path);
     void acceptClients(TWRunLoop&);
     TWCommandResult answer(const TWHandoverMessage::Fields& request) const;
