@@ -13,12 +13,14 @@
 
 namespace {
 
-constexpr auto Description
-    = "Tidewell removes traces of your work: it deletes only what a rule, a tick or a drop names.";
+constexpr auto Description = "Tidewell removes traces of your work: it empties the Trash and deletes the files and "
+                             "folders that your rules name.";
 constexpr auto Footer
     = "Without a command the main window opens. Exit status: 0 all well, 1 a cleaner or a change failed, 2 wrong use, "
       "3 nothing was run, 130 stopped.\nTry it without fear: tidewell demo";
-constexpr auto Remedy = "%@ Try \"tidewell --help\".\n";
+constexpr auto FooterOfCommands = "--sandbox DIR and --json work with every command; see \"tidewell --help\".";
+constexpr auto Required = "(required)";
+constexpr auto Remedy = "%@ Try \"%@ --help\".\n";
 constexpr auto NoSandboxFolder = "--sandbox needs the name of a folder.";
 constexpr auto NoWorkingFolder
     = "The current folder has been removed, so \"%@\" is nowhere. Please give the whole path.";
@@ -64,9 +66,10 @@ public:
         : app_(Description, "tidewell")
     {
         app_.footer(Footer);
+        app_.get_formatter()->label("REQUIRED", Required);
         app_.fallthrough();
         app_.require_subcommand(0, 1);
-        sandboxOption_ = app_.add_option("--sandbox", sandbox_, "Put the whole world of a run under this folder");
+        sandboxOption_ = app_.add_option("--sandbox", sandbox_, "Work in a sandbox, whose home folder is DIR/home");
         sandboxOption_->type_name("DIR");
         app_.add_flag("--json", json_, "Print one JSON object per line");
         app_.add_flag("--version", version_, "Print the version");
@@ -101,6 +104,15 @@ public:
         return invocation;
     }
 
+    // The command as far as it was recognised, such as "tidewell files add". Valid after a failed parse(), too.
+    std::string command() const
+    {
+        std::string name = app_.get_name();
+        for (auto named = app_.get_subcommands(); !named.empty(); named = named.front()->get_subcommands())
+            name += " " + named.front()->get_name();
+        return name;
+    }
+
     bool version() const { return version_; }
     const CLI::App& app() const { return app_; }
 
@@ -124,6 +136,7 @@ private:
         if (*group.name) {
             above = app_.add_subcommand(group.name, group.help);
             above->fallthrough();
+            above->footer(FooterOfCommands);
             above->require_subcommand(1);
         }
         for (const auto& row : group.rows) {
@@ -136,6 +149,7 @@ private:
     {
         auto* app = above.add_subcommand(row.name, row.help);
         app->fallthrough();
+        app->footer(FooterOfCommands);
         auto& command = commands_.emplace_back(Command{ &row, app });
         for (const auto& argument : row.arguments)
             addArgument(*app, command.slots.emplace_back(Slot{ &argument }));
@@ -153,8 +167,8 @@ private:
             option = app.add_option(argument.name, slot.text, argument.help);
         if (argument.kind == Kind::OptionList)
             option->delimiter(',');
-        if (*argument.valueName)
-            option->type_name(argument.valueName);
+        if (argument.kind != Kind::Flag)
+            option->type_name(argument.valueName); // "" instead of CLI11's "TEXT"
         option->required(argument.need == TWArgument::Need::Required);
         slot.option = option;
     }
@@ -181,13 +195,13 @@ private:
     std::deque<Command> commands_;
 };
 
-TWCommandResult wrongUse(std::string text)
+TWCommandResult wrongUse(std::string text, const std::string& command)
 {
     std::erase(text, '\0');
     text = TWText::oneLine(text);
     if (!text.empty() && text.back() != '.')
         text += ".";
-    return TWWrongUse(TWText::fill(Remedy, { text }));
+    return TWWrongUse(TWText::fill(Remedy, { text, command }));
 }
 
 }
@@ -205,7 +219,7 @@ TWParsedCommandLine TWParseCommandLine(const std::vector<std::string>& words, co
     } catch (const CLI::CallForHelp&) {
         parsed.result.out = parser.app().help(); // the help of the command that was named, if any
     } catch (const CLI::ParseError& error) {
-        parsed.result = wrongUse(error.what());
+        parsed.result = wrongUse(error.what(), parser.command());
     }
     return parsed;
 }

@@ -68,8 +68,10 @@ std::string writeLists(TWTidewellAppDelegate& delegate)
         { false, "Pictures (switched off, so they stay)", "~/Pictures", TWFolderContents },
     };
     auto& dictionary = delegate.editors().dictionary();
-    delegate.settings().set(TWKey::TrashCleaner, true);
-    delegate.settings().set(TWKey::FilesCleaner, true);
+    for (const auto& row : TWCleanerTable()) {
+        if (row.available)
+            delegate.settings().set(row.key, true);
+    }
     auto problem = replace(files.list(), rules);
     if (problem.empty())
         problem = replace(dictionary.list(), std::vector<TWDictionaryWord>{ { "secret" }, { "bank" } });

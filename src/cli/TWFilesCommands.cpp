@@ -23,6 +23,9 @@ constexpr auto What = "--what";
 constexpr auto Description = "--description";
 constexpr auto Off = "--off";
 constexpr auto Number = "N";
+constexpr auto PathHelp = "A file or folder; a relative path is taken from the working directory";
+constexpr auto WhatHelp = "item (the default), contents, keywords, keywords-deep";
+constexpr auto NumberHelp = "The rule's number in \"tidewell files list\"";
 
 // In the order of TWWhatToDelete.
 constexpr std::string_view Kinds[] = { "item", "contents", "keywords", "keywords-deep" };
@@ -143,14 +146,15 @@ TWCommandGroup TWFilesCommands()
     using enum TWCommandKind;
     using enum TWArgument::Need;
     using Kind = TWArgument::Kind;
-    const TWArgument number{ Kind::Text, Required, Number };
+    const TWArgument number{ Kind::Text, Required, Number, NumberHelp };
     return { "files", "Show and change the Files rules",
         {
             { "list", "All rules", Reads, {}, list },
             { "defaults", "Replace all rules by the default ones", ChangesLists, {}, applyDefaults },
             { "add", "Add a rule at the end", ChangesLists,
-                { { Kind::Path, Required, Path }, { Kind::Option, Optional, What, KindNames, "KIND" },
-                    { Kind::Option, Optional, Description, "The rule's name", "T" },
+                { { Kind::Path, Required, Path, PathHelp }, { Kind::Option, Optional, What, WhatHelp, "KIND" },
+                    { Kind::Option, Optional, Description, "The rule's name; the last part of the path if not given",
+                        "T" },
                     { Kind::Flag, Optional, Off, "Switched off at first" } },
                 add },
             { "remove", "Remove rule N", ChangesLists, { number }, remove },

@@ -11,8 +11,12 @@ constexpr auto NoSuchKey = "There is no setting \"%@\". Try \"tidewell settings 
 constexpr auto NotABoolean = "\"%@\" takes \"true\" or \"false\", not \"%@\".\n";
 constexpr auto NotANumber = "\"%@\" takes a whole number, not \"%@\".\n";
 
+constexpr auto LaterCleaner = "Saved, but the cleaner \"%@\" comes in a later version.\n";
+
 constexpr auto Key = "KEY";
 constexpr auto Value = "VALUE";
+constexpr auto KeyHelp = "A key from \"tidewell settings list\"";
+constexpr auto ValueHelp = "true, false, a whole number or a text, as the key requires";
 
 TWJSON::Object settingValue(const TWSettings& settings, const TWKeyRow& row)
 {
@@ -91,6 +95,16 @@ TWCommandResult get(const TWCommandContext& context, const TWInvocation& invocat
         invocation.json ? settingLine(settings, *row, true) : settingText(settings, *row) + "\n", "" };
 }
 
+// "" or one line if the key switches on a cleaner that is not implemented yet.
+std::string remarkOn(TWKey key)
+{
+    for (const auto& row : TWCleanerTable()) {
+        if (row.key == key && !row.available)
+            return TWText::fill(LaterCleaner, { row.name });
+    }
+    return "";
+}
+
 TWCommandResult set(const TWCommandContext& context, const TWInvocation& invocation)
 {
     const auto* row = TWSettings::rowNamed(invocation.text(Key));
@@ -101,7 +115,10 @@ TWCommandResult set(const TWCommandContext& context, const TWInvocation& invocat
     if (!value)
         return TWWrongUse(TWText::fill(
             row->type == TWKeyType::Boolean ? NotABoolean : NotANumber, { row->name, TWText::oneLine(text) }));
-    return changeSetting(context.delegate->settings(), *row, value);
+    auto result = changeSetting(context.delegate->settings(), *row, value);
+    if (result.status == TWStatus::Success && context.delegate->settings().boolean(row->key))
+        result.err = remarkOn(row->key);
+    return result;
 }
 
 TWCommandResult reset(const TWCommandContext& context, const TWInvocation& invocation)
@@ -120,8 +137,9 @@ TWCommandGroup TWSettingsCommands()
     return { "settings", "Show and change settings",
         {
             { "list", "All settings with their values", Reads, {}, list },
-            { "get", "Print one value", Reads, { { Text, Required, Key } }, get },
-            { "set", "Change one value", ChangesLists, { { Text, Required, Key }, { Text, Required, Value } }, set },
-            { "reset", "Back to the default", ChangesLists, { { Text, Required, Key } }, reset },
+            { "get", "Print one value", Reads, { { Text, Required, Key, KeyHelp } }, get },
+            { "set", "Change one value", ChangesLists,
+                { { Text, Required, Key, KeyHelp }, { Text, Required, Value, ValueHelp } }, set },
+            { "reset", "Back to the default", ChangesLists, { { Text, Required, Key, KeyHelp } }, reset },
         } };
 }

@@ -13,6 +13,7 @@ constexpr auto NoSuchWord = "The dictionary does not hold \"%@\".\n";
 constexpr auto WordNotText = "A word must be valid UTF-8 text.\n";
 
 constexpr auto Word = "WORD";
+constexpr auto WordHelp = "One or more words; one with a space needs quotation marks";
 
 using Words = std::vector<TWDictionaryWord>;
 
@@ -81,7 +82,7 @@ TWCommandResult clear(const TWCommandContext& context, const TWInvocation&)
 TWCommandGroup TWWordsCommands()
 {
     using enum TWCommandKind;
-    const TWArgument words{ TWArgument::Kind::Texts, TWArgument::Need::Required, Word };
+    const TWArgument words{ TWArgument::Kind::Texts, TWArgument::Need::Required, Word, WordHelp };
     return { "words", "Show and change the keyword dictionary",
         {
             { "list", "All words", Reads, {}, list },

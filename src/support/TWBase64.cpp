@@ -66,6 +66,6 @@ std::optional<std::string> TWBase64::decode(std::string_view text)
     }
     if (digits != 0 || padding > 2)
         return std::nullopt;
-    bytes.resize(bytes.size() - static_cast<std::size_t>(padding));
+    bytes.erase(bytes.end() - padding, bytes.end());
     return bytes;
 }

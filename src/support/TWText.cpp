@@ -117,10 +117,14 @@ std::string harmlessJSON(std::string_view json)
 
 std::string count(unsigned long long number, std::string_view singular, std::string_view plural)
 {
-    std::string digits = std::to_string(number);
-    for (auto place = static_cast<std::ptrdiff_t>(digits.size()) - 3; place > 0; place -= 3)
-        digits.insert(static_cast<std::size_t>(place), ",");
-    return digits.append(" ").append(number == 1 ? singular : plural);
+    const std::string digits = std::to_string(number);
+    std::string text;
+    for (std::size_t place = 0; place < digits.size(); ++place) {
+        if (place > 0 && (digits.size() - place) % 3 == 0)
+            text += ',';
+        text += digits[place];
+    }
+    return text.append(" ").append(number == 1 ? singular : plural);
 }
 
 std::string size(unsigned long long bytes)

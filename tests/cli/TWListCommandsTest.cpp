@@ -39,6 +39,7 @@ TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
     folder_.write("home/not empty", "");
     for (const auto& words : table)
         expectRefused(run(words), words.back());
+    EXPECT_NE(run({ "files", "add" }).err.find("\"tidewell files add --help\""), std::string::npos);
     EXPECT_FALSE(folder_.exists(Rules) || folder_.exists(Data + std::string("Dictionary.plist")));
 }
 
@@ -74,6 +75,7 @@ TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
     out({ "settings", "set", "TrashCleaner", "On" });
     out({ "settings", "set", "AutoQuitMode", "-3" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "AutoQuitMode" }), "true\n-3\n");
+    EXPECT_NE(run({ "settings", "set", "LogsCleaner", "true" }).err.find("later version"), std::string::npos);
     out({ "settings", "reset", "TrashCleaner" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner", "--json" }),
         "{\"key\":\"TrashCleaner\",\"value\":false,\"meaning\":\"empty the Trash in a run\"}\n");

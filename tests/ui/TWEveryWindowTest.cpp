@@ -98,8 +98,8 @@ TEST_F(TWEveryWindowTest, TabReachesEveryControlInOrderAndEachHasANameAndARole)
     });
     // From the content of a sheet to OK or Save, and then to the others.
     EXPECT_EQ(orders["filesSheet"],
-        QStringList(
-            { "filesTableView", "addToolButton", "okPushButton", "restoreDefaultsPushButton", "helpPushButton" }));
+        QStringList({ "filesTableView", "addToolButton", "removeToolButton", "okPushButton",
+            "restoreDefaultsPushButton", "helpPushButton" }));
     EXPECT_EQ(orders["dictionarySheet"],
         QStringList({ "wordLineEdit", "savePushButton", "cancelPushButton", "helpPushButton" }));
 }

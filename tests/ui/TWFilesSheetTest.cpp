@@ -82,7 +82,13 @@ TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
     const auto live = world.files.settings();
     world.files.addRule({ true, "Old", "~/old", TWItemItself });
     open();
-    select(0, Path);
+    QTest::keyClick(table, Qt::Key_Return);
+    EXPECT_TRUE(child<QLineEdit>(sheet, "nameEditor")) << "the first rule's name is current";
+    table->setFocus();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !sheet.findChild<QLineEdit*>("nameEditor"); }));
+    QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_TRUE(world.files.rules()[0].active);
+    select(0, Active);
     QTest::keyClick(table, Qt::Key_Space);
     EXPECT_FALSE(world.files.rules()[0].active);
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, { 10, center(0, Active).y() });
@@ -194,6 +200,7 @@ TEST(TWColumnWidths, NoColumnIsCutWhileAnotherHasRoomToSpare)
     EXPECT_EQ(TWColumnWidths(100, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 40, 50 }));
     EXPECT_EQ(TWColumnWidths(65, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 25, 30 }));
     EXPECT_EQ(TWColumnWidths(50, { { 10, 99 }, { 90, 90 }, { 30, 30 } }), (Widths{ 10, 20, 20 }));
+    EXPECT_EQ(TWColumnWidths(80, { { 10, 50 }, { 10, 99, 3 } }), (Widths{ 25, 55 }));
     EXPECT_EQ(TWColumnWidths(-1, { { 10, 10 } }), (Widths{ 0 }));
 }
 

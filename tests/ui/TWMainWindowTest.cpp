@@ -89,6 +89,11 @@ TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgainThoughClosing
     auto* clean = child<QPushButton>(*window, "cleanButton");
     auto* stop = child<QPushButton>(*window, "stopButton");
     auto* spinner = child<TWSpinner>(*window, "trashSpinner");
+    auto* edit = child<QPushButton>(*window, "filesEditButton");
+    edit->setFocus();
+    EXPECT_TRUE(edit->isDefault() && !clean->isDefault()) << "Return presses Edit";
+    check("trash")->setFocus();
+    EXPECT_TRUE(clean->isDefault() && !edit->isDefault());
     startRun();
     EXPECT_EQ(light("trash"), "Running");
     EXPECT_TRUE(spinner->turning() && stop->isVisible() && !clean->isEnabled());
@@ -104,6 +109,7 @@ TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgainThoughClosing
     machine.launcher.endAll();
     EXPECT_TRUE(machine.waitFor([&] { return clean->isEnabled(); }));
     EXPECT_EQ(light("trash"), "Succeeded");
+    EXPECT_EQ(child<QLabel>(*window, "outcomeLabel")->text(), "Cleaning is done.");
     EXPECT_TRUE(machine.waitFor([&] { return line("trash") == "The Trash is empty"; }));
     EXPECT_FALSE(spinner->turning() || stop->isVisible());
 }
@@ -124,6 +130,7 @@ TEST_F(TWMainWindowTest, EscapeStopsARunAndOneThatEndsBeforeTheAnswerLetsTheWind
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
     EXPECT_EQ(light("trash"), "Failed");
+    EXPECT_EQ(child<QLabel>(*window, "outcomeLabel")->text(), "Cleaning was stopped.");
     EXPECT_EQ(machine.launcher.records.back(), "terminate");
     EXPECT_TRUE(window->isVisible());
     machine.alerts.answer(TWAnswer::Default);

@@ -47,6 +47,11 @@ TEST_F(TWResultsWindowTest, FilterAndKindNarrowTheLinesAndWhatIsSaved)
         EXPECT_EQ(folder.read("saved"), expected);
     };
     expectSaved("Cleaning up\n<b>\uFFFD\u240A\nUh oh\n");
+    auto* table = child<QTableView>(window, "resultsTableView");
+    QTest::keyClick(table, Qt::Key_Up);
+    EXPECT_EQ(table->currentIndex().row(), 1);
+    QTest::keyClick(table, Qt::Key_Home, Qt::ControlModifier);
+    EXPECT_EQ(table->currentIndex().row(), 0);
     QTest::keyClicks(child<QLineEdit>(window, "filterLineEdit"), "UP");
     controller.addMessage("Up again", TWMessageType::Failure);
     controller.flush();

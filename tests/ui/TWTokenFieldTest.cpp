@@ -137,12 +137,14 @@ TEST_F(TWDictionarySheetTest, CancelKeepsEndedWordsUntilTheNextOpeningAndSaveAls
     auto* count = child<QLabel>(sheet, "countLabel");
     type("a,b,unfinished");
     EXPECT_EQ(count->text(), "2 words");
+    EXPECT_TRUE(child<QLabel>(sheet, "unsavedLabel")->isVisible());
     key(Qt::Key_Escape);
     EXPECT_FALSE(sheet.isVisible());
     EXPECT_EQ(words().size(), 2U);
     world.dictionary.loadDictionary();
     sheet.open();
     EXPECT_EQ(count->text(), "0 words");
+    EXPECT_FALSE(child<QLabel>(sheet, "unsavedLabel")->isVisible());
     type("one,two");
     child<QPushButton>(sheet, "savePushButton")->click();
     EXPECT_FALSE(sheet.isVisible());

@@ -4,6 +4,7 @@
 #include <QFontInfo>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QTextLayout>
 #include <QToolTip>
 
 namespace {
@@ -16,7 +17,7 @@ constexpr double Opacity = 0.72;
 
 // The minimum width does not depend on the text, so that the window keeps its width while the texts change.
 constexpr int FewestCharacters = 26;
-constexpr int UsualCharacters = 38;
+constexpr int UsualCharacters = 52;
 
 }
 
@@ -39,6 +40,30 @@ QSize TWQuietLabel::minimumSizeHint() const
     return { metrics.averageCharWidth() * FewestCharacters, metrics.height() };
 }
 
+int TWQuietLabel::heightForWidth(int width) const
+{
+    return static_cast<int>(lines(width).size()) * QFontMetrics(smallFont()).height();
+}
+
+// At least one line and at most two.
+QStringList TWQuietLabel::lines(int width) const
+{
+    QTextLayout layout(text(), smallFont());
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    auto first = layout.createLine();
+    if (first.isValid())
+        first.setLineWidth(width);
+    layout.endLayout();
+    const int end = first.isValid() ? first.textLength() : 0;
+    if (end == text().size())
+        return { text() };
+    return { text().left(end).trimmed(),
+        QFontMetrics(smallFont()).elidedText(text().mid(end), Qt::ElideMiddle, width) };
+}
+
 bool TWQuietLabel::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip)
@@ -55,8 +80,7 @@ void TWQuietLabel::paintEvent(QPaintEvent*)
     painter.setPen(palette().color(foregroundRole()));
     if (isEnabled())
         painter.setOpacity(Opacity);
-    const auto shown = painter.fontMetrics().elidedText(text(), Qt::ElideRight, width());
-    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine, shown);
+    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading, lines(width()).join('\n'));
 }
 
 // Made anew each time, so that it follows a change of the desktop's font.

@@ -2,7 +2,8 @@
 
 #include <QLabel>
 
-// One line of small, subdued text. A text that does not fit is elided at the end; the tooltip then shows it in full.
+// One or two lines of small, subdued text. If the text needs more, the second line is elided in the middle, so that the
+// end can be read, and the tooltip shows the whole text.
 class TWQuietLabel final : public QLabel {
     Q_OBJECT
 
@@ -11,6 +12,8 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
 
 protected:
     bool event(QEvent*) override;
@@ -18,4 +21,5 @@ protected:
 
 private:
     QFont smallFont() const;
+    QStringList lines(int width) const;
 };

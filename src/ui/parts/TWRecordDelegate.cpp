@@ -11,6 +11,7 @@ using Kind = TWRecordColumn::Kind;
 namespace {
 
 constexpr float QuietOpacity = 0.72F;
+constexpr int FocusWidth = 2; // in pixels
 
 const TWRecordColumn& columnAt(const QModelIndex& index)
 {
@@ -27,6 +28,29 @@ QColor warningColor(const QPalette& palette)
 int arrowWidth(const QWidget& widget)
 {
     return widget.fontMetrics().height() + 6;
+}
+
+// Shows that a click opens a pop-up menu.
+void drawArrow(QPainter& painter, const QStyleOptionViewItem& option)
+{
+    const int width = arrowWidth(*option.widget);
+    const int inset = (option.rect.height() - option.fontMetrics.height() * 2 / 3) / 2;
+    QStyleOption arrow;
+    arrow.initFrom(option.widget);
+    arrow.rect = QStyle::alignedRect(option.direction, Qt::AlignRight | Qt::AlignVCenter,
+        QSize(width, option.rect.height() - 2 * inset), option.rect);
+    if (option.state & QStyle::State_Selected)
+        arrow.palette.setColor(QPalette::WindowText, option.palette.color(QPalette::HighlightedText));
+    option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, &painter, option.widget);
+}
+
+// The selected row has one colour, so without a frame the current cell in it could not be seen.
+void drawFocus(QPainter& painter, const QStyleOptionViewItem& option)
+{
+    painter.save();
+    painter.setPen(QPen(option.palette.color(QPalette::HighlightedText), FocusWidth));
+    painter.drawRect(option.rect.adjusted(FocusWidth, FocusWidth, -FocusWidth, -FocusWidth));
+    painter.restore();
 }
 
 void styleNote(QStyleOptionViewItem& option, bool warning)
@@ -75,20 +99,11 @@ QSize TWRecordDelegate::sizeHint(const QStyleOptionViewItem& option, const QMode
 
 void TWRecordDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    if (columnAt(index).kind != Kind::Choice) {
-        QStyledItemDelegate::paint(painter, option, index);
-        return;
-    }
-    const int width = arrowWidth(*option.widget);
-    const int inset = (option.rect.height() - option.fontMetrics.height() * 2 / 3) / 2;
-    QStyleOption arrow;
-    arrow.initFrom(option.widget);
-    arrow.rect = QStyle::alignedRect(option.direction, Qt::AlignRight | Qt::AlignVCenter,
-        QSize(width, option.rect.height() - 2 * inset), option.rect);
-    if (option.state & QStyle::State_Selected)
-        arrow.palette.setColor(QPalette::WindowText, option.palette.color(QPalette::HighlightedText));
     QStyledItemDelegate::paint(painter, option, index);
-    option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, painter, option.widget);
+    if (columnAt(index).kind == Kind::Choice)
+        drawArrow(*painter, option);
+    if (option.state & QStyle::State_HasFocus)
+        drawFocus(*painter, option);
 }
 
 QWidget* TWRecordDelegate::createEditor(

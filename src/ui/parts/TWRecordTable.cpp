@@ -22,6 +22,7 @@ constexpr int CellPadding = 8;
 constexpr int NarrowestColumn = 6; // in characters
 constexpr std::size_t TypicalPercent = 80;
 constexpr int MeasuredRows = 100;
+constexpr int NoteShare = 4; // because a note says what would be deleted, and its end gives the reason
 constexpr int MillisecondsBetweenShares = 50; // because notes arrive one by one
 
 // Accepts a drop only as a copy, because a file manager would delete the file after a move.
@@ -134,16 +135,26 @@ void TWRecordTable::finishEditing()
         setFocus();
 }
 
+// While there is a current cell, Return belongs to it and does not press the sheet's default button. The base class
+// toggles a check box when the space bar is pressed.
 void TWRecordTable::keyPressEvent(QKeyEvent* event)
 {
-    const int check = model_->columnOf(Kind::Check);
-    if (event->key() != Qt::Key_Space || check == -1 || !currentIndex().isValid()) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier);
+    if (!isReturn || state() == EditingState || !currentIndex().isValid())
         QTableView::keyPressEvent(event);
-        return;
-    }
-    const auto cell = currentIndex().siblingAtColumn(check);
-    const bool checked = cell.data(Qt::CheckStateRole).toInt() == Qt::Checked;
-    model_->setData(cell, checked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+    else if (currentIndex().flags() & Qt::ItemIsEditable)
+        edit(currentIndex());
+    else
+        QTableView::keyPressEvent(&space);
+}
+
+// Arrow keys and the button for removing need a selected row from the start.
+void TWRecordTable::showEvent(QShowEvent* event)
+{
+    QTableView::showEvent(event);
+    if (selectedRow() == -1 && model_->rowCount() > 0)
+        showRow(0);
 }
 
 void TWRecordTable::paintEvent(QPaintEvent* event)
@@ -174,7 +185,7 @@ TWColumnWish TWRecordTable::wish(int column) const
         widths.push_back(itemDelegate()->sizeHint(option, model_->index(row, column)).width() + CellPadding);
     std::sort(widths.begin(), widths.end());
     const int typical = widths[(widths.size() - 1) * TypicalPercent / 100];
-    return { std::max(header, typical), widths.back() };
+    return { std::max(header, typical), widths.back(), model_->column(column).kind == Kind::Note ? NoteShare : 1 };
 }
 
 void TWRecordTable::shareWidth(int firstColumn)

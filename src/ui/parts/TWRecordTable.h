@@ -11,9 +11,9 @@
 
 class TWRecordModel;
 
-// A table of records that the user edits in place. The space bar checks a record, a pop-up menu opens with one click,
-// Delete asks to remove the selected record, Tab leaves the table. Files can be dropped on it. An empty table shows a
-// hint.
+// A table of records that the user edits in place. Return and F2 edit the current cell, Return and the space bar toggle
+// its check box, a pop-up menu opens with one click, Delete asks to remove the selected record, Tab leaves the table.
+// Files can be dropped on it. An empty table shows a hint.
 //
 // The columns share the width according to what their cells need. Once the user has dragged a column, it and those
 // before it keep their widths and the columns after it share the rest.
@@ -52,6 +52,7 @@ signals:
 
 protected:
     void keyPressEvent(QKeyEvent*) override;
+    void showEvent(QShowEvent*) override;
     void paintEvent(QPaintEvent*) override;
     void resizeEvent(QResizeEvent*) override;
     void dragEnterEvent(QDragEnterEvent*) override;

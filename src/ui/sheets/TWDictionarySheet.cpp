@@ -21,6 +21,7 @@ TWDictionarySheet::TWDictionarySheet(TWDictionaryWindowController& controller, Q
     , controller_(controller)
     , field_(new TWTokenField)
     , count_(new QLabel)
+    , unsaved_(new QLabel(tr("Not saved; in use until you quit or open the dictionary again.")))
 {
     setPreferredSize(SheetWidth, SheetHeight);
     setIntroduction(tr("Rules with &keywords delete items whose names contain one of these words:"));
@@ -37,11 +38,17 @@ TWDictionarySheet::~TWDictionarySheet()
 QWidget* TWDictionarySheet::createContent()
 {
     count_->setObjectName("countLabel");
+    unsaved_->setObjectName("unsavedLabel");
+    unsaved_->setWordWrap(true);
+    unsaved_->setAlignment(Qt::AlignTrailing | Qt::AlignVCenter);
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(field_, 1);
-    layout->addWidget(count_);
+    auto* below = new QHBoxLayout;
+    below->addWidget(count_);
+    below->addWidget(unsaved_, 1);
+    layout->addLayout(below);
     connect(field_, &TWTokenField::wordsEdited, this, &TWDictionarySheet::wordsEdited);
     connect(field_, &TWTokenField::undoRequested, this, &TWDictionarySheet::undo);
     connect(field_, &TWTokenField::wordsRemoved, this, [this](const TWPlacedWords& words) {
@@ -95,7 +102,7 @@ void TWDictionarySheet::wordsChanged()
         words.append(TWQtText::exact(word));
     field_->setWords(words);
     setProblem(TWQtText::shown(controller_.problem()));
-    showCount();
+    showState();
 }
 
 void TWDictionarySheet::showProblem(const std::string& problem)
@@ -109,7 +116,7 @@ void TWDictionarySheet::wordsEdited()
     for (const auto& word : field_->words())
         words.push_back(TWQtText::bytes(word));
     controller_.setWordDictionary(std::move(words));
-    showCount();
+    showState();
 }
 
 void TWDictionarySheet::save()
@@ -119,8 +126,9 @@ void TWDictionarySheet::save()
     controller_.save();
 }
 
-void TWDictionarySheet::showCount()
+void TWDictionarySheet::showState()
 {
     const auto count = field_->words().size();
     count_->setText(count == 1 ? tr("1 word") : tr("%1 words").arg(QLocale().toString(count)));
+    unsaved_->setVisible(controller_.hasUnsavedEdits());
 }

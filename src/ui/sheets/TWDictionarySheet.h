@@ -31,9 +31,10 @@ private:
     void createButtons();
     void wordsEdited();
     void save();
-    void showCount();
+    void showState();
 
     TWDictionaryWindowController& controller_;
     TWTokenField* field_;
     QLabel* count_;
+    QLabel* unsaved_; // visible while the words are not saved
 };

@@ -45,7 +45,8 @@ TWFilesSheet::TWFilesSheet(TWFilesWindowController& controller, QWidget* parent)
     , chooser_(new TWPathChooser(this))
 {
     setPreferredSize(SheetWidth, SheetHeight);
-    setIntroduction(tr("The Files cleaner carries out every active &rule. Changes count at once; OK also saves them."));
+    setIntroduction(
+        tr("The Files cleaner carries out every active &rule. Changes take effect immediately. OK also saves them."));
     createContent();
     createButtons();
     connect(chooser_, &TWPathChooser::unreadableName, this, &TWFilesSheet::showUnreadableName);

@@ -5,9 +5,11 @@
 #include "ui/parts/TWScrollBox.h"
 #include "ui/sheets/TWSheetTable.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
 
@@ -30,10 +32,19 @@ constexpr auto Cancel = "Cancel";
 constexpr auto NotSavedTitle = "The changes could not be saved.";
 constexpr auto OK = "OK";
 
+// Indexed by TWRunOutcome.
+constexpr const char* Outcomes[] = {
+    QT_TRANSLATE_NOOP("TWMainWindow", "Nothing was cleaned."),
+    QT_TRANSLATE_NOOP("TWMainWindow", "Cleaning is done."),
+    QT_TRANSLATE_NOOP("TWMainWindow", "At least one cleaner failed."),
+};
+constexpr auto Stopped = QT_TRANSLATE_NOOP("TWMainWindow", "Cleaning was stopped.");
+
 constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png" };
 
 constexpr int Margin = 18;
 constexpr int RowSpacing = 12;
+constexpr int SpareLines = 2; // room for the lines of rows that later need two
 constexpr int WidestRow = 110; // in characters; in a wider row the parts would be too far apart
 
 }
@@ -66,7 +77,14 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     createMenus();
     setCleanEnabled(true);
     refresh();
-    resize(TWFitToScreen(*this, sizeHint()));
+    connect(qApp, &QApplication::focusChanged, this, &TWMainWindow::showDefaultButton);
+    resize(TWFitToScreen(*this, sizeHint() + QSize(0, SpareLines * fontMetrics().height())));
+}
+
+// The focus changes once more when the base class deletes the widgets.
+TWMainWindow::~TWMainWindow()
+{
+    disconnect(qApp, nullptr, this, nullptr);
 }
 
 QString TWMainWindow::resource(const std::string& name) const
@@ -108,11 +126,13 @@ QLayout* TWMainWindow::createButtons()
     stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
     cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
     cleanButton_->setDefault(true);
+    outcome_ = new QLabel;
+    outcome_->setObjectName("outcomeLabel");
     connect(cleanButton_, &QPushButton::clicked, this, &TWMainWindow::clean);
     connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(RowSpacing);
-    buttons->addStretch();
+    buttons->addWidget(outcome_, 1);
     buttons->addWidget(stopButton_);
     buttons->addWidget(cleanButton_);
     return buttons;
@@ -197,6 +217,13 @@ void TWMainWindow::keyPressEvent(QKeyEvent* event)
         QMainWindow::keyPressEvent(event);
 }
 
+// A focused Edit button makes itself the default button. There must be only one.
+void TWMainWindow::showDefaultButton()
+{
+    const auto* focused = qobject_cast<QPushButton*>(focusWidget());
+    cleanButton_->setDefault(!focused || !focused->autoDefault());
+}
+
 void TWMainWindow::refresh()
 {
     const auto& table = TWCleanerTable();
@@ -253,8 +280,11 @@ void TWMainWindow::stopSpinning(int position)
 // The keyboard focus moves from the disabled button to the enabled one.
 void TWMainWindow::setCleanEnabled(bool enabled)
 {
-    if (!enabled)
+    if (!enabled) {
         lines_.pause();
+        stopped_ = false;
+        outcome_->clear();
+    }
     const bool focused = cleanButton_->hasFocus() || stopButton_->hasFocus();
     cleanButton_->setEnabled(enabled);
     stopButton_->setEnabled(!enabled);
@@ -269,13 +299,25 @@ void TWMainWindow::setCleanEnabled(bool enabled)
 void TWMainWindow::stop()
 {
     stopButton_->setEnabled(!delegate_.running());
+    stopped_ = true;
     delegate_.stop();
 }
 
-void TWMainWindow::cleaningEnded(TWRunOutcome)
+void TWMainWindow::cleaningEnded(TWRunOutcome outcome)
 {
+    const bool stopped = stopped_ && outcome == TWRunOutcome::Failed;
+    announce(tr(stopped ? Stopped : Outcomes[static_cast<int>(outcome)]));
     refresh();
     closeIfEnded();
+}
+
+// Also lets a screen reader say the sentence.
+void TWMainWindow::announce(const QString& outcome)
+{
+    outcome_->setText(outcome);
+    outcome_->setAccessibleName(outcome);
+    QAccessibleEvent event(outcome_, QAccessible::Alert);
+    QAccessible::updateAccessibility(&event);
 }
 
 void TWMainWindow::closeIfEnded()

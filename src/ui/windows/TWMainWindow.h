@@ -7,6 +7,7 @@
 #include <QMainWindow>
 
 class QAction;
+class QLabel;
 class QMenu;
 class QPushButton;
 
@@ -19,6 +20,7 @@ class TWMainWindow final : public QMainWindow, public TWRunView {
 public:
     // The delegate must outlive the window.
     explicit TWMainWindow(TWTidewellAppDelegate&);
+    ~TWMainWindow();
 
     // Updates the check boxes, lines and problems from the settings and lists.
     void refresh();
@@ -61,6 +63,8 @@ private:
     void createMenus();
     QAction* addAction(QMenu*, const QString& objectName, const QString& text, const QKeySequence& = {});
     void afterFirstPaint();
+    void showDefaultButton();
+    void announce(const QString& outcome);
     void switchCleaner(TWKey, bool on);
     void showProblems();
     void stop();
@@ -77,6 +81,7 @@ private:
     std::vector<TWCleanerRowView*> rows_; // owned by the window
     QPushButton* cleanButton_ = nullptr;
     QPushButton* stopButton_ = nullptr;
+    QLabel* outcome_ = nullptr; // how the latest run ended
     QAction* cleanAction_ = nullptr;
     QAction* stopAction_ = nullptr;
     TWCleanerLines lines_;
@@ -84,5 +89,6 @@ private:
                                      // the settings back
     std::string unsavedSettings_;
     bool painted_ = false;
+    bool stopped_ = false; // the run that is going on, or the latest one
     Closing closing_ = Closing::No;
 };

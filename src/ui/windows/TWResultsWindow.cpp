@@ -59,7 +59,7 @@ TWResultsWindow::TWResultsWindow(
     createActions();
     table_->setFocus();
     linesChanged();
-    table_->scrollToBottom();
+    followLines();
     controller_.setView(this);
 }
 
@@ -181,7 +181,7 @@ void TWResultsWindow::filterChanged()
         table_->setModel(shown);
     }
     linesChanged();
-    table_->scrollToBottom();
+    followLines();
 }
 
 void TWResultsWindow::messagesRemoved()
@@ -192,6 +192,10 @@ void TWResultsWindow::messagesRemoved()
 
 void TWResultsWindow::messagesAdded(std::size_t count)
 {
+    // Until the user moves to another line or selects one.
+    const bool following = !table_->currentIndex().isValid()
+        || (table_->currentIndex().row() == table_->model()->rowCount() - 1
+            && !table_->selectionModel()->hasSelection());
     const auto firstNew = controller_.messages().begin() + model_->rowCount();
     model_->messagesAdded(count);
     const bool failed = std::any_of(firstNew, controller_.messages().end(),
@@ -199,6 +203,17 @@ void TWResultsWindow::messagesAdded(std::size_t count)
     if (failed && filter_->sourceModel())
         filter_->renew();
     linesChanged();
+    if (following)
+        followLines();
+    else
+        table_->scrollToBottom();
+}
+
+// Makes the last line the current one, so that the arrow keys start there, and scrolls to it.
+void TWResultsWindow::followLines()
+{
+    const auto last = table_->model()->index(table_->model()->rowCount() - 1, 0);
+    table_->selectionModel()->setCurrentIndex(last, QItemSelectionModel::NoUpdate);
     table_->scrollToBottom();
 }
 

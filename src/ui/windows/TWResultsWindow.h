@@ -40,6 +40,7 @@ private:
     void addWindowAction(const QString& text, const QList<QKeySequence>&, std::function<void()>);
     void filterChanged();
     void linesChanged();
+    void followLines();
     void copy();
     void selectAll();
     void saveAs();

@@ -12,6 +12,7 @@
 namespace {
 
 constexpr auto HelpIndex = "index";
+constexpr auto TitleInSandbox = QT_TRANSLATE_NOOP("TWWindowSession", "%1 (Sandbox %2)");
 
 }
 
@@ -48,6 +49,7 @@ TWSheet* TWWindowSession::sheet(const char* editor)
     if (!row)
         return nullptr;
     auto sheet = row->make(delegate_.editors(), &mainWindow_);
+    nameSandbox(*sheet);
     QObject::connect(sheet.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
     QObject::connect(sheet.get(), &TWSheet::helpRequested, &mainWindow_,
         [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
@@ -65,6 +67,15 @@ void TWWindowSession::showHelp(const std::string& page)
     if (!helpWindow_)
         helpWindow_ = std::make_unique<TWHelpWindow>(delegate_.platform().bundle);
     helpWindow_->openAnchor(page);
+}
+
+// Adds the sandbox, if there is one, to the window's title, as the main window does.
+void TWWindowSession::nameSandbox(QWidget& window) const
+{
+    const auto& places = delegate_.platform().places;
+    if (places.sandboxed())
+        window.setWindowTitle(QCoreApplication::translate("TWWindowSession", TitleInSandbox)
+                                  .arg(window.windowTitle(), TWQtText::shown(places.sandboxRoot)));
 }
 
 // Returns nullptr for a window that has not been made yet.
@@ -86,6 +97,7 @@ void TWWindowSession::bringToFront(TWWindow which)
         const auto& platform = delegate_.platform();
         resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(),
             TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
+        nameSandbox(*resultsWindow_);
     }
     auto* shown = window(which);
     if (!shown)

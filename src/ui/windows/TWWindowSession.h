@@ -35,6 +35,7 @@ public:
 private:
     void edit(const char* editor);
     void showHelp(const std::string& page);
+    void nameSandbox(QWidget&) const;
     QWidget* window(TWWindow) const;
 
     TWTidewellAppDelegate& delegate_;
