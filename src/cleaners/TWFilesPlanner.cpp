@@ -11,10 +11,12 @@
 namespace {
 
 constexpr auto AlreadyDeleted = "Item %@ already deleted";
+constexpr auto BehindDanglingLink = "Whether %@ exists is not known, because a link on the way to it leads nowhere.";
+constexpr auto UnknownKind = "This kind of rule does nothing: %@";
 constexpr auto NoSuchFolder = "Folder %@ does not exist!";
 constexpr auto NotAFolder = "The specified path (%@) is not a folder!";
-constexpr auto Ambiguous
-    = "Refused to delete \"%@\": its \"..\" follows a link, so it means one place to the shell and another one here.";
+constexpr auto Ambiguous = "Refused to delete \"%@\": its \"..\" follows a link or a moved folder, so it means one "
+                           "place to the shell and another one here.";
 constexpr auto Unreadable = "The folder %@ could not be read (%@).";
 constexpr auto SkippingBundle = "Skipping Bundle ";
 constexpr auto NotSearched = "The folder %@ could not be searched.";
@@ -26,6 +28,18 @@ bool needsKeywords(const std::vector<TWFilesRule>& rules)
 {
     return std::any_of(
         rules.begin(), rules.end(), [](const auto& rule) { return rule.active && rule.needsKeywords(); });
+}
+
+// True if the path or a folder above it is a dangling symbolic link, for example to a stick that is not plugged in.
+// Then nobody can tell whether the path exists.
+bool isBehindDanglingLink(const TWFileSystem& fileSystem, std::string path)
+{
+    for (; path != "/"; path = TWPath::parent(path)) {
+        const auto look = fileSystem.look(path);
+        if (look.isThere())
+            return look.facts.kind == TWFileKind::Link && !fileSystem.look(path, TWLinkAtEnd::Follow).isThere();
+    }
+    return false;
 }
 
 // What one thread of a search has found.
@@ -63,6 +77,9 @@ public:
 
     void notEntered(std::size_t, const std::string& path, int error, Found& found) const override
     {
+        // It was listed but has been deleted in the meantime. The rule's own folder must not vanish.
+        if (error == ENOENT && path != top_.realPath)
+            return;
         found.plan.addLine(TWText::fill(error == EXDEV ? MountMet : NotSearched, { shown(path) }));
         found.plan.incomplete = found.plan.incomplete || error != EXDEV;
     }
@@ -74,7 +91,9 @@ private:
             int error = 0;
             found.folder = planner_.folder(shown(folder.path()), folder.path(), error);
         }
-        // The folder has been moved or replaced since the search entered it.
+        // The folder has been moved, replaced or deleted since the search entered it.
+        if (!found.folder && folder.folder().look(entry).presence == TWPresence::Gone)
+            return;
         if (!found.folder || found.folder->planned->identity != folder.folder().identity()) {
             notEntered(0, folder.path(), ESTALE, found);
             return;
@@ -85,7 +104,10 @@ private:
     }
 
     // The path for messages: real paths below the rule's folder are shown as the rule writes the folder.
-    std::string shown(const std::string& path) const { return top_.path + path.substr(top_.realPath.size()); }
+    std::string shown(const std::string& path) const
+    {
+        return TWPath::standardize(top_.path + "/" + path.substr(top_.realPath.size()), "");
+    }
 
     const TWPathPlanner& planner_;
     const TWKeywordMatcher& keywords_;
@@ -122,9 +144,11 @@ bool TWFilesPlanner::planRule(const TWFilesRule& rule)
 {
     const auto path = places_.standardize(rule.filePath);
     const bool needsFolder = rule.whatToDelete == TWFolderContents || rule.needsKeywords();
-    if (rule.whatToDelete != TWItemItself && !needsFolder)
+    if (rule.whatToDelete != TWItemItself && !needsFolder) {
+        part_.addLine(TWText::fill(UnknownKind, { rule.filePath }));
         return true;
-    if (TWIsAmbiguousPath(planner_.fileSystem(), places_.expand(rule.filePath))) {
+    }
+    if (TWIsAmbiguousPath(planner_.fileSystem(), places_, rule.filePath)) {
         part_.addLine(TWText::fill(Ambiguous, { rule.filePath }));
         part_.incomplete = true;
         return true;
@@ -151,7 +175,10 @@ void TWFilesPlanner::planItem(const std::string& path)
     const auto folder = planner_.folderThroughLinks(parent, error);
     const auto look = folder ? folder->held->look(name) : TWFileLook{};
     const bool gone = folder ? look.presence == TWPresence::Gone : error == ENOENT || error == ENOTDIR;
-    if (gone)
+    if (gone && !folder && isBehindDanglingLink(planner_.fileSystem(), parent)) {
+        part_.addLine(TWText::fill(BehindDanglingLink, { path }));
+        part_.incomplete = true;
+    } else if (gone)
         part_.addLine(TWText::fill(AlreadyDeleted, { path }));
     else if (folder)
         addItem(part_, *folder, name, look);

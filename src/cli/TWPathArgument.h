@@ -11,4 +11,5 @@ struct TWMeantPath {
 
 // The path is absolute or begins with "~" or an XDG variable. It is ambiguous if a ".." follows a symbolic link: for
 // the kernel ".." is then the parent of the link's target, not the folder that the text suggests.
+// The same goes for a folder such as "~/.cache" that an XDG variable has moved.
 TWMeantPath TWReadPathArgument(const TWFileSystem&, const TWPlaces&, const std::string& path);

@@ -2,6 +2,7 @@
 
 #include "cli/TWCommandTable.h"
 #include "cli/TWPathArgument.h"
+#include "platform/TWSystemTrees.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
@@ -14,6 +15,11 @@ constexpr auto NotUTF8
     = "The folder \"%@\" cannot be used, since its name is not valid UTF-8. Please choose another one.\n";
 constexpr auto HoldsHome = "The folder \"%@\" cannot be a sandbox: it is your home folder or holds it. Please choose "
                            "another one, for example a new folder.\n";
+constexpr auto HoldsSettings
+    = "The folder \"%@\" cannot be a sandbox: it holds your own settings or lists of Tidewell, "
+      "or is inside their folder. Please choose another one, for example a new folder.\n";
+constexpr auto InSystem = "The folder \"%@\" cannot be a sandbox: it belongs to the system. Please choose another one, "
+                          "for example a new folder.\n";
 constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
 constexpr auto NoDemoFolder
     = "No folder for the demonstration could be made (%@). Please name one: \"tidewell demo DIR\".\n";
@@ -22,20 +28,42 @@ constexpr auto DemoNotEmpty
 constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
                               "link or choose another folder.\n";
 
-// True if the path leads to the real home or to one of its parents.
-bool holdsHome(const TWFileSystem& fileSystem, const std::string& folder, const std::string& home)
+// True if the path leads to the folder or to something below it, whatever links and bind mounts are on the way. Neither
+// needs to exist.
+bool isAtOrBelow(const TWFileSystem& fileSystem, const std::string& path, const std::string& folder)
 {
-    if (TWPath::isAtOrBelow(home, folder))
+    if (TWPath::isAtOrBelow(path, folder))
         return true;
-    const auto realHome = fileSystem.realPath(home, TWLinkAtEnd::Follow);
+    std::string existing = path;
+    auto real = fileSystem.realPath(existing, TWLinkAtEnd::Follow);
+    for (; !real && existing != "/"; real = fileSystem.realPath(existing, TWLinkAtEnd::Follow))
+        existing = TWPath::parent(existing);
     const auto realFolder = fileSystem.realPath(folder, TWLinkAtEnd::Follow);
-    if (realHome && realFolder && TWPath::isAtOrBelow(*realHome, *realFolder))
+    if (real && realFolder && TWPath::isAtOrBelow(*real, *realFolder))
         return true;
     int error = 0;
-    const auto held = fileSystem.holdFolder(realHome.value_or("/"), error);
-    const auto chain = held ? held->chain() : std::vector<TWFileIdentity>();
+    const auto held = fileSystem.holdFolder(real.value_or("/"), error);
+    const auto chain = held ? held->chain() : std::vector<TWAncestor>();
     const auto look = fileSystem.look(folder, TWLinkAtEnd::Follow);
-    return look.isThere() && std::find(chain.begin(), chain.end(), look.facts.identity) != chain.end();
+    return look.isThere() && std::any_of(chain.begin(), chain.end(), [&](const TWAncestor& ancestor) {
+        return ancestor.identity == look.facts.identity;
+    });
+}
+
+// Why the folder cannot be a sandbox, or nullptr.
+const char* objectionToSandbox(const TWFileSystem& fileSystem, const std::string& folder, const TWPlaces& real)
+{
+    const auto holds = [&](const std::string& path) { return isAtOrBelow(fileSystem, path, folder); };
+    const auto isIn = [&](const std::string& path) { return isAtOrBelow(fileSystem, folder, path); };
+    if (std::any_of(real.realHomes.begin(), real.realHomes.end(), holds))
+        return HoldsHome;
+    for (const auto& own : real.realOwnFolders) {
+        if (holds(own) || isIn(own))
+            return HoldsSettings;
+    }
+    if (std::any_of(std::begin(TWSystemTrees), std::end(TWSystemTrees), isIn) && !isIn(TWLocalTree))
+        return InSystem;
+    return nullptr;
 }
 
 // True if the path is an empty folder or one that can be created.
@@ -56,9 +84,11 @@ std::optional<TWPlaces> sandboxAt(const std::string& wanted, const TWHost& host,
         problem = TWWrongUse(meant.problem);
     else if (!TWText::isValidUTF8(meant.path))
         problem = TWWrongUse(TWText::fill(NotUTF8, { shown }));
-    else if (holdsHome(host.fileSystem(), meant.path, real.realHome)
-        || holdsHome(host.fileSystem(), meant.path + "/home", real.realHome))
-        problem = TWWrongUse(TWText::fill(HoldsHome, { shown }));
+    for (const auto& folder : { meant.path, meant.path + "/home" }) {
+        const auto* objection = objectionToSandbox(host.fileSystem(), folder, real);
+        if (objection && problem.status == TWStatus::Success)
+            problem = TWWrongUse(TWText::fill(objection, { shown }));
+    }
     if (problem.status != TWStatus::Success)
         return std::nullopt;
     int error = host.ownFiles().makeFolders(meant.path + "/home");

@@ -1,5 +1,6 @@
 #include "deletion/TWDeletionRules.h"
 
+#include "platform/TWSystemTrees.h"
 #include "support/TWPath.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ constexpr auto Relative = "the path does not begin with \"/\" or \"~\".";
 constexpr auto NotAPath = "no path can hold a byte of 0.";
 constexpr auto CannotTell = "the folders on the way to it could not be looked at.";
 constexpr auto OutsideSandbox = "it lies outside the sandbox.";
+constexpr auto MountedInSandbox = "it lies on a volume that is mounted inside the sandbox.";
 constexpr auto SandboxItself = "it is the sandbox itself.";
 constexpr auto Root = "it is the whole file system.";
 constexpr auto SystemFolder = "it is a folder of the system.";
@@ -31,11 +33,6 @@ constexpr const char* SystemFolders[]
     = { "/dev", "/dev/shm", "/etc", "/home", "/lost+found", "/media", "/mnt", "/opt", "/root", "/run", "/run/lock",
           "/run/media", "/run/user", "/snap", "/srv", "/tmp", "/var", "/var/backups", "/var/cache", "/var/lib",
           "/var/local", "/var/lock", "/var/log", "/var/mail", "/var/opt", "/var/run", "/var/spool", "/var/tmp" };
-
-// These belong to the system through and through, except for /usr/local.
-constexpr const char* SystemTrees[]
-    = { "/bin", "/boot", "/lib", "/lib32", "/lib64", "/libx32", "/proc", "/sbin", "/sys", "/usr" };
-constexpr auto LocalTree = "/usr/local";
 
 constexpr int MostLinks = 40; // as many as the system follows
 
@@ -64,11 +61,13 @@ TWDeletionRules::TWDeletionRules(const TWPlaces& places, const TWFileSystem& fil
     : mountPoints_(std::move(mountPoints))
     , sandboxed_(places.sandboxed())
 {
-    // The first protection of a folder is the one that counts.
+    // If a folder has several protections, the first one gives the reason why it may not be deleted itself.
     protect(fileSystem, "/", { Root, nullptr, false }, nullptr);
     if (sandboxed_) {
-        protect(fileSystem, places.sandboxRoot, { SandboxItself, nullptr, true }, OutsideSandbox);
-        protect(fileSystem, places.realHome, { Home, OutsideSandbox, false }, AboveHome);
+        sandbox_ = fileSystem.look(places.sandboxRoot, TWLinkAtEnd::Follow).facts.identity;
+        protect(fileSystem, places.sandboxRoot, { SandboxItself, nullptr, false }, OutsideSandbox);
+        for (const auto& home : places.realHomes)
+            protect(fileSystem, home, { Home, OutsideSandbox, false }, AboveHome);
     }
     protectSystem(fileSystem);
     protectUser(places, fileSystem, dataFolder);
@@ -76,17 +75,21 @@ TWDeletionRules::TWDeletionRules(const TWPlaces& places, const TWFileSystem& fil
 
 void TWDeletionRules::protectSystem(const TWFileSystem& fileSystem)
 {
-    protect(fileSystem, LocalTree, { SystemFolder, nullptr, true }, nullptr);
+    protect(fileSystem, TWLocalTree, { SystemFolder, nullptr, true }, nullptr);
     for (const auto* folder : SystemFolders)
         protect(fileSystem, folder, { SystemFolder, nullptr, false }, nullptr);
-    for (const auto* tree : SystemTrees)
+    for (const auto* tree : TWSystemTrees)
         protect(fileSystem, tree, { SystemFolder, InsideSystem, false }, nullptr);
 }
 
 void TWDeletionRules::protectUser(const TWPlaces& places, const TWFileSystem& fileSystem, const std::string& dataFolder)
 {
     protect(fileSystem, places.home, { Home, nullptr, false }, AboveHome);
-    for (const auto& folder : { dataFolder, places.settingsFolder() })
+    for (const auto& home : places.realHomes)
+        protect(fileSystem, home, { Home, nullptr, false }, AboveHome);
+    auto ownFolders = places.realOwnFolders;
+    ownFolders.insert(ownFolders.end(), { dataFolder, places.settingsFolder() });
+    for (const auto& folder : ownFolders)
         protect(fileSystem, folder, { DataFolder, InsideDataFolder, false }, AboveDataFolder);
 }
 
@@ -112,13 +115,12 @@ void TWDeletionRules::protect(
             continue;
         }
         protectSeen(look, next, { protection.itself, nullptr, false });
-        std::error_code error;
-        const auto target = std::filesystem::read_symlink(next, error).string();
-        if (error || ++links > MostLinks)
+        const auto target = fileSystem.linkTarget(next);
+        if (!target || ++links > MostLinks)
             return;
-        if (target.starts_with('/'))
+        if (target->starts_with('/'))
             reached = "/";
-        auto targets = componentsOf(target);
+        auto targets = componentsOf(*target);
         components.insert(components.begin(), targets.begin(), targets.end());
     }
     protectSeen(fileSystem.look(reached), reached, protection);
@@ -128,10 +130,12 @@ void TWDeletionRules::protectSeen(const TWFileLook& look, const std::string& pat
 {
     if (!protection.itself && !protection.permitsBelow)
         return;
-    if (look.isThere())
-        protections_.try_emplace(look.facts.identity, protection);
-    else if (look.presence == TWPresence::Unknown)
-        unseen_.try_emplace(path, protection);
+    if (look.presence == TWPresence::Gone)
+        return;
+    auto& known = look.isThere() ? protections_.try_emplace(look.facts.identity, protection).first->second
+                                 : unseen_.try_emplace(path, protection).first->second;
+    if (!known.below)
+        known.below = protection.below;
 }
 
 TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder, std::string realPath) const
@@ -143,23 +147,37 @@ TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder,
         judged.objection = CannotTell;
         return judged;
     }
-    for (const auto& identity : chain) {
-        const auto found = protections_.find(identity);
-        if (found == protections_.end())
-            continue;
-        if (found->second.permitsBelow)
-            return judged;
-        if ((judged.objection = found->second.below))
-            return judged;
-    }
-    // The root of the sandbox, which permits what lies below, was not met.
-    if (sandboxed_)
-        judged.objection = OutsideSandbox;
+    judged.objection = objectionToChain(chain);
     for (const auto& [path, protection] : unseen_) {
-        if (protection.below && TWPath::isAtOrBelow(judged.realPath, path))
+        if (!judged.objection && protection.below && TWPath::isAtOrBelow(judged.realPath, path))
             judged.objection = protection.below;
     }
     return judged;
+}
+
+// Goes on above the root of the sandbox: a sandbox in a folder of the system or of Tidewell's settings permits nothing.
+TWObjection TWDeletionRules::objectionToChain(const std::vector<TWAncestor>& chain) const
+{
+    bool inSandbox = !sandboxed_;
+    bool crossedMount = false;
+    for (const auto& ancestor : chain) {
+        if (sandboxed_ && ancestor.identity == sandbox_)
+            inSandbox = true;
+        if (const auto found = protections_.find(ancestor.identity); found != protections_.end()) {
+            if (found->second.permitsBelow)
+                break;
+            const auto* below = found->second.below;
+            if (below && !(inSandbox && below == OutsideSandbox))
+                return below;
+        }
+        // What is mounted in the sandbox may really be elsewhere: a bind mount does not show the folders above its
+        // source.
+        if (!inSandbox && ancestor.isMountRoot)
+            crossedMount = true;
+    }
+    if (!inSandbox)
+        return OutsideSandbox;
+    return crossedMount ? MountedInSandbox : nullptr;
 }
 
 TWObjection TWDeletionRules::objection(const Folder& folder, std::string_view name, const TWFileLook& look) const

@@ -45,10 +45,12 @@ private:
     void protect(const TWFileSystem&, const std::string& path, const Protection&, TWObjection above);
     void protectSeen(const TWFileLook&, const std::string& path, const Protection&);
     bool hasMountsBelow(const std::string& realPath) const;
+    TWObjection objectionToChain(const std::vector<TWAncestor>&) const;
     TWObjection objectionToMounts(const std::string& realPath) const;
 
     std::unordered_map<TWFileIdentity, Protection> protections_;
     std::unordered_map<std::string, Protection> unseen_; // protected paths that could not be looked at
     std::shared_ptr<const TWMountPoints> mountPoints_;
     bool sandboxed_;
+    TWFileIdentity sandbox_; // of its root; no folder's if the root cannot be looked at
 };

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/TWFileSystem.h"
+#include "platform/TWPlaces.h"
 
 // True if a ".." in the path comes after a symbolic link, so that the kernel and Tidewell, which removes ".." from the
-// text, would take the path for two different places. The path is absolute and not yet standardised. Any thread.
-bool TWIsAmbiguousPath(const TWFileSystem&, const std::string& path);
+// text, would take the path for two different places. Also true if a ".." leads out of a folder such as "~/.cache" that
+// an XDG variable has moved. The path is as written, not yet expanded. Any thread.
+bool TWIsAmbiguousPath(const TWFileSystem&, const TWPlaces&, const std::string& path);

@@ -85,6 +85,14 @@ public:
     virtual bool isPackage() const = 0;
 };
 
+// A folder on the way from a folder up to "/".
+struct TWAncestor {
+    TWFileIdentity identity;
+    bool isMountRoot = false; // a volume or a bind mount begins here
+
+    friend bool operator==(const TWAncestor&, const TWAncestor&) = default;
+};
+
 // A folder held open, so that work can be done inside it even if its path later leads elsewhere. Any thread.
 class TWHeldFolder {
 public:
@@ -95,9 +103,8 @@ public:
     // Looks at an entry; does not follow it if it is a symbolic link. The name is a single path component.
     virtual TWFileLook look(const std::string& name) const = 0;
 
-    // The identities of the folder and of all its parents up to "/", innermost first. Empty if they could not be
-    // determined.
-    virtual std::vector<TWFileIdentity> chain() const = 0;
+    // The folder and all its parents up to "/", innermost first. Empty if they could not be determined.
+    virtual std::vector<TWAncestor> chain() const = 0;
 
     // Owned by this object. Can become a child process's working directory.
     virtual int descriptor() const = 0;
@@ -117,6 +124,9 @@ public:
     // sets error, if given, to the errno.
     virtual std::optional<std::string> realPath(
         const std::string& path, TWLinkAtEnd = TWLinkAtEnd::DoNotFollow, int* error = nullptr) const = 0;
+
+    // What a symbolic link contains, as it is. Returns nothing if the path is not a symbolic link or cannot be read.
+    virtual std::optional<std::string> linkTarget(const std::string& path) const = 0;
 
     // Opens and lists the folder. Fails if any component of realPath is a symbolic link. On failure returns nullptr and
     // sets error to the errno. The cancellation ends the listing of a very large folder early, with ECANCELED; it must

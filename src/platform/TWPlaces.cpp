@@ -36,6 +36,22 @@ std::string TWPlaces::standardize(const std::string& path) const
     return TWPath::standardize(expand(path), home);
 }
 
+bool TWPlaces::leavesMovedFolder(const std::string& path) const
+{
+    for (const auto& moved : MovedFolders) {
+        if (!path.starts_with('~') || !TWPath::isAtOrBelow(path, moved.usual))
+            continue;
+        const auto& folder = this->*moved.folder;
+        const auto usual = TWPath::expandTilde(moved.usual, home);
+        const auto asMoved = standardize(path);
+        const auto asUsual = TWPath::standardize(path, home);
+        const bool stays = TWPath::isAtOrBelow(asMoved, folder) && TWPath::isAtOrBelow(asUsual, usual)
+            && std::string_view(asMoved).substr(folder.size()) == std::string_view(asUsual).substr(usual.size());
+        return asMoved != asUsual && !stays;
+    }
+    return false;
+}
+
 std::string TWPlaces::abbreviate(const std::string& path) const
 {
     const auto abbreviated = TWPath::abbreviateTilde(path, home);

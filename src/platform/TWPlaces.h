@@ -7,7 +7,9 @@
 // at the start; in a sandbox all of the user's folders are below sandboxRoot.
 struct TWPlaces {
     std::string home;
-    std::string realHome; // the user's own home folder; differs from home only in a sandbox
+    std::vector<std::string> realHomes; // the user's own: home, or what it would be outside the sandbox, and the
+                                        // home folder of the account
+    std::vector<std::string> realOwnFolders; // of the settings and the lists as they are outside a sandbox
     std::string configHome;
     std::string dataHome;
     std::string stateHome;
@@ -37,6 +39,10 @@ struct TWPlaces {
 
     // Like expand(), then removes "." and ".." without resolving symbolic links.
     std::string standardize(const std::string& path) const;
+
+    // True if the path begins with a folder that a variable has moved, such as "~/.cache", and leaves it with a "..":
+    // then it is not clear whether the usual or the moved folder is left.
+    bool leavesMovedFolder(const std::string& path) const;
 
     // The reverse of standardize(), for storing and display: begins a path at or below the home folder with "~", unless
     // standardize() would turn the result into another path.

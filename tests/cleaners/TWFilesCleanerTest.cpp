@@ -1,6 +1,7 @@
 #include "cleaners/TWFilesCleaner.h"
 
 #include "builders/TWHostileTree.h"
+#include "cleaners/TWFilesPlanner.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
 namespace {
@@ -36,6 +37,31 @@ protected:
     TWFilesCleanerInfo info;
 };
 
+// The real one, while another program changes the tree: at each opening of a top folder and of a folder of items.
+struct ChangingFileSystem final : TWFileSystem {
+    TWLinuxFileSystem real;
+    std::function<void(const std::string&)> atOpening, atHolding;
+
+    TWFileLook look(const std::string& path, TWLinkAtEnd link) const override { return real.look(path, link); }
+    std::optional<std::string> realPath(const std::string& path, TWLinkAtEnd link, int* error) const override
+    {
+        return real.realPath(path, link, error);
+    }
+    std::optional<std::string> linkTarget(const std::string& path) const override { return real.linkTarget(path); }
+    std::unique_ptr<TWOpenFolder> openFolder(
+        const std::string& path, int& error, const TWCancellation* cancellation) const override
+    {
+        auto folder = real.openFolder(path, error, cancellation);
+        atOpening(path);
+        return folder;
+    }
+    std::unique_ptr<TWHeldFolder> holdFolder(const std::string& path, int& error) const override
+    {
+        atHolding(path);
+        return real.holdFolder(path, error);
+    }
+};
+
 constexpr auto Started = "started: Deleting files and folders...";
 constexpr auto Failure = "failure: Some files and/or folders could not be deleted!";
 constexpr auto Terminated = "failure: The cleaner was terminated before its job was finished!";
@@ -55,9 +81,9 @@ TEST_F(TWFilesCleanerTest, EachKindDeletesWhatItSays)
         rule("other", 7), rule("home/no", 0) });
     EXPECT_EQ(cleaner.validate(), "");
     EXPECT_EQ(run(),
-        (Lines{ Started, "- No files to delete in ROOT/empty", "- Item ROOT/home/no already deleted",
-            "- Delete ROOT/home/item ...", "- Delete ROOT/contents/.hidden ...", "- Delete ROOT/top/Top SECRET.txt ...",
-            "- Delete ROOT/deep/x/Secret3 ...", Success, "finished" }));
+        (Lines{ Started, "- No files to delete in ROOT/empty", "- This kind of rule does nothing: ROOT/other",
+            "- Item ROOT/home/no already deleted", "- Delete ROOT/home/item ...", "- Delete ROOT/contents/.hidden ...",
+            "- Delete ROOT/top/Top SECRET.txt ...", "- Delete ROOT/deep/x/Secret3 ...", Success, "finished" }));
     EXPECT_TRUE(root.exists("top/x/secret2") && root.exists("other") && root.exists("contents"));
 }
 
@@ -110,12 +136,14 @@ TEST_F(TWFilesCleanerTest, WhatCouldNotBeLookedAtHasNotSucceeded)
     root.write("documents/file", "x");
     root.write("elsewhere/inner/file", "x");
     root.link("link", "elsewhere/inner");
+    root.link("stick", "nowhere");
     info.problems = { "", "The list could not be read." };
-    give({ rule("good", 0), rule("link/../documents/file", 0) });
+    give({ rule("good", 0), rule("link/../documents/file", 0), rule("stick/private", 0) });
     EXPECT_EQ(run(),
         (Lines{ Started, "- The list could not be read.",
-            "- Refused to delete \"ROOT/link/../documents/file\": its \"..\" follows a link, so it means one place "
-            "to the shell and another one here.",
+            "- Refused to delete \"ROOT/link/../documents/file\": its \"..\" follows a link or a moved folder, so "
+            "it means one place to the shell and another one here.",
+            "- Whether ROOT/stick/private exists is not known, because a link on the way to it leads nowhere.",
             "- Delete ROOT/good ...", Failure, "finished" }));
     EXPECT_TRUE(root.exists("documents/file") && root.exists("elsewhere/inner/file"));
     info.problems.clear();
@@ -126,6 +154,45 @@ TEST_F(TWFilesCleanerTest, WhatCouldNotBeLookedAtHasNotSucceeded)
     const auto lines = run();
     chmod(root.path("locked").c_str(), 0700);
     EXPECT_EQ(lines[lines.size() - 2], geteuid() == 0 ? Success : Failure) << "root may look everywhere";
+}
+
+TEST_F(TWFilesCleanerTest, WhatVanishesDuringASearchIsFineButNotWhatIsMoved)
+{
+    ChangingFileSystem changing;
+    changing.atOpening = [&](const std::string& path) { std::filesystem::remove_all(path + "/unopened"); };
+    changing.atHolding = [&](const std::string& path) {
+        if (path == root.path("top/deleted"))
+            std::filesystem::remove_all(path);
+        if (path == root.path("top/moved"))
+            std::filesystem::rename(path, root.path("away"));
+    };
+    const TWPathPlanner planner(changing, guard.rules());
+    for (const std::string name : { "unopened", "deleted", "moved" }) {
+        root.write("top/" + name + "/secret", "x");
+        TWPlan whole;
+        const std::vector rules{ rule("top", 3) };
+        const TWCancellation never;
+        TWFilesPlanner(
+            planner, places, rules, { "secret" }, [&](TWPlan part) { whole.append(std::move(part)); }, never)
+            .plan();
+        EXPECT_EQ(whole.incomplete, name == "moved") << name;
+        EXPECT_TRUE(whole.items.empty()) << name;
+    }
+}
+
+TEST_F(TWFilesCleanerTest, ALinkToTheRootShowsPathsBelowItself)
+{
+    root.link("all", "/");
+    // Everything in "/" is planned, and so not searched, except for names like "proc".
+    Lines words;
+    for (const char letter : std::string("abdefghijklmnqstuvwxyz0123456789"))
+        words.emplace_back(1, letter);
+    give({ rule("all", 3) }, words);
+    const auto lines = plan().lines;
+    EXPECT_TRUE(std::ranges::any_of(lines, [&](const auto& line) {
+        return launcher.shown(line.text)
+            == "The folder ROOT/all/proc was not searched, because a volume is mounted there.";
+    }));
 }
 
 TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)

@@ -1,6 +1,7 @@
 #include "TWProgramTest.h"
 
 #include <csignal>
+#include <pwd.h>
 #include <sys/file.h>
 #include <thread>
 
@@ -13,8 +14,10 @@ TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
     folder_.link("alias", home_);
     folder_.link("above", folder_.path());
     folder_.link("box/home", home_);
-    for (const auto& path : Lines{ "/", "//.", home_, home_ + "/", "~", folder_.path(), folder_.path("alias"),
-             folder_.path("above"), "/proc/self/root", folder_.path("box") }) {
+    const auto* account = getpwuid(getuid());
+    for (const auto& path : Lines{ "/usr/share/doc", "/usr/share/new/box", home_ + "/.local", home_ + "/.config",
+             home_ + "/.config/Tidewell/new", account ? account->pw_dir : "/", "/", "//.", home_, home_ + "/", "~",
+             folder_.path(), folder_.path("alias"), folder_.path("above"), "/proc/self/root", folder_.path("box") }) {
         expectRefused(run({ "words", "add", "x", "--sandbox", path }), path);
         expectRefused(run({ "--sandbox=" + path }), path); // the window
         expectRefused(run({ "demo", path }), path);

@@ -100,11 +100,24 @@ TEST_F(TWDeletionGuardTest, ASandboxEndsAtItsWallsAndProtectsTheRealHome)
     expect(boxedGuard,
         { { "/var/tmp/x", outside }, { root.path("box/out/x"), outside }, { root.path("boxx"), outside },
             { root.path("home"), Home }, { root.path("home/x"), outside }, { root.path(), outside },
-            { boxed.sandboxRoot, "it is the sandbox itself." }, { boxed.home, Home }, { root.path("box/out"), "" },
-            { root.path("box/home/x"), "" } });
+            { "/usr/local/nobody", outside }, { boxed.sandboxRoot, "it is the sandbox itself." }, { boxed.home, Home },
+            { root.path("box/out"), "" }, { root.path("box/home/x"), "" } });
+    boxed.realHomes.push_back(root.folder("account"));
+    root.write("home/.local/share/Tidewell/FilesRules.plist", "");
+    boxed.realOwnFolders = { dataFolder };
     boxed.sandboxRoot = root.path();
     TWDeletionGuard wideGuard(boxed, fileSystem, mountTable, root.path("box/home/data"));
-    expect(wideGuard, { { places.home, Home }, { places.home + "/x", outside } });
+    expect(wideGuard,
+        { { places.home, Home }, { places.home + "/x", outside }, { root.path("account"), Home },
+            { root.path("account/x"), outside } });
+    boxed.sandboxRoot = root.path("home/.local");
+    TWDeletionGuard innerGuard(boxed, fileSystem, mountTable, root.path("home/.local/home/data"));
+    expect(innerGuard,
+        { { root.path("home/.local/share"), AboveData }, { dataFolder, Data }, { dataFolder + "/x", InsideData },
+            { root.path("home/.local/x"), "" } });
+    boxed.sandboxRoot = "/usr/share";
+    TWDeletionGuard systemGuard(boxed, fileSystem, mountTable, "/usr/share/home/data");
+    expect(systemGuard, { { "/usr/share/doc", InsideSystem } });
 }
 
 TEST_F(TWDeletionGuardTest, LooksAgainWhenAVolumeIsMountedOrTheJobIsNew)
@@ -123,17 +136,17 @@ TEST_F(TWDeletionGuardTest, LooksAgainWhenAVolumeIsMountedOrTheJobIsNew)
 TEST_F(TWDeletionGuardTest, RefusesWhatCouldNotBeLookedAt)
 {
     struct Unknown final : TWHeldFolder {
-        std::vector<TWFileIdentity> above;
+        std::vector<TWAncestor> above;
         TWFileIdentity identity() const override { return {}; }
         TWFileLook look(const std::string&) const override { return {}; }
-        std::vector<TWFileIdentity> chain() const override { return above; }
+        std::vector<TWAncestor> chain() const override { return above; }
         int descriptor() const override { return -1; }
     } folder;
     const auto rules = guard.rules();
     const auto there = fileSystem.look(root.write("folder/file", "x"));
     for (const auto known : { false, true }) {
         if (known)
-            folder.above = { there.facts.identity };
+            folder.above = { { there.facts.identity } };
         const auto judged = rules->judgeFolder(folder, root.path("folder"));
         EXPECT_STREQ(rules->objection(judged, "file", there), known ? nullptr : CannotTell);
         EXPECT_STREQ(rules->objection(judged, "file", {}), CannotTell);
@@ -148,11 +161,23 @@ TEST_F(TWDeletionGuardTest, ABindMountIsNoWayAround)
     const auto alias = root.folder("outside/alias");
     root.write("home/.local/share/Tidewell/FilesRules.plist", "");
     ASSERT_TRUE(TWPrivateMounts::bind(root.path(), alias));
+    const auto inner = root.folder("home/.local/share/Tidewell/x/y");
+    ASSERT_TRUE(TWPrivateMounts::bind(root.path("home/.local/share/Tidewell/x"), inner));
+    root.write("outside/sub/file", "");
+    ASSERT_TRUE(TWPrivateMounts::bind(root.path("outside/sub"), root.folder("box/home/docs")));
     TWLinuxMountTable realTable;
     TWDeletionGuard realGuard(places, fileSystem, realTable, dataFolder);
     expect(realGuard,
         { { alias + "/home", Home }, { alias + "/home/.local", AboveData },
             { alias + "/home/.local/share/Tidewell/FilesRules.plist", InsideData }, { alias, AboveHome },
-            { root.path("outside"), MountInside }, { alias + "/home/nobody", "" } });
+            { root.path("outside"), MountInside }, { alias + "/home/nobody", "" }, { inner + "/file", InsideData } });
+    auto boxed = places;
+    boxed.sandboxRoot = root.path("box");
+    boxed.home = root.path("box/home");
+    TWDeletionGuard boxedGuard(boxed, fileSystem, realTable, root.path("box/home/data"));
+    expect(boxedGuard,
+        { { root.path("box/home/docs/file"), "it lies on a volume that is mounted inside the sandbox." },
+            { root.path("box/home/file"), "" } });
+    EXPECT_TRUE(TWPrivateMounts::detach(inner) && TWPrivateMounts::detach(root.path("box/home/docs")));
     EXPECT_TRUE(TWPrivateMounts::detach(alias));
 }

@@ -2,6 +2,7 @@
 
 #include "builders/TWHostileTree.h"
 #include "fakes/TWFakeMachine.h"
+#include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 
 namespace {
@@ -237,7 +238,7 @@ TEST_F(TWFileDeleteQueueTest, TheRealToolDeletesTheHostileTreeAndNothingElse)
     const TWHostileTree tree(root);
     const auto canary = tree.canaryDigest();
     EXPECT_EQ(tree.paths().size(), 18U);
-    places.rmOptions = { "--one-file-system" };
+    places.rmOptions = TWLinuxPlaces().rmOptions;
     TWLinuxProcessLauncher realLauncher(runLoop);
     TWDeletionTools realTools{ runLoop, realLauncher, fileSystem, guard, places };
     renew(realTools);

@@ -50,7 +50,8 @@ private:
     static TWPlaces makePlaces(const TWTemporaryFolder& root)
     {
         TWPlaces places;
-        places.home = places.realHome = root.folder("home");
+        places.home = root.folder("home");
+        places.realHomes = { places.home };
         places.configHome = root.path("home/.config");
         places.dataHome = root.folder("home/.local/share");
         places.stateHome = root.path("home/.local/state");

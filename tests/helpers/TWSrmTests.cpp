@@ -232,6 +232,33 @@ TEST_F(TWTracedSrmTests, WhatOtherProgramsDoMeanwhileIsOverwrittenOrKeptAndHoles
     }
 }
 
+TEST_F(TWTracedSrmTests, WhatIsMovedAwayMeanwhileIsNamed)
+{
+    struct Case {
+        long call; // before the second one of these, another program moves the entry away
+        const char* moved;
+        int status;
+        const char* said;
+    };
+    const Case cases[] = {
+        { SYS_getdents64, "file", 0, "srm: note: ./tree/file: was gone before it could be overwritten\n" },
+        { SYS_fdatasync, "folder", 1, "srm: ./tree/folder: moved meanwhile, kept\n" },
+    };
+    for (const auto& [awaited, moved, status, said] : cases) {
+        root.write("tree/file", Secret);
+        root.write("tree/folder/one", Secret);
+        root.write("tree/folder/two", Secret);
+        int calls = 0;
+        const auto outcome = traced({ "-rf", "--simple", "./tree" }, [&](pid_t, const Call& call) {
+            if (long(call.nr) == awaited && ++calls == 2)
+                fs::rename(tree + "/" + moved, root.path("away"));
+        });
+        EXPECT_EQ(outcome.status, status) << moved;
+        EXPECT_EQ(outcome.err, said);
+        fs::remove_all(root.path("away"));
+    }
+}
+
 TEST_F(TWTracedSrmTests, EndedAtAnySystemCallItLeavesOldNamesOnlyAndClaimsNoSuccess)
 {
     const std::set<std::uint64_t> moments = { SYS_getdents64, SYS_statx, SYS_lseek, SYS_fcntl, SYS_pwrite64,

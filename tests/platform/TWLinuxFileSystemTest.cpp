@@ -1,11 +1,17 @@
 #include "platform/linux/TWLinuxFileSystem.h"
 
+#include "builders/TWPrivateMounts.h"
 #include "builders/TWTemporaryFolder.h"
 #include "builders/TWThisProcess.h"
 
 #include <gtest/gtest.h>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <map>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <thread>
 
 namespace {
 
@@ -116,4 +122,25 @@ TEST_F(TWLinuxFileSystemTest, ResolvesAllButTheLastComponent)
     EXPECT_EQ(files.realPath("//"), "/");
     EXPECT_FALSE(files.realPath(temporary.path("nothing/x")));
     EXPECT_FALSE(files.realPath(temporary.path("file/x")));
+}
+
+// As in containers whose filter does not know openat2(). The filter ends with its thread.
+TEST_F(TWLinuxFileSystemTest, EntersNoBindMountWithoutRestrictedOpening)
+{
+    if (!TWPrivateMounts::begin())
+        GTEST_SKIP() << "nothing can be mounted here";
+    const auto bound = temporary.folder("t/bound");
+    temporary.folder("t/plain");
+    ASSERT_TRUE(TWPrivateMounts::bind(temporary.folder("other"), bound));
+    std::thread([&] {
+        sock_filter steps[] = { BPF_STMT(BPF_LD | BPF_W | BPF_ABS, 0), BPF_JUMP(BPF_JMP | BPF_JEQ, SYS_openat2, 0, 1),
+            BPF_STMT(BPF_RET, SECCOMP_RET_ERRNO | EPERM), BPF_STMT(BPF_RET, SECCOMP_RET_ALLOW) };
+        const sock_fprog filter = { std::size(steps), steps };
+        ASSERT_TRUE(
+            prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0);
+        const auto folder = files.openFolder(temporary.path("t"), error);
+        for (const TWFolderEntry& entry : folder->entries())
+            EXPECT_TRUE(folder->openFolder(entry, error) ? entry.name == "plain" : error == EXDEV);
+    }).join();
+    EXPECT_TRUE(TWPrivateMounts::detach(bound));
 }

@@ -1,6 +1,11 @@
 #include "platform/linux/TWLinuxPlaces.h"
 
+<<<<<<< HEAD
 #include "platform/linux/TWLinuxFileSystem.h"
+=======
+#include "builders/TWPrivateMounts.h"
+#include "builders/TWTemporaryFolder.h"
+>>>>>>> fix-b
 
 #include <gtest/gtest.h>
 
@@ -16,7 +21,7 @@ TEST(TWLinuxPlacesTest, FollowsTheEnvironmentWhereItIsAbsolute)
     setenv("XDG_STATE_HOME", "", 1);
     unsetenv("XDG_RUNTIME_DIR");
     const auto places = TWLinuxPlaces();
-    EXPECT_EQ(places.home + places.realHome, "/some/home/me/some/home/me");
+    EXPECT_EQ(places.home + places.realHomes[0], "/some/home/me/some/home/me");
     EXPECT_EQ(places.settingsFile(), "/elsewhere/config/Tidewell/Tidewell.plist");
     EXPECT_EQ(places.trash + places.stateHome, "/some/home/me/.local/share/Trash/some/home/me/.local/state");
     EXPECT_TRUE(places.runtimeFolder.empty() && !places.sandboxed());
@@ -37,5 +42,35 @@ TEST(TWLinuxPlacesTest, ASandboxTakesNothingFromTheEnvironment)
     for (const auto& path : { places.home, places.configHome, places.dataHome, places.stateHome, places.cacheHome,
              places.runtimeFolder, places.temporaryFolder, places.systemLogs, places.trash, places.settingsFile() })
         EXPECT_TRUE(path.starts_with("/box/")) << path;
-    EXPECT_EQ(places.realHome, "/outside");
+    EXPECT_EQ(places.realHomes[0], "/outside");
+    EXPECT_EQ(places.realOwnFolders, (std::vector<std::string>{ "/outside/Tidewell", "/outside/Tidewell" }));
+}
+
+TEST(TWLinuxPlacesTest, OutOfAMovedFolderTwoWaysLead)
+{
+    TWPlaces places;
+    places.home = "/home/me";
+    places.configHome = "/home/me/.config";
+    places.cacheHome = "/big/cache";
+    for (const auto* path : { "~/.cache/../Documents", "~/.cache/../cache/x", "~/.cache/x/../../.cache/y" })
+        EXPECT_TRUE(places.leavesMovedFolder(path)) << path;
+    for (const auto* path : { "~/.cache/x/../y", "~/.cache", "~/.config/../x", "$XDG_CACHE_HOME/../x", "~/.cachex/.." })
+        EXPECT_FALSE(places.leavesMovedFolder(path)) << path;
+}
+
+TEST(TWLinuxPlacesTest, TheToolSparesAVolumeThatIsMountedOnItsItem)
+{
+    if (!TWPrivateMounts::begin())
+        GTEST_SKIP() << "nothing can be mounted here";
+    const TWTemporaryFolder root;
+    const auto item = root.folder("item");
+    ASSERT_TRUE(TWPrivateMounts::mountEmpty(item));
+    root.write("item/file", "");
+    std::string options;
+    for (const auto& option : TWLinuxPlaces().rmOptions)
+        options += " " + option;
+    const auto command = "cd " + root.path() + " && rm -rf" + options + " ./item 2>/dev/null";
+    EXPECT_NE(std::system(command.c_str()), 0);
+    EXPECT_TRUE(root.exists("item/file"));
+    EXPECT_TRUE(TWPrivateMounts::detach(item));
 }

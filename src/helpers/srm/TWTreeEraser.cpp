@@ -13,6 +13,8 @@ constexpr char MountPoint[] = "another file system is mounted here, kept";
 constexpr char Replaced[] = "replaced by something else meanwhile, kept";
 constexpr char ChangedLate[] = "changed by another program while it was being removed, kept";
 constexpr char SeveralNames[] = "the file has several names; this one was removed, the file was not overwritten";
+constexpr char Vanished[] = "was gone before it could be overwritten";
+constexpr char MovedAway[] = "moved meanwhile, kept";
 constexpr char Moved[] = "moved elsewhere meanwhile, stopped";
 
 // How many of the innermost folders stay open. Outer ones, except the working directory, are opened again through "..".
@@ -107,6 +109,8 @@ void TWTreeEraser::eraseEntry(const std::string& name)
     if (const int error = facts.read(here(), name.c_str())) {
         if (error != ENOENT)
             keep(name, error);
+        else if (levels_.size() > 1) // it was listed
+            report_.notice(pathOf(name), Vanished);
         return;
     }
     // Compares devices for folders only, because a union file system shows files with devices of their own.
@@ -229,8 +233,17 @@ void TWTreeEraser::leaveFolder()
     }
     if (left.keptSome)
         levels_.back().keptSome = true;
+    else if (hasMovedAway(left))
+        keep(left.name, MovedAway);
     else
         removeSame(left.name, left.facts);
+}
+
+// True if the folder still exists but no longer under its name.
+bool TWTreeEraser::hasMovedAway(const Level& level) const
+{
+    TWEntryFacts now;
+    return now.read(here(), level.name.c_str()) == ENOENT && now.read(level.folder.get(), "") == 0 && now.links > 0;
 }
 
 // Opens the folder again through ".." if it was closed to save descriptors. Fails if ".." leads to another folder.

@@ -49,6 +49,7 @@ private:
     void pushLevel(Level);
     void leaveFolder();
     bool reopenFolder(Level&, const Level& child);
+    bool hasMovedAway(const Level&) const;
 
     int removalRefusal(const std::string& name) const;
     TWDescriptor openForWriting(const std::string& name, const TWEntryFacts&, int& error);

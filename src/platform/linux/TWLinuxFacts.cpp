@@ -37,6 +37,11 @@ TWFileFacts TWFactsFrom(const struct stat& found)
     return facts;
 }
 
+bool TWIsMountRoot(const struct statx& found)
+{
+    return (found.stx_attributes & found.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 TWFileLook TWFailedLook(int error)
 {
     // Nothing can have a name that is too long.

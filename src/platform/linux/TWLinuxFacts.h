@@ -9,6 +9,9 @@
 TWFileKind TWKindOfMode(mode_t);
 TWFileFacts TWFactsFrom(const struct stat&);
 
+// True if something is mounted on the folder. Needs Linux 5.8; false if the kernel cannot tell.
+bool TWIsMountRoot(const struct statx&);
+
 // The look that stands for a call that has failed with this errno.
 TWFileLook TWFailedLook(int error);
 

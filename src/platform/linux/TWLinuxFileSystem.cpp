@@ -7,6 +7,7 @@
 #include "support/TWPath.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <climits>
@@ -70,6 +71,14 @@ TWFileLook TWLinuxFileSystem::look(const std::string& path, TWLinkAtEnd link) co
     if (place.path.empty() || fstatat(place.folder(), place.path.c_str(), &found, flags) != 0)
         return TWFailedLook(errno);
     return { TWPresence::There, 0, TWFactsFrom(found) };
+}
+
+std::optional<std::string> TWLinuxFileSystem::linkTarget(const std::string& path) const
+{
+    const auto place = placeOf(path, Links::Follow);
+    char target[PATH_MAX]; // no link is longer
+    const auto length = place.path.empty() ? -1 : readlinkat(place.folder(), place.path.c_str(), target, sizeof target);
+    return length < 0 ? std::nullopt : std::optional(std::string(target, static_cast<std::size_t>(length)));
 }
 
 std::unique_ptr<TWOpenFolder> TWLinuxFileSystem::openFolder(

@@ -3,9 +3,9 @@
 #include "platform/linux/TWLinuxFacts.h"
 
 #include <fcntl.h>
+#include <sys/sysmacros.h>
 
 #include <cerrno>
-#include <climits>
 
 std::unique_ptr<TWLinuxHeldFolder> TWLinuxHeldFolder::hold(TWDescriptor descriptor, int& error)
 {
@@ -27,25 +27,26 @@ TWFileLook TWLinuxHeldFolder::look(const std::string& name) const
     return TWLookAt(descriptor_.get(), name.c_str());
 }
 
-std::vector<TWFileIdentity> TWLinuxHeldFolder::chain() const
+// Climbs one folder at a time, because the kernel would walk "../../.." from its beginning each time.
+std::vector<TWAncestor> TWLinuxHeldFolder::chain() const
 {
-    std::vector<TWFileIdentity> identities{ identity_ };
-    TWDescriptor base;
-    std::string up = "..";
-    for (;;) {
-        const auto look = TWLookAt(base.isOpen() ? base.get() : descriptor_.get(), up.c_str());
-        if (!look.isThere())
+    std::vector<TWAncestor> ancestors;
+    TWDescriptor reached;
+    std::uint64_t mount = 0;
+    for (int at = descriptor_.get();; at = reached.get()) {
+        struct statx found = {};
+        if (statx(at, "", AT_EMPTY_PATH, STATX_INO | STATX_MNT_ID, &found) != 0)
             return {};
-        if (look.facts.identity == identities.back()) // only the root is its own parent
-            return identities;
-        identities.push_back(look.facts.identity);
-        up += "/..";
-        if (up.size() < PATH_MAX - 4)
-            continue;
-        base = TWDescriptor(
-            openat(base.isOpen() ? base.get() : descriptor_.get(), up.c_str() + 3, O_PATH | O_DIRECTORY | O_CLOEXEC));
-        if (!base.isOpen())
+        const TWAncestor ancestor{ { makedev(found.stx_dev_major, found.stx_dev_minor), found.stx_ino },
+            TWIsMountRoot(found) };
+        // Only the root is its own parent. A folder that is mounted inside itself has the same identity as its parent,
+        // but belongs to another mount.
+        if (!ancestors.empty() && ancestor == ancestors.back() && found.stx_mnt_id == mount)
+            return ancestors;
+        mount = found.stx_mnt_id;
+        ancestors.push_back(ancestor);
+        reached = TWDescriptor(openat(at, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!reached.isOpen())
             return {};
-        up = "..";
     }
 }

@@ -10,7 +10,7 @@ public:
 
     TWFileIdentity identity() const override { return identity_; }
     TWFileLook look(const std::string& name) const override;
-    std::vector<TWFileIdentity> chain() const override;
+    std::vector<TWAncestor> chain() const override;
     int descriptor() const override { return descriptor_.get(); }
 
 private:

@@ -1,5 +1,7 @@
 #include "platform/linux/TWLinuxOpen.h"
 
+#include "platform/linux/TWLinuxFacts.h"
+
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
@@ -7,25 +9,33 @@
 
 #include <atomic>
 #include <cerrno>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
 constexpr int FolderFlags = O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-// Kernels before 5.6 have no openat2(), and some sandboxes forbid system calls that they do not know.
+// Kernels before 5.6 have no openat2().
 std::atomic<bool> hasRestrictedOpen = true;
 
-int openRestricted(int folder, const char* path, int flags, std::uint64_t restrictions)
+// Returns nothing if the system call cannot be used. Some sandboxes forbid system calls that they do not know with
+// EPERM. That is not remembered, because a file system may also give this error for a single folder.
+std::optional<TWDescriptor> openRestricted(int folder, const char* path, int flags, std::uint64_t restrictions)
 {
+    if (!hasRestrictedOpen)
+        return std::nullopt;
     open_how how{};
     how.flags = static_cast<std::uint64_t>(flags | FolderFlags);
     how.resolve = restrictions;
-    const auto descriptor = static_cast<int>(syscall(SYS_openat2, folder, path, &how, sizeof how));
-    if (descriptor < 0 && (errno == ENOSYS || errno == EPERM))
+    TWDescriptor opened(static_cast<int>(syscall(SYS_openat2, folder, path, &how, sizeof how)));
+    if (opened.isOpen() || (errno != ENOSYS && errno != EPERM))
+        return opened;
+    if (errno == ENOSYS)
         hasRestrictedOpen = false;
-    return descriptor;
+    return std::nullopt;
 }
 
 TWDescriptor openByComponents(int folder, std::string_view path, int flags)
@@ -49,38 +59,35 @@ TWDescriptor openByComponents(int folder, std::string_view path, int flags)
     return TWDescriptor();
 }
 
-TWDescriptor openSameDevice(int folder, const char* name, int flags)
+// Compares the devices as well, because kernels before 5.8 cannot tell where something is mounted.
+TWDescriptor openSameMount(int folder, const char* name, int flags)
 {
-    TWDescriptor child(openat(folder, name, flags | FolderFlags));
-    struct stat above;
-    struct stat below;
-    if (!child.isOpen() || fstat(folder, &above) != 0 || fstat(child.get(), &below) != 0)
+    TWDescriptor opened(openat(folder, name, flags | FolderFlags));
+    struct statx from = {};
+    struct statx to = {};
+    if (!opened.isOpen() || statx(folder, "", AT_EMPTY_PATH, STATX_INO, &from) != 0
+        || statx(opened.get(), "", AT_EMPTY_PATH, STATX_INO, &to) != 0)
         return TWDescriptor();
-    if (above.st_dev == below.st_dev)
-        return child;
-    child.close();
+    const bool sameDevice = from.stx_dev_major == to.stx_dev_major && from.stx_dev_minor == to.stx_dev_minor;
+    if (sameDevice && !TWIsMountRoot(std::string_view(name) == ".." ? from : to))
+        return opened;
+    opened.close();
     errno = EXDEV;
-    return child;
+    return opened;
 }
 
 }
 
 TWDescriptor TWLinuxOpenWithoutLinks(int folder, const char* path, int flags)
 {
-    if (hasRestrictedOpen) {
-        TWDescriptor opened(openRestricted(folder, path, flags, RESOLVE_NO_SYMLINKS));
-        if (opened.isOpen() || hasRestrictedOpen)
-            return opened;
-    }
+    if (auto opened = openRestricted(folder, path, flags, RESOLVE_NO_SYMLINKS))
+        return std::move(*opened);
     return openByComponents(folder, path, flags);
 }
 
 TWDescriptor TWLinuxOpenChild(int folder, const char* name, int flags)
 {
-    if (hasRestrictedOpen) {
-        TWDescriptor opened(openRestricted(folder, name, flags, RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV));
-        if (opened.isOpen() || hasRestrictedOpen)
-            return opened;
-    }
-    return openSameDevice(folder, name, flags);
+    if (auto opened = openRestricted(folder, name, flags, RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV))
+        return std::move(*opened);
+    return openSameMount(folder, name, flags);
 }

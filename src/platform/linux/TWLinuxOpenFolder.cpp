@@ -238,8 +238,12 @@ int TWLinuxOpenFolder::descriptor() const
         closed.push_back(folder);
     for (; !closed.empty(); closed.pop_back()) {
         const auto& folder = *closed.back();
-        if (!folder.handle_->takeIfSame(folder.parent_->openChild(folder.name_)))
+        if (!folder.handle_->takeIfSame(folder.parent_->openChild(folder.name_))) {
+            // It was open before, so it has been moved or removed. No caller may take an entry of it for gone.
+            if (errno == ENOENT || errno == ENOTDIR)
+                errno = ESTALE;
             return -1;
+        }
         folder.giveUpOuterDescriptor();
     }
     return handle_->descriptor.get();

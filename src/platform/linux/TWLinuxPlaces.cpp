@@ -11,6 +11,7 @@
 
 namespace {
 
+<<<<<<< HEAD
 constexpr auto Ambiguous
     = "The environment variable %@ is \"%@\", which can mean two different folders, because \"..\" follows a link or a "
       "missing folder in it. Please set it to a path without \"..\".\n";
@@ -37,6 +38,21 @@ std::string listedHome()
 {
     const passwd* user = getpwuid(getuid());
     return user && user->pw_dir && *user->pw_dir == '/' ? user->pw_dir : "/nonexistent";
+=======
+constexpr auto NoHome = "/nonexistent";
+
+// The home folder in the user database. Not every account has one.
+std::string accountHome()
+{
+    const passwd* user = getpwuid(getuid());
+    return user && user->pw_dir && *user->pw_dir == '/' ? TWPath::standardize(user->pw_dir, "") : NoHome;
+}
+
+std::string homeFolder()
+{
+    const char* home = std::getenv("HOME");
+    return home && *home == '/' ? TWPath::standardize(home, "") : accountHome();
+>>>>>>> fix-b
 }
 
 std::string folderFrom(const char* variable, const std::string& fallback)
@@ -70,8 +86,8 @@ void addInstallation(TWPlaces& places)
     const std::string prefix(folder.ends_with("/libexec/tidewell") ? TWPath::parent(above) : above);
     places.resources = prefix + "/share/tidewell";
     places.rm = "/bin/rm";
-    // So that rm does not enter a volume that is mounted while it works.
-    places.rmOptions = { "--one-file-system" };
+    // So that rm does not enter a volume that is mounted while it works: neither below the item nor on the item itself.
+    places.rmOptions = { "--one-file-system", "--preserve-root=all" };
     places.srm = prefix + "/libexec/tidewell/srm";
     places.eject = prefix + "/libexec/tidewell/eject";
     places.window = prefix + "/libexec/tidewell/tidewell-window";
@@ -105,7 +121,6 @@ TWPlaces TWLinuxPlaces()
 {
     TWPlaces places;
     places.home = homeFolder();
-    places.realHome = places.home;
     addDefaults(places);
     places.configHome = folderFrom("XDG_CONFIG_HOME", places.configHome);
     places.dataHome = folderFrom("XDG_DATA_HOME", places.dataHome);
@@ -115,6 +130,8 @@ TWPlaces TWLinuxPlaces()
     places.temporaryFolder = folderFrom("TMPDIR", "/tmp");
     places.systemLogs = "/var/log";
     places.trash = places.dataHome + "/Trash";
+    places.realHomes = { places.home, TWPath::standardize(listedHome(), "") };
+    places.realOwnFolders = { places.settingsFolder(), places.dataHome + "/Tidewell" };
     addInstallation(places);
     return places;
 }
@@ -124,7 +141,9 @@ TWPlaces TWLinuxSandboxPlaces(const std::string& root)
     TWPlaces places;
     places.sandboxRoot = root;
     places.home = root + "/home";
-    places.realHome = homeFolder();
+    const auto real = TWLinuxPlaces();
+    places.realHomes = real.realHomes;
+    places.realOwnFolders = real.realOwnFolders;
     addDefaults(places);
     places.runtimeFolder = root + "/run";
     places.temporaryFolder = root + "/tmp";
