@@ -145,7 +145,7 @@ void TWFileDeleteQueue::deleteFiles(TWAuthorization authorization)
         return;
     tools_.guard.renew();
     deleteIndex_ = 0;
-    running_ = true;
+    running_ = deleting_ = true;
     stopped_ = false;
     reports_.clear();
     deleteNextFile();
@@ -154,7 +154,7 @@ void TWFileDeleteQueue::deleteFiles(TWAuthorization authorization)
 void TWFileDeleteQueue::deleteNextFile()
 {
     if (stopped_ || deleteIndex_ >= files_->size()) {
-        running_ = false;
+        running_ = deleting_ = false;
         if (delegate_)
             delegate_->fileDeleteQueueDone();
         return;
@@ -271,7 +271,7 @@ void TWFileDeleteQueue::stop()
         check_.reset();
         outcomes_.resize(files_->size(), Outcome::NotStarted);
         ending_ = tools_.runLoop.after(0ms, [this] { endStoppedCheck(); });
-    } else if (running_) {
+    } else if (deleting_) {
         stopped_ = true;
         fileDeleter_.terminate();
     }

@@ -57,6 +57,7 @@ public:
     // verification that is going on ends, and its call follows with false.
     void stop();
 
+    // From deleteFiles() to the done call or terminate().
     bool running() const { return running_; }
     bool stopped() const { return stopped_; }
 
@@ -94,6 +95,7 @@ private:
     TWSecureMode secureDeleteMode_ = TWPlainDelete;
     TWAuthorization authorization_ = TWAuthorization::No;
     bool running_ = false;
+    bool deleting_ = false; // like running_, but terminate() leaves it set: the done call is still to come
     bool stopped_ = false;
     std::size_t deleteIndex_ = 0; // of the next path to start
     std::shared_ptr<Files> files_ = std::make_shared<Files>(); // read by the check in the background once all are added

@@ -150,6 +150,46 @@ TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
     EXPECT_FALSE(root.exists("two"));
 }
 
+TEST_F(TWFilesCleanerTest, CancelMayBeFollowedByAnythingAndNeedsNoJob)
+{
+    TWFilesCleaner fresh({ tools, settings });
+    fresh.setDelegate(&reports);
+    fresh.cancel();
+    fresh.verify();
+    EXPECT_TRUE(fresh.cancelled());
+    EXPECT_EQ(reports.take(), (Lines{ Terminated, "finished", Failure, "finished" }));
+    for (const auto* act : { "stop", "stop inside", "clean inside", "destroy inside" }) {
+        launcher.ending = TWRecordingLauncher::Ending::ByTest;
+        root.write("one", "x");
+        root.write("two", "x");
+        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings });
+        cancelled->setDelegate(&reports);
+        info.filesArray = std::make_shared<std::vector<TWFilesRule>>(std::vector{ rule("one", 0), rule("two", 0) });
+        cancelled->setInfo(info);
+        cancelled->clean();
+        runLoop.runUntilIdle();
+        reports.onReport = [&, once = false]() mutable {
+            if (!std::string_view(act).ends_with("inside") || std::exchange(once, true))
+                return;
+            launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+            if (*act == 's')
+                cancelled->stop();
+            else if (*act == 'c')
+                cancelled->clean();
+            else
+                cancelled.reset();
+        };
+        cancelled->cancel();
+        if (act == std::string_view("stop"))
+            cancelled->stop();
+        runLoop.advance(1s);
+        EXPECT_EQ(root.exists("two"), *act != 'c') << act;
+        EXPECT_EQ(reports.count("finished"), *act == 'd' ? 0U : *act == 'c' ? 1U : 2U) << act;
+        reports.onReport = [] {};
+        reports.take();
+    }
+}
+
 TEST_F(TWFilesCleanerTest, ReportsALongListInSeveralTurns)
 {
     give(std::vector<TWFilesRule>(2500, rule("no", 0)));
