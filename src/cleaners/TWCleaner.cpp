@@ -65,12 +65,12 @@ void TWCleaner::stop()
     job_->ending = runLoop_.after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, TWTerminatedMessage); });
 }
 
-void TWCleaner::sayLines(std::vector<TWPlannedLine> lines, std::function<void()> then)
+void TWCleaner::sayLines(std::vector<std::string> lines, std::function<void()> then)
 {
-    const auto shared = std::make_shared<std::vector<TWPlannedLine>>(std::move(lines));
+    const auto shared = std::make_shared<std::vector<std::string>>(std::move(lines));
     job_->saying = std::make_unique<TWPacedSteps>(
         runLoop_, shared->size(), LinesPerTurn,
-        [this, shared](std::size_t index) { reportProgress(std::move((*shared)[index].text)); },
+        [this, shared](std::size_t index) { reportProgress(std::move((*shared)[index])); },
         [this, then = std::move(then)] {
             const auto call = then;
             job_->saying.reset();

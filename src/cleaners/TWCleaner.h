@@ -92,7 +92,7 @@ protected:
     virtual std::vector<std::string> wordDictionary() const { return {}; }
 
     // Reports the lines, a limited number per turn, and then calls the function if the job still goes on.
-    void sayLines(std::vector<TWPlannedLine>, std::function<void()> then);
+    void sayLines(std::vector<std::string>, std::function<void()> then);
 
     // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished. Also works
     // without a job.

@@ -38,8 +38,6 @@ void TWPlan::append(TWPlan part)
         if (item.folder != TWNone)
             item.folder += static_cast<std::uint32_t>(folders.size());
     }
-    for (auto& line : part.lines)
-        line.place += items.size();
     move(part.folders, folders);
     items.insert(items.end(), part.items.begin(), part.items.end());
     move(part.lines, lines);
