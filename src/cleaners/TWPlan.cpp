@@ -50,7 +50,8 @@ void TWPlan::append(TWPlan part)
 
 TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const TWPlannedItem& item)
 {
-    return { { plan, item.folder == TWNone ? &NoFolder : plan->folders[item.folder].get() }, item.name };
+    return { { plan, item.folder == TWNone ? &NoFolder : plan->folders[item.folder].get() }, item.name,
+        item.facts.identity != TWFileIdentity() };
 }
 
 std::string TWPlan::path(const TWPlannedItem& item) const
