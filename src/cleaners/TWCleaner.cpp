@@ -12,13 +12,7 @@ constexpr std::size_t LinesPerTurn = 1000; // so that the window stays responsiv
 
 void TWCleaner::clean()
 {
-    endJob();
-    if (!isActive_) {
-        done();
-        return;
-    }
-    const auto started = startJob();
-    if (started.expired() || job_->stopping)
+    if (!startJob())
         return;
     job_->stage = Stage::Planning;
     job_->planning = makePlan([](const TWPlan&) {}, [this](TWPlan plan) { planMade(std::move(plan)); });
@@ -26,19 +20,23 @@ void TWCleaner::clean()
 
 void TWCleaner::carryOut(TWPlan plan)
 {
-    endJob();
-    const auto started = startJob();
-    if (!started.expired() && !job_->stopping)
+    if (startJob())
         planMade(std::move(plan));
 }
 
-std::weak_ptr<TWCleaner::Job> TWCleaner::startJob()
+// Returns whether there is a job to go on with.
+bool TWCleaner::startJob()
 {
+    endJob();
+    if (!isActive_) {
+        done();
+        return false;
+    }
     cancelled_ = false;
     job_ = std::make_shared<Job>();
     const std::weak_ptr<Job> job = job_;
     reportStarted();
-    return job;
+    return !job.expired() && !job_->stopping;
 }
 
 void TWCleaner::planMade(TWPlan plan)
@@ -55,7 +53,7 @@ void TWCleaner::endJob()
 
 void TWCleaner::stop()
 {
-    if (!job_ || std::exchange(job_->stopping, true))
+    if (!job_ || job_->stage == Stage::Reporting || std::exchange(job_->stopping, true))
         return;
     cancelled_ = true;
     if (job_->stage == Stage::Performing && !job_->saying) {
@@ -67,12 +65,12 @@ void TWCleaner::stop()
     job_->ending = runLoop_.after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, TWTerminatedMessage); });
 }
 
-void TWCleaner::sayLines(std::vector<TWPlannedLine> lines, std::function<void()> then)
+void TWCleaner::sayLines(std::vector<std::string> lines, std::function<void()> then)
 {
-    const auto shared = std::make_shared<std::vector<TWPlannedLine>>(std::move(lines));
+    const auto shared = std::make_shared<std::vector<std::string>>(std::move(lines));
     job_->saying = std::make_unique<TWPacedSteps>(
         runLoop_, shared->size(), LinesPerTurn,
-        [this, shared](std::size_t index) { reportProgress(std::move((*shared)[index].text)); },
+        [this, shared](std::size_t index) { reportProgress(std::move((*shared)[index])); },
         [this, then = std::move(then)] {
             const auto call = then;
             job_->saying.reset();
@@ -82,9 +80,11 @@ void TWCleaner::sayLines(std::vector<TWPlannedLine> lines, std::function<void()>
 
 void TWCleaner::finish(Outcome outcome, const std::string& text)
 {
+    if (!job_)
+        job_ = std::make_shared<Job>();
     const std::weak_ptr<Job> job = job_;
-    const bool stopped = job_->stopping;
-    if (stopped)
+    job_->stage = Stage::Reporting;
+    if (job_->stopping)
         reportFailure(TWTerminatedMessage);
     else if (outcome == Outcome::Success)
         reportSuccess(text);
@@ -94,6 +94,19 @@ void TWCleaner::finish(Outcome outcome, const std::string& text)
         return;
     job_.reset();
     done();
+}
+
+void TWCleaner::reportTermination()
+{
+    cancelled_ = true;
+    if (!job_) {
+        finish(Outcome::Failure, TWTerminatedMessage);
+        return;
+    }
+    const std::weak_ptr<Job> job = job_;
+    reportFailure(TWTerminatedMessage);
+    if (!job.expired())
+        done();
 }
 
 bool TWCleaner::stringContainsKeywords(std::string_view text) const

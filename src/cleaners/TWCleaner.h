@@ -65,11 +65,12 @@ public:
     // Starts a job: makes a plan and carries it out. A job that is going on is dropped without further reports.
     void clean();
 
-    // Starts a job with a plan that was made before. The job may skip items but never adds any.
+    // Like clean(), but with a plan that was made before. The job may skip items but never adds any.
     void carryOut(TWPlan);
 
     // Ends the job as soon as possible: begins nothing further, but checks and reports what was begun. The failure
-    // report (with cancelled set) and cleanerFinished follow on a later turn. Does nothing if no job is going on.
+    // report (with cancelled set) and cleanerFinished follow on a later turn. Does nothing if no job is going on or its
+    // outcome is already being reported.
     void stop();
 
     // True if the text contains any word of the dictionary, ignoring case.
@@ -91,10 +92,16 @@ protected:
     virtual std::vector<std::string> wordDictionary() const { return {}; }
 
     // Reports the lines, a limited number per turn, and then calls the function if the job still goes on.
-    void sayLines(std::vector<TWPlannedLine>, std::function<void()> then);
+    void sayLines(std::vector<std::string>, std::function<void()> then);
 
-    // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished.
+    // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished. Also works
+    // without a job.
     void finish(Outcome, const std::string& text);
+
+    // Reports at once that the job was terminated, and sends cleanerFinished. The job goes on if there is one.
+    void reportTermination();
+
+    bool hasJob() const { return job_ != nullptr; }
 
     void done();
 
@@ -107,7 +114,7 @@ protected:
     TWRunLoop& runLoop() const { return runLoop_; }
 
 private:
-    enum class Stage { Started, Planning, Performing };
+    enum class Stage { Started, Planning, Performing, Reporting };
 
     // Exists while a job goes on. An expired weak_ptr shows that a delegate has ended the job or destroyed the cleaner.
     struct Job {
@@ -118,7 +125,7 @@ private:
         std::unique_ptr<TWPacedSteps> saying;
     };
 
-    std::weak_ptr<Job> startJob();
+    bool startJob();
     void endJob();
     void planMade(TWPlan);
     void report(std::string& field, std::optional<std::string> text, void (TWCleanerDelegate::*operation)(TWCleaner&));

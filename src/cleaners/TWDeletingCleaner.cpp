@@ -61,10 +61,20 @@ void TWDeletingCleaner::fileDeleteQueueProgressed(const std::string& message)
 
 void TWDeletingCleaner::fileDeleteQueueDone()
 {
-    verify();
+    verifyQueue();
 }
 
 void TWDeletingCleaner::verify()
+{
+    if (hasJob())
+        return;
+    if (fileDeleteQueue_)
+        verifyQueue();
+    else
+        finish(Outcome::Failure, texts_.failure);
+}
+
+void TWDeletingCleaner::verifyQueue()
 {
     (followersQueue_ ? followersQueue_ : fileDeleteQueue_)->verify();
 }

@@ -7,7 +7,8 @@
 // items, those through a second one that announces nothing. Main thread.
 class TWDeletingCleaner : public TWCleaner, private TWFileDeleteQueueDelegate {
 public:
-    // Checks on the disk what is left and ends the job.
+    // After a job, looks at the disk again and reports once more what is left. Reports a failure if nothing was ever
+    // deleted. Does nothing while a job goes on, because the job checks its own result.
     void verify();
 
 protected:
@@ -45,6 +46,7 @@ private:
     void fileDeleteQueueVerified(bool nothingLeft) override;
 
     void deletePlanned(const std::shared_ptr<const TWPlan>&);
+    void verifyQueue();
     void findFollowers();
     void deleteFollowers(std::vector<TWDeletionTarget>);
     std::unique_ptr<TWFileDeleteQueue> makeQueue(TWFileDeleteQueue::Announcing);

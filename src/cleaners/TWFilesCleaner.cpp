@@ -67,12 +67,11 @@ std::unique_ptr<TWRunLoopHandle> TWFilesCleaner::makePlan(PlanGrown grown, PlanM
 void TWFilesCleaner::cancel()
 {
     auto* queue = fileDeleteQueue();
-    if (!queue || !queue->running()) {
+    if (hasJob() && !(queue && queue->running())) {
         stop();
         return;
     }
-    setCancelled(true);
-    queue->terminate();
-    reportFailure(TWTerminatedMessage);
-    done();
+    if (queue)
+        queue->terminate();
+    reportTermination();
 }

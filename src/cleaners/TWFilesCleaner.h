@@ -25,7 +25,8 @@ public:
     std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown, PlanMade) const override;
 
     // Kept on purpose: while paths are being deleted, it reports the failure and the end at once, but the queue goes on
-    // with its remaining paths and reports a second time when it has finished. To really stop, call stop().
+    // with its remaining paths and reports a second time when it has finished. To really stop, call stop(). Without a
+    // job it reports the failure and the end as well; in the other steps of a job it does what stop() does.
     void cancel();
 
 private:

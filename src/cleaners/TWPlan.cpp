@@ -38,8 +38,6 @@ void TWPlan::append(TWPlan part)
         if (item.folder != TWNone)
             item.folder += static_cast<std::uint32_t>(folders.size());
     }
-    for (auto& line : part.lines)
-        line.place += items.size();
     move(part.folders, folders);
     items.insert(items.end(), part.items.begin(), part.items.end());
     move(part.lines, lines);
@@ -52,7 +50,8 @@ void TWPlan::append(TWPlan part)
 
 TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const TWPlannedItem& item)
 {
-    return { { plan, item.folder == TWNone ? &NoFolder : plan->folders[item.folder].get() }, item.name };
+    return { { plan, item.folder == TWNone ? &NoFolder : plan->folders[item.folder].get() }, item.name,
+        item.facts.identity != TWFileIdentity() };
 }
 
 std::string TWPlan::path(const TWPlannedItem& item) const

@@ -25,16 +25,10 @@ struct TWPlannedItem {
     bool quiet = false; // neither announced nor counted: a record that belongs to other items
 };
 
-// A line for the results that came up while planning.
-struct TWPlannedLine {
-    std::string text;
-    std::size_t place = 0; // number of items planned before it
-};
-
 struct TWPlan {
     std::vector<std::shared_ptr<const TWPlannedFolder>> folders; // parent folders of the items, each once in a row
     std::vector<TWPlannedItem> items; // in the order in which they are carried out
-    std::vector<TWPlannedLine> lines;
+    std::vector<std::string> lines; // for the results, all of them before the first item is carried out
     std::optional<std::string> failure; // ended the planning: nothing is carried out, and the job fails with this text
     bool incomplete = false; // something could not be looked at: everything else is carried out, then the job fails
     TWSecureMode secureMode = TWPlainDelete;
@@ -43,7 +37,7 @@ struct TWPlan {
     // Adds an item with a copy of the name.
     TWPlannedItem& addItem(std::string_view name);
 
-    void addLine(std::string text) { lines.push_back({ std::move(text), items.size() }); }
+    void addLine(std::string text) { lines.push_back(std::move(text)); }
 
     // Adds a part that was planned after this one.
     void append(TWPlan part);

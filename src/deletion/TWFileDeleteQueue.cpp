@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
+#include <unordered_map>
 #include <unordered_set>
 
 using namespace std::chrono_literals;
@@ -15,6 +17,7 @@ constexpr auto Deleting = "%@ %@ ...";
 constexpr auto FolderGoneText = "\"%@\" cannot be looked at, because its folder was moved or deleted meanwhile.";
 constexpr auto FolderChangedText
     = "\"%@\" cannot be looked at, because its folder was replaced by another one meanwhile.";
+constexpr auto VanishedText = "\"%@\" was gone before its turn came; if it was moved, it still exists.";
 constexpr auto CouldNotDelete = "Could not delete %@";
 constexpr auto NeverStarted = "Stopped: %@ not deleted.";
 constexpr auto NotChecked = "Stopped: what was deleted could not be checked to the end.";
@@ -70,55 +73,84 @@ private:
 // Checks a list on other threads.
 class TWFileDeleteQueue::Check final {
 public:
-    Check(const Files& files, const TWFileSystem& fileSystem)
+    Check(const Files& files, const Turns& turns, const TWFileSystem& fileSystem)
         : files_(files)
+        , turns_(turns)
         , fileSystem_(fileSystem)
     {
     }
 
-    // Outcomes of the first paths of the list. When cancelled, stops early; nobody waits for them any more.
-    std::vector<Outcome> look(std::size_t count, const TWCancellation& cancellation) const
+    // Outcomes of the paths whose turn came. When cancelled, stops early; nobody waits for them any more.
+    std::vector<Outcome> look(const TWCancellation& cancellation) const
     {
+        const auto count = turns_.size();
         std::vector<Outcome> outcomes(count, Outcome::Unknown);
         TWOnAllCores(count, [&](std::size_t begin, std::size_t end) {
             Look look(fileSystem_);
             for (auto index = begin; index < end && !cancellation.cancelled(); ++index)
                 outcomes[index] = look.at(files_[index]);
         });
-        if (!cancellation.cancelled())
+        if (!cancellation.cancelled()) {
             acquitInnerPaths(outcomes);
+            findVanished(outcomes);
+        }
         return outcomes;
     }
 
 private:
+    using Deleted = std::unordered_map<std::string, std::size_t>; // the first position of each path
+
     // A path is also gone if the folder around it was deleted on behalf of another path of this list.
     void acquitInnerPaths(std::vector<Outcome>& outcomes) const
     {
-        std::unordered_set<std::string> deleted;
+        std::optional<Deleted> deleted;
         for (std::size_t index = 0; index < outcomes.size(); ++index) {
             if (outcomes[index] != Outcome::FolderGone)
                 continue;
-            if (deleted.empty())
+            if (!deleted)
                 deleted = deletedPaths(outcomes);
-            const auto& path = files_[index].folder->realPath;
-            for (auto end = path.size(); end != 0 && end != std::string::npos; end = path.rfind('/', end - 1)) {
-                if (deleted.contains(path.substr(0, end)))
-                    outcomes[index] = Outcome::Gone;
-            }
+            if (wentWithItsFolder(index, *deleted))
+                outcomes[index] = Outcome::Gone;
         }
     }
 
-    std::unordered_set<std::string> deletedPaths(const std::vector<Outcome>& outcomes) const
+    // A path that was left alone because somebody had moved its folder away did not go with a folder that was deleted
+    // only after that.
+    bool wentWithItsFolder(std::size_t index, const Deleted& deleted) const
     {
-        std::unordered_set<std::string> deleted;
+        const auto& path = files_[index].folder->realPath;
+        for (auto end = path.size(); end != 0 && end != std::string::npos; end = path.rfind('/', end - 1)) {
+            const auto found = deleted.find(path.substr(0, end));
+            if (found != deleted.end() && (turns_[index] != Turn::Failed || found->second < index))
+                return true;
+        }
+        return false;
+    }
+
+    Deleted deletedPaths(const std::vector<Outcome>& outcomes) const
+    {
+        Deleted deleted;
         for (std::size_t index = 0; index < outcomes.size(); ++index) {
-            if (outcomes[index] == Outcome::Gone)
-                deleted.insert(files_[index].realPath());
+            if (outcomes[index] == Outcome::Gone && turns_[index] == Turn::Succeeded)
+                deleted.try_emplace(files_[index].realPath(), index);
         }
         return deleted;
     }
 
+    void findVanished(std::vector<Outcome>& outcomes) const
+    {
+        if (std::ranges::count(turns_, Turn::Missing) == 0)
+            return;
+        std::unordered_set<std::string> earlier;
+        for (std::size_t index = 0; index < outcomes.size(); ++index) {
+            const bool first = earlier.insert(files_[index].realPath()).second;
+            if (first && files_[index].seen && turns_[index] == Turn::Missing && outcomes[index] == Outcome::Gone)
+                outcomes[index] = Outcome::Vanished;
+        }
+    }
+
     const Files& files_;
+    const Turns& turns_;
     const TWFileSystem& fileSystem_;
 };
 
@@ -145,16 +177,17 @@ void TWFileDeleteQueue::deleteFiles(TWAuthorization authorization)
         return;
     tools_.guard.renew();
     deleteIndex_ = 0;
-    running_ = true;
+    running_ = deleting_ = true;
     stopped_ = false;
     reports_.clear();
+    dropCheck();
     deleteNextFile();
 }
 
 void TWFileDeleteQueue::deleteNextFile()
 {
     if (stopped_ || deleteIndex_ >= files_->size()) {
-        running_ = false;
+        running_ = deleting_ = false;
         if (delegate_)
             delegate_->fileDeleteQueueDone();
         return;
@@ -173,19 +206,39 @@ void TWFileDeleteQueue::fileDeleterProgressed(const std::string& message)
 void TWFileDeleteQueue::fileDeleterDone()
 {
     const auto& result = fileDeleter_.report();
-    if (!result.problems.empty() || !result.notices.empty() || !result.toolSucceeded)
+    if (!result.problems.empty() || !result.notices.empty() || !result.toolSucceeded || result.missing)
         reports_[deleteIndex_ - 1] = result;
     deleteNextFile();
 }
 
+TWFileDeleteQueue::Turns TWFileDeleteQueue::turns() const
+{
+    Turns turns(stopped_ ? deleteIndex_ : files_->size(), Turn::Succeeded);
+    for (const auto& [index, report] : reports_) {
+        if (!report.toolSucceeded || !report.problems.empty())
+            turns[index] = Turn::Failed;
+        else if (report.missing)
+            turns[index] = Turn::Missing;
+    }
+    return turns;
+}
+
 void TWFileDeleteQueue::verify()
 {
-    const auto started = stopped_ ? deleteIndex_ : files_->size();
+    dropCheck();
     check_ = std::make_unique<TWBackgroundStream<std::vector<Outcome>>>(
         tools_.runLoop, 1,
-        [started, files = std::shared_ptr<const Files>(files_), &fileSystem = tools_.fileSystem](
-            auto& sink) { sink.put(Check(*files, fileSystem).look(started, sink.cancellation())); },
+        [turns = turns(), files = std::shared_ptr<const Files>(files_), &fileSystem = tools_.fileSystem](
+            auto& sink) { sink.put(Check(*files, turns, fileSystem).look(sink.cancellation())); },
         [this](std::vector<Outcome> outcomes) { checked(std::move(outcomes)); }, [] {});
+}
+
+void TWFileDeleteQueue::dropCheck()
+{
+    check_.reset();
+    saying_.reset();
+    ending_.reset();
+    notable_.clear();
 }
 
 void TWFileDeleteQueue::checked(std::vector<Outcome> outcomes)
@@ -195,7 +248,7 @@ void TWFileDeleteQueue::checked(std::vector<Outcome> outcomes)
     distrustFailedOverwriting();
     bool nothingLeft = true;
     for (std::size_t index = 0; index < outcomes_.size(); ++index) {
-        nothingLeft = nothingLeft && outcomes_[index] == Outcome::Gone;
+        nothingLeft = nothingLeft && isGone(index);
         if (isNotable(index))
             notable_.push_back(index);
     }
@@ -227,15 +280,17 @@ void TWFileDeleteQueue::sayOutcome(std::size_t index)
     const auto path = (*files_)[index].path();
     const auto found = reports_.find(index);
     std::vector<std::string> lines;
-    if (found != reports_.end() && outcome != Outcome::Gone)
+    if (found != reports_.end() && !isGone(index))
         lines = found->second.problems;
     if (lines.empty() && outcome == Outcome::FolderGone)
         lines.push_back(TWText::fill(FolderGoneText, { path }));
     if (lines.empty() && outcome == Outcome::FolderChanged)
         lines.push_back(TWText::fill(FolderChangedText, { path }));
+    if (outcome == Outcome::Vanished && announcing_ == Announcing::EveryPath)
+        lines.push_back(TWText::fill(VanishedText, { path }));
     if (found != reports_.end())
         lines.insert(lines.end(), found->second.notices.begin(), found->second.notices.end());
-    if (outcome != Outcome::Gone)
+    if (!isGone(index))
         lines.push_back(TWText::fill(CouldNotDelete, { path }));
     const std::weak_ptr<const int> life = life_;
     for (const auto& line : lines) {
@@ -265,13 +320,13 @@ void TWFileDeleteQueue::terminate()
 
 void TWFileDeleteQueue::stop()
 {
-    const bool checking = check_ && !saying_ && !stopped_;
+    const bool checking = check_ && !saying_;
     if (checking) {
         stopped_ = true;
         check_.reset();
-        outcomes_.resize(files_->size(), Outcome::NotStarted);
+        outcomes_.assign(files_->size(), Outcome::NotStarted);
         ending_ = tools_.runLoop.after(0ms, [this] { endStoppedCheck(); });
-    } else if (running_) {
+    } else if (deleting_) {
         stopped_ = true;
         fileDeleter_.terminate();
     }

@@ -42,13 +42,17 @@ public:
 
     // Looks in the background for what still exists, each path in the folder in which it was planned, and reports each
     // path that does, with the reasons before it where some are known. In between it reports what the tool had to say
-    // about paths that are gone. A path that could not be looked at counts as left. If the queue was stopped, the paths
-    // that were never started are reported as one number. fileDeleteQueueVerified() follows on a later turn. Call it
-    // after the done call.
+    // about paths that are gone, and which paths had disappeared before their turn. A path that could not be looked at
+    // counts as left. If the queue was stopped, the paths that were never started are reported as one number.
+    // fileDeleteQueueVerified() follows on a later turn. Call it after the done call, as often as needed: each call
+    // looks again and replaces a check that is still going on.
     void verify();
 
     // After verification: whether the path at that position of the list is certainly gone.
-    bool isGone(std::size_t index) const { return outcomes_.at(index) == Outcome::Gone; }
+    bool isGone(std::size_t index) const
+    {
+        return outcomes_.at(index) == Outcome::Gone || outcomes_.at(index) == Outcome::Vanished;
+    }
 
     // Ends the running child. Kept on purpose: the queue then goes on with its next path.
     void terminate();
@@ -57,6 +61,7 @@ public:
     // verification that is going on ends, and its call follows with false.
     void stop();
 
+    // From deleteFiles() to the done call or terminate().
     bool running() const { return running_; }
     bool stopped() const { return stopped_; }
 
@@ -64,12 +69,21 @@ private:
     // What the disk says about a path after its deletion.
     enum class Outcome : std::uint8_t {
         Gone,
+        Vanished, // gone as well, but the plan saw it and it had disappeared before its turn
         Left,
         FolderGone, // its folder does not exist any more
         FolderChanged, // its folder is another one now
         Unknown, // the disk could not be asked, or the tool that had to overwrite it failed
         NotStarted,
     };
+
+    // How the turn of a path went.
+    enum class Turn : std::uint8_t {
+        Succeeded,
+        Missing, // the tool succeeded, but nothing was there
+        Failed, // no tool was started, or it had a problem
+    };
+    using Turns = std::vector<Turn>;
     class Look;
     class Check;
     using Files = std::vector<TWDeletionTarget>;
@@ -78,6 +92,8 @@ private:
     void fileDeleterDone() override;
     void deleteNextFile();
     void report(const std::string& message);
+    Turns turns() const;
+    void dropCheck();
     void checked(std::vector<Outcome>);
     void distrustFailedOverwriting();
     bool isNotable(std::size_t index) const;
@@ -94,6 +110,7 @@ private:
     TWSecureMode secureDeleteMode_ = TWPlainDelete;
     TWAuthorization authorization_ = TWAuthorization::No;
     bool running_ = false;
+    bool deleting_ = false; // like running_, but terminate() leaves it set: the done call is still to come
     bool stopped_ = false;
     std::size_t deleteIndex_ = 0; // of the next path to start
     std::shared_ptr<Files> files_ = std::make_shared<Files>(); // read by the check in the background once all are added

@@ -116,8 +116,9 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     return rowFor(mode).label;
 }
 
-// Returns the parent folder if the target may be deleted there now. Otherwise returns nullptr and sets the problem.
-std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& target, std::string& problem) const
+// Returns the parent folder if the target may be deleted there now, and notes in the report whether it is missing.
+// Otherwise returns nullptr and sets the problem.
+std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& target, std::string& problem)
 {
     const auto path = target.path();
     if (!target.hasFolder()) {
@@ -137,7 +138,9 @@ std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& 
     }
     const auto rules = tools_.guard.rules();
     const auto judged = rules->judgeFolder(*folder, target.folder->realPath);
-    if (const auto* objection = rules->objection(judged, name, folder->look(name))) {
+    const auto look = folder->look(name);
+    report_.missing = look.presence == TWPresence::Gone;
+    if (const auto* objection = rules->objection(judged, name, look)) {
         problem = TWText::fill(Refused, { path, objection });
         return nullptr;
     }
@@ -171,7 +174,9 @@ void TWFileDeleter::terminate()
 
 void TWFileDeleter::doneRunning(const TWTermination& termination)
 {
+    const bool missing = report_.missing;
     report_ = reportOn(termination, launchPath_);
+    report_.missing = missing;
     finish();
 }
 

@@ -40,6 +40,7 @@ struct TWDeletionReport {
     std::vector<std::string> problems; // why the path may still exist: a refusal, or a tool that failed or was killed
     std::vector<std::string> notices; // what the tool reported although nothing failed
     bool toolSucceeded = false; // the tool ran to its end and reported no failure
+    bool missing = false; // nothing was there just before the tool was started
 };
 
 // Deletes one file or folder at a time by running rm or our srm as a child process. It is the only class that removes
@@ -69,7 +70,7 @@ public:
 
 private:
     std::string deleteFileWithoutAuthorization(const TWDeletionTarget&, TWSecureMode, TWWaiting);
-    std::unique_ptr<TWHeldFolder> openFolder(const TWDeletionTarget&, std::string& problem) const;
+    std::unique_ptr<TWHeldFolder> openFolder(const TWDeletionTarget&, std::string& problem);
     void launch(const TWHeldFolder&, const std::string& name, TWSecureMode);
     void doneRunning(const TWTermination&);
     void finish();

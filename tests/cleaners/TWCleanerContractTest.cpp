@@ -10,18 +10,78 @@ namespace {
 constexpr std::size_t EnoughTurns = 40; // for the whole job
 constexpr auto Terminated = "failure: The cleaner was terminated";
 
-// A machine on which every cleaner has something to do.
-struct Stage : TWFakeMachine {
-    explicit Stage(const TWCleanerRow& given)
-        : row(given)
+struct Machine : TWFakeMachine {
+    TWEditors editors{ { settings, listFolder, bundle, alerts, tools } };
+};
+
+// What the contract has to know about one cleaner: how to give it something to clean, and how to see what it did.
+struct StageRow {
+    const char* cleaner;
+    std::size_t items; // in its plan
+    void (*fill)(Machine&);
+    void (*addLate)(Machine&); // adds what a plan that was made before must leave alone
+    void (*spoil)(Machine&); // makes its jobs fail
+    Lines (*world)(const Machine&); // everything that it could change
+};
+
+void addRule(Machine& machine, const char* path, int whatToDelete)
+{
+    machine.editors.get<TWFilesWindowController>().addRule({ true, "", path, whatToDelete });
+}
+
+Lines filesAndLaunches(const Machine& machine)
+{
+    Lines lines = machine.launcher.records;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(machine.root.path()))
+        lines.push_back(machine.launcher.shown(entry.path()));
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+const StageRow Stages[] = {
+    { "trash", 3,
+        [](Machine& machine) {
+            for (const auto* name : { "files/one", "files/two", "info/one.trashinfo" })
+                machine.root.write(std::string("home/.local/share/Trash/") + name, "x");
+        },
+        [](Machine& machine) { machine.root.write("home/.local/share/Trash/files/late", "x"); },
+        [](Machine& machine) {
+            std::filesystem::remove_all(machine.places.trash + "/files");
+            machine.root.link("home/.local/share/Trash/files", "info");
+        },
+        filesAndLaunches },
+    { "files", 2,
+        [](Machine& machine) {
+            for (const auto* name : { "home/one", "home/two", "home/kept" })
+                machine.root.write(name, "x");
+            for (const auto* path : { "~/one", "~/two", "~/missing", "~/missing too" })
+                addRule(machine, path, TWItemItself);
+        },
+        [](Machine& machine) { machine.root.write("home/missing", "x"); },
+        [](Machine& machine) { addRule(machine, "~/no folder", TWFolderContents); }, filesAndLaunches },
+};
+
+const StageRow& stageOf(const TWCleanerRow& row)
+{
+    const auto* const found
+        = std::ranges::find_if(Stages, [&](const auto& stage) { return stage.cleaner == std::string_view(row.name); });
+    if (found == std::end(Stages))
+        throw std::out_of_range(std::string("Add a stage for the cleaner ") + row.name);
+    return *found;
+}
+
+enum class Job { Succeeds, Fails };
+
+// A machine with one cleaner that has something to do.
+struct Stage : Machine {
+    explicit Stage(const TWCleanerRow& given, Job job = Job::Succeeds)
+        : row(stageOf(given))
+        , cleaner(given.make({ tools, settings }))
     {
-        for (const auto* name : { "home/one", "home/two", "home/.local/share/Trash/files/one",
-                 "home/.local/share/Trash/files/two", "home/.local/share/Trash/info/one.trashinfo", "home/kept" })
-            root.write(name, "x");
-        for (const auto* path : { "~/one", "~/two", "~/missing", "~/missing too" })
-            editors.get<TWFilesWindowController>().addRule({ true, "", path, TWItemItself });
-        cleaner = row.make({ tools, settings });
-        row.giveInfo(*cleaner, { settings, places, &editors });
+        row.fill(*this);
+        if (job == Job::Fails)
+            row.spoil(*this);
+        given.giveInfo(*cleaner, { settings, places, &editors });
         cleaner->setDelegate(&reports);
         reports.shown = [this](std::string text) { return launcher.shown(std::move(text)); };
     }
@@ -42,15 +102,7 @@ struct Stage : TWFakeMachine {
         turn(EnoughTurns);
         return result;
     }
-    // Everything that a cleaner could change.
-    Lines world() const
-    {
-        Lines lines = launcher.records;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(root.path()))
-            lines.push_back(launcher.shown(entry.path()));
-        std::sort(lines.begin(), lines.end());
-        return lines;
-    }
+    Lines world() const { return row.world(*this); }
     void expectOneEnd(const std::string& when) const
     {
         EXPECT_EQ(reports.count("success: ") + reports.count("failure: "), 1U) << when;
@@ -59,8 +111,7 @@ struct Stage : TWFakeMachine {
         EXPECT_EQ(launcher.running(), 0U) << when;
     }
 
-    const TWCleanerRow& row;
-    TWEditors editors{ { settings, listFolder, bundle, alerts, tools } };
+    const StageRow& row;
     std::unique_ptr<TWCleaner> cleaner;
     TWRecordingCleanerDelegate reports;
 };
@@ -84,7 +135,8 @@ TEST_P(TWCleanerContractTest, StartsHasOneOutcomeAndFinishes)
     stage.cleaner->setIsActive(false);
     EXPECT_EQ(stage.cleaner->validate(), "");
     stage.cleanAndTurn(0);
-    EXPECT_EQ(stage.reports.lines, Lines{ "finished" });
+    stage.cleaner->carryOut({});
+    EXPECT_EQ(stage.reports.lines, (Lines{ "finished", "finished" }));
 }
 
 TEST_P(TWCleanerContractTest, APlanChangesNothingAndIsWhatARunDoes)
@@ -93,21 +145,18 @@ TEST_P(TWCleanerContractTest, APlanChangesNothingAndIsWhatARunDoes)
     const auto before = planned.world();
     auto plan = planned.plan();
     ASSERT_TRUE(plan.has_value());
-    EXPECT_GT(plan->items.size(), 0U);
+    EXPECT_EQ(plan->items.size(), planned.row.items);
     EXPECT_EQ(planned.world(), before);
     EXPECT_TRUE(planned.reports.lines.empty() && planned.alerts.alerts.empty());
 
     Stage run(row);
     run.cleanAndTurn(EnoughTurns);
     EXPECT_NE(run.world(), before);
-    // What comes after the plan is no part of it.
-    planned.root.write("home/.local/share/Trash/files/late", "x");
+    run.row.addLate(run);
+    planned.row.addLate(planned);
     planned.cleaner->carryOut(std::move(*plan));
     planned.turn(EnoughTurns);
-    std::filesystem::remove(planned.root.path("home/.local/share/Trash/files/late"));
-    auto world = planned.world();
-    std::erase_if(world, [](const auto& line) { return line.ends_with("/late"); });
-    EXPECT_EQ(world, run.world());
+    EXPECT_EQ(planned.world(), run.world());
     EXPECT_EQ(planned.reports.lines, run.reports.lines);
 }
 
@@ -149,35 +198,40 @@ TEST_P(TWCleanerContractTest, MayBeStoppedDestroyedOrStartedAgainAtAnyMoment)
 
 TEST_P(TWCleanerContractTest, TheDelegateMayStopRestartOrDestroyInEveryReport)
 {
-    Stage quiet(row);
-    quiet.cleanAndTurn(EnoughTurns);
-    const auto all = quiet.reports.lines;
-    for (std::size_t report = 1; report <= all.size(); ++report) {
-        SCOPED_TRACE("in report " + std::to_string(report) + ", " + all[report - 1]);
-        const auto run = [&](Stage& stage, const std::function<void()>& act) {
-            stage.reports.onReport = [&, once = false]() mutable {
-                if (stage.reports.lines.size() == report && !std::exchange(once, true))
-                    act();
+    for (const auto job : { Job::Succeeds, Job::Fails }) {
+        Stage quiet(row, job);
+        quiet.cleanAndTurn(EnoughTurns);
+        const auto all = quiet.reports.lines;
+        EXPECT_TRUE(all.at(all.size() - 2).starts_with(job == Job::Succeeds ? "success: " : "failure: "));
+        for (std::size_t report = 1; report <= all.size(); ++report) {
+            SCOPED_TRACE("in report " + std::to_string(report) + ", " + all[report - 1]);
+            const auto run = [&](Stage& stage, const std::function<void()>& act) {
+                stage.reports.onReport = [&, once = false]() mutable {
+                    if (stage.reports.lines.size() == report && !std::exchange(once, true))
+                        act();
+                };
+                stage.cleaner->clean();
+                stage.runLoop.advance(1min);
+                EXPECT_EQ(stage.launcher.running(), 0U);
             };
-            stage.cleaner->clean();
-            stage.runLoop.advance(1min);
-            EXPECT_EQ(stage.launcher.running(), 0U);
-        };
-        Stage stopped(row);
-        run(stopped, [&] { stopped.cleaner->stop(); });
-        stopped.expectOneEnd("stopped");
-        EXPECT_EQ(stopped.reports.count(Terminated), report + 1 < all.size() ? 1U : 0U);
+            Stage stopped(row, job);
+            run(stopped, [&] { stopped.cleaner->stop(); });
+            stopped.expectOneEnd("stopped");
+            const bool beforeOutcome = report + 1 < all.size();
+            EXPECT_EQ(stopped.reports.count(Terminated), beforeOutcome ? 1U : 0U);
+            EXPECT_EQ(stopped.cleaner->cancelled(), beforeOutcome);
 
-        Stage restarted(row);
-        run(restarted, [&] {
-            restarted.reports.take();
-            restarted.cleaner->clean();
-        });
-        restarted.expectOneEnd("restarted");
+            Stage restarted(row, job);
+            run(restarted, [&] {
+                restarted.reports.take();
+                restarted.cleaner->clean();
+            });
+            restarted.expectOneEnd("restarted");
 
-        Stage destroyed(row);
-        run(destroyed, [&] { destroyed.cleaner.reset(); });
-        EXPECT_EQ(destroyed.reports.lines, Lines(all.begin(), all.begin() + std::ptrdiff_t(report)));
+            Stage destroyed(row, job);
+            run(destroyed, [&] { destroyed.cleaner.reset(); });
+            EXPECT_EQ(destroyed.reports.lines, Lines(all.begin(), all.begin() + std::ptrdiff_t(report)));
+        }
     }
 }
 

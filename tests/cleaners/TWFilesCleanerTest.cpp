@@ -18,10 +18,10 @@ protected:
     {
         return { true, "", name[0] == '~' ? name : root.path(name), kind };
     }
-    TWPlan plan()
+    TWPlan plan(const TWFilesCleaner& planned)
     {
         TWPlan result;
-        const auto planning = cleaner.makePlan([](const TWPlan&) {}, [&](TWPlan made) { result = std::move(made); });
+        const auto planning = planned.makePlan([](const TWPlan&) {}, [&](TWPlan made) { result = std::move(made); });
         runLoop.runUntilIdle();
         return result;
     }
@@ -116,16 +116,15 @@ TEST_F(TWFilesCleanerTest, TheSearchEntersNeitherLinksNorPackages)
         root.write(std::string("hostile/") + name, "x");
     root.link("hostile/link to secret", root.path("canary"));
     give({ rule("hostile", 3) }, { "folder", "secret", "inside" });
-    auto planned = plan();
+    auto planned = plan(cleaner);
     std::erase_if(planned.items, [](const auto& item) { return item.word != 1; });
     EXPECT_EQ(sortedPaths(planned), (Lines{ "ROOT/hostile/link to secret", "ROOT/hostile/secret \xFF name" }));
     EXPECT_EQ(planned.lines.size(), geteuid() == 0 ? 2U : 3U) << "and the unreadable folder, if it is one";
     for (const auto& line : planned.lines)
-        EXPECT_TRUE(
-            launcher.shown(line.text).starts_with("Skipping Bundle ROOT/hostile/Foo.app/") || planned.incomplete);
+        EXPECT_TRUE(launcher.shown(line).starts_with("Skipping Bundle ROOT/hostile/Foo.app/") || planned.incomplete);
     // A link that a rule itself names is followed, once.
     give({ rule("hostile/link to secret", 3) }, { "inside" });
-    planned = plan();
+    planned = plan(cleaner);
     EXPECT_EQ(sortedPaths(planned), Lines{ "ROOT/hostile/link to secret/folder/inside" });
     EXPECT_EQ(launcher.shown(planned.folders[0]->realPath), "ROOT/canary/folder");
 }
@@ -188,7 +187,7 @@ TEST_F(TWFilesCleanerTest, ALinkToTheRootShowsPathsBelowItself)
     for (const char letter : std::string("abdefghijklmnqstuvwxyz0123456789"))
         words.emplace_back(1, letter);
     give({ rule("all", 3) }, words);
-    const auto lines = plan().lines;
+    const auto lines = plan(cleaner).lines;
     EXPECT_TRUE(std::ranges::any_of(lines, [&](const auto& line) {
         return launcher.shown(line.text)
             == "The folder ROOT/all/proc was not searched, because a volume is mounted there.";
@@ -215,6 +214,120 @@ TEST_F(TWFilesCleanerTest, CancelReportsAtOnceAndOnceMoreAtTheEnd)
             "- Refused to delete \"ROOT/home\": it is the home folder.", "- Could not delete ROOT/home", Failure,
             "finished" }));
     EXPECT_FALSE(root.exists("two"));
+}
+
+TEST_F(TWFilesCleanerTest, CancelMayBeFollowedByAnythingAndNeedsNoJob)
+{
+    TWFilesCleaner fresh({ tools, settings });
+    fresh.setDelegate(&reports);
+    fresh.cancel();
+    fresh.verify();
+    EXPECT_TRUE(fresh.cancelled());
+    EXPECT_EQ(reports.take(), (Lines{ Terminated, "finished", Failure, "finished" }));
+    for (const auto* act : { "stop", "stop inside", "clean inside", "destroy inside" }) {
+        launcher.ending = TWRecordingLauncher::Ending::ByTest;
+        root.write("one", "x");
+        root.write("two", "x");
+        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings });
+        cancelled->setDelegate(&reports);
+        info.filesArray = std::make_shared<std::vector<TWFilesRule>>(std::vector{ rule("one", 0), rule("two", 0) });
+        cancelled->setInfo(info);
+        cancelled->clean();
+        runLoop.runUntilIdle();
+        reports.onReport = [&, once = false]() mutable {
+            if (!std::string_view(act).ends_with("inside") || std::exchange(once, true))
+                return;
+            launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+            if (*act == 's')
+                cancelled->stop();
+            else if (*act == 'c')
+                cancelled->clean();
+            else
+                cancelled.reset();
+        };
+        cancelled->cancel();
+        if (act == std::string_view("stop"))
+            cancelled->stop();
+        runLoop.advance(1s);
+        EXPECT_EQ(root.exists("two"), *act != 'c') << act;
+        EXPECT_EQ(reports.count("finished"), *act == 'd' ? 0U : *act == 'c' ? 1U : 2U) << act;
+        reports.onReport = [] {};
+        reports.take();
+    }
+}
+
+TEST_F(TWFilesCleanerTest, WhatDisappearedBeforeItsTurnIsNamed)
+{
+    for (const auto* name : { "one", "two/inner", "two/last" })
+        root.write(name, "x");
+    give({ rule("one", 0), rule("two", 0), rule("two/inner", 0), rule("one", 0), rule("two", 0) });
+    launcher.atLaunch = [this, once = false]() mutable {
+        if (!std::exchange(once, true))
+            std::filesystem::rename(root.path("two"), root.path("elsewhere"));
+    };
+    EXPECT_EQ(run(),
+        (Lines{ Started, "- Delete ROOT/one ...", "- Delete ROOT/two ...", "- Delete ROOT/two/inner ...",
+            "- Delete ROOT/one ...", "- Delete ROOT/two ...",
+            "- \"ROOT/two\" was gone before its turn came; if it was moved, it still exists.",
+            "- \"ROOT/two/inner\" was left alone, because its folder cannot be opened any more (No such file or "
+            "directory).",
+            "- Could not delete ROOT/two/inner", Failure, "finished" }));
+    give({ rule("elsewhere/inner", 0), rule("elsewhere/last", 0) });
+    launcher.atLaunch = [this] { std::filesystem::remove(root.path("elsewhere/last")); };
+    const auto lines = run();
+    EXPECT_EQ(
+        lines.at(3), "- \"ROOT/elsewhere/last\" was gone before its turn came; if it was moved, it still exists.");
+    EXPECT_EQ(lines.at(4), Success);
+}
+
+TEST_F(TWFilesCleanerTest, APlanHoldsNothingOfAFolderThatWasReplacedMeanwhileAndKnowsNewProtectedFolders)
+{
+    // Replaces a folder just before the program opens it for the nth time.
+    struct ReplacingFileSystem final : TWFileSystem {
+        explicit ReplacingFileSystem(std::function<void()> given)
+            : opening(std::move(given))
+        {
+        }
+        TWFileLook look(const std::string& path, TWLinkAtEnd end) const override { return real.look(path, end); }
+        std::optional<std::string> realPath(const std::string& path, TWLinkAtEnd end, int* error) const override
+        {
+            return real.realPath(path, end, error);
+        }
+        std::optional<std::string> linkTarget(const std::string& path) const override { return real.linkTarget(path); }
+        std::unique_ptr<TWOpenFolder> openFolder(
+            const std::string& path, int& error, const TWCancellation* cancellation) const override
+        {
+            opening();
+            return real.openFolder(path, error, cancellation);
+        }
+        std::unique_ptr<TWHeldFolder> holdFolder(const std::string& path, int& error) const override
+        {
+            opening();
+            return real.holdFolder(path, error);
+        }
+        TWLinuxFileSystem real;
+        std::function<void()> opening;
+    };
+    for (const auto& [kind, opened] : { std::pair(TWFolderContents, 2), std::pair(TWItemsWithKeywords, 3) }) {
+        root.write("folder/secret", "x");
+        int left = opened;
+        const ReplacingFileSystem replacing([&] {
+            if (--left != 0)
+                return;
+            std::filesystem::rename(root.path("folder"), root.path("away" + std::to_string(kind)));
+            root.write("folder/secret", "another one");
+        });
+        TWFilesCleaner onReplacing({ { runLoop, launcher, replacing, guard, places }, settings });
+        give({ rule("folder", kind) });
+        onReplacing.setInfo(info);
+        const auto planned = plan(onReplacing);
+        EXPECT_LE(left, 0) << kind;
+        EXPECT_TRUE(planned.items.empty() && planned.incomplete) << kind;
+    }
+    guard.rules(); // as an earlier job has left them
+    root.folder("home/.local/share/Tidewell");
+    give({ rule("home/.local/share/Tidewell", 0) });
+    EXPECT_NE(plan(cleaner).items.at(0).objection, nullptr);
 }
 
 TEST_F(TWFilesCleanerTest, ReportsALongListInSeveralTurns)

@@ -1,11 +1,8 @@
 #include "platform/linux/TWLinuxPlaces.h"
 
-<<<<<<< HEAD
-#include "platform/linux/TWLinuxFileSystem.h"
-=======
 #include "builders/TWPrivateMounts.h"
 #include "builders/TWTemporaryFolder.h"
->>>>>>> fix-b
+#include "platform/linux/TWLinuxFileSystem.h"
 
 #include <gtest/gtest.h>
 

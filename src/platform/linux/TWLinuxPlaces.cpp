@@ -11,7 +11,6 @@
 
 namespace {
 
-<<<<<<< HEAD
 constexpr auto Ambiguous
     = "The environment variable %@ is \"%@\", which can mean two different folders, because \"..\" follows a link or a "
       "missing folder in it. Please set it to a path without \"..\".\n";
@@ -33,26 +32,11 @@ std::string absoluteValue(const char* variable)
     return value && *value == '/' ? value : "";
 }
 
-// As the list of users has it. Only used without HOME.
+// The home folder of this account in the list of users; not every account has one.
 std::string listedHome()
 {
     const passwd* user = getpwuid(getuid());
     return user && user->pw_dir && *user->pw_dir == '/' ? user->pw_dir : "/nonexistent";
-=======
-constexpr auto NoHome = "/nonexistent";
-
-// The home folder in the user database. Not every account has one.
-std::string accountHome()
-{
-    const passwd* user = getpwuid(getuid());
-    return user && user->pw_dir && *user->pw_dir == '/' ? TWPath::standardize(user->pw_dir, "") : NoHome;
-}
-
-std::string homeFolder()
-{
-    const char* home = std::getenv("HOME");
-    return home && *home == '/' ? TWPath::standardize(home, "") : accountHome();
->>>>>>> fix-b
 }
 
 std::string folderFrom(const char* variable, const std::string& fallback)
@@ -106,10 +90,10 @@ void addDefaults(TWPlaces& places)
 std::string TWLinuxProblemOfPlaces(const TWFileSystem& fileSystem)
 {
     for (const auto* variable : Variables) {
-        if (const auto value = absoluteValue(variable); TWIsAmbiguousPath(fileSystem, value))
+        if (const auto value = absoluteValue(variable); TWIsAmbiguousPath(fileSystem, {}, value))
             return TWText::fill(Ambiguous, { variable, TWText::oneLine(value) });
     }
-    if (absoluteValue("HOME").empty() && TWIsAmbiguousPath(fileSystem, listedHome()))
+    if (absoluteValue("HOME").empty() && TWIsAmbiguousPath(fileSystem, {}, listedHome()))
         return TWText::fill(AmbiguousHome, { TWText::oneLine(listedHome()) });
     int error = 0;
     if (programPath(error).empty())
