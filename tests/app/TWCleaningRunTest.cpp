@@ -90,7 +90,7 @@ TEST_F(TWCleaningRunTest, WhatPreventsARunIsOneAlertAndNothingElse)
     alerts.answer(TWAnswer::Default);
     checked[Trash] = true;
     locks.heldByAnother = false;
-    locks.error = EISDIR; // of which nobody knows what others make
+    locks.error = EISDIR; // another process may still be able to lock
     delegate->clean(checked);
     EXPECT_EQ(alerts.alerts[2].title, "The cleaning could not be started.");
     alerts.answer(TWAnswer::Default);

@@ -37,7 +37,7 @@ int openOrCreate(const std::string& path, TWDescriptor& file)
     if (errno != EEXIST)
         return errno;
     file = TWDescriptor(open(path.c_str(), Flags));
-    // Other than a file that cannot be created, one that exists may be locked by a process that may open it.
+    // The file exists, so a process that may open it can lock it. EACCES would mean that no process can.
     return file.isOpen() ? 0 : errno == EACCES ? EPERM : errno;
 }
 
