@@ -152,6 +152,7 @@ TEST_F(TWFileDeleteQueueTest, OnlyTheFolderThatWasPlannedIsTouched)
         };
         run();
         const auto said = verify();
+        ASSERT_GE(said.size(), 3U) << what << launches;
         EXPECT_EQ(
             Lines(said.end() - 3, said.end()), (Lines{ reason, "Could not delete ROOT/folder/2", "something left" }))
             << what << launches;
