@@ -54,8 +54,9 @@ TEST_F(TWMountedVolumesTest, AVolumeThatIsUnmountedInTheMiddleIsNoSuccess)
         root.write(std::string("volume/folder/") + name, "x");
     std::size_t launches = 0;
     launcher.atLaunch = [&] {
-        if (++launches == 2)
+        if (++launches == 2) {
             EXPECT_TRUE(TWPrivateMounts::detach(root.path("volume")));
+        }
     };
     const auto said = clean({ { "volume/folder", TWFolderContents } });
     EXPECT_EQ(launches, 2U);
