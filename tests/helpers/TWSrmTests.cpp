@@ -234,29 +234,19 @@ TEST_F(TWTracedSrmTests, WhatOtherProgramsDoMeanwhileIsOverwrittenOrKeptAndHoles
 
 TEST_F(TWTracedSrmTests, WhatIsMovedAwayMeanwhileIsNamed)
 {
-    struct Case {
-        long call; // before the second one of these, another program moves the entry away
-        const char* moved;
-        int status;
-        const char* said;
-    };
-    const Case cases[] = {
-        { SYS_getdents64, "file", 0, "srm: note: ./tree/file: was gone before it could be overwritten\n" },
-        { SYS_fdatasync, "folder", 1, "srm: ./tree/folder: moved meanwhile, kept\n" },
-    };
-    for (const auto& [awaited, moved, status, said] : cases) {
-        root.write("tree/file", Secret);
-        root.write("tree/folder/one", Secret);
-        root.write("tree/folder/two", Secret);
+    // Moved before the second call, when the names are read or the first file is overwritten.
+    const auto said = [this](long awaited, const std::string& moved) {
+        for (const auto* name : { "tree/file", "tree/folder/one", "tree/folder/two" })
+            root.write(name, Secret);
         int calls = 0;
         const auto outcome = traced({ "-rf", "--simple", "./tree" }, [&](pid_t, const Call& call) {
             if (long(call.nr) == awaited && ++calls == 2)
-                fs::rename(tree + "/" + moved, root.path("away"));
+                fs::rename(root.path(moved), root.path("away " + std::to_string(awaited)));
         });
-        EXPECT_EQ(outcome.status, status) << moved;
-        EXPECT_EQ(outcome.err, said);
-        fs::remove_all(root.path("away"));
-    }
+        return std::to_string(outcome.status) + " " + outcome.err;
+    };
+    EXPECT_EQ(said(SYS_getdents64, "tree/file"), "0 srm: note: ./tree/file: was gone before it could be overwritten\n");
+    EXPECT_EQ(said(SYS_fdatasync, "tree/folder"), "1 srm: ./tree/folder: moved meanwhile, kept\n");
 }
 
 TEST_F(TWTracedSrmTests, EndedAtAnySystemCallItLeavesOldNamesOnlyAndClaimsNoSuccess)

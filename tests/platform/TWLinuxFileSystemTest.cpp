@@ -101,6 +101,7 @@ TEST_F(TWLinuxFileSystemTest, WalksAVeryDeepTreeWithFewDescriptors)
 
     // Swapped for another folder meanwhile: what is found on the way down from the top is not what was listed.
     ASSERT_EQ(rename(temporary.path("down/down").c_str(), temporary.path("away").c_str()), 0);
+    EXPECT_TRUE(!chain[3]->duplicate(error) && error == ESTALE);
     temporary.folder("down/down/down/side");
     EXPECT_FALSE(step(*chain[50], "side") || chain[3]->duplicate(error));
     EXPECT_EQ(error, ESTALE);

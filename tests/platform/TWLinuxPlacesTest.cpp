@@ -60,14 +60,11 @@ TEST(TWLinuxPlacesTest, TheToolSparesAVolumeThatIsMountedOnItsItem)
     if (!TWPrivateMounts::begin())
         GTEST_SKIP() << "nothing can be mounted here";
     const TWTemporaryFolder root;
-    const auto item = root.folder("item");
-    ASSERT_TRUE(TWPrivateMounts::mountEmpty(item));
+    ASSERT_TRUE(TWPrivateMounts::mountEmpty(root.folder("item")));
     root.write("item/file", "");
-    std::string options;
+    auto command = "cd " + root.path() + " && rm -rf ./item 2>/dev/null";
     for (const auto& option : TWLinuxPlaces().rmOptions)
-        options += " " + option;
-    const auto command = "cd " + root.path() + " && rm -rf" + options + " ./item 2>/dev/null";
-    EXPECT_NE(std::system(command.c_str()), 0);
-    EXPECT_TRUE(root.exists("item/file"));
-    EXPECT_TRUE(TWPrivateMounts::detach(item));
+        command += " " + option;
+    EXPECT_TRUE(std::system(command.c_str()) != 0 && root.exists("item/file"));
+    EXPECT_TRUE(TWPrivateMounts::detach(root.path("item")));
 }
