@@ -45,7 +45,7 @@ public:
 
     // From now on each child also holds this lock, as long as it exists at the launch. So the lock stays taken while a
     // child works, even if this process is killed. Main thread.
-    virtual void shareLock(std::weak_ptr<const TWHeldLock>) { }
+    virtual void shareLock(const std::weak_ptr<const TWHeldLock>&) { }
 
     // Starts the program at path in the given working directory. arguments does not include the program's own name. The
     // termination call is made exactly once, always on a later turn of the event loop, even if the program could not be

@@ -23,6 +23,6 @@ public:
     int becomeProgram(const std::string& path, char** arguments) const override;
 
 private:
-    const TWLinuxFileSystem fileSystem_;
-    const TWPosixOwnFiles ownFiles_;
+    const TWLinuxFileSystem fileSystem_{};
+    const TWPosixOwnFiles ownFiles_{};
 };

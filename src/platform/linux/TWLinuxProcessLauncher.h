@@ -17,7 +17,7 @@ public:
     explicit TWLinuxProcessLauncher(TWRunLoop&);
     ~TWLinuxProcessLauncher();
 
-    void shareLock(std::weak_ptr<const TWHeldLock> lock) override { sharedLock_ = std::move(lock); }
+    void shareLock(const std::weak_ptr<const TWHeldLock>& lock) override { sharedLock_ = lock; }
     std::unique_ptr<TWChildProcess> launch(const std::string& path, const std::vector<std::string>& arguments,
         const TWHeldFolder& workingFolder, Terminated) override;
 

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <thread>
 
@@ -160,7 +161,9 @@ TWCommandResult exchange(int socket, std::string_view request, const char* silen
         return { TWStatus::NothingRun, "", silent };
     if (received == Transfer::Broken || answer.size() != AnswerFields)
         return { TWStatus::Failure, "", NoAnswer };
-    return { std::atoi(answer[0].c_str()), answer[1], answer[2] };
+    int status = TWStatus::Failure;
+    std::from_chars(answer[0].data(), answer[0].data() + answer[0].size(), status);
+    return { status, answer[1], answer[2] };
 }
 
 }
@@ -189,11 +192,11 @@ private:
         received_.append(piece, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
         TWHandoverMessage::Fields request;
         const auto state = TWHandoverMessage::unpack(received_, request);
-        if (length <= 0 || state == TWHandoverMessage::State::Broken)
+        const bool complete = state == TWHandoverMessage::State::Complete;
+        // A command that has hung up no longer waits, and has told the user so.
+        if (length <= 0 || state == TWHandoverMessage::State::Broken || (complete && hasHungUp(socket_.get())))
             leave();
-        else if (state == TWHandoverMessage::State::Complete && hasHungUp(socket_.get()))
-            leave(); // the command no longer waits, and has told the user so
-        else if (state == TWHandoverMessage::State::Complete)
+        else if (complete)
             answer(request);
     }
 

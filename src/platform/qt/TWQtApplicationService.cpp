@@ -29,13 +29,14 @@ void TWQtApplicationService::offer(const QString& name)
         bus.registerService(name);
 }
 
-void TWQtApplicationService::Activate(const QVariantMap& platformData)
+void TWQtApplicationService::Activate(const QVariantMap& platformData) const
 {
     takeActivationToken(platformData);
     answers_.activate();
 }
 
-void TWQtApplicationService::ActivateAction(const QString& action, const QVariantList&, const QVariantMap& platformData)
+void TWQtApplicationService::ActivateAction(
+    const QString& action, const QVariantList&, const QVariantMap& platformData) const
 {
     takeActivationToken(platformData);
     if (action == "clean")

@@ -24,8 +24,8 @@ public:
     void offer(const QString& name);
 
 public slots:
-    void Activate(const QVariantMap& platformData);
-    void ActivateAction(const QString& action, const QVariantList& parameters, const QVariantMap& platformData);
+    void Activate(const QVariantMap& platformData) const;
+    void ActivateAction(const QString& action, const QVariantList& parameters, const QVariantMap& platformData) const;
 
 private:
     Answers answers_;

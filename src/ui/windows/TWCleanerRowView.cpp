@@ -89,7 +89,7 @@ void TWCleanerRowView::layOut()
     layout->addWidget(editButton_);
 }
 
-void TWCleanerRowView::nameChild(QWidget* child, const char* ending, const QString& accessibleName)
+void TWCleanerRowView::nameChild(QWidget* child, const char* ending, const QString& accessibleName) const
 {
     child->setObjectName(QLatin1String(row_.name) + QLatin1String(ending));
     child->setAccessibleName(accessibleName);

@@ -46,7 +46,7 @@ signals:
 
 private:
     void layOut();
-    void nameChild(QWidget*, const char* ending, const QString& accessibleName);
+    void nameChild(QWidget*, const char* ending, const QString& accessibleName) const;
 
     const TWCleanerRow& row_;
     const TWLightIcons& lightIcons_;

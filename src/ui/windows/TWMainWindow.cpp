@@ -331,7 +331,8 @@ void TWMainWindow::closeIfEnded()
 void TWMainWindow::closeEvent(QCloseEvent* event)
 {
     event->ignore();
-    if (closing_ == Closing::Now) {
+    const bool nothingToAsk = !delegate_.running() && editorsWithEdits().empty();
+    if (closing_ == Closing::Now || (closing_ == Closing::No && nothingToAsk)) {
         event->accept();
         emit quitRequested();
     } else if (closing_ != Closing::No) {
@@ -343,7 +344,7 @@ void TWMainWindow::closeEvent(QCloseEvent* event)
                 stop();
                 closeIfEnded();
             });
-    } else if (!editorsWithEdits().empty()) {
+    } else {
         askBeforeClosing(
             { UnsavedTitle, UnsavedText, SaveAndQuit, Cancel, TWConfirming::IsHarmless, QuitWithoutSaving },
             [this](TWAnswer answer) {
@@ -354,9 +355,6 @@ void TWMainWindow::closeEvent(QCloseEvent* event)
                 else
                     delegate_.platform().alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
             });
-    } else {
-        event->accept();
-        emit quitRequested();
     }
 }
 
