@@ -114,24 +114,6 @@ TEST_F(TWCleaningRunTest, AWarningThatIsNotConfirmedRunsNothing)
     EXPECT_EQ(view.lines.back(), "ended: succeeded");
 }
 
-TEST_F(TWCleaningRunTest, TheResultsOpenAtTheChosenMoment)
-{
-    failTrash();
-    userDefaults.values["ShowResults"] = true;
-    for (const auto& [mode, next] : { std::pair(0, "red 2"), { 1, "yellow 2" }, { 2, "enable" } }) {
-        userDefaults.values["ShowResultsMode"] = mode;
-        view.lines.clear();
-        run();
-        const auto front = std::find(view.lines.begin(), view.lines.end() - 1, "front results");
-        EXPECT_EQ(*(front + 1), next);
-    }
-    launcher.failures.clear();
-    userDefaults.values["ShowResultsMode"] = 0;
-    view.lines.clear();
-    run();
-    EXPECT_FALSE(saw("front results"));
-}
-
 TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
 {
     userDefaults.values["ShowResults"] = userDefaults.values["FilesCleaner"] = true;

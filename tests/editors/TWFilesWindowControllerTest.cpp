@@ -79,9 +79,6 @@ TEST_F(TWFilesWindowControllerTest, LoadsTheDefaultsUntilAListIsSavedAndMergesAf
     EXPECT_EQ(load(), Lines{ "edited ~/a" }) << "the version is the same";
     bundle.infos["CFBundleVersion"] = "3";
     EXPECT_EQ(load(), (Lines{ "edited ~/a", "shipped ~/c", "shipped ~/b", "shipped ~/a/" }));
-    userDefaults.values.clear();
-    bundle.infos["CFBundleVersion"] = "1.0";
-    EXPECT_EQ(load(), Lines{ "edited ~/a" }) << "no version counts as 1.0";
 }
 
 TEST_F(TWFilesWindowControllerTest, ADamagedListShowsTheDefaultsSwitchedOff)
@@ -152,11 +149,6 @@ TEST_F(TWFilesWindowControllerTest, NotesSayWhatARuleFindsAndWhatIsWrongWithIt)
         const auto note = controller->note(row);
         EXPECT_TRUE(((note.warning ? "! " : "") + note.text).starts_with(expected[row])) << note.text;
     }
-    dictionary.setWordDictionary({});
-    controller->setWhatToDelete(3, TWItemsWithKeywords);
-    runLoop.runUntilIdle();
-    EXPECT_TRUE(controller->note(3).text.starts_with("Folder ")) << "which ends the cleaning, words or not";
-    EXPECT_TRUE(controller->note(1).warning && controller->note(1).text.starts_with("There are no words"));
     controller->sheetOpened();
     controller->sheetClosed();
     const int before = view.notes;

@@ -1,13 +1,11 @@
 #include "ui/sheets/TWFilesSheet.h"
 
 #include "TWUITestSupport.h"
-#include "ui/parts/TWColumnWidths.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDropEvent>
 #include <QFileDialog>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -178,30 +176,6 @@ TEST_F(TWFilesSheetTest, RemovedRulesComeBackInTheirPlaces)
     EXPECT_FALSE(child<QWidget>(sheet, "undoBar")->isVisible());
     QTest::keyClick(sheet.windowHandle(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(world.files.rules(), before) << "there is nothing left to undo";
-}
-
-TEST_F(TWFilesSheetTest, AColumnThatTheUserHasDraggedKeepsItsWidth)
-{
-    world.files.addRule({ true, "Name", "~/" + std::string(300, 'p'), TWItemItself });
-    open();
-    const auto total = [&] { return table->horizontalHeader()->length(); };
-    EXPECT_EQ(total(), table->viewport()->width());
-    EXPECT_GT(table->columnWidth(Path), table->columnWidth(Name)) << "it needs more";
-    table->horizontalHeader()->resizeSection(Name, 300);
-    EXPECT_EQ(total(), table->viewport()->width());
-    sheet.resize(sheet.width() - 100, sheet.height());
-    EXPECT_EQ(table->columnWidth(Name), 300);
-    EXPECT_EQ(total(), table->viewport()->width());
-}
-
-TEST(TWColumnWidths, NoColumnIsCutWhileAnotherHasRoomToSpare)
-{
-    using Widths = std::vector<int>;
-    EXPECT_EQ(TWColumnWidths(100, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 40, 50 }));
-    EXPECT_EQ(TWColumnWidths(65, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 25, 30 }));
-    EXPECT_EQ(TWColumnWidths(50, { { 10, 99 }, { 90, 90 }, { 30, 30 } }), (Widths{ 10, 20, 20 }));
-    EXPECT_EQ(TWColumnWidths(80, { { 10, 50 }, { 10, 99, 3 } }), (Widths{ 25, 55 }));
-    EXPECT_EQ(TWColumnWidths(-1, { { 10, 10 } }), (Widths{ 0 }));
 }
 
 TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnly)
