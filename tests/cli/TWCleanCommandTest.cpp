@@ -119,21 +119,6 @@ TEST_F(TWCleanCommandTest, OneCleaningAtATime)
     expectLines(run({ "clean", "--only", "trash" }), 3, {});
     held.lock.reset();
     EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 0);
-
-    // A tool outlives the command that was killed, and works on.
-    EXPECT_EQ(run({ "settings", "set", "SecurelyDeleteFiles", "true" }).status, 0);
-    const auto data = folder_.write("data", std::string(50'000'000, 'x'));
-    EXPECT_EQ(run({ "files", "add", data }).status, 0);
-    const auto killed = start({ "clean", "--only", "files", "--yes" });
-    const auto process = std::to_string(killed.process());
-    const auto children = "../../proc/" + process + "/task/" + process + "/children";
-    while (folder_.read(children).empty())
-        std::this_thread::sleep_for(1ms);
-    const auto tool = std::stoi(folder_.read(children));
-    kill(killed.process(), SIGKILL);
-    killed.wait();
-    expectLines(run({ "clean", "--only", "trash" }), 3, {});
-    kill(tool, SIGKILL);
 }
 
 TEST_F(TWCleanCommandTest, NothingOutsideASandboxChanges)
