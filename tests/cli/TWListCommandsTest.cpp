@@ -30,10 +30,10 @@ TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
     const std::vector<Words> table{ { "nonsense" }, { "--nonsense" }, { "clean", "extra" }, { "clean", "--only" },
         { "clean", "--only", "nonsense" }, { "clean", "--only", "logs" }, { "clean", "clean" },
         { "clean", "--only", "trash", "--sandbox", "" }, { "settings" }, { "settings", "get", "\xff\n" },
-        { "settings", "set", "TrashCleaner", "maybe" }, { "settings", "set", "LogsCleaner", "true" },
-        { "settings", "set", "AutoQuitMode", "99999999999" }, { "words", "add", "\xff" }, { "files", "add", "" },
-        { "files", "add", "x", "--what", "nonsense" }, { "files", "remove", "0" },
-        { "files", "off", "99999999999999999999" }, { "files", "off", "4000" }, { "demo", home_ } };
+        { "settings", "set", "TrashCleaner", "maybe" }, { "settings", "set", "AutoQuitMode", "99999999999" },
+        { "words", "add", "\xff" }, { "files", "add", "" }, { "files", "add", "x", "--what", "nonsense" },
+        { "files", "remove", "0" }, { "files", "off", "99999999999999999999" }, { "files", "off", "4000" },
+        { "demo", home_ } };
     folder_.write("home/not empty", "");
     for (const auto& words : table)
         expectRefused(run(words), words.back());
@@ -71,6 +71,7 @@ TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
     out({ "settings", "set", "TrashCleaner", "On" });
     out({ "settings", "set", "AutoQuitMode", "-3" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "AutoQuitMode" }), "true\n-3\n");
+    EXPECT_NE(run({ "settings", "set", "LogsCleaner", "true" }).err.find("later version"), std::string::npos);
     out({ "settings", "reset", "TrashCleaner" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }), "false\n");
     // Only the window's start is a launch.
