@@ -114,24 +114,6 @@ TEST_F(TWCleaningRunTest, AWarningThatIsNotConfirmedRunsNothing)
     EXPECT_EQ(view.lines.back(), "ended: succeeded");
 }
 
-TEST_F(TWCleaningRunTest, TheResultsOpenAtTheChosenMoment)
-{
-    failTrash();
-    userDefaults.values["ShowResults"] = true;
-    for (const auto& [mode, next] : { std::pair(0, "red 2"), { 1, "yellow 2" }, { 2, "enable" } }) {
-        userDefaults.values["ShowResultsMode"] = mode;
-        view.lines.clear();
-        run();
-        const auto front = std::find(view.lines.begin(), view.lines.end() - 1, "front results");
-        EXPECT_EQ(*(front + 1), next);
-    }
-    launcher.failures.clear();
-    userDefaults.values["ShowResultsMode"] = 0;
-    view.lines.clear();
-    run();
-    EXPECT_FALSE(saw("front results"));
-}
-
 TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
 {
     userDefaults.values["ShowResults"] = userDefaults.values["FilesCleaner"] = true;
@@ -160,9 +142,6 @@ TEST_F(TWCleaningRunTest, EndsAsTheSettingsSay)
         EXPECT_TRUE(saw("terminate") == quits && saw("attention") != quits && saw("enable") != quits) << mode;
         EXPECT_TRUE(notifier.notifications.back().warning == fails && notifier.notifications.back().sticky == fails);
     }
-    view.lines.clear();
-    notifier.clicked();
-    EXPECT_EQ(view.lines, (Lines{ "activate", "front main", "front results" }));
 }
 
 TEST_F(TWCleaningRunTest, OnlyTheFilesCleanerGetsANarrowedSecureMode)
@@ -264,7 +243,6 @@ TEST_F(TWCleaningRunTest, ACommandEndsQuietlyAndIgnoresTheSwitches)
     runLoop.advance(1s);
     EXPECT_TRUE(saw("green 5") && !saw("green 2") && !saw("terminate") && !saw("attention") && !saw("front results"));
     EXPECT_FALSE(notifier.notifications.back().clickable);
-    EXPECT_EQ(notifier.notifications.back().text, "All the selected cleaners ran successfully.");
 }
 
 TEST_F(TWCleaningRunTest, TheEndOfTheDelegateIsSilent)

@@ -50,9 +50,6 @@ TEST_F(TWCleanCommandTest, RunsNothingThatWasNotAskedFor)
     expectLines(warned, 3, { Beginning });
     EXPECT_NE(warned.err.find("--yes"), std::string::npos) << warned.err;
     EXPECT_TRUE(folder_.exists(trashedA_));
-    // The results so far stand above the question.
-    const auto together = start({ "clean", "--only", "trash,files" }, [] { return dup2(1, 2) == 2; }).wait();
-    EXPECT_LT(together.out.find("Cleaning up"), together.out.find("Wait!")) << together.out;
 
     EXPECT_EQ(run({ "clean", "--only", "trash,files", "--yes" }).status, 0);
     EXPECT_FALSE(folder_.exists(trashedA_));
@@ -75,9 +72,6 @@ TEST_F(TWCleanCommandTest, LinesAreValidAndExactWhateverTheNames)
     }
     EXPECT_EQ(types, (std::vector{ 0, 0, 0, 0, 0, 1, 0 }));
     EXPECT_EQ(count("home" + std::string(Trash) + "/files") + count("home" + std::string(Trash) + "/info"), 0U);
-    trash("new\nline");
-    const auto deleted = "  \u2022 Delete ROOT/home" + std::string(Trash) + "/files/new\u240Aline ...";
-    expectLines(run({ "clean" }), 0, { Beginning, Emptying, deleted, Empty, Ending });
 }
 
 TEST_F(TWCleanCommandTest, ARequestToEndStopsTheRunWithTheTruth)
@@ -125,21 +119,6 @@ TEST_F(TWCleanCommandTest, OneCleaningAtATime)
     expectLines(run({ "clean", "--only", "trash" }), 3, {});
     held.lock.reset();
     EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 0);
-
-    // A tool outlives the command that was killed, and works on.
-    EXPECT_EQ(run({ "settings", "set", "SecurelyDeleteFiles", "true" }).status, 0);
-    const auto data = folder_.write("data", std::string(50'000'000, 'x'));
-    EXPECT_EQ(run({ "files", "add", data }).status, 0);
-    const auto killed = start({ "clean", "--only", "files", "--yes" });
-    const auto process = std::to_string(killed.process());
-    const auto children = "../../proc/" + process + "/task/" + process + "/children";
-    while (folder_.read(children).empty())
-        std::this_thread::sleep_for(1ms);
-    const auto tool = std::stoi(folder_.read(children));
-    kill(killed.process(), SIGKILL);
-    killed.wait();
-    expectLines(run({ "clean", "--only", "trash" }), 3, {});
-    kill(tool, SIGKILL);
 }
 
 TEST_F(TWCleanCommandTest, NothingOutsideASandboxChanges)

@@ -8,14 +8,13 @@ namespace {
 
 struct View final : TWFilesView {
     int selected = -1;
-    int notes = 0;
     Lines calls;
     std::optional<std::string> chosen;
 
     void closeSheet() override { calls.emplace_back("close"); }
     void openHelpAnchor(const std::string&) override { }
     void reloadTable() override { }
-    void notesChanged() override { ++notes; }
+    void notesChanged() override { }
     int selectedRow() const override { return selected; }
     void selectRow(int row) override { calls.push_back("select " + std::to_string(row)); }
     void choosePath(
@@ -79,9 +78,6 @@ TEST_F(TWFilesWindowControllerTest, LoadsTheDefaultsUntilAListIsSavedAndMergesAf
     EXPECT_EQ(load(), Lines{ "edited ~/a" }) << "the version is the same";
     bundle.infos["CFBundleVersion"] = "3";
     EXPECT_EQ(load(), (Lines{ "edited ~/a", "shipped ~/c", "shipped ~/b", "shipped ~/a/" }));
-    userDefaults.values.clear();
-    bundle.infos["CFBundleVersion"] = "1.0";
-    EXPECT_EQ(load(), Lines{ "edited ~/a" }) << "no version counts as 1.0";
 }
 
 TEST_F(TWFilesWindowControllerTest, ADamagedListShowsTheDefaultsSwitchedOff)
@@ -145,21 +141,10 @@ TEST_F(TWFilesWindowControllerTest, NotesSayWhatARuleFindsAndWhatIsWrongWithIt)
     EXPECT_EQ(controller->note(0).text, "") << "nothing is counted while the sheet is closed";
     controller->sheetOpened();
     runLoop.runUntilIdle();
-    EXPECT_GT(view.notes, 0);
     const char* expected[]
         = { "1 item,", "1 item,", "Nothing there now", "! Folder ", "! No path yet", "! Will be refused" };
     for (int row = 0; row < 6; ++row) {
         const auto note = controller->note(row);
         EXPECT_TRUE(((note.warning ? "! " : "") + note.text).starts_with(expected[row])) << note.text;
     }
-    dictionary.setWordDictionary({});
-    controller->setWhatToDelete(3, TWItemsWithKeywords);
-    runLoop.runUntilIdle();
-    EXPECT_TRUE(controller->note(3).text.starts_with("Folder ")) << "which ends the cleaning, words or not";
-    EXPECT_TRUE(controller->note(1).warning && controller->note(1).text.starts_with("There are no words"));
-    controller->sheetOpened();
-    controller->sheetClosed();
-    const int before = view.notes;
-    runLoop.runUntilIdle();
-    EXPECT_EQ(view.notes, before);
 }

@@ -55,17 +55,13 @@ protected:
         call(window);
     }
 
-    // In the order of Tab, from the first control round to it again. In a text, Tab visits the links first.
-    static std::vector<QWidget*> walk(QWidget& window)
+    // Presses Tab often enough to come round to the first control again. In a text, Tab visits the links first.
+    static std::set<const QWidget*> walk(QWidget& window)
     {
-        std::vector<QWidget*> visited{ window.focusWidget() };
+        std::set<const QWidget*> visited;
         for (int presses = 0; presses < 50; ++presses) {
+            visited.insert(window.focusWidget());
             QTest::keyClick(window.windowHandle(), Qt::Key_Tab);
-            auto* focus = window.focusWidget();
-            if (focus == visited.front() && visited.size() > 1)
-                break;
-            if (focus != visited.back())
-                visited.push_back(focus);
         }
         return visited;
     }
@@ -76,14 +72,10 @@ protected:
     TWWindowSession session{ delegate, alerts };
 };
 
-TEST_F(TWEveryWindowTest, TabReachesEveryControlInOrderAndEachHasANameAndARole)
+TEST_F(TWEveryWindowTest, TabReachesEveryControlAndEachHasANameAndARole)
 {
-    std::map<QString, QStringList> orders;
     forEach([&](QWidget& window) {
-        const auto walked = walk(window);
-        for (const auto* widget : walked)
-            orders[window.objectName()].append(widget->objectName());
-        const std::set<const QWidget*> visited(walked.begin(), walked.end());
+        const auto visited = walk(window);
         for (auto* widget : window.findChildren<QWidget*>()) {
             const bool takesTab = widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus);
             if (!takesTab || widget->focusProxy() || widget->window() != &window)
@@ -96,12 +88,6 @@ TEST_F(TWEveryWindowTest, TabReachesEveryControlInOrderAndEachHasANameAndARole)
             EXPECT_TRUE(accessible->role() != QAccessible::NoRole && accessible->role() != QAccessible::Client);
         }
     });
-    // From the content of a sheet to OK or Save, and then to the others.
-    EXPECT_EQ(orders["filesSheet"],
-        QStringList({ "filesTableView", "addToolButton", "removeToolButton", "okPushButton",
-            "restoreDefaultsPushButton", "helpPushButton" }));
-    EXPECT_EQ(orders["dictionarySheet"],
-        QStringList({ "wordLineEdit", "savePushButton", "cancelPushButton", "helpPushButton" }));
 }
 
 // Pictures for people to look at: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter=*Pictures

@@ -1,13 +1,11 @@
 #include "ui/sheets/TWFilesSheet.h"
 
 #include "TWUITestSupport.h"
-#include "ui/parts/TWColumnWidths.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDropEvent>
 #include <QFileDialog>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -82,12 +80,6 @@ TEST_F(TWFilesSheetTest, EditsEveryColumnOfTheLiveListInPlace)
     const auto live = world.files.settings();
     world.files.addRule({ true, "Old", "~/old", TWItemItself });
     open();
-    QTest::keyClick(table, Qt::Key_Return);
-    EXPECT_TRUE(child<QLineEdit>(sheet, "nameEditor")) << "the first rule's name is current";
-    table->setFocus();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !sheet.findChild<QLineEdit*>("nameEditor"); }));
-    QTest::keyClick(table, Qt::Key_Space);
-    EXPECT_TRUE(world.files.rules()[0].active);
     select(0, Active);
     QTest::keyClick(table, Qt::Key_Space);
     EXPECT_FALSE(world.files.rules()[0].active);
@@ -127,7 +119,6 @@ TEST_F(TWFilesSheetTest, ChoosesALinkAndNotItsTargetAndNothingWhileTheFieldIsEmp
     menu->setActiveAction(menu->actions().last());
     QTest::keyClick(menu, Qt::Key_Return);
     auto* chooser = child<QFileDialog>(sheet, "chooserFileDialog");
-    EXPECT_EQ(chooser->fileMode(), QFileDialog::Directory);
     auto* field = child<QLineEdit>(*chooser, "fileNameEdit");
     field->clear();
     QTest::keyClick(field, Qt::Key_Return);
@@ -169,39 +160,13 @@ TEST_F(TWFilesSheetTest, RemovedRulesComeBackInTheirPlaces)
     press("removeToolButton");
     EXPECT_EQ(cell(table->currentIndex().row(), Name), "2");
     QTest::keyClick(table, Qt::Key_Delete);
-    EXPECT_EQ(child<QLabel>(sheet, "undoBarLabel")->text(), "The rule \"2\" was removed.");
     press("undoBarButton");
     table->setFocus();
     QTest::keyClick(sheet.windowHandle(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(world.files.rules(), before);
     EXPECT_EQ(table->currentIndex().row(), 1);
-    EXPECT_FALSE(child<QWidget>(sheet, "undoBar")->isVisible());
     QTest::keyClick(sheet.windowHandle(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(world.files.rules(), before) << "there is nothing left to undo";
-}
-
-TEST_F(TWFilesSheetTest, AColumnThatTheUserHasDraggedKeepsItsWidth)
-{
-    world.files.addRule({ true, "Name", "~/" + std::string(300, 'p'), TWItemItself });
-    open();
-    const auto total = [&] { return table->horizontalHeader()->length(); };
-    EXPECT_EQ(total(), table->viewport()->width());
-    EXPECT_GT(table->columnWidth(Path), table->columnWidth(Name)) << "it needs more";
-    table->horizontalHeader()->resizeSection(Name, 300);
-    EXPECT_EQ(total(), table->viewport()->width());
-    sheet.resize(sheet.width() - 100, sheet.height());
-    EXPECT_EQ(table->columnWidth(Name), 300);
-    EXPECT_EQ(total(), table->viewport()->width());
-}
-
-TEST(TWColumnWidths, NoColumnIsCutWhileAnotherHasRoomToSpare)
-{
-    using Widths = std::vector<int>;
-    EXPECT_EQ(TWColumnWidths(100, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 40, 50 }));
-    EXPECT_EQ(TWColumnWidths(65, { { 10, 10 }, { 20, 40 }, { 30, 30 } }), (Widths{ 10, 25, 30 }));
-    EXPECT_EQ(TWColumnWidths(50, { { 10, 99 }, { 90, 90 }, { 30, 30 } }), (Widths{ 10, 20, 20 }));
-    EXPECT_EQ(TWColumnWidths(80, { { 10, 50 }, { 10, 99, 3 } }), (Widths{ 25, 55 }));
-    EXPECT_EQ(TWColumnWidths(-1, { { 10, 10 } }), (Widths{ 0 }));
 }
 
 TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnly)
@@ -232,7 +197,6 @@ TEST_F(TWFilesSheetTest, SavesWithOKOnlyAndCountsWhileOpen)
     QTest::keyClicks(child<QLineEdit>(sheet, "nameEditor"), "Typed");
     QTest::keyClick(&sheet, Qt::Key_Escape);
     EXPECT_FALSE(sheet.isVisible());
-    EXPECT_EQ(cell(0, Note), "");
     EXPECT_EQ(saved(), before);
     open();
     press("okPushButton");

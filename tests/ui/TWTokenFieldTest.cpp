@@ -3,13 +3,11 @@
 #include "TWUITestSupport.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/sheets/TWDictionarySheet.h"
-#include "ui/windows/TWHelpWindow.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTextBlock>
 
 using namespace TWUITest;
 
@@ -27,10 +25,6 @@ protected:
 
     void type(const QString& text) { QTest::keyClicks(input, text); }
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(input, key, modifiers); }
-    void click(int token, Qt::KeyboardModifiers modifiers = {})
-    {
-        QTest::mouseClick(field.viewport(), Qt::LeftButton, modifiers, field.tokenRect(token).center());
-    }
     void paste(const QString& text)
     {
         QApplication::clipboard()->setText(text);
@@ -52,8 +46,6 @@ TEST_F(TWTokenFieldTest, EndsWordsAtCommaAndReturnAsTyped)
     EXPECT_EQ(field.words(), QStringList({ "tax return", "Bills", "", " two", "Bills" }));
     EXPECT_EQ(input->text(), "");
     EXPECT_EQ(edits, 5);
-    key(Qt::Key_Return);
-    EXPECT_EQ(edits, 5) << "with nothing typed, Return is the sheet's";
 }
 
 TEST_F(TWTokenFieldTest, SplitsWhatIsPastedAndKeepsTensOfThousands)
@@ -88,25 +80,9 @@ TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
     EXPECT_EQ(input->text(), "zwei");
     type("gone");
     key(Qt::Key_Escape);
-    click(3);
+    QTest::mouseClick(field.viewport(), Qt::LeftButton, {}, field.tokenRect(3).center());
     key(Qt::Key_Delete);
     EXPECT_EQ(field.words(), QStringList({ "one", "2", "zwei" }));
-}
-
-TEST_F(TWTokenFieldTest, SelectsAndRemovesSeveral)
-{
-    field.setWords({ "0", "1", "2", "3", "4", "5", "6" });
-    click(1);
-    click(3, Qt::ShiftModifier);
-    click(5, Qt::ControlModifier);
-    click(2, Qt::ControlModifier);
-    key(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QApplication::clipboard()->text(), "1\n3\n5");
-    key(Qt::Key_Backspace);
-    EXPECT_EQ(field.words(), QStringList({ "0", "2", "4", "6" }));
-    key(Qt::Key_End);
-    key(Qt::Key_Backspace);
-    EXPECT_EQ(field.words().size(), 4) << "the first Backspace only selects";
 }
 
 TEST(TWQtText, KeepsByteOrderMarks)
@@ -134,17 +110,13 @@ protected:
 
 TEST_F(TWDictionarySheetTest, CancelKeepsEndedWordsUntilTheNextOpeningAndSaveAlsoTheUnfinishedOne)
 {
-    auto* count = child<QLabel>(sheet, "countLabel");
     type("a,b,unfinished");
-    EXPECT_EQ(count->text(), "2 words");
-    EXPECT_TRUE(child<QLabel>(sheet, "unsavedLabel")->isVisible());
     key(Qt::Key_Escape);
     EXPECT_FALSE(sheet.isVisible());
     EXPECT_EQ(words().size(), 2U);
     world.dictionary.loadDictionary();
     sheet.open();
-    EXPECT_EQ(count->text(), "0 words");
-    EXPECT_FALSE(child<QLabel>(sheet, "unsavedLabel")->isVisible());
+    EXPECT_EQ(words(), Lines());
     type("one,two");
     child<QPushButton>(sheet, "savePushButton")->click();
     EXPECT_FALSE(sheet.isVisible());
@@ -161,7 +133,6 @@ TEST_F(TWDictionarySheetTest, RemovedWordsComeBackAndNothingElse)
     key(Qt::Key_A, Qt::ControlModifier);
     key(Qt::Key_X, Qt::ControlModifier);
     EXPECT_TRUE(words().empty());
-    EXPECT_EQ(child<QLabel>(sheet, "undoBarLabel")->text(), "3 words were removed.");
     for (int press = 0; press < 3; ++press)
         key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(words(), before);
@@ -193,23 +164,6 @@ TEST_F(TWDictionarySheetTest, StaysOpenWithTheProblemWhenSavingFails)
     const auto reason = QString::fromStdString("could not be saved (" + TWErrorText(ENOTDIR));
     EXPECT_TRUE(child<QLabel>(sheet, "messageBarLabel")->text().contains(reason));
     EXPECT_EQ(words(), Lines{ "word" });
-}
-
-TEST(TWHelpWindowTest, EveryLinkOfEveryPageLeadsSomewhere)
-{
-    Machine world;
-    TWHelpWindow help(world.bundle);
-    auto* browser = help.findChild<QTextBrowser*>("helpTextBrowser");
-    for (const auto* page : { "index", "Files", "Dictionary", "Cleaning" }) {
-        help.openAnchor(page);
-        EXPECT_TRUE(browser->source().path().endsWith(QString(page) + ".html"));
-        for (auto block = browser->document()->begin(); block.isValid(); block = block.next())
-            for (const auto& format : block.textFormats())
-                EXPECT_TRUE(QFile::exists(browser->source().resolved(format.format.anchorHref()).path()))
-                    << format.format.anchorHref().toStdString();
-    }
-    help.openAnchor("NoSuchPage");
-    EXPECT_TRUE(browser->source().path().endsWith("index.html"));
 }
 
 }
