@@ -124,7 +124,7 @@ TEST_F(TWSrmTests, HostileTreeGoesWithFewDescriptorsAndNothingOutsideIsTouched)
     EXPECT_EQ(fs::hard_link_count(root.path("canary/file")), 1u);
 }
 
-TEST_F(TWSrmTests, ProtectedFoldersAreKeptUnspoiledAndNamedBeforeABoundedNumberOfNotices)
+TEST_F(TWSrmTests, ProtectedFoldersAreKeptUnspoiledAndNamed)
 {
     const std::map<std::string, fs::perms> folders
         = { { "tree/closed", fs::perms(0) }, { "tree/read only", fs::perms(0555) } };
@@ -132,19 +132,13 @@ TEST_F(TWSrmTests, ProtectedFoldersAreKeptUnspoiledAndNamedBeforeABoundedNumberO
         root.write(name + "/file", Secret);
         fs::permissions(root.path(name), mode);
     }
-    for (int number = 0; number < 300; ++number) {
-        const auto file = root.write("outside/" + std::to_string(number), Secret);
-        fs::create_hard_link(file, tree + "/" + std::string(number % 200, 'n') + std::to_string(number));
-    }
     // A file with all its names in the tree is overwritten in the end, so there is nothing to say.
     fs::create_hard_link(root.write("tree/folder/one", Secret), tree + "/two");
     const auto result = srmWithoutPrivileges({ "-rf", "--simple", "./tree" });
     EXPECT_EQ(result.status, 1);
-    EXPECT_LT(result.err.find("srm: ./tree/closed: Permission denied\n"), result.err.find("srm: note: ./tree/"));
-    EXPECT_LT(result.err.find("srm: ./tree/read only/file: Permission denied\n"), result.err.find("srm: note: "));
-    const auto named = lines(result) - 3;
-    EXPECT_TRUE(result.err.ends_with("\nsrm: note: and " + std::to_string(300 - named) + " more\n")) << result.err;
-    EXPECT_TRUE(named > 3 && result.err.size() < 4096) << result.err;
+    EXPECT_NE(result.err.find("srm: ./tree/closed: Permission denied\n"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("srm: ./tree/read only/file: Permission denied\n"), std::string::npos) << result.err;
+    EXPECT_EQ(lines(result), 2) << result.err;
     for (const auto& [name, mode] : folders) {
         EXPECT_EQ(fs::status(root.path(name)).permissions(), mode);
         fs::permissions(root.path(name), fs::perms(0755));
@@ -321,14 +315,6 @@ TEST_F(TWSrmTests, WhatCouldNotBeRemovedIsNotSpoiled)
     auto outcome
         = srm({ "-rf", "--simple", "./file" }, [&] { return chdir(tree.c_str()) == 0 && setuid(Nobody) == 0; });
     EXPECT_EQ(outcome.err, "srm: ./file: Operation not permitted\n");
-    EXPECT_EQ(root.read("tree/file"), Secret);
-
-    outcome = srm({ "-rf", "--simple", "./file" }, [&] {
-        return TWProgram::mountPrivately(tree, tree) && TWProgram::mountPrivately("", tree, MS_REMOUNT | MS_RDONLY)
-            && chdir(tree.c_str()) == 0;
-    });
-    EXPECT_TRUE(outcome.status == TWProgram::CannotPrepare || outcome.err == "srm: ./file: Read-only file system\n")
-        << outcome.err;
     EXPECT_EQ(root.read("tree/file"), Secret);
 
     for (const std::string attribute : { "a tree", "i tree", "a tree/file", "i tree/file" }) {

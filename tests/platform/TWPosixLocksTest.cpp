@@ -2,29 +2,10 @@
 
 #include "contracts/TWLocksContract.h"
 
-#include <csignal>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Posix, TWLocksContract, TWPosixLocks);
-
-TEST(TWPosixLocksTest, AnotherProcessFreesItsLockHoweverItEnds)
-{
-    const TWTemporaryFolder root;
-    const auto path = root.path("lock");
-    const pid_t other = fork();
-    if (other == 0) {
-        const auto held = TWPosixLocks().tryLock(path);
-        raise(SIGSTOP);
-        _exit(0);
-    }
-    waitpid(other, nullptr, WUNTRACED);
-    EXPECT_TRUE(TWPosixLocks().tryLock(path).heldByAnother);
-    kill(other, SIGKILL);
-    waitpid(other, nullptr, 0);
-    EXPECT_TRUE(TWPosixLocks().tryLock(path).lock);
-}
 
 TEST(TWPosixLocksTest, ALockThatCannotBeMadeIsHeldByNobody)
 {

