@@ -3,7 +3,6 @@
 #include "builders/TWTemporaryFolder.h"
 
 #include <algorithm>
-#include <numeric>
 #include <sys/stat.h>
 #include <vector>
 
@@ -31,27 +30,17 @@ public:
 
     std::string path() const { return root_.path("hostile"); }
 
-    // Of everything directly inside, sorted. The link met with a trailing slash has one.
-    std::vector<std::string> paths() const
-    {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(path()))
-            found.push_back(entry.path().string() + (entry.path().filename() == "link-with-slash" ? "/" : ""));
-        std::sort(found.begin(), found.end());
-        return found;
-    }
-
     // Names, kinds and contents of the canary.
-    std::string canaryDigest() const
+    std::vector<std::string> canaryDigest() const
     {
         std::vector<std::string> lines;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root_.path("canary"))) {
             const auto name = entry.path().string().substr(root_.path().size() + 1);
             const auto target = entry.is_symlink() ? std::filesystem::read_symlink(entry).string() : "";
-            lines.push_back(name + (entry.is_directory() ? "/" : " -> " + target + ": " + root_.read(name)) + "\n");
+            lines.push_back(name + (entry.is_directory() ? "/" : " -> " + target + ": " + root_.read(name)));
         }
         std::sort(lines.begin(), lines.end());
-        return std::accumulate(lines.begin(), lines.end(), std::string());
+        return lines;
     }
 
 private:

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "builders/TWPrivateMounts.h"
 #include "builders/TWTemporaryFolder.h"
 
 #include <cstdlib>
 #include <fcntl.h>
 #include <functional>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -59,8 +58,7 @@ public:
     // For prepare: only the child sees the mount.
     static bool mountPrivately(const std::string& what, const std::string& where, unsigned long flags = 0)
     {
-        return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
-            && mount(what.c_str(), where.c_str(), nullptr, MS_BIND | flags, nullptr) == 0;
+        return TWPrivateMounts::begin() && mount(what.c_str(), where.c_str(), nullptr, MS_BIND | flags, nullptr) == 0;
     }
     static bool limit(__rlimit_resource resource, rlim_t value)
     {

@@ -28,6 +28,15 @@ private:
     }
 };
 
+// An empty plan if planning has not ended when nothing is waiting any more.
+inline TWPlan TWPlanOf(const TWCleaner& cleaner, TWFakeRunLoop& runLoop)
+{
+    TWPlan plan;
+    const auto planning = cleaner.makePlan([](const TWPlan&) {}, [&](TWPlan made) { plan = std::move(made); });
+    runLoop.runUntilIdle();
+    return plan;
+}
+
 // A machine with one cleaner whose reports are recorded.
 template <typename Cleaner>
 class TWCleanerTest : public testing::Test, protected TWFakeMachine {
