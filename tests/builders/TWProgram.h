@@ -56,9 +56,9 @@ public:
     }
 
     // For prepare: only the child sees the mount.
-    static bool mountPrivately(const std::string& what, const std::string& where, unsigned long flags = 0)
+    static bool mountPrivately(const std::string& what, const std::string& where)
     {
-        return TWPrivateMounts::begin() && mount(what.c_str(), where.c_str(), nullptr, MS_BIND | flags, nullptr) == 0;
+        return TWPrivateMounts::begin() && TWPrivateMounts::bind(what, where);
     }
     static bool limit(__rlimit_resource resource, rlim_t value)
     {

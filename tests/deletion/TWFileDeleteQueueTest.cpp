@@ -1,6 +1,7 @@
 #include "deletion/TWFileDeleteQueue.h"
 
 #include "builders/TWHostileTree.h"
+#include "builders/TWPrivateMounts.h"
 #include "fakes/TWFakeMachine.h"
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
@@ -176,6 +177,22 @@ TEST_F(TWFileDeleteQueueTest, AVolumeThatIsMountedDuringTheJobStays)
     run();
     EXPECT_EQ(launcher.records.size(), 2U) << "neither the volume nor the folder above it";
     EXPECT_TRUE(root.exists("folder/volume/data"));
+}
+
+TEST_F(TWFileDeleteQueueTest, AVolumeThatIsUnmountedDuringTheJobIsNoSuccess)
+{
+    const auto volume = root.folder("volume");
+    if (!TWPrivateMounts::begin() || !TWPrivateMounts::mountEmpty(volume))
+        GTEST_SKIP() << "nothing can be mounted here";
+    addFiles({ "volume/folder/1", "volume/folder/2", "volume/folder/3" });
+    std::size_t launches = 0;
+    launcher.atLaunch = [&] {
+        if (++launches == 2)
+            TWPrivateMounts::detach(volume);
+    };
+    run();
+    EXPECT_EQ(launches, 2U);
+    EXPECT_EQ(verify().back(), "something left");
 }
 
 // So long that it is checked on several threads.

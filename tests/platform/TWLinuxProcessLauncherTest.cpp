@@ -3,6 +3,7 @@
 #include "contracts/TWProcessLauncherContract.h"
 #include "fakes/TWFakeMachine.h"
 #include "platform/TWHost.h"
+#include "platform/posix/TWPosixLocks.h"
 
 #include <csignal>
 
@@ -55,6 +56,20 @@ TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
     EXPECT_EQ(runShell("head -c 10000000 /dev/zero | tr '\\0' e >&2").output, std::string(4096, 'e'));
     EXPECT_EQ(run(root.write("not executable", "x"), { "-rf" }).code, EACCES);
     std::signal(SIGCHLD, oldChild);
+}
+
+// So the lock stays taken while a tool works, even if Tidewell was killed.
+TEST_F(TWLinuxProcessLauncherTest, AChildHoldsTheSharedLock)
+{
+    TWPosixLocks realLocks;
+    std::shared_ptr<TWHeldLock> lock = realLocks.tryLock(root.path("lock")).lock;
+    linuxLauncher->shareLock(lock);
+    start("/bin/sleep", { "100" });
+    lock.reset();
+    EXPECT_TRUE(realLocks.tryLock(root.path("lock")).heldByAnother);
+    child->kill();
+    runLoop.runUntil([this] { return ended.has_value(); });
+    EXPECT_TRUE(realLocks.tryLock(root.path("lock")).lock);
 }
 
 TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)
