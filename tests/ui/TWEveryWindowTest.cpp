@@ -100,7 +100,7 @@ TEST_F(TWEveryWindowTest, Pictures)
     forEach([&](QWidget& window) {
         for (const auto& [theme, color] :
             { std::pair("dark", QColor(49, 52, 57)), { "light", QColor(239, 239, 239) } }) {
-            QApplication::setPalette(QPalette(color));
+            window.setPalette(QPalette(color));
             EXPECT_TRUE(window.grab().save(folder + "/" + window.objectName() + "-" + theme + ".png"));
         }
     });
