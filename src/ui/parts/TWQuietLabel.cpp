@@ -25,7 +25,7 @@ TWQuietLabel::TWQuietLabel(QWidget* parent)
     : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
 }
 
 QSize TWQuietLabel::sizeHint() const
@@ -80,7 +80,7 @@ void TWQuietLabel::paintEvent(QPaintEvent*)
     painter.setPen(palette().color(foregroundRole()));
     if (isEnabled())
         painter.setOpacity(Opacity);
-    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeading, lines(width()).join('\n'));
+    painter.drawText(rect(), Qt::AlignTop | Qt::AlignLeading, lines(width()).join('\n'));
 }
 
 // Made anew each time, so that it follows a change of the desktop's font.

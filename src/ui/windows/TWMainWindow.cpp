@@ -8,6 +8,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFocusFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
@@ -77,6 +78,7 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     createMenus();
     setCleanEnabled(true);
     refresh();
+    focusFrame_ = new QFocusFrame(this);
     connect(qApp, &QApplication::focusChanged, this, &TWMainWindow::showDefaultButton);
     resize(TWFitToScreen(*this, sizeHint() + QSize(0, SpareLines * fontMetrics().height())));
 }
@@ -217,10 +219,12 @@ void TWMainWindow::keyPressEvent(QKeyEvent* event)
         QMainWindow::keyPressEvent(event);
 }
 
-// A focused Edit button makes itself the default button. There must be only one.
+// A focused Edit button makes itself the default button. There must be only one. The frame shows whether the default
+// button also has the focus, which styles hardly do.
 void TWMainWindow::showDefaultButton()
 {
-    const auto* focused = qobject_cast<QPushButton*>(focusWidget());
+    auto* focused = qobject_cast<QPushButton*>(focusWidget());
+    focusFrame_->setWidget(focused);
     cleanButton_->setDefault(!focused || !focused->autoDefault());
 }
 

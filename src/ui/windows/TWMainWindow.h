@@ -7,6 +7,7 @@
 #include <QMainWindow>
 
 class QAction;
+class QFocusFrame;
 class QLabel;
 class QMenu;
 class QPushButton;
@@ -81,6 +82,7 @@ private:
     std::vector<TWCleanerRowView*> rows_; // owned by the window
     QPushButton* cleanButton_ = nullptr;
     QPushButton* stopButton_ = nullptr;
+    QFocusFrame* focusFrame_ = nullptr;
     QLabel* outcome_ = nullptr; // how the latest run ended
     QAction* cleanAction_ = nullptr;
     QAction* stopAction_ = nullptr;
