@@ -18,7 +18,7 @@ TYPED_TEST_P(TWMountTableContract, StaysTheSameUntilSomethingIsMounted)
 {
     auto& table = this->body.table();
     const auto before = table.mountPoints();
-    EXPECT_TRUE(std::binary_search(before->begin(), before->end(), "/"));
+    EXPECT_TRUE(!before->empty() && std::is_sorted(before->begin(), before->end()));
     EXPECT_EQ(table.mountPoints(), before);
     const auto copy = *before;
     const std::string mounted = this->body.mountOne();
