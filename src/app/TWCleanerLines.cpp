@@ -6,7 +6,6 @@ namespace {
 
 constexpr auto ComesLater = "Comes in a later version";
 constexpr auto StatusAndSummary = "%@: %@";
-constexpr auto ItemsAndSize = "%@, %@";
 constexpr auto AndRefused = "%@, %@ refused";
 constexpr auto AllRefused = "%@ refused: %@";
 
@@ -19,8 +18,7 @@ std::string summaryText(const TWCleanerRow& row, const TWPlanSummary& summary)
     const auto refused = TWText::count(summary.refused, "item", "items");
     if (summary.items == 0)
         return summary.refused ? TWText::fill(AllRefused, { refused, summary.objection }) : row.nothing;
-    const auto items
-        = TWText::fill(ItemsAndSize, { TWText::count(summary.items, "item", "items"), TWText::size(summary.bytes) });
+    const auto items = summary.itemsAndSize();
     return summary.refused ? TWText::fill(AndRefused, { items, std::to_string(summary.refused) }) : items;
 }
 

@@ -1,8 +1,11 @@
 #include "cleaners/TWPlanSummary.h"
 
 #include "platform/TWTreeSizes.h"
+#include "support/TWText.h"
 
 namespace {
+
+constexpr auto ItemsAndSize = "%@, %@";
 
 TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, const TWCancellation& cancellation)
 {
@@ -30,6 +33,11 @@ TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, cons
     return summary;
 }
 
+}
+
+std::string TWPlanSummary::itemsAndSize() const
+{
+    return TWText::fill(ItemsAndSize, { TWText::count(items, "item", "items"), TWText::size(bytes) });
 }
 
 TWPlanSummarizer::TWPlanSummarizer(std::unique_ptr<TWCleaner> cleaner, TWRunLoop& runLoop,

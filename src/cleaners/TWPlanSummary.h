@@ -12,6 +12,9 @@ struct TWPlanSummary {
     std::optional<std::string> failure; // if set, the job would fail with this text and delete nothing
     std::string remark; // the first line that the planning reported
     bool incomplete = false; // something could not be read
+
+    // "12 items, 3.4 GB"
+    std::string itemsAndSize() const;
 };
 
 // Makes a cleaner's plan and summarises it, in the background. Destroying it ends the work without a call. Main thread.

@@ -18,7 +18,6 @@ constexpr auto NothingThere = "Nothing there now";
 constexpr auto NothingFound = "Nothing found now";
 constexpr auto StopsTheRun = "%@ The whole Files cleaning would stop here.";
 constexpr auto NotAKind = "This kind of rule does nothing.";
-constexpr auto ItemsAndSize = "%@, %@";
 
 // Counts characters, not bytes: every byte except UTF-8 continuation bytes begins a character.
 std::size_t characters(const std::string& word)
@@ -31,7 +30,7 @@ std::string itemsText(const TWFilesRule& rule, const TWPlanSummary& summary)
 {
     if (summary.items == 0)
         return rule.whatToDelete == TWItemItself ? NothingThere : NothingFound;
-    return TWText::fill(ItemsAndSize, { TWText::count(summary.items, "item", "items"), TWText::size(summary.bytes) });
+    return summary.itemsAndSize();
 }
 
 }
