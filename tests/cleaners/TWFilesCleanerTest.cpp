@@ -270,3 +270,38 @@ TEST(TWFilesRuleTest, TakesOnlyRulesAndKeepsWhatItDoesNotUnderstand)
     entries.insert(entries.end(), { { "Active", false }, { "Description", "" } });
     EXPECT_EQ(rule->value(), TWDictionary::fromEntries(entries));
 }
+
+TEST_F(TWFilesCleanerTest, CancelNeedsNoJobAndItsReportMayStopRestartOrDestroy)
+{
+    for (const char act : { 's', 'r', 'd' }) {
+        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings });
+        cancelled->setDelegate(&reports);
+        cancelled->cancel();
+        EXPECT_TRUE(cancelled->cancelled());
+        cancelled->verify();
+        EXPECT_EQ(reports.take(), (Lines{ Terminated, "finished", Failure, "finished" }));
+        give({ rule("one", 0), rule("two", 0) });
+        for (const auto* name : { "one", "two" })
+            root.write(name, "x");
+        cancelled->setInfo(info);
+        launcher.ending = TWRecordingLauncher::Ending::ByTest;
+        cancelled->clean();
+        runLoop.runUntilIdle();
+        launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+        reports.onReport = [&, once = false]() mutable {
+            if (std::exchange(once, true))
+                return;
+            if (act == 's')
+                cancelled->stop();
+            else if (act == 'r')
+                cancelled->clean();
+            else
+                cancelled.reset();
+        };
+        cancelled->cancel();
+        runLoop.advance(1s);
+        EXPECT_EQ(root.exists("two"), act != 'r') << act;
+        EXPECT_EQ(reports.count("finished"), act == 's' ? 2U : act == 'r' ? 1U : 0U) << act;
+        reports.take();
+    }
+}

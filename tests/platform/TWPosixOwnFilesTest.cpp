@@ -102,6 +102,15 @@ TEST_F(TWPosixOwnFilesTest, GivesADamagedFileASecondName)
     EXPECT_EQ(kept, target + ".damaged");
     EXPECT_EQ(files.keepDamaged(temporary.path("folder"), 9, kept), EISDIR);
     EXPECT_EQ(files.keepDamaged(temporary.path("none"), 9, kept), ENOENT);
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become somebody who may read a file but not link it";
+    chmod(temporary.path().c_str(), 0777);
+    chmod(file.c_str(), 0644);
+    endsBefore(INT_MAX, [&] {
+        const bool tooLong = setuid(1234) == 0 && files.keepDamaged(file, 2, kept) == EFBIG;
+        _exit(tooLong && files.keepDamaged(file, 3, kept) == 0 ? 0 : 1);
+    });
+    EXPECT_EQ(temporary.read("file.damaged.3"), "new");
 }
 
 TEST_F(TWPosixOwnFilesTest, AWriteIsWholeOrDoesNotHappen)
