@@ -21,6 +21,9 @@ constexpr auto HoldsSettings
 constexpr auto InSystem = "The folder \"%@\" cannot be a sandbox: it belongs to the system. Please choose another one, "
                           "for example a new folder.\n";
 constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
+constexpr auto OthersCanChange = "The folder \"%@\" cannot be a sandbox: other users can change it or a folder that it "
+                                 "is in. Please choose another "
+                                 "one, for example a new folder in your home folder.\n";
 constexpr auto NoDemoFolder
     = "No folder for the demonstration could be made (%@). Please name one: \"tidewell demo DIR\".\n";
 constexpr auto DemoNotEmpty
@@ -93,6 +96,10 @@ std::optional<TWPlaces> sandboxAt(const std::string& wanted, const TWHost& host,
         return std::nullopt;
     int error = host.ownFiles().makeFolders(meant.path + "/home");
     const auto root = error == 0 ? host.fileSystem().realPath(meant.path, TWLinkAtEnd::Follow, &error) : std::nullopt;
+    if (root && host.ownFiles().canOthersRedirect(*root)) {
+        problem = TWWrongUse(TWText::fill(OthersCanChange, { shown }));
+        return std::nullopt;
+    }
     if (root)
         return host.sandboxPlaces(*root);
     problem = { TWStatus::Failure, "", TWText::fill(NoSandbox, { shown, TWErrorText(error) }) };

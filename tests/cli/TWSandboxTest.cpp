@@ -34,6 +34,15 @@ TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
         expectRefused(result, held);
     }
     EXPECT_TRUE(std::filesystem::is_empty(home_));
+
+    using std::filesystem::perms;
+    for (const std::string open : { "open", "open/box/" }) {
+        const auto box = folder_.folder("open/box");
+        std::filesystem::permissions(folder_.path(open), perms::all);
+        expectRefused(run({ "words", "add", "x", "--sandbox", box }), box);
+        std::filesystem::permissions(folder_.path(open), perms::all | perms::sticky_bit);
+        EXPECT_EQ(run({ "words", "add", "x", "--sandbox", box }).status, open == "open" ? 0 : 2);
+    }
 }
 
 TEST_F(TWSandboxTest, NoLinkLeadsOutOfIt)

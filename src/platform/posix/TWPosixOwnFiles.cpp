@@ -200,6 +200,24 @@ int TWPosixOwnFiles::writeAtomically(const std::string& path, std::string_view b
     return 0;
 }
 
+bool TWPosixOwnFiles::canOthersRedirect(const std::string& realPath) const
+{
+    const auto isSafe = [](const std::string& folder, bool isParent) {
+        struct stat facts;
+        if (lstat(folder.c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode))
+            return false;
+        const bool isOurs = facts.st_uid == geteuid() || (isParent && facts.st_uid == 0);
+        return isOurs && ((facts.st_mode & S_IWOTH) == 0 || (isParent && (facts.st_mode & S_ISVTX) != 0));
+    };
+    std::string folder = TWPath::systemPath(realPath);
+    bool safe = isSafe(folder, false);
+    while (safe && folder.size() > 1) {
+        folder = TWPath::parent(folder);
+        safe = isSafe(folder, true);
+    }
+    return !safe;
+}
+
 void TWPosixOwnFiles::removeLeftovers(const std::string& folder) const
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(TWPath::systemPath(folder).c_str()), closedir);
