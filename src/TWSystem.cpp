@@ -28,13 +28,18 @@ void TWPrepareProcess(const TWHost& host)
     qInstallMessageHandler(writeQtMessage);
 }
 
-std::string TWProblemAtStart(const TWHost& host)
+TWFileBundle TWInstalledBundle(const TWHost& host)
+{
+    return { host.ownFiles(), host.places().resources };
+}
+
+std::string TWProblemAtStart(const TWHost& host, const TWBundle& bundle)
 {
     if (auto problem = host.problemOfPlaces(); !problem.empty())
         return problem;
-    const TWWorld world(host, host.places());
-    const bool complete = !world.bundle.identifier().empty() && world.dataFolder.path().starts_with('/');
-    return complete ? "" : TWText::fill(NotInstalled, { TWText::oneLine(world.bundle.resourcePath("Info.plist")) });
+    const bool complete
+        = !bundle.identifier().empty() && TWWorld(host, bundle, host.places()).dataFolder.path().starts_with('/');
+    return complete ? "" : TWText::fill(NotInstalled, { TWText::oneLine(bundle.resourcePath("Info.plist")) });
 }
 
 std::string TWWorkingFolder()
@@ -44,10 +49,10 @@ std::string TWWorkingFolder()
     return error ? "" : folder.string();
 }
 
-TWWorld::TWWorld(const TWHost& givenHost, const TWPlaces& where)
+TWWorld::TWWorld(const TWHost& givenHost, const TWBundle& installed, const TWPlaces& where)
     : host(givenHost)
     , places(where)
-    , bundle(host.ownFiles(), places.resources)
+    , bundle(installed)
     , dataFolder(host.ownFiles(), places, bundle)
 {
 }

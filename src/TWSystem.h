@@ -14,18 +14,22 @@ void TWPrepareProcess(const TWHost&);
 
 // One line if Tidewell is not completely installed or cannot tell where its places are, else "". Ask before opening or
 // writing anything.
-std::string TWProblemAtStart(const TWHost&);
+std::string TWProblemAtStart(const TWHost&, const TWBundle&);
+
+// The bundle of this installation; it is the same in a sandbox.
+TWFileBundle TWInstalledBundle(const TWHost&);
 
 // The working directory; "" if it has been deleted.
 std::string TWWorkingFolder();
 
 // The places of this process and the objects that read and write there.
 struct TWWorld {
-    TWWorld(const TWHost&, const TWPlaces&);
+    // The host and the bundle must outlive the world.
+    TWWorld(const TWHost&, const TWBundle&, const TWPlaces&);
 
     const TWHost& host;
     const TWPlaces places;
-    const TWFileBundle bundle;
+    const TWBundle& bundle;
     const TWDataFolder dataFolder;
 };
 

@@ -68,7 +68,8 @@ int main(int argumentCount, char** arguments)
     const auto parsed = TWParseCommandLine(words, workingFolder);
     if (!parsed.invocation)
         return TWPrint(parsed.result);
-    if (const auto line = TWProblemAtStart(*host); !line.empty())
+    const auto bundle = TWInstalledBundle(*host);
+    if (const auto line = TWProblemAtStart(*host, bundle); !line.empty())
         return TWPrint({ TWStatus::Failure, "", line });
     if (parsed.invocation->row->kind == TWCommandKind::OpensWindow)
         return TWPrint(becomeWindow(*host, arguments));
@@ -76,6 +77,6 @@ int main(int argumentCount, char** arguments)
     const auto places = TWPlacesFor(*parsed.invocation, *host, problem);
     if (!places)
         return TWPrint(problem);
-    const TWWorld world(*host, *places);
+    const TWWorld world(*host, bundle, *places);
     return TWPrint(run(world, *parsed.invocation, argumentCount, arguments, words, workingFolder));
 }

@@ -1,6 +1,7 @@
 #include "ui/windows/TWQtAlerts.h"
 
 #include "TWUITestSupport.h"
+#include "contracts/TWAlertsContract.h"
 
 #include <QDialog>
 #include <QPushButton>
@@ -83,4 +84,24 @@ TEST_F(TWQtAlertsTest, AnAlertAboutASheetStandsOnThatSheet)
     EXPECT_EQ(onSheet.size(), 2) << "the second one must not be deleted with the first";
 }
 
+struct Body {
+    Body()
+    {
+        qt.setWindow(&window);
+        window.show();
+    }
+    TWAlerts& alerts() { return qt; }
+    void press(TWAnswer answer)
+    {
+        static constexpr const char* Buttons[] = { "defaultButton", "alternateButton", "otherButton" };
+        child<QPushButton>(*child<QDialog>(window, "alertSheet"), Buttons[static_cast<int>(answer)])->click();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    TWQtAlerts qt;
+    QWidget window;
+};
+
 }
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Qt, TWAlertsContract, Body);
