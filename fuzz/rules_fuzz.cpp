@@ -26,6 +26,7 @@ public:
         return 0;
     }
     int makeFolders(const std::string&) const override { return 0; }
+    bool canOthersRedirect(const std::string&) const override { return false; }
     void removeLeftovers(const std::string&) const override { }
     int keepDamaged(const std::string&, std::size_t, std::string&) const override { return ENOENT; }
 };

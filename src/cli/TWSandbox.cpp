@@ -31,23 +31,23 @@ constexpr auto DemoNotEmpty
 constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
                               "link or choose another folder.\n";
 
-// True if the path leads to the folder or to something below it, whatever links and bind mounts are on the way. Neither
+// True if inner leads to outer or to something below it, whatever links and bind mounts are on the way. Neither
 // needs to exist.
-bool isAtOrBelow(const TWFileSystem& fileSystem, const std::string& path, const std::string& folder)
+bool isAtOrBelow(const TWFileSystem& fileSystem, const std::string& inner, const std::string& outer)
 {
-    if (TWPath::isAtOrBelow(path, folder))
+    if (TWPath::isAtOrBelow(inner, outer))
         return true;
-    std::string existing = path;
+    std::string existing = inner;
     auto real = fileSystem.realPath(existing, TWLinkAtEnd::Follow);
     for (; !real && existing != "/"; real = fileSystem.realPath(existing, TWLinkAtEnd::Follow))
         existing = TWPath::parent(existing);
-    const auto realFolder = fileSystem.realPath(folder, TWLinkAtEnd::Follow);
-    if (real && realFolder && TWPath::isAtOrBelow(*real, *realFolder))
+    const auto realOuter = fileSystem.realPath(outer, TWLinkAtEnd::Follow);
+    if (real && realOuter && TWPath::isAtOrBelow(*real, *realOuter))
         return true;
     int error = 0;
     const auto held = fileSystem.holdFolder(real.value_or("/"), error);
     const auto chain = held ? held->chain() : std::vector<TWAncestor>();
-    const auto look = fileSystem.look(folder, TWLinkAtEnd::Follow);
+    const auto look = fileSystem.look(outer, TWLinkAtEnd::Follow);
     return look.isThere() && std::any_of(chain.begin(), chain.end(), [&](const TWAncestor& ancestor) {
         return ancestor.identity == look.facts.identity;
     });

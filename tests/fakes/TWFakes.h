@@ -112,8 +112,8 @@ private:
 
 struct TWFakeBundle final : TWBundle {
     std::string resources; // the folder
-    std::map<std::string, std::string> infos{ { "CFBundleIdentifier", "org.tidewell.Tidewell" },
-        { "CFBundleVersion", "1.0" }, { "TWApplicationSupportFolder", "~/.local/share/Tidewell" } };
+    std::map<std::string, std::string> infos{ { "CFBundleVersion", "1.0" },
+        { "TWApplicationSupportFolder", "~/.local/share/Tidewell" } };
 
     explicit TWFakeBundle(std::string folder)
         : resources(std::move(folder))
@@ -121,5 +121,5 @@ struct TWFakeBundle final : TWBundle {
     }
     std::string info(const std::string& key) const override { return infos.count(key) ? infos.at(key) : ""; }
     std::string resourcePath(const std::string& name) const override { return resources + "/" + name; }
-    std::string identifier() const override { return info("CFBundleIdentifier"); }
+    std::string identifier() const override { return "org.tidewell.Tidewell"; }
 };
