@@ -46,7 +46,7 @@ def main():
     with throwaway_folder() as folder:
         ratio = compare("command", [[TIDEWELL, "paths"], ["bleachbit", "--version"]], environment(folder),
                         3 if quick else 21)
-        goals.at_most("of bleachbit", 0.15, ratio)
+        goals.at_most("of bleachbit", 0.06, ratio)
         with desktop() as screen:
             surroundings = environment(folder, LD_PRELOAD=f"{PROGRAMS}/first_paint.so", **screen)
             seconds([TIDEWELL], surroundings)  # the first launch would show the greeting

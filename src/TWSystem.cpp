@@ -1,6 +1,5 @@
 #include "TWSystem.h"
 
-#include "platform/qt/TWQtNotifier.h"
 #include "support/TWLog.h"
 #include "support/TWText.h"
 
@@ -9,6 +8,12 @@
 #include <filesystem>
 
 namespace {
+
+class SilentNotifier final : public TWNotifier {
+public:
+    void post(const TWNotification&) override { }
+    void setClicked(std::function<void()>) override { }
+};
 
 constexpr auto NotInstalled
     = "Tidewell is not completely installed: \"%@\" is missing or damaged. Please install Tidewell again.\n";
@@ -57,17 +62,14 @@ TWWorld::TWWorld(const TWHost& givenHost, const TWBundle& installed, const TWPla
 {
 }
 
-TWSystem::TWSystem(const TWWorld& world)
+TWSystem::TWSystem(const TWWorld& world, std::unique_ptr<TWNotifier> notifier)
     : world_(world)
     , launcher_(world.host.makeLauncher(runLoop_))
     , mountTable_(world.host.makeMountTable())
     , locks_(world.host.makeLocks())
     , userDefaults_(world.host.ownFiles(), runLoop_, world.places.settingsFile())
+    , notifier_(world.places.sandboxed() ? std::make_unique<SilentNotifier>() : std::move(notifier))
 {
-    if (world.places.sandboxed())
-        notifier_ = std::make_unique<TWSilentNotifier>();
-    else
-        notifier_ = std::make_unique<TWQtNotifier>();
 }
 
 TWPlatform TWSystem::platform(TWAlerts& alerts)

@@ -36,7 +36,8 @@ struct TWWorld {
 // Makes and owns the platform. Needs a QCoreApplication.
 class TWSystem final {
 public:
-    explicit TWSystem(const TWWorld&);
+    // In a sandbox nothing is notified, because its runs must not show on the desktop.
+    TWSystem(const TWWorld&, std::unique_ptr<TWNotifier>);
 
     TWPlatform platform(TWAlerts&);
     TWRunLoop& runLoop() { return runLoop_; }
@@ -48,5 +49,5 @@ private:
     const std::unique_ptr<TWMountTable> mountTable_;
     const std::unique_ptr<TWLocks> locks_;
     TWFileUserDefaults userDefaults_;
-    std::unique_ptr<TWNotifier> notifier_;
+    const std::unique_ptr<TWNotifier> notifier_;
 };

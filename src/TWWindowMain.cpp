@@ -7,6 +7,7 @@
 #include "cli/TWSandbox.h"
 #include "cli/TWTerminal.h"
 #include "platform/qt/TWQtApplicationService.h"
+#include "platform/qt/TWQtNotifier.h"
 #include "support/TWLog.h"
 #include "support/TWText.h"
 #include "ui/windows/TWQtAlerts.h"
@@ -79,7 +80,7 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     QApplication application(argumentCount, arguments);
     QApplication::setApplicationDisplayName("Tidewell");
     QApplication::setDesktopFileName(QString::fromStdString(world.bundle.identifier()));
-    TWSystem system(world);
+    TWSystem system(world, std::make_unique<TWQtNotifier>());
     // Held from before the lists are read until this window accepts commands, so that no command writes them in
     // between.
     auto locked = TWLockLists(*world.host.makeLocks(), world.dataFolder);

@@ -6,6 +6,7 @@
 #include "cli/TWCommandRunner.h"
 #include "cli/TWSandbox.h"
 #include "cli/TWTerminal.h"
+#include "platform/qt/TWPluggedNotifier.h"
 #include "support/TWText.h"
 
 #include <QCoreApplication>
@@ -26,7 +27,7 @@ TWCommandResult becomeWindow(const TWHost& host, char** arguments)
 TWCommandResult runHere(const TWWorld& world, const TWInvocation& invocation, int& argumentCount, char** arguments)
 {
     QCoreApplication application(argumentCount, arguments);
-    TWSystem system(world);
+    TWSystem system(world, std::make_unique<TWPluggedNotifier>(world.places.notifier));
     TWTerminal terminal(invocation.json ? TWOutputFormat::JSON : TWOutputFormat::Lines);
     TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
     terminal.attach(delegate);

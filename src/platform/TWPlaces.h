@@ -24,6 +24,7 @@ struct TWPlaces {
     std::string srm;
     std::string eject;
     std::string window; // the program tidewell-window
+    std::string notifier; // the plug-in that posts notifications
     std::string sandboxRoot; // a real path; "" outside a sandbox
 
     // The folder of the settings file.

@@ -35,7 +35,7 @@ TEST(TWLinuxPlacesTest, ASandboxTakesNothingFromTheEnvironment)
     for (const auto* name :
         { "HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR" })
         setenv(name, "/outside", 1);
-    const auto places = TWLinuxSandboxPlaces("/box");
+    const auto places = TWLinuxSandboxPlaces("/box", TWLinuxPlaces());
     for (const auto& path : { places.home, places.configHome, places.dataHome, places.stateHome, places.cacheHome,
              places.runtimeFolder, places.temporaryFolder, places.systemLogs, places.trash, places.settingsFile() })
         EXPECT_TRUE(path.starts_with("/box/")) << path;

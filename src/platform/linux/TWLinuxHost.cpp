@@ -3,7 +3,6 @@
 #include "platform/linux/TWLinuxEndRequests.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPeer.h"
-#include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/posix/TWPosixLocks.h"
 #include "platform/posix/TWSocketHandover.h"
@@ -38,14 +37,9 @@ std::string TWLinuxHost::problemOfPlaces() const
     return TWLinuxProblemOfPlaces(fileSystem_);
 }
 
-TWPlaces TWLinuxHost::places() const
-{
-    return TWLinuxPlaces();
-}
-
 TWPlaces TWLinuxHost::sandboxPlaces(const std::string& root) const
 {
-    return TWLinuxSandboxPlaces(root);
+    return TWLinuxSandboxPlaces(root, places_);
 }
 
 std::unique_ptr<TWProcessLauncher> TWLinuxHost::makeLauncher(TWRunLoop& runLoop) const

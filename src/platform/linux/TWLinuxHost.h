@@ -2,13 +2,14 @@
 
 #include "platform/TWHost.h"
 #include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/linux/TWLinuxPlaces.h"
 #include "platform/posix/TWPosixOwnFiles.h"
 
 class TWLinuxHost final : public TWHost {
 public:
     void prepareProcess() const override;
     std::string problemOfPlaces() const override;
-    TWPlaces places() const override;
+    TWPlaces places() const override { return places_; }
     TWPlaces sandboxPlaces(const std::string& root) const override;
     const TWFileSystem& fileSystem() const override { return fileSystem_; }
     const TWOwnFiles& ownFiles() const override { return ownFiles_; }
@@ -25,4 +26,5 @@ public:
 private:
     const TWLinuxFileSystem fileSystem_{};
     const TWPosixOwnFiles ownFiles_{};
+    const TWPlaces places_ = TWLinuxPlaces();
 };

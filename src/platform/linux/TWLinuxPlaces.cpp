@@ -75,6 +75,7 @@ void addInstallation(TWPlaces& places)
     places.srm = prefix + "/libexec/tidewell/srm";
     places.eject = prefix + "/libexec/tidewell/eject";
     places.window = prefix + "/libexec/tidewell/tidewell-window";
+    places.notifier = prefix + "/libexec/tidewell/notifier.so";
 }
 
 void addDefaults(TWPlaces& places)
@@ -120,12 +121,11 @@ TWPlaces TWLinuxPlaces()
     return places;
 }
 
-TWPlaces TWLinuxSandboxPlaces(const std::string& root)
+TWPlaces TWLinuxSandboxPlaces(const std::string& root, const TWPlaces& real)
 {
     TWPlaces places;
     places.sandboxRoot = root;
     places.home = root + "/home";
-    const auto real = TWLinuxPlaces();
     places.realHomes = real.realHomes;
     places.realOwnFolders = real.realOwnFolders;
     addDefaults(places);

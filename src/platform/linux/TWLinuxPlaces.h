@@ -12,6 +12,6 @@ std::string TWLinuxProblemOfPlaces(const TWFileSystem&);
 // not absolute counts as unset. Resources and tools are found relative to the running program.
 TWPlaces TWLinuxPlaces();
 
-// The same places below root, a real path of an existing folder: home is root/home, and the environment names only the
-// real folders that a sandbox must not touch.
-TWPlaces TWLinuxSandboxPlaces(const std::string& root);
+// The same places below root, a real path of an existing folder: home is root/home. real are the places outside it,
+// which a sandbox must not touch.
+TWPlaces TWLinuxSandboxPlaces(const std::string& root, const TWPlaces& real);

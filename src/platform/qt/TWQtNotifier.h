@@ -30,10 +30,3 @@ private:
     bool connected_ = false;
     std::optional<QDBusPendingCall> latest_;
 };
-
-// Posts nothing. Used in a sandbox, whose runs must not show on the desktop.
-class TWSilentNotifier final : public TWNotifier {
-public:
-    void post(const TWNotification&) override { }
-    void setClicked(std::function<void()>) override { }
-};
