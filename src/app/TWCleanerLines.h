@@ -9,10 +9,23 @@ class TWCleanerLines final {
 public:
     using Changed = std::function<void(int position, const std::string& line)>;
 
+    // What a run of several cleaners would do now.
+    struct Sum {
+        std::uint64_t items = 0;
+        std::uint64_t bytes = 0;
+        std::uint64_t warnings = 0; // cleaners that warn, would fail, could not read something or would refuse items
+
+        // "512 items, 3.4 GB, 2 warnings"
+        std::string text() const;
+    };
+
     TWCleanerLines(const TWCleanerContext&, const TWSettingsSources&, Changed);
 
     // Determines all lines anew, on later turns. Drops what an earlier call is still determining.
     void refresh();
+
+    // Nothing while one of the chosen cleaners has no line yet.
+    std::optional<Sum> sum(const std::array<bool, TWCleanerCount>& chosen) const;
 
     // Stops until the next refresh(), because a run changes everything.
     void pause();
@@ -25,6 +38,7 @@ private:
     TWSettingsSources sources_;
     const Changed changed_;
     int position_ = 0; // of the cleaner being planned
+    std::array<std::optional<Sum>, TWCleanerCount> sums_; // of the lines that are shown
     std::unique_ptr<TWPlanSummarizer> summarizer_;
     std::unique_ptr<TWRunLoopHandle> next_;
 };

@@ -20,6 +20,10 @@ constexpr auto FailureTitle = "Uh oh...";
 constexpr auto FailureText = "One or more cleaners failed to run successfully.";
 constexpr auto FailureClick = " Click here for details.";
 
+constexpr auto TitleAndProgress = "%@: %@";
+
+constexpr TWRunLoop::Duration ProgressInterval{ 100 };
+
 // Values of "ShowResultsMode".
 constexpr int OnFailure = 0;
 constexpr int AtStart = 1;
@@ -132,12 +136,41 @@ void TWCleaningRun::runFirstCleaner()
         context_.windows.bringToFront(TWWindow::Results);
     running_ = true;
     currentCleanerIndex_ = 0;
+    if (context_.view.showsProgress())
+        watchProgress();
     runCurrentCleaner();
 }
 
 void TWCleaningRun::runCurrentCleaner()
 {
     cleanerArray_[static_cast<std::size_t>(currentCleanerIndex_)]->clean();
+}
+
+void TWCleaningRun::watchProgress()
+{
+    for (const auto& cleaner : cleanerArray_)
+        cleaner->setMeasures(true);
+    progress_ = context_.cleaners.deletion.runLoop.every(ProgressInterval, [this] { showProgress(); });
+}
+
+void TWCleaningRun::showProgress()
+{
+    const auto& cleaner = *cleanerArray_[static_cast<std::size_t>(currentCleanerIndex_)];
+    const auto progress = cleaner.progress();
+    const auto now = context_.cleaners.deletion.runLoop.now();
+    if (progress.planned && !performing_)
+        performing_ = now;
+    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - performing_.value_or(now));
+    const auto text = progress.text(elapsed);
+    if (text.empty())
+        return;
+    const auto isActive = [](const auto& each) { return each->isActive(); };
+    const auto current = cleanerArray_.begin() + currentCleanerIndex_;
+    const auto before = static_cast<double>(std::count_if(cleanerArray_.begin(), current, isActive));
+    const auto all = static_cast<double>(std::count_if(cleanerArray_.begin(), cleanerArray_.end(), isActive));
+    const auto* title = TWCleanerTable()[static_cast<std::size_t>(currentCleanerIndex_)].title;
+    context_.view.showProgress(
+        { (before + progress.fraction()) / all, TWText::fill(TitleAndProgress, { title, text }) });
 }
 
 void TWCleaningRun::stop()
@@ -173,12 +206,16 @@ void TWCleaningRun::cleanerFailure(TWCleaner& cleaner)
     addMessage(cleaner.failureMessageString(), TWMessageType::Failure);
     if (showsResults(OnFailure) && !cleaner.cancelled())
         context_.windows.bringToFront(TWWindow::Results);
-    context_.view.showLight(positionOf(cleaner), TWLight::Red);
+    // Differs on purpose: a cleaner that the user stopped looks stopped, not failed.
+    context_.view.showLight(positionOf(cleaner), cleaner.cancelled() ? TWLight::Stopped : TWLight::Red);
     context_.view.stopSpinning(positionOf(cleaner));
 }
 
-void TWCleaningRun::cleanerFinished(TWCleaner&)
+void TWCleaningRun::cleanerFinished(TWCleaner& cleaner)
 {
+    if (cleaner.isActive())
+        outcome_ += cleaner.outcome();
+    performing_.reset();
     if (stopping_ || currentCleanerIndex_ == TWCleanerCount - 1) {
         endRun();
         return;
@@ -190,6 +227,7 @@ void TWCleaningRun::cleanerFinished(TWCleaner&)
 void TWCleaningRun::endRun()
 {
     running_ = false;
+    progress_.reset();
     addMessage(TWText::fill(DoneCleaning, { dateText() }), TWMessageType::Information);
     if (showsResults(AtEnd))
         context_.windows.bringToFront(TWWindow::Results);
@@ -204,6 +242,7 @@ void TWCleaningRun::endRun()
     }
     if (asSettingsSay && context_.settings.boolean(TWKey::BounceDockIcon))
         context_.windows.requestUserAttention();
+    context_.view.showOutcome(outcome_);
     finish(allSuccess_ ? TWRunOutcome::Succeeded : TWRunOutcome::Failed);
 }
 

@@ -68,6 +68,8 @@ private:
     std::string warnings();
     void runFirstCleaner();
     void runCurrentCleaner();
+    void watchProgress();
+    void showProgress();
     void endRun();
     void postNotification();
     void finish(TWRunOutcome);
@@ -90,4 +92,7 @@ private:
     bool running_ = false;
     bool stopping_ = false;
     int currentCleanerIndex_ = 0;
+    TWOutcome outcome_;
+    std::unique_ptr<TWRunLoopHandle> progress_;
+    std::optional<TWRunLoop::Clock::time_point> performing_; // since when the current cleaner has carried out its plan
 };

@@ -15,7 +15,8 @@ void TWCleaner::clean()
     if (!startJob())
         return;
     job_->stage = Stage::Planning;
-    job_->planning = makePlan([](const TWPlan&) {}, [this](TWPlan plan) { planMade(std::move(plan)); });
+    job_->planning = makePlan([this](const TWPlan& soFar) { job_->found = soFar.items.size(); },
+        [this](TWPlan plan) { planMade(std::move(plan)); });
 }
 
 void TWCleaner::carryOut(TWPlan plan)
@@ -63,6 +64,17 @@ void TWCleaner::stop()
     job_->planning.reset();
     job_->saying.reset();
     job_->ending = runLoop_.after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, TWTerminatedMessage); });
+}
+
+TWProgress TWCleaner::progress() const
+{
+    if (!job_)
+        return {};
+    if (job_->stage == Stage::Performing)
+        return performed();
+    TWProgress progress;
+    progress.items = job_->found;
+    return progress;
 }
 
 void TWCleaner::sayLines(std::vector<std::string> lines, std::function<void()> then)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cleaners/TWPlan.h"
+#include "cleaners/TWProgress.h"
 #include "platform/TWPacedSteps.h"
 
 #include <functional>
@@ -73,6 +74,16 @@ public:
     // outcome is already being reported.
     void stop();
 
+    // If set, the next job also measures what it deletes, in the background, so that progress() and outcome() know
+    // sizes. Gives the measuring a short head start.
+    void setMeasures(bool measures) { measures_ = measures; }
+
+    // How far the job is; all zeros without one.
+    TWProgress progress() const;
+
+    // What the latest job has brought; to be asked when it has succeeded or failed.
+    virtual TWOutcome outcome() const { return {}; }
+
     // True if the text contains any word of the dictionary, ignoring case.
     bool stringContainsKeywords(std::string_view text) const;
 
@@ -88,6 +99,9 @@ protected:
     // Drops everything that belongs to the job, without a report.
     virtual void dropJob() = 0;
 
+    // How far perform() is.
+    virtual TWProgress performed() const { return {}; }
+
     // The dictionary's words for the next job.
     virtual std::vector<std::string> wordDictionary() const { return {}; }
 
@@ -102,6 +116,7 @@ protected:
     void reportTermination();
 
     bool hasJob() const { return job_ != nullptr; }
+    bool measures() const { return measures_; }
 
     void done();
 
@@ -120,6 +135,7 @@ private:
     struct Job {
         Stage stage = Stage::Started;
         bool stopping = false;
+        std::size_t found = 0; // items, while it plans
         std::unique_ptr<TWRunLoopHandle> planning;
         std::unique_ptr<TWRunLoopHandle> ending; // for a job that was stopped before it performed anything
         std::unique_ptr<TWPacedSteps> saying;
@@ -134,6 +150,7 @@ private:
     TWCleanerDelegate* delegate_ = nullptr;
     bool isActive_ = true;
     bool cancelled_ = false;
+    bool measures_ = false;
     std::string startedMessageString_;
     std::string progressMessageString_;
     std::string successMessageString_;

@@ -2,6 +2,13 @@
 
 #include <utility>
 
+namespace {
+
+// Of the measuring. What is deleted while it is measured cannot be told to the byte.
+constexpr TWRunLoop::Duration HeadStart{ 300 };
+
+}
+
 TWDeletingCleaner::TWDeletingCleaner(const TWDeletionTools& tools, const Texts& texts)
     : TWCleaner(tools.runLoop)
     , tools_(tools)
@@ -33,17 +40,71 @@ void TWDeletingCleaner::deletePlanned(const std::shared_ptr<const TWPlan>& plan)
     std::vector<std::size_t> positions; // in the queue, by item
     targets.reserve(plan->items.size());
     positions.reserve(plan->items.size());
+    queued_.reserve(plan->items.size());
     for (const auto& item : plan->items) {
         positions.push_back(targets.size());
-        if (!item.quiet)
+        if (!item.quiet) {
+            queued_.push_back(positions.size() - 1);
             targets.push_back(TWPlan::target(plan, item));
-        else if (item.owner == TWNone)
+        } else if (item.owner == TWNone) {
             followers_.push_back({ TWPlan::target(plan, item), std::nullopt });
-        else
+        } else {
             followers_.push_back({ TWPlan::target(plan, item), positions[item.owner] });
+        }
     }
     fileDeleteQueue_->addFilesFromArray(std::move(targets));
+    if (measures())
+        measure(plan);
+    else
+        beginDeleting();
+}
+
+void TWDeletingCleaner::measure(const std::shared_ptr<const TWPlan>& plan)
+{
+    headStart_ = runLoop().after(HeadStart, [this] { beginDeleting(); });
+    sizes_ = std::make_unique<TWPlanSizes>(runLoop(), tools_.fileSystem, plan, [this] {
+        if (!headStart_)
+            return;
+        measuredInTime_ = sizes_->complete();
+        beginDeleting();
+    });
+}
+
+void TWDeletingCleaner::beginDeleting()
+{
+    headStart_.reset();
     fileDeleteQueue_->deleteFiles(authorization_);
+}
+
+TWProgress TWDeletingCleaner::performed() const
+{
+    TWProgress progress;
+    if (!fileDeleteQueue_)
+        return progress;
+    progress.planned = true;
+    progress.items = queued_.size();
+    progress.itemsDone = fileDeleteQueue_->finished();
+    if (!sizes_)
+        return progress;
+    for (; addedUp_ < progress.itemsDone; ++addedUp_)
+        bytesDone_ += sizes_->bytes(queued_[addedUp_]);
+    progress.measured = sizes_->complete();
+    progress.bytes = sizes_->total();
+    progress.bytesDone = std::min(bytesDone_, progress.bytes);
+    return progress;
+}
+
+// Counts the space of an item only if it is certainly gone.
+void TWDeletingCleaner::addUpOutcome()
+{
+    outcome_ = {};
+    outcome_.measured = measuredInTime_;
+    for (std::size_t position = 0; position < queued_.size(); ++position) {
+        const bool gone = fileDeleteQueue_->isGone(position);
+        ++(gone ? outcome_.gone : outcome_.left);
+        if (gone && sizes_)
+            outcome_.bytes += sizes_->bytes(queued_[position]);
+    }
 }
 
 std::unique_ptr<TWFileDeleteQueue> TWDeletingCleaner::makeQueue(TWFileDeleteQueue::Announcing announcing)
@@ -81,6 +142,8 @@ void TWDeletingCleaner::verifyQueue()
 
 void TWDeletingCleaner::fileDeleteQueueVerified(bool nothingLeft)
 {
+    if (!followersQueue_)
+        addUpOutcome();
     complete_ = complete_ && nothingLeft;
     if (!followersQueue_ && !followers_.empty() && !fileDeleteQueue_->stopped())
         findFollowers();
@@ -119,7 +182,12 @@ void TWDeletingCleaner::deleteFollowers(std::vector<TWDeletionTarget> due)
 
 void TWDeletingCleaner::stopPerforming()
 {
-    if (followersQueue_) {
+    if (headStart_) {
+        headStart_.reset();
+        sizes_.reset();
+        outcome_ = { 0, queued_.size(), 0, true };
+        ending_ = runLoop().after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, texts_.failure); });
+    } else if (followersQueue_) {
         followersQueue_->stop();
     } else if (findingFollowers_) {
         findingFollowers_.reset();
@@ -131,6 +199,13 @@ void TWDeletingCleaner::stopPerforming()
 
 void TWDeletingCleaner::dropJob()
 {
+    headStart_.reset();
+    sizes_.reset();
+    queued_.clear();
+    addedUp_ = 0;
+    bytesDone_ = 0;
+    measuredInTime_ = false;
+    outcome_ = {};
     fileDeleteQueue_.reset();
     findingFollowers_.reset();
     followersQueue_.reset();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cleaners/TWCleaner.h"
+#include "cleaners/TWPlanSizes.h"
 #include "deletion/TWFileDeleteQueue.h"
 
 // A cleaner whose job is to delete paths: the items of the plan through one queue and then, if the plan has quiet
@@ -10,6 +11,8 @@ public:
     // After a job, looks at the disk again and reports once more what is left. Reports a failure if nothing was ever
     // deleted. Does nothing while a job goes on, because the job checks its own result.
     void verify();
+
+    TWOutcome outcome() const override { return outcome_; }
 
 protected:
     struct Texts {
@@ -39,6 +42,7 @@ private:
     };
 
     void perform(TWPlan) override;
+    TWProgress performed() const override;
     void stopPerforming() override;
     void dropJob() override;
     void fileDeleteQueueProgressed(const std::string& message) override;
@@ -46,6 +50,9 @@ private:
     void fileDeleteQueueVerified(bool nothingLeft) override;
 
     void deletePlanned(const std::shared_ptr<const TWPlan>&);
+    void measure(const std::shared_ptr<const TWPlan>&);
+    void beginDeleting();
+    void addUpOutcome();
     void verifyQueue();
     void findFollowers();
     void deleteFollowers(std::vector<TWDeletionTarget>);
@@ -56,6 +63,13 @@ private:
     TWSecureMode secureMode_ = TWPlainDelete;
     TWAuthorization authorization_ = TWAuthorization::No;
     bool complete_ = true; // everything was looked at and is gone, as far as is known by now
+    TWOutcome outcome_; // of the latest job
+    std::vector<std::size_t> queued_; // the items in the queue, by position there
+    std::unique_ptr<TWPlanSizes> sizes_; // if the job is measured
+    std::unique_ptr<TWRunLoopHandle> headStart_; // of the measuring; deleting begins at its end
+    bool measuredInTime_ = false; // nothing was deleted before it was measured
+    mutable std::size_t addedUp_ = 0; // positions whose sizes are in bytesDone_
+    mutable std::uint64_t bytesDone_ = 0;
     std::vector<Follower> followers_;
     std::unique_ptr<TWFileDeleteQueue> fileDeleteQueue_; // a new one for each job
     std::unique_ptr<TWBackgroundStream<std::vector<TWDeletionTarget>>> findingFollowers_;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -18,10 +19,26 @@ constexpr auto NotWritten = "Tidewell: the output could not be written (%@).\n";
 
 constexpr const char* Colours[] = { "", "\033[32m", "\033[31m" };
 constexpr auto NoColour = "\033[0m";
+constexpr auto ClearedLine = "\r\033[K";
 
 bool wantsColours()
 {
     return isatty(STDOUT_FILENO) && !std::getenv("NO_COLOR");
+}
+
+// On a terminal that can redraw a line.
+bool redrawsOn(TWOutputFormat format)
+{
+    const char* terminal = std::getenv("TERM");
+    return format == TWOutputFormat::Lines && isatty(STDERR_FILENO) && terminal && std::string_view(terminal) != "dumb";
+}
+
+// In characters.
+std::size_t terminalWidth()
+{
+    winsize size{};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return known ? size.ws_col - 1U : 79U;
 }
 
 std::string lineFor(const TWMessage& message, TWOutputFormat format, bool coloured)
@@ -70,6 +87,7 @@ int TWPrint(const TWCommandResult& result)
 TWTerminal::TWTerminal(TWOutputFormat format)
     : format_(format)
     , coloured_(wantsColours())
+    , redraws_(redrawsOn(format))
 {
 }
 
@@ -84,6 +102,7 @@ void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answer
 {
     // Prints the lines that the question is about above it.
     delegate_->resultsWindowController().flush();
+    drawProgress("");
     std::fprintf(stderr, "%s %s\n", alert.title.c_str(), harmlessLines(alert.text).c_str());
     // With only one button there is nothing to ask.
     if (alert.alternateButton.empty() || confirms_) {
@@ -130,8 +149,34 @@ void TWTerminal::answer(TWAnswer given)
         answered(given);
 }
 
+void TWTerminal::showProgress(const TWRunProgress& progress)
+{
+    if (!answered_)
+        drawProgress(progress.text.substr(0, terminalWidth()));
+}
+
+void TWTerminal::drawProgress(const std::string& text)
+{
+    if (text == progress_)
+        return;
+    progress_ = text;
+    std::fprintf(stderr, "%s%s", ClearedLine, text.c_str());
+}
+
+void TWTerminal::showOutcome(const TWOutcome& outcome)
+{
+    if (!redraws_)
+        return;
+    delegate_->resultsWindowController().flush();
+    drawProgress("");
+    std::fprintf(stderr, "%s\n", outcome.text().c_str());
+}
+
 void TWTerminal::messagesAdded(std::size_t count)
 {
+    // The lines take the place of the progress, which is drawn again below them.
+    const auto progress = progress_;
+    drawProgress("");
     std::string lines;
     const auto& messages = delegate_->resultsWindowController().messages();
     for (; printed_ < count; ++printed_)
@@ -139,4 +184,5 @@ void TWTerminal::messagesAdded(std::size_t count)
     // Reports a failure only once. The run goes on, because it is already decided what it deletes.
     if (outputWritten_)
         outputWritten_ = TWWriteToOutput(lines);
+    drawProgress(progress);
 }

@@ -50,15 +50,21 @@ public:
     void activate() override { }
     void requestUserAttention() override { }
     void terminate() override { }
+    bool showsProgress() const override { return redraws_; }
+    void showProgress(const TWRunProgress&) override;
+    void showOutcome(const TWOutcome&) override;
     void cleaningEnded(TWRunOutcome outcome) override { outcome_ = outcome; }
 
 private:
+    void drawProgress(const std::string& text);
     void ask(const TWAlert&);
     void readAnswer();
     void answer(TWAnswer);
 
     const TWOutputFormat format_;
     const bool coloured_;
+    const bool redraws_; // the last line on standard error tells the progress
+    std::string progress_; // as it is drawn; "" if it is not
     bool confirms_ = false;
     TWTidewellAppDelegate* delegate_ = nullptr;
     std::optional<TWRunOutcome> outcome_;

@@ -65,6 +65,9 @@ public:
     bool running() const { return running_; }
     bool stopped() const { return stopped_; }
 
+    // Number of paths whose turn is over.
+    std::size_t finished() const { return deleteIndex_ - (deleting_ ? 1 : 0); }
+
 private:
     // What the disk says about a path after its deletion.
     enum class Outcome : std::uint8_t {

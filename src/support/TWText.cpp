@@ -115,7 +115,7 @@ std::string harmlessJSON(std::string_view json)
     return replaced(json, isHarmful, escapedForJSON);
 }
 
-std::string count(unsigned long long number, std::string_view singular, std::string_view plural)
+std::string number(unsigned long long number)
 {
     const std::string digits = std::to_string(number);
     std::string text;
@@ -124,7 +124,12 @@ std::string count(unsigned long long number, std::string_view singular, std::str
             text += ',';
         text += digits[place];
     }
-    return text.append(" ").append(number == 1 ? singular : plural);
+    return text;
+}
+
+std::string count(unsigned long long count, std::string_view singular, std::string_view plural)
+{
+    return number(count).append(" ").append(count == 1 ? singular : plural);
 }
 
 std::string size(unsigned long long bytes)

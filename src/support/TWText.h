@@ -24,6 +24,9 @@ std::string oneLine(std::string_view bytes);
 // The same for a line of JSON, without a change of meaning: those characters become JSON escapes.
 std::string harmlessJSON(std::string_view json);
 
+// "12", "12,345".
+std::string number(unsigned long long);
+
 // "1 item", "12 items", "12,345 items".
 std::string count(unsigned long long number, std::string_view singular, std::string_view plural);
 

@@ -20,6 +20,7 @@ constexpr const char* LightNames[] = {
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Running"),
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Succeeded"),
     QT_TRANSLATE_NOOP("TWCleanerRowView", "Failed"),
+    QT_TRANSLATE_NOOP("TWCleanerRowView", "Stopped"),
 };
 
 // The letters to press with Alt, in the order of the rows. Menus and buttons use none of them.

@@ -15,7 +15,7 @@ class TWQuietLabel;
 class TWSpinner;
 
 // The icons of the lights, in the order of TWLight.
-using TWLightIcons = std::array<QIcon, 4>;
+using TWLightIcons = std::array<QIcon, 5>;
 
 // One cleaner's row in the main window: icon, check box, the line that says what the cleaner would do now, spinner,
 // light and, if there is something to edit, the Edit button. The object names of its widgets begin with the cleaner's

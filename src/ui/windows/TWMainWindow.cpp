@@ -41,7 +41,8 @@ constexpr const char* Outcomes[] = {
 };
 constexpr auto Stopped = QT_TRANSLATE_NOOP("TWMainWindow", "Cleaning was stopped.");
 
-constexpr const char* LightFiles[] = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png" };
+constexpr const char* LightFiles[]
+    = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png", "light-stopped.png" };
 
 constexpr int Margin = 18;
 constexpr int RowSpacing = 12;
@@ -56,6 +57,7 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     , lines_(delegate.cleanerContext(), delegate.settingsSources(),
           [this](int position, const std::string& line) {
               rows_[static_cast<std::size_t>(position)]->setLine(TWQtText::shown(line));
+              showSum();
           })
     , lostSettings_(delegate.platform().userDefaults.problem())
 {
@@ -128,13 +130,19 @@ QLayout* TWMainWindow::createButtons()
     stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
     cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
     cleanButton_->setDefault(true);
-    outcome_ = new QLabel;
-    outcome_->setObjectName("outcomeLabel");
+    resultsButton_ = createButton(tr("&Results"), "resultsButton", tr("Show the results"));
+    resultsButton_->hide();
+    sentence_ = new QLabel;
+    sentence_->setObjectName("outcomeLabel");
+    sentence_->setWordWrap(true);
+    sentence_->setTextFormat(Qt::PlainText);
+    connect(resultsButton_, &QPushButton::clicked, this, &TWMainWindow::resultsRequested);
     connect(cleanButton_, &QPushButton::clicked, this, &TWMainWindow::clean);
     connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
     auto* buttons = new QHBoxLayout;
     buttons->setSpacing(RowSpacing);
-    buttons->addWidget(outcome_, 1);
+    buttons->addWidget(sentence_, 1);
+    buttons->addWidget(resultsButton_);
     buttons->addWidget(stopButton_);
     buttons->addWidget(cleanButton_);
     return buttons;
@@ -243,6 +251,9 @@ void TWMainWindow::switchCleaner(TWKey key, bool on)
     delegate_.settings().set(key, on);
     unsavedSettings_ = delegate_.settings().userDefaults().synchronize();
     showProblems();
+    endShown_ = false;
+    resultsButton_->hide();
+    showSum();
 }
 
 void TWMainWindow::showProblems()
@@ -260,10 +271,15 @@ void TWMainWindow::showProblems()
 
 void TWMainWindow::clean()
 {
+    delegate_.clean(checked());
+}
+
+TWRunChoice TWMainWindow::checked() const
+{
     TWRunChoice checked{};
     for (std::size_t position = 0; position < checked.size(); ++position)
         checked[position] = rows_[position]->isChecked();
-    delegate_.clean(checked);
+    return checked;
 }
 
 void TWMainWindow::showLight(int position, TWLight light)
@@ -287,7 +303,10 @@ void TWMainWindow::setCleanEnabled(bool enabled)
     if (!enabled) {
         lines_.pause();
         stopped_ = false;
-        outcome_->clear();
+        brought_.clear();
+        endShown_ = false;
+        resultsButton_->hide();
+        say("");
     }
     const bool focused = cleanButton_->hasFocus() || stopButton_->hasFocus();
     cleanButton_->setEnabled(enabled);
@@ -310,17 +329,42 @@ void TWMainWindow::stop()
 void TWMainWindow::cleaningEnded(TWRunOutcome outcome)
 {
     const bool stopped = stopped_ && outcome == TWRunOutcome::Failed;
-    announce(tr(stopped ? Stopped : Outcomes[static_cast<int>(outcome)]));
+    const auto end = tr(stopped ? Stopped : Outcomes[static_cast<int>(outcome)]);
+    endShown_ = true;
+    resultsButton_->setVisible(outcome != TWRunOutcome::NothingRun);
+    announce(brought_.empty() ? end : end + ' ' + TWQtText::exact(brought_));
     refresh();
     closeIfEnded();
+}
+
+void TWMainWindow::say(const QString& sentence)
+{
+    sentence_->setText(sentence);
+    sentence_->setAccessibleName(sentence);
+}
+
+void TWMainWindow::showProgress(const TWRunProgress& progress)
+{
+    if (!stopped_)
+        say(TWQtText::exact(progress.text));
+}
+
+// Does not take the place of how the latest run ended, before the user does something else.
+void TWMainWindow::showSum()
+{
+    if (endShown_ || delegate_.running())
+        return;
+    const auto chosen = checked();
+    const bool any = std::find(chosen.begin(), chosen.end(), true) != chosen.end();
+    const auto sum = lines_.sum(chosen);
+    say(any && sum ? TWQtText::exact(sum->text()) : "");
 }
 
 // Also lets a screen reader say the sentence.
 void TWMainWindow::announce(const QString& outcome)
 {
-    outcome_->setText(outcome);
-    outcome_->setAccessibleName(outcome);
-    QAccessibleEvent event(outcome_, QAccessible::Alert);
+    say(outcome);
+    QAccessibleEvent event(sentence_, QAccessible::Alert);
     QAccessible::updateAccessibility(&event);
 }
 

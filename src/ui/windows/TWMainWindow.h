@@ -33,6 +33,9 @@ public:
     void startSpinning(int position) override;
     void stopSpinning(int position) override;
     void setCleanEnabled(bool) override;
+    bool showsProgress() const override { return true; }
+    void showProgress(const TWRunProgress&) override;
+    void showOutcome(const TWOutcome& outcome) override { brought_ = outcome.text(); }
     void cleaningEnded(TWRunOutcome) override;
 
 signals:
@@ -65,7 +68,10 @@ private:
     QAction* addAction(QMenu*, const QString& objectName, const QString& text, const QKeySequence& = {});
     void afterFirstPaint();
     void showDefaultButton();
+    TWRunChoice checked() const;
+    void say(const QString& sentence);
     void announce(const QString& outcome);
+    void showSum();
     void switchCleaner(TWKey, bool on);
     void showProblems();
     void stop();
@@ -83,7 +89,8 @@ private:
     QPushButton* cleanButton_ = nullptr;
     QPushButton* stopButton_ = nullptr;
     QFocusFrame* focusFrame_ = nullptr;
-    QLabel* outcome_ = nullptr; // how the latest run ended
+    QLabel* sentence_ = nullptr; // what Clean would do now, how far it is, or how the latest run ended
+    QPushButton* resultsButton_ = nullptr; // beside that end
     QAction* cleanAction_ = nullptr;
     QAction* stopAction_ = nullptr;
     TWCleanerLines lines_;
@@ -91,6 +98,8 @@ private:
                                      // the settings back
     std::string unsavedSettings_;
     bool painted_ = false;
+    std::string brought_; // by the latest run
+    bool endShown_ = false; // the sentence tells how the latest run ended
     bool stopped_ = false; // the run that is going on, or the latest one
     Closing closing_ = Closing::No;
 };
