@@ -15,13 +15,16 @@ void TWCleaner::clean()
     if (!startJob())
         return;
     job_->stage = Stage::Planning;
-    job_->planning = makePlan([](const TWPlan&) {}, [this](TWPlan plan) { planMade(std::move(plan)); });
+    job_->planning = makePlan([](const TWPlan&) {},
+        [this](TWPlan plan) {
+            startPerforming({ std::make_shared<const TWPlan>(std::move(plan)), {}, nullptr, "" });
+        });
 }
 
-void TWCleaner::carryOut(TWPlan plan)
+void TWCleaner::carryOut(TWPlannedJob planned)
 {
     if (startJob())
-        planMade(std::move(plan));
+        startPerforming(std::move(planned));
 }
 
 // Returns whether there is a job to go on with.
@@ -39,10 +42,10 @@ bool TWCleaner::startJob()
     return !job.expired() && !job_->stopping;
 }
 
-void TWCleaner::planMade(TWPlan plan)
+void TWCleaner::startPerforming(TWPlannedJob planned)
 {
     job_->stage = Stage::Performing;
-    perform(std::move(plan));
+    perform(std::move(planned));
 }
 
 void TWCleaner::endJob()
@@ -65,12 +68,12 @@ void TWCleaner::stop()
     job_->ending = runLoop_.after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, TWTerminatedMessage); });
 }
 
-void TWCleaner::sayLines(std::vector<std::string> lines, std::function<void()> then)
+void TWCleaner::sayLines(std::shared_ptr<const std::vector<std::string>> lines, std::function<void()> then)
 {
-    const auto shared = std::make_shared<std::vector<std::string>>(std::move(lines));
+    const auto count = lines->size();
     job_->saying = std::make_unique<TWPacedSteps>(
-        runLoop_, shared->size(), LinesPerTurn,
-        [this, shared](std::size_t index) { reportProgress(std::move((*shared)[index])); },
+        runLoop_, count, LinesPerTurn,
+        [this, lines = std::move(lines)](std::size_t index) { reportProgress((*lines)[index]); },
         [this, then = std::move(then)] {
             const auto call = then;
             job_->saying.reset();

@@ -2,6 +2,13 @@
 
 #include <utility>
 
+namespace {
+
+// After a preview there may be more by now than it showed.
+constexpr auto PreviewSuccess = "Everything that was ticked in the preview is gone.";
+
+}
+
 TWDeletingCleaner::TWDeletingCleaner(const TWDeletionTools& tools, const Texts& texts)
     : TWCleaner(tools.runLoop)
     , tools_(tools)
@@ -12,38 +19,54 @@ TWDeletingCleaner::TWDeletingCleaner(const TWDeletionTools& tools, const Texts& 
     setFailureMessageString(texts.failure);
 }
 
-void TWDeletingCleaner::perform(TWPlan plan)
+void TWDeletingCleaner::perform(TWPlannedJob planned)
 {
-    auto lines = std::move(plan.lines);
-    const auto shared = std::make_shared<const TWPlan>(std::move(plan));
-    sayLines(std::move(lines), [this, shared] { deletePlanned(shared); });
+    // Shares the plan's own lines.
+    std::shared_ptr<const std::vector<std::string>> lines(planned.plan, &planned.plan->lines);
+    sayLines(std::move(lines), [this, planned = std::move(planned)] { deletePlanned(planned); });
 }
 
-void TWDeletingCleaner::deletePlanned(const std::shared_ptr<const TWPlan>& plan)
+void TWDeletingCleaner::deletePlanned(const TWPlannedJob& planned)
 {
-    if (plan->failure) {
-        finish(Outcome::Failure, *plan->failure);
+    const auto& plan = *planned.plan;
+    if (plan.failure) {
+        finish(Outcome::Failure, *plan.failure);
         return;
     }
-    secureMode_ = plan->secureMode;
-    authorization_ = plan->authorization;
-    complete_ = !plan->incomplete;
+    secureMode_ = plan.secureMode;
+    authorization_ = plan.authorization;
+    complete_ = !plan.incomplete;
+    check_ = planned.check;
     fileDeleteQueue_ = makeQueue(TWFileDeleteQueue::Announcing::EveryPath);
+    addToQueues(planned);
+    fileDeleteQueue_->deleteFiles(authorization_);
+}
+
+// A quiet item whose owner was unticked stays with it.
+void TWDeletingCleaner::addToQueues(const TWPlannedJob& planned)
+{
+    const auto& items = planned.plan->items;
     std::vector<TWDeletionTarget> targets;
     std::vector<std::size_t> positions; // in the queue, by item
-    targets.reserve(plan->items.size());
-    positions.reserve(plan->items.size());
-    for (const auto& item : plan->items) {
+    targets.reserve(items.size());
+    positions.reserve(items.size());
+    for (std::size_t index = 0; index < items.size(); ++index) {
+        const auto& item = items[index];
+        const bool ticked = planned.isTicked(index);
         positions.push_back(targets.size());
-        if (!item.quiet)
-            targets.push_back(TWPlan::target(plan, item));
-        else if (item.owner == TWNone)
-            followers_.push_back({ TWPlan::target(plan, item), std::nullopt });
-        else
-            followers_.push_back({ TWPlan::target(plan, item), positions[item.owner] });
+        if (!item.quiet && ticked)
+            targets.push_back(planned.target(item));
+        else if (item.quiet && ticked && item.owner == TWNone)
+            followers_.push_back({ planned.target(item), std::nullopt });
+        else if (item.quiet && ticked && planned.isTicked(item.owner))
+            followers_.push_back({ planned.target(item), positions[item.owner] });
     }
     fileDeleteQueue_->addFilesFromArray(std::move(targets));
-    fileDeleteQueue_->deleteFiles(authorization_);
+}
+
+const char* TWDeletingCleaner::successText() const
+{
+    return check_ ? PreviewSuccess : texts_.success;
 }
 
 std::unique_ptr<TWFileDeleteQueue> TWDeletingCleaner::makeQueue(TWFileDeleteQueue::Announcing announcing)
@@ -51,6 +74,7 @@ std::unique_ptr<TWFileDeleteQueue> TWDeletingCleaner::makeQueue(TWFileDeleteQueu
     auto queue = std::make_unique<TWFileDeleteQueue>(tools_, announcing);
     queue->setDelegate(this);
     queue->setSecureDeleteMode(secureMode_);
+    queue->setPreviewCheck(check_);
     return queue;
 }
 
@@ -85,7 +109,7 @@ void TWDeletingCleaner::fileDeleteQueueVerified(bool nothingLeft)
     if (!followersQueue_ && !followers_.empty() && !fileDeleteQueue_->stopped())
         findFollowers();
     else if (complete_)
-        finish(Outcome::Success, texts_.success);
+        finish(Outcome::Success, successText());
     else
         finish(Outcome::Failure, texts_.failure);
 }

@@ -38,14 +38,16 @@ private:
         std::optional<std::size_t> owner; // position in the first queue
     };
 
-    void perform(TWPlan) override;
+    void perform(TWPlannedJob) override;
     void stopPerforming() override;
     void dropJob() override;
     void fileDeleteQueueProgressed(const std::string& message) override;
     void fileDeleteQueueDone() override;
     void fileDeleteQueueVerified(bool nothingLeft) override;
 
-    void deletePlanned(const std::shared_ptr<const TWPlan>&);
+    void deletePlanned(const TWPlannedJob&);
+    void addToQueues(const TWPlannedJob&);
+    const char* successText() const;
     void verifyQueue();
     void findFollowers();
     void deleteFollowers(std::vector<TWDeletionTarget>);
@@ -56,6 +58,7 @@ private:
     TWSecureMode secureMode_ = TWPlainDelete;
     TWAuthorization authorization_ = TWAuthorization::No;
     bool complete_ = true; // everything was looked at and is gone, as far as is known by now
+    std::shared_ptr<TWPreviewCheck> check_; // nullptr if the job made its own plan
     std::vector<Follower> followers_;
     std::unique_ptr<TWFileDeleteQueue> fileDeleteQueue_; // a new one for each job
     std::unique_ptr<TWBackgroundStream<std::vector<TWDeletionTarget>>> findingFollowers_;
