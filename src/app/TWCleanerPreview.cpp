@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr auto OwnerRefused = "the item that it belongs to would be refused.";
 constexpr auto CleanerFails = "the cleaner would stop before: %@";
 constexpr std::size_t ItemsTogether = 10'000; // in one walk, so that its list of paths stays small
 constexpr std::size_t SizesPerTurn = 4;
@@ -170,7 +171,9 @@ std::string TWCleanerPreview::refusal(const TWPlannedItem& item) const
 {
     if (item.objection)
         return item.objection;
-    return plan_->failure ? TWText::fill(CleanerFails, { *plan_->failure }) : "";
+    if (plan_->failure)
+        return TWText::fill(CleanerFails, { *plan_->failure });
+    return plan_->wouldDelete(item) ? "" : OwnerRefused;
 }
 
 void TWCleanerPreview::setTicked(std::size_t item, TWTick tick)

@@ -48,8 +48,11 @@ struct TWPlan {
     // The item of a plan as something to delete. It keeps the plan alive.
     static TWDeletionTarget target(const std::shared_ptr<const TWPlan>&, const TWPlannedItem&);
 
-    // False for an item that a job would leave alone.
-    bool wouldDelete(const TWPlannedItem& item) const { return !failure && !item.objection; }
+    // False for an item that a job would leave alone: it is refused, or its owner is, or the job would fail before.
+    bool wouldDelete(const TWPlannedItem& item) const
+    {
+        return !failure && !item.objection && (item.owner == TWNone || !items[item.owner].objection);
+    }
 
     std::string path(const TWPlannedItem&) const; // for messages
     std::string realPath(const TWPlannedItem&) const;

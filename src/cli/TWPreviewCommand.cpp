@@ -124,8 +124,12 @@ private:
     {
         rule_.reset();
         err_ += cleaner.warning().empty() ? "" : TWHarmlessLines(cleaner.warning()) + "\n";
-        auto& notes = format_ == TWOutputFormat::JSON ? err_ : out_;
-        notes += TWText::fill(Heading, { cleaner.row().title });
+        const bool json = format_ == TWOutputFormat::JSON;
+        auto& notes = json ? err_ : out_;
+        if (!json)
+            notes += TWText::fill(Heading, { cleaner.row().title });
+        if (!json && cleaner.plan()->items.empty())
+            notes += TWText::fill(Note, { cleaner.row().nothing });
         for (const auto& line : cleaner.plan()->lines)
             notes += TWText::fill(Note, { TWText::oneLine(line) });
         if (const auto& failure = cleaner.plan()->failure)

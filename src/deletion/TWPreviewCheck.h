@@ -11,7 +11,8 @@ public:
     // False if it is another file or folder now, or has been changed by anybody but this run.
     bool isUnchanged(const TWFileFacts& seen, const TWFileFacts& now) const;
 
-    // The facts of a folder directly before and after a deletion in it.
+    // The facts of a folder directly before and after a deletion in it. What another program changes in the folder
+    // during the deletion cannot be told from the deletion.
     void noteOwnChange(const TWFileFacts& before, const TWFileFacts& after);
 
 private:
