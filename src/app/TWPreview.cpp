@@ -6,11 +6,11 @@ constexpr TWRunLoop::Duration LaterTurn{ 0 };
 
 }
 
-TWPreview::TWPreview(
-    const TWCleanerContext& context, const TWSettingsSources& sources, const TWRunChoice& choice, TWPreviewView& view)
+TWPreview::TWPreview(const TWCleanerContext& context, const TWSettingsSources& sources, const TWRunChoice& choice,
+    TWPreviewDelegate& delegate)
     : context_(context)
     , sources_(sources)
-    , view_(view)
+    , delegate_(delegate)
 {
     for (int position = 0; position < TWCleanerCount; ++position) {
         if (choice[static_cast<std::size_t>(position)])
@@ -98,7 +98,7 @@ void TWPreview::takeTotal(const TWPreviewTotal& total)
     ended_ = true;
     notification_.reset();
     notifying_ = false;
-    view_.previewEnded();
+    delegate_.previewEnded();
 }
 
 void TWPreview::notifyLater()
@@ -107,7 +107,7 @@ void TWPreview::notifyLater()
         return;
     notification_ = context_.deletion.runLoop.after(LaterTurn, [this] {
         notifying_ = false;
-        view_.previewChanged();
+        delegate_.previewChanged();
     });
 }
 

@@ -3,7 +3,7 @@
 #include "app/TWCleanerPreview.h"
 #include "app/TWCleaningRun.h"
 
-class TWPreviewView {
+class TWPreviewDelegate {
 public:
     // Something more is known, or the total has changed. At most once per turn.
     virtual void previewChanged() { }
@@ -12,7 +12,7 @@ public:
     virtual void previewEnded() { }
 
 protected:
-    ~TWPreviewView() = default;
+    ~TWPreviewDelegate() = default;
 };
 
 // Shows what a run would do now and changes nothing: plans the chosen cleaners one after another and adds up the sizes,
@@ -21,8 +21,8 @@ protected:
 // further call.
 class TWPreview final {
 public:
-    // Starts on a later turn. The editors and the view must outlive the preview.
-    TWPreview(const TWCleanerContext&, const TWSettingsSources&, const TWRunChoice&, TWPreviewView&);
+    // Starts on a later turn. The editors and the delegate must outlive the preview.
+    TWPreview(const TWCleanerContext&, const TWSettingsSources&, const TWRunChoice&, TWPreviewDelegate&);
 
     // Ends the work; previewEnded() follows on a later turn. Cleaners that are not complete by then take part in no
     // run. Does nothing after the end.
@@ -54,7 +54,7 @@ private:
 
     const TWCleanerContext context_;
     const TWSettingsSources sources_;
-    TWPreviewView& view_;
+    TWPreviewDelegate& delegate_;
     std::vector<std::unique_ptr<TWCleanerPreview>> cleaners_;
     std::size_t current_ = 0; // index of the cleaner being planned or measured
     bool ended_ = false;

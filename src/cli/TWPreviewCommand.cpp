@@ -55,7 +55,7 @@ std::string textFor(const TWCleanerPreview& cleaner, std::size_t index)
 }
 
 // Prints a preview while it is being made.
-class Printer final : public TWPreviewView {
+class Printer final : public TWPreviewDelegate {
 public:
     Printer(TWRunLoop& runLoop, TWOutputFormat format)
         : runLoop_(runLoop)

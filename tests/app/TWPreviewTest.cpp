@@ -6,7 +6,7 @@
 
 namespace {
 
-struct PreviewView final : TWPreviewView {
+struct PreviewView final : TWPreviewDelegate {
     std::function<void()> onCall = [] {};
     std::size_t changes = 0;
     std::size_t ends = 0;
