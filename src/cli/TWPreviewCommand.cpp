@@ -188,7 +188,7 @@ TWCommandResult preview(const TWCommandContext& context, const TWInvocation& inv
     TWRunChoice choice{};
     if (const auto problem = TWReadCleaners(context, invocation, choice); !problem.empty())
         return TWWrongUse(problem);
-    if (choice == TWRunChoice())
+    if (std::find(choice.begin(), choice.end(), true) == choice.end())
         return { TWStatus::NothingRun, "", NoCleaner };
     for (const auto& problem : delegate.problems())
         std::fputs((TWText::oneLine(problem) + "\n").c_str(), stderr);
