@@ -5,7 +5,8 @@ Fills the Trash of a throwaway sandbox and has both programs add it up, round af
 their ratios and goals."""
 import os
 
-from benching import Goals, TIDEWELL, environment, medians, options, print_times, rotated_rounds, seconds, throwaway_folder
+from benching import (Goals, TIDEWELL, environment, medians, options, print_times, rotated_rounds, seconds,
+                      throwaway_folder)
 
 TRASH = "home/.local/share/Trash/files"
 
