@@ -13,10 +13,20 @@ namespace {
 
 constexpr auto NoRules = "No rules yet";
 constexpr auto RulesOn = "%@ of %@ rules on";
+constexpr auto InTheTrash = "it is in the Trash";
+
+// By kind of rule, in the order of TWWhatToDelete.
+constexpr const char* RuleTexts[] = { "rule %@: %@", "rule %@: contents of %@", "rule %@: names with a word in %@",
+    "rule %@: names with a word in and below %@" };
 
 std::string noStatus(const TWSettingsSources&)
 {
     return "";
+}
+
+TWPlanReasons noReasons(const TWSettingsSources&)
+{
+    return {};
 }
 
 struct Look {
@@ -30,7 +40,8 @@ struct Look {
 
 // Makes a row from the cleaner's class and the function that gathers its settings, so that the two always match.
 template <typename Cleaner, auto infoFrom>
-TWCleanerRow row(const Look& look, std::string (*listStatus)(const TWSettingsSources&) = noStatus)
+TWCleanerRow row(const Look& look, TWPlanReasons (*reasons)(const TWSettingsSources&) = noReasons,
+    std::string (*listStatus)(const TWSettingsSources&) = noStatus)
 {
     return { look.name, look.title, look.icon, look.key, look.editor, look.nothing,
         [](const TWCleanerContext& context) -> std::unique_ptr<TWCleaner> {
@@ -39,7 +50,7 @@ TWCleanerRow row(const Look& look, std::string (*listStatus)(const TWSettingsSou
         [](TWCleaner& cleaner, const TWSettingsSources& sources) {
             static_cast<Cleaner&>(cleaner).setInfo(infoFrom(sources));
         },
-        listStatus };
+        listStatus, reasons };
 }
 
 // Stands in for a cleaner that is not implemented yet.
@@ -54,7 +65,7 @@ public:
     std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown, PlanMade) const override { return nullptr; }
 
 private:
-    void perform(TWPlan) override { }
+    void perform(TWPlannedJob) override { }
     void stopPerforming() override { }
     void dropJob() override { }
 };
@@ -70,6 +81,11 @@ TWCleanerRow laterRow(const char* name, const char* title, const char* icon, TWK
 std::string trashInfo(const TWSettingsSources& sources)
 {
     return sources.places.abbreviate(sources.places.trash + "/files");
+}
+
+TWPlanReasons trashReasons(const TWSettingsSources&)
+{
+    return { InTheTrash, {}, {} };
 }
 
 TWFilesCleanerInfo filesInfo(const TWSettingsSources& sources)
@@ -101,6 +117,18 @@ std::string filesStatus(const TWSettingsSources& sources)
     return rules.empty() ? NoRules : TWText::fill(RulesOn, { std::to_string(on), std::to_string(rules.size()) });
 }
 
+TWPlanReasons filesReasons(const TWSettingsSources& sources)
+{
+    TWPlanReasons reasons;
+    for (const auto& rule : sources.editors->get<TWFilesWindowController>().rules()) {
+        const auto kind = static_cast<std::size_t>(rule.whatToDelete);
+        const auto* text = kind < std::size(RuleTexts) ? RuleTexts[kind] : RuleTexts[TWItemItself];
+        reasons.rules.push_back(TWText::fill(text, { std::to_string(reasons.rules.size() + 1), rule.filePath }));
+    }
+    reasons.words = sources.editors->dictionary().wordDictionary();
+    return reasons;
+}
+
 }
 
 const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
@@ -109,11 +137,12 @@ const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
         laterRow("applications", "Applications", "application-exit", TWKey::ApplicationsCleaner),
         laterRow("recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner),
         row<TWTrashCleaner, trashInfo>(
-            { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, "", "The Trash is empty" }),
+            { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, "", "The Trash is empty" }, trashReasons),
         laterRow("volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner),
         laterRow("clipboard", "Clipboard", "edit-paste", TWKey::ClipboardCleaner),
         row<TWFilesCleaner, filesInfo>(
-            { "files", "Files", "folder", TWKey::FilesCleaner, "files", "nothing to delete now" }, filesStatus),
+            { "files", "Files", "folder", TWKey::FilesCleaner, "files", "nothing to delete now" }, filesReasons,
+            filesStatus),
         laterRow("logs", "Logs", "text-x-generic", TWKey::LogsCleaner),
         laterRow("safari-tabs", "Safari Tabs", "web-browser", TWKey::SafariTabsCleaner),
     } };

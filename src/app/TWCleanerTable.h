@@ -15,6 +15,13 @@ struct TWSettingsSources {
     const TWEditors* editors = nullptr;
 };
 
+// What the numbers of rules and words in a plan stand for.
+struct TWPlanReasons {
+    std::string other; // why an item is planned that no rule names
+    std::vector<std::string> rules;
+    std::vector<std::string> words;
+};
+
 // One of the eight cleaners, in the order of a run. Nothing else in the program knows a cleaner by name.
 struct TWCleanerRow {
     const char* name; // on the command line
@@ -31,6 +38,9 @@ struct TWCleanerRow {
 
     // What its row says about its list, such as "2 of 5 rules on", or "".
     std::string (*listStatus)(const TWSettingsSources&);
+
+    // The reasons for a plan that is made from the lists as they are now.
+    TWPlanReasons (*reasons)(const TWSettingsSources&);
 
     bool available = true; // false for a cleaner that is not implemented yet
 };

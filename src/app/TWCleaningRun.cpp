@@ -41,10 +41,11 @@ std::string dateText()
 
 }
 
-TWCleaningRun::TWCleaningRun(const Context& context, const TWRunChoice& choice, Ending ending,
-    std::shared_ptr<TWHeldLock> lock, std::vector<std::string> problems, std::string warning,
+TWCleaningRun::TWCleaningRun(const Context& context, const TWRunChoice& choice, std::optional<TWPlannedJobs> jobs,
+    Ending ending, std::shared_ptr<TWHeldLock> lock, std::vector<std::string> problems, std::string warning,
     std::function<void(TWRunOutcome)> ended)
     : context_(context)
+    , jobs_(std::move(jobs))
     , ending_(ending)
     , lock_(std::move(lock))
     , problems_(std::move(problems))
@@ -122,12 +123,18 @@ void TWCleaningRun::confirmWarnings(std::function<void()> confirmed)
 std::string TWCleaningRun::warnings()
 {
     std::string joined = warning_;
-    for (const auto& cleaner : cleanerArray_) {
-        const auto warning = cleaner->validate();
+    for (std::size_t position = 0; position < cleanerArray_.size(); ++position) {
+        const auto warning = warningOf(position);
         if (!warning.empty())
             joined += (joined.empty() ? "" : "\n\n") + warning;
     }
     return joined;
+}
+
+// Warnings about a plan are those about the lists that it was made from.
+std::string TWCleaningRun::warningOf(std::size_t position)
+{
+    return jobs_ ? (*jobs_)[position].warning : cleanerArray_[position]->validate();
 }
 
 void TWCleaningRun::runFirstCleaner()
@@ -143,7 +150,11 @@ void TWCleaningRun::runFirstCleaner()
 
 void TWCleaningRun::runCurrentCleaner()
 {
-    cleanerArray_[static_cast<std::size_t>(currentCleanerIndex_)]->clean();
+    const auto position = static_cast<std::size_t>(currentCleanerIndex_);
+    if (jobs_)
+        cleanerArray_[position]->carryOut(std::move((*jobs_)[position]));
+    else
+        cleanerArray_[position]->clean();
 }
 
 void TWCleaningRun::watchProgress()

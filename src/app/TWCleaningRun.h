@@ -11,6 +11,9 @@
 // The cleaners that take part in a run, by position.
 using TWRunChoice = std::array<bool, TWCleanerCount>;
 
+// What a run of plans carries out, by position. A cleaner without a plan does not take part.
+using TWPlannedJobs = std::array<TWPlannedJob, TWCleanerCount>;
+
 // One press of Clean, from the warnings to the closing line. It owns its cleaners, the question and the lock.
 // Destroying it ends it, with its child process, without a further call. Main thread.
 class TWCleaningRun final : private TWCleanerDelegate {
@@ -32,10 +35,12 @@ public:
         TWApplicationWindows& windows;
     };
 
+    // With jobs, every cleaner that takes part carries out its job; without, it makes its plan when its turn comes.
     // problems are lines about settings and lists that could not be read; warning is a text that the user must confirm,
     // or "". ended is called once, as the last call, unless the run is destroyed before.
-    TWCleaningRun(const Context&, const TWRunChoice&, Ending, std::shared_ptr<TWHeldLock>,
-        std::vector<std::string> problems, std::string warning, std::function<void(TWRunOutcome)> ended);
+    TWCleaningRun(const Context&, const TWRunChoice&, std::optional<TWPlannedJobs> jobs, Ending,
+        std::shared_ptr<TWHeldLock>, std::vector<std::string> problems, std::string warning,
+        std::function<void(TWRunOutcome)> ended);
     ~TWCleaningRun();
 
     // Clears the results, asks the user to confirm the warnings if there are any, and runs the cleaners.
@@ -66,6 +71,7 @@ private:
     void showBeginning();
     void confirmWarnings(std::function<void()> confirmed);
     std::string warnings();
+    std::string warningOf(std::size_t position);
     void runFirstCleaner();
     void runCurrentCleaner();
     void watchProgress();
@@ -81,6 +87,7 @@ private:
     const std::shared_ptr<const int> life_
         = std::make_shared<const int>(0); // expires with this object, because an answer may arrive after its end
     Context context_;
+    std::optional<TWPlannedJobs> jobs_;
     const Ending ending_;
     std::shared_ptr<TWHeldLock> lock_;
     const std::vector<std::string> problems_;

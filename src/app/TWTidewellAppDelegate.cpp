@@ -10,6 +10,8 @@ constexpr auto NoCleanerTitle = "No cleaner is activated.";
 constexpr auto NoCleanerText
     = "You must activate at least one cleaner for Tidewell to do something! Check the boxes beside the cleaners "
       "that you would like to use.";
+constexpr auto NothingTickedTitle = "Nothing is ticked.";
+constexpr auto NothingTickedText = "Tick at least one item of the preview for Tidewell to delete.";
 constexpr auto BusyTitle = "Another cleaning is running.";
 constexpr auto BusyText
     = "Tidewell is already cleaning in another window or terminal. Please wait until it is done, then try again.";
@@ -70,20 +72,33 @@ void TWTidewellAppDelegate::clean(const TWRunChoice& checked)
 {
     // The check boxes decide whether there is a run, the settings decide which cleaners take part.
     if (anyOf(checked))
-        startRun(switchedOn(), TWCleaningRun::Ending::AsSettingsSay);
+        startRun(switchedOn(), std::nullopt, TWCleaningRun::Ending::AsSettingsSay);
     else
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
+}
+
+void TWTidewellAppDelegate::cleanPreview(const TWPreview& preview)
+{
+    auto jobs = preview.jobs();
+    TWRunChoice choice{};
+    for (std::size_t position = 0; position < choice.size(); ++position)
+        choice[position] = jobs[position].plan != nullptr;
+    if (anyOf(choice))
+        startRun(choice, std::move(jobs), TWCleaningRun::Ending::AsSettingsSay);
+    else
+        refuse({ NothingTickedTitle, NothingTickedText, OK, "" });
 }
 
 void TWTidewellAppDelegate::cleanForCommand(const TWRunChoice& choice)
 {
     if (anyOf(choice))
-        startRun(choice, TWCleaningRun::Ending::OfCommand);
+        startRun(choice, std::nullopt, TWCleaningRun::Ending::OfCommand);
     else
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
 }
 
-void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::Ending ending)
+void TWTidewellAppDelegate::startRun(
+    const TWRunChoice& choice, std::optional<TWPlannedJobs> jobs, TWCleaningRun::Ending ending)
 {
     if (refusing_ || next_ || (current_ && current_->asking()))
         return;
@@ -96,7 +111,7 @@ void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::E
     const TWCleaningRun::Context context{ platform_.alerts, platform_.notifier, settings_, cleanerContext(),
         settingsSources(), resultsWindowController_, *runView_, *windows_ };
     // If settings are lost, the defaults may delete more than the user wanted, or less securely.
-    auto run = std::make_unique<TWCleaningRun>(context, choice, ending, lock, problems(),
+    auto run = std::make_unique<TWCleaningRun>(context, choice, std::move(jobs), ending, lock, problems(),
         platform_.userDefaults.problem(), [this](TWRunOutcome outcome) { runEnded(outcome); });
     if (!running()) {
         current_ = std::move(run);

@@ -3,6 +3,7 @@
 #include "app/TWCleaningRun.h"
 #include "app/TWEditors.h"
 #include "app/TWPlatform.h"
+#include "app/TWPreview.h"
 #include "app/TWResultsWindowController.h"
 
 #include <span>
@@ -36,7 +37,11 @@ public:
     // ends without a report and the new one starts. Does nothing while the question of an earlier call is open.
     void clean(const TWRunChoice& checked);
 
-    // The same for a command: runs the chosen cleaners, whatever the settings say.
+    // Like clean(), but carries out what is ticked in the preview and nothing else, whatever the settings and lists say
+    // by now. An item that has changed since the preview is left alone. If nothing is ticked, nothing is run.
+    void cleanPreview(const TWPreview&);
+
+    // The same as clean() for a command: runs the chosen cleaners, whatever the settings say.
     void cleanForCommand(const TWRunChoice&);
 
     // Differs on purpose: ends the run. Begins nothing further, ends and checks what was begun, and reports the closing
@@ -67,7 +72,7 @@ private:
     void stampUUID();
     void greet();
 
-    void startRun(const TWRunChoice&, TWCleaningRun::Ending);
+    void startRun(const TWRunChoice&, std::optional<TWPlannedJobs>, TWCleaningRun::Ending);
     std::optional<TWAlert> lockCleaning(std::shared_ptr<TWHeldLock>&);
     void refuse(const TWAlert&);
     void runEnded(TWRunOutcome);

@@ -16,13 +16,15 @@ void TWCleaner::clean()
         return;
     job_->stage = Stage::Planning;
     job_->planning = makePlan([this](const TWPlan& soFar) { job_->found = soFar.items.size(); },
-        [this](TWPlan plan) { planMade(std::move(plan)); });
+        [this](TWPlan plan) {
+            startPerforming({ std::make_shared<const TWPlan>(std::move(plan)), {}, nullptr, "" });
+        });
 }
 
-void TWCleaner::carryOut(TWPlan plan)
+void TWCleaner::carryOut(TWPlannedJob planned)
 {
     if (startJob())
-        planMade(std::move(plan));
+        startPerforming(std::move(planned));
 }
 
 // Returns whether there is a job to go on with.
@@ -40,10 +42,10 @@ bool TWCleaner::startJob()
     return !job.expired() && !job_->stopping;
 }
 
-void TWCleaner::planMade(TWPlan plan)
+void TWCleaner::startPerforming(TWPlannedJob planned)
 {
     job_->stage = Stage::Performing;
-    perform(std::move(plan));
+    perform(std::move(planned));
 }
 
 void TWCleaner::endJob()
@@ -77,12 +79,12 @@ TWProgress TWCleaner::progress() const
     return progress;
 }
 
-void TWCleaner::sayLines(std::vector<std::string> lines, std::function<void()> then)
+void TWCleaner::sayLines(std::shared_ptr<const std::vector<std::string>> lines, std::function<void()> then)
 {
-    const auto shared = std::make_shared<std::vector<std::string>>(std::move(lines));
+    const auto count = lines->size();
     job_->saying = std::make_unique<TWPacedSteps>(
-        runLoop_, shared->size(), LinesPerTurn,
-        [this, shared](std::size_t index) { reportProgress(std::move((*shared)[index])); },
+        runLoop_, count, LinesPerTurn,
+        [this, lines = std::move(lines)](std::size_t index) { reportProgress((*lines)[index]); },
         [this, then = std::move(then)] {
             const auto call = then;
             job_->saying.reset();

@@ -67,7 +67,7 @@ public:
     void clean();
 
     // Like clean(), but with a plan that was made before. The job may skip items but never adds any.
-    void carryOut(TWPlan);
+    void carryOut(TWPlannedJob);
 
     // Ends the job as soon as possible: begins nothing further, but checks and reports what was begun. The failure
     // report (with cancelled set) and cleanerFinished follow on a later turn. Does nothing if no job is going on or its
@@ -91,7 +91,7 @@ protected:
     enum class Outcome { Success, Failure };
 
     // Carries the plan out and then calls finish(), possibly many turns later. The started report has been made before.
-    virtual void perform(TWPlan) = 0;
+    virtual void perform(TWPlannedJob) = 0;
 
     // Makes perform() end early: it calls finish() on a later turn. Called at most once per job.
     virtual void stopPerforming() = 0;
@@ -106,7 +106,7 @@ protected:
     virtual std::vector<std::string> wordDictionary() const { return {}; }
 
     // Reports the lines, a limited number per turn, and then calls the function if the job still goes on.
-    void sayLines(std::vector<std::string>, std::function<void()> then);
+    void sayLines(std::shared_ptr<const std::vector<std::string>>, std::function<void()> then);
 
     // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished. Also works
     // without a job.
@@ -143,7 +143,7 @@ private:
 
     bool startJob();
     void endJob();
-    void planMade(TWPlan);
+    void startPerforming(TWPlannedJob);
     void report(std::string& field, std::optional<std::string> text, void (TWCleanerDelegate::*operation)(TWCleaner&));
 
     TWRunLoop& runLoop_;

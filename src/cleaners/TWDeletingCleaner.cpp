@@ -7,6 +7,9 @@ namespace {
 // Of the measuring. What is deleted while it is measured cannot be told to the byte.
 constexpr TWRunLoop::Duration HeadStart{ 300 };
 
+// After a preview there may be more by now than it showed.
+constexpr auto PreviewSuccess = "Everything that was ticked in the preview is gone.";
+
 }
 
 TWDeletingCleaner::TWDeletingCleaner(const TWDeletionTools& tools, const Texts& texts)
@@ -19,50 +22,65 @@ TWDeletingCleaner::TWDeletingCleaner(const TWDeletionTools& tools, const Texts& 
     setFailureMessageString(texts.failure);
 }
 
-void TWDeletingCleaner::perform(TWPlan plan)
+void TWDeletingCleaner::perform(TWPlannedJob planned)
 {
-    auto lines = std::move(plan.lines);
-    const auto shared = std::make_shared<const TWPlan>(std::move(plan));
-    sayLines(std::move(lines), [this, shared] { deletePlanned(shared); });
+    // Shares the plan's own lines.
+    std::shared_ptr<const std::vector<std::string>> lines(planned.plan, &planned.plan->lines);
+    sayLines(std::move(lines), [this, planned = std::move(planned)] { deletePlanned(planned); });
 }
 
-void TWDeletingCleaner::deletePlanned(const std::shared_ptr<const TWPlan>& plan)
+void TWDeletingCleaner::deletePlanned(const TWPlannedJob& planned)
 {
-    if (plan->failure) {
-        finish(Outcome::Failure, *plan->failure);
+    const auto& plan = *planned.plan;
+    if (plan.failure) {
+        finish(Outcome::Failure, *plan.failure);
         return;
     }
-    secureMode_ = plan->secureMode;
-    authorization_ = plan->authorization;
-    complete_ = !plan->incomplete;
+    secureMode_ = plan.secureMode;
+    authorization_ = plan.authorization;
+    complete_ = !plan.incomplete;
+    check_ = planned.check;
     fileDeleteQueue_ = makeQueue(TWFileDeleteQueue::Announcing::EveryPath);
+    addToQueues(planned);
+    if (measures())
+        measure(planned.plan);
+    else
+        beginDeleting();
+}
+
+// A quiet item whose owner was unticked stays with it.
+void TWDeletingCleaner::addToQueues(const TWPlannedJob& planned)
+{
+    const auto& items = planned.plan->items;
     std::vector<TWDeletionTarget> targets;
     std::vector<std::size_t> positions; // in the queue, by item
-    targets.reserve(plan->items.size());
-    positions.reserve(plan->items.size());
-    queued_.reserve(plan->items.size());
-    for (const auto& item : plan->items) {
+    targets.reserve(items.size());
+    positions.reserve(items.size());
+    for (std::size_t index = 0; index < items.size(); ++index) {
+        const auto& item = items[index];
+        const bool ticked = planned.isTicked(index);
         positions.push_back(targets.size());
-        if (!item.quiet) {
-            queued_.push_back(positions.size() - 1);
-            targets.push_back(TWPlan::target(plan, item));
-        } else if (item.owner == TWNone) {
-            followers_.push_back({ TWPlan::target(plan, item), std::nullopt });
-        } else {
-            followers_.push_back({ TWPlan::target(plan, item), positions[item.owner] });
+        if (!item.quiet && ticked) {
+            targets.push_back(planned.target(item));
+            queued_.push_back(index);
+        } else if (item.quiet && ticked && item.owner == TWNone) {
+            followers_.push_back({ planned.target(item), std::nullopt });
+        } else if (item.quiet && ticked && planned.isTicked(item.owner)) {
+            followers_.push_back({ planned.target(item), positions[item.owner] });
         }
     }
     fileDeleteQueue_->addFilesFromArray(std::move(targets));
-    if (measures())
-        measure(plan);
-    else
-        beginDeleting();
+}
+
+const char* TWDeletingCleaner::successText() const
+{
+    return check_ ? PreviewSuccess : texts_.success;
 }
 
 void TWDeletingCleaner::measure(const std::shared_ptr<const TWPlan>& plan)
 {
     headStart_ = runLoop().after(HeadStart, [this] { beginDeleting(); });
-    sizes_ = std::make_unique<TWPlanSizes>(runLoop(), tools_.fileSystem, plan, [this] {
+    sizes_ = std::make_unique<TWPlanSizes>(runLoop(), tools_.fileSystem, plan, queued_, [this] {
         if (!headStart_)
             return;
         measuredInTime_ = sizes_->complete();
@@ -87,7 +105,7 @@ TWProgress TWDeletingCleaner::performed() const
     if (!sizes_)
         return progress;
     for (; addedUp_ < progress.itemsDone; ++addedUp_)
-        bytesDone_ += sizes_->bytes(queued_[addedUp_]);
+        bytesDone_ += sizes_->bytes(addedUp_);
     progress.measured = sizes_->complete();
     progress.bytes = sizes_->total();
     progress.bytesDone = std::min(bytesDone_, progress.bytes);
@@ -103,7 +121,7 @@ void TWDeletingCleaner::addUpOutcome()
         const bool gone = fileDeleteQueue_->isGone(position);
         ++(gone ? outcome_.gone : outcome_.left);
         if (gone && sizes_)
-            outcome_.bytes += sizes_->bytes(queued_[position]);
+            outcome_.bytes += sizes_->bytes(position);
     }
 }
 
@@ -112,6 +130,7 @@ std::unique_ptr<TWFileDeleteQueue> TWDeletingCleaner::makeQueue(TWFileDeleteQueu
     auto queue = std::make_unique<TWFileDeleteQueue>(tools_, announcing);
     queue->setDelegate(this);
     queue->setSecureDeleteMode(secureMode_);
+    queue->setPreviewCheck(check_);
     return queue;
 }
 
@@ -148,7 +167,7 @@ void TWDeletingCleaner::fileDeleteQueueVerified(bool nothingLeft)
     if (!followersQueue_ && !followers_.empty() && !fileDeleteQueue_->stopped())
         findFollowers();
     else if (complete_)
-        finish(Outcome::Success, texts_.success);
+        finish(Outcome::Success, successText());
     else
         finish(Outcome::Failure, texts_.failure);
 }

@@ -41,7 +41,7 @@ private:
         std::optional<std::size_t> owner; // position in the first queue
     };
 
-    void perform(TWPlan) override;
+    void perform(TWPlannedJob) override;
     TWProgress performed() const override;
     void stopPerforming() override;
     void dropJob() override;
@@ -49,7 +49,9 @@ private:
     void fileDeleteQueueDone() override;
     void fileDeleteQueueVerified(bool nothingLeft) override;
 
-    void deletePlanned(const std::shared_ptr<const TWPlan>&);
+    void deletePlanned(const TWPlannedJob&);
+    void addToQueues(const TWPlannedJob&);
+    const char* successText() const;
     void measure(const std::shared_ptr<const TWPlan>&);
     void beginDeleting();
     void addUpOutcome();
@@ -63,6 +65,7 @@ private:
     TWSecureMode secureMode_ = TWPlainDelete;
     TWAuthorization authorization_ = TWAuthorization::No;
     bool complete_ = true; // everything was looked at and is gone, as far as is known by now
+    std::shared_ptr<TWPreviewCheck> check_; // nullptr if the job made its own plan
     TWOutcome outcome_; // of the latest job
     std::vector<std::size_t> queued_; // the items in the queue, by position there
     std::unique_ptr<TWPlanSizes> sizes_; // if the job is measured

@@ -51,7 +51,7 @@ void TWPlan::append(TWPlan part)
 TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const TWPlannedItem& item)
 {
     return { { plan, item.folder == TWNone ? &NoFolder : plan->folders[item.folder].get() }, item.name,
-        item.facts.identity != TWFileIdentity() };
+        item.facts.identity == TWFileIdentity() ? nullptr : &item.facts };
 }
 
 std::string TWPlan::path(const TWPlannedItem& item) const
@@ -63,4 +63,12 @@ std::string TWPlan::realPath(const TWPlannedItem& item) const
 {
     return item.folder == TWNone ? std::string(item.name)
                                  : TWDeletionTarget{ folders[item.folder], item.name }.realPath();
+}
+
+TWDeletionTarget TWPlannedJob::target(const TWPlannedItem& item) const
+{
+    auto target = TWPlan::target(plan, item);
+    if (check && item.objection)
+        target.seen = nullptr;
+    return target;
 }

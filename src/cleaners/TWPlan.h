@@ -48,11 +48,32 @@ struct TWPlan {
     // The item of a plan as something to delete. It keeps the plan alive.
     static TWDeletionTarget target(const std::shared_ptr<const TWPlan>&, const TWPlannedItem&);
 
-    std::string path(const TWPlannedItem&) const;
+    // False for an item that a job would leave alone: it is refused, or its owner is, or the job would fail before.
+    bool wouldDelete(const TWPlannedItem& item) const
+    {
+        return !failure && !item.objection && (item.owner == TWNone || !items[item.owner].objection);
+    }
+
+    std::string path(const TWPlannedItem&) const; // for messages
     std::string realPath(const TWPlannedItem&) const;
 
 private:
     std::vector<std::unique_ptr<char[]>> names_; // blocks; the names of items point into them
     std::size_t blockSize_ = 0; // of the last block, in bytes
     std::size_t room_ = 0; // of these left
+};
+
+// What a cleaner's job carries out: a plan that was made just now, or one that a preview has shown, less what the user
+// has unticked there.
+struct TWPlannedJob {
+    std::shared_ptr<const TWPlan> plan;
+    std::vector<bool> unticked; // by item; empty if everything is carried out
+    std::shared_ptr<TWPreviewCheck> check; // of the run; nullptr if the plan was made just now
+    std::string warning; // what validate() said when a preview made the plan
+
+    bool isTicked(std::size_t item) const { return unticked.empty() || !unticked[item]; }
+
+    // The item as something to delete. An item that the preview showed as refused has no facts that could be compared,
+    // so it stays even if it would not be refused any more.
+    TWDeletionTarget target(const TWPlannedItem&) const;
 };

@@ -46,10 +46,8 @@ int statusOf(TWRunOutcome outcome, const TWTerminal& terminal)
 TWCommandResult clean(const TWCommandContext& context, const TWInvocation& invocation)
 {
     TWRunChoice choice{};
-    if (const auto problem = readChoice(invocation.texts(Only), choice); !problem.empty())
+    if (const auto problem = TWReadCleaners(context, invocation, choice); !problem.empty())
         return TWWrongUse(problem);
-    if (!invocation.has(Only))
-        choice = context.delegate->switchedOn();
     if (invocation.has(Yes))
         context.terminal->confirmWarnings();
     return TWRunCleaners(context, choice);
@@ -63,9 +61,22 @@ TWCommandGroup TWCleanCommands()
     using enum TWArgument::Need;
     return { "", "",
         { { "clean", "Run the cleaners that are switched on", TWCommandKind::Cleans,
-            { { OptionList, Optional, Only, "Run these cleaners instead: " + cleanerNames(), "A,B" },
+            { TWOnlyArgument("Run these cleaners instead: "),
                 { Flag, Optional, Yes, "Do not ask when a cleaner warns" } },
             clean } } };
+}
+
+std::string TWReadCleaners(const TWCommandContext& context, const TWInvocation& invocation, TWRunChoice& choice)
+{
+    if (invocation.has(Only))
+        return readChoice(invocation.texts(Only), choice);
+    choice = context.delegate->switchedOn();
+    return "";
+}
+
+TWArgument TWOnlyArgument(const std::string& purpose)
+{
+    return { TWArgument::Kind::OptionList, TWArgument::Need::Optional, Only, purpose + cleanerNames(), "A,B" };
 }
 
 TWCommandResult TWRunCleaners(const TWCommandContext& context, const TWRunChoice& choice)

@@ -4,6 +4,7 @@
 #include "cli/TWDemoCommand.h"
 #include "cli/TWFilesCommands.h"
 #include "cli/TWPathsCommand.h"
+#include "cli/TWPreviewCommand.h"
 #include "cli/TWSettingsCommands.h"
 #include "cli/TWWordsCommands.h"
 
@@ -18,7 +19,7 @@ TWCommandGroup windowCommand()
 
 std::span<const TWCommandGroup> TWCommandTable()
 {
-    static const TWCommandGroup table[] = { windowCommand(), TWCleanCommands(), TWSettingsCommands(), TWWordsCommands(),
-        TWFilesCommands(), TWPathsCommands(), TWDemoCommands() };
+    static const TWCommandGroup table[] = { windowCommand(), TWCleanCommands(), TWPreviewCommands(),
+        TWSettingsCommands(), TWWordsCommands(), TWFilesCommands(), TWPathsCommands(), TWDemoCommands() };
     return table;
 }

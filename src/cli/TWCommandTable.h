@@ -30,7 +30,7 @@ enum class TWCommandKind {
     NeedsPlaces, // nothing
     Reads, // loads settings and lists
     ChangesLists, // hands it to a running window, else loads settings and lists while holding their lock
-    Cleans, // loads settings and lists; SIGINT, SIGTERM and SIGHUP become events
+    Cleans, // or previews: loads settings and lists; SIGINT, SIGTERM and SIGHUP become events
     CleansNewSandbox, // the same in a new sandbox, whose folder is the first argument
 };
 

@@ -53,8 +53,17 @@ std::string lineFor(const TWMessage& message, TWOutputFormat format, bool colour
     return coloured && type != 0 ? Colours[type] + text + NoColour + "\n" : text + "\n";
 }
 
-// An alert's text can have several lines, with file names in them.
-std::string harmlessLines(std::string_view text)
+}
+
+bool TWWriteToOutput(const std::string& text)
+{
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
+        return true;
+    std::fputs(TWText::fill(NotWritten, { TWErrorText(errno) }).c_str(), stderr);
+    return false;
+}
+
+std::string TWHarmlessLines(std::string_view text)
 {
     std::string result;
     for (;;) {
@@ -65,16 +74,6 @@ std::string harmlessLines(std::string_view text)
         result += '\n';
         text.remove_prefix(line.size() + 1);
     }
-}
-
-}
-
-bool TWWriteToOutput(const std::string& text)
-{
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
-        return true;
-    std::fputs(TWText::fill(NotWritten, { TWErrorText(errno) }).c_str(), stderr);
-    return false;
 }
 
 int TWPrint(const TWCommandResult& result)
@@ -103,7 +102,7 @@ void TWTerminal::show(const TWAlert& alert, std::function<void(TWAnswer)> answer
     // Prints the lines that the question is about above it.
     delegate_->resultsWindowController().flush();
     drawProgress("");
-    std::fprintf(stderr, "%s %s\n", alert.title.c_str(), harmlessLines(alert.text).c_str());
+    std::fprintf(stderr, "%s %s\n", alert.title.c_str(), TWHarmlessLines(alert.text).c_str());
     // With only one button there is nothing to ask.
     if (alert.alternateButton.empty() || confirms_) {
         answered(TWAnswer::Default);

@@ -7,6 +7,9 @@
 // false.
 bool TWWriteToOutput(const std::string&);
 
+// Makes each line of a text safe for a terminal; an alert's text can have several lines, with file names in them.
+std::string TWHarmlessLines(std::string_view text);
+
 // Prints the output of a command. Returns the command's exit status, or Failure if the output could not be written.
 int TWPrint(const TWCommandResult&);
 

@@ -17,7 +17,7 @@ struct TWPlannedFolder {
 struct TWDeletionTarget {
     std::shared_ptr<const TWPlannedFolder> folder; // also keeps the characters alive that name refers to
     std::string_view name; // the last component, or the whole path if there is no parent folder
-    bool seen = false; // it existed when the plan looked at it
+    const TWFileFacts* seen = nullptr; // what the plan saw there, kept alive by folder; nullptr if it saw nothing
 
     // Makes a target that owns its folder and name.
     static TWDeletionTarget make(TWPlannedFolder, std::string name);

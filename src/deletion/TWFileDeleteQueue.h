@@ -30,6 +30,7 @@ public:
 
     void setDelegate(TWFileDeleteQueueDelegate* delegate) { delegate_ = delegate; }
     void setSecureDeleteMode(TWSecureMode mode) { secureDeleteMode_ = mode; }
+    void setPreviewCheck(std::shared_ptr<TWPreviewCheck> check) { fileDeleter_.setPreviewCheck(std::move(check)); }
 
     // Adds to the end of the list, before deleteFiles(). Nothing is checked, and duplicates are allowed.
     void addFile(TWDeletionTarget target) { files_->push_back(std::move(target)); }

@@ -13,6 +13,7 @@ constexpr auto Busy
 constexpr auto Refused = "Refused to delete \"%@\": %@";
 constexpr auto FolderNotOpened = "\"%@\" was left alone, because its folder cannot be opened any more (%@).";
 constexpr auto FolderChanged = "\"%@\" was left alone, because its folder is another one than when it was looked at.";
+constexpr auto ChangedSincePreview = "\"%@\" was left alone, because it has changed since the preview.";
 constexpr auto NotStarted
     = "The deletion tool %@ could not be started (%@). Please install Tidewell and the package coreutils again.";
 constexpr auto Killed = "The deletion tool %@ was ended by signal %@.";
@@ -103,8 +104,12 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     deleting_ = true;
     report_ = {};
     std::string problem;
-    if (const auto folder = openFolder(target, problem)) {
+    if (auto folder = openFolder(target, problem)) {
+        if (previewCheck_)
+            folderBefore_ = folder->look(".").facts;
         launch(*folder, std::string(target.name), mode);
+        if (previewCheck_)
+            changingFolder_ = std::move(folder);
     } else {
         report_.problems.push_back(std::move(problem));
         refusal_ = tools_.runLoop.after(0ms, [this] { finish(); });
@@ -144,7 +149,19 @@ std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& 
         problem = TWText::fill(Refused, { path, objection });
         return nullptr;
     }
+    if (previewCheck_ && !isAsPreviewed(target, look)) {
+        problem = TWText::fill(ChangedSincePreview, { path });
+        return nullptr;
+    }
     return folder;
+}
+
+// What has disappeared since is no danger; the check afterwards reports it.
+bool TWFileDeleter::isAsPreviewed(const TWDeletionTarget& target, const TWFileLook& look) const
+{
+    if (!target.seen)
+        return false;
+    return look.presence == TWPresence::Gone || previewCheck_->isUnchanged(*target.seen, look.facts);
 }
 
 void TWFileDeleter::launch(const TWHeldFolder& folder, const std::string& name, TWSecureMode mode)
@@ -174,10 +191,17 @@ void TWFileDeleter::terminate()
 
 void TWFileDeleter::doneRunning(const TWTermination& termination)
 {
+    noteOwnChange();
     const bool missing = report_.missing;
     report_ = reportOn(termination, launchPath_);
     report_.missing = missing;
     finish();
+}
+
+void TWFileDeleter::noteOwnChange()
+{
+    if (previewCheck_)
+        previewCheck_->noteOwnChange(folderBefore_, changingFolder_->look(".").facts);
 }
 
 // The delegate may destroy this object in its call.
@@ -186,6 +210,7 @@ void TWFileDeleter::finish()
     patience_.reset();
     task_.reset();
     refusal_.reset();
+    changingFolder_.reset();
     deleting_ = false;
     if (delegate_)
         delegate_->fileDeleterDone();

@@ -2,6 +2,7 @@
 
 #include "deletion/TWDeletionGuard.h"
 #include "deletion/TWDeletionTarget.h"
+#include "deletion/TWPreviewCheck.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
 
@@ -52,6 +53,10 @@ public:
     void setDelegate(TWFileDeleterDelegate* delegate) { delegate_ = delegate; }
     TWFileDeleterDelegate* delegate() const { return delegate_; }
 
+    // From now on deletes only what is still as its target saw it; nullptr ends that. All deleters of a run share one
+    // check.
+    void setPreviewCheck(std::shared_ptr<TWPreviewCheck> check) { previewCheck_ = std::move(check); }
+
     // Starts a deletion and returns the mode's label: "Delete", "One-pass secure delete" and so on, or "" for a mode
     // that is none of the four. If a deletion is already going on, only returns "". With UntilDone it runs the event
     // loop until the child has ended and the delegate has been told.
@@ -71,7 +76,9 @@ public:
 private:
     std::string deleteFileWithoutAuthorization(const TWDeletionTarget&, TWSecureMode, TWWaiting);
     std::unique_ptr<TWHeldFolder> openFolder(const TWDeletionTarget&, std::string& problem);
+    bool isAsPreviewed(const TWDeletionTarget&, const TWFileLook&) const;
     void launch(const TWHeldFolder&, const std::string& name, TWSecureMode);
+    void noteOwnChange();
     void doneRunning(const TWTermination&);
     void finish();
 
@@ -81,6 +88,9 @@ private:
     TWFileDeleterDelegate* delegate_ = nullptr;
     bool deleting_ = false;
     TWDeletionReport report_;
+    std::shared_ptr<TWPreviewCheck> previewCheck_;
+    std::unique_ptr<TWHeldFolder> changingFolder_; // in which the child deletes, if there is a check
+    TWFileFacts folderBefore_; // its facts before the child was launched
     std::string launchPath_;
     std::unique_ptr<TWChildProcess> task_;
     std::unique_ptr<TWRunLoopHandle> refusal_;

@@ -85,8 +85,9 @@ public:
 // The parts of a tree arrive one after the other, so only the inodes of one tree need to be remembered at a time.
 class Total final {
 public:
-    explicit Total(std::vector<TWTreeSize>& sizes)
+    Total(std::vector<TWTreeSize>& sizes, const TWTreesSized& sized)
         : sizes_(sizes)
+        , sized_(sized)
     {
     }
 
@@ -104,8 +105,19 @@ public:
         }
     }
 
+    // The trees before end are final.
+    void tell(std::size_t end)
+    {
+        if (sized_ && end > told_)
+            sized_(told_, std::span<const TWTreeSize>(sizes_).subspan(told_, end - told_));
+        told_ = end;
+    }
+    void tellBeforeCurrent() { tell(tree_); }
+
 private:
     std::vector<TWTreeSize>& sizes_;
+    const TWTreesSized& sized_;
+    std::size_t told_ = 0; // trees
     std::size_t tree_ = 0;
     std::unordered_set<std::uint64_t> counted_; // inodes of files with several hard links
 };
@@ -124,16 +136,19 @@ TWTreeSize TWTreeSizes::total() const
 }
 
 TWTreeSizes TWAddUpTrees(const TWFileSystem& fileSystem, std::vector<std::string> paths,
-    const TWCancellation& cancellation, unsigned threads)
+    const TWCancellation& cancellation, unsigned threads, const TWTreesSized& sized)
 {
     TWTreeSizes result;
     result.sizes.resize(paths.size());
-    Total total(result.sizes);
+    Total total(result.sizes, sized);
     const auto receive = [&total](const Parts& parts) {
         for (const auto& part : parts.parts())
             total.add(part);
+        total.tellBeforeCurrent();
     };
     result.end = TWWalkTrees(
         fileSystem, { std::move(paths), TWLinkAtEnd::DoNotFollow }, SizeVisitor(), receive, cancellation, threads);
+    if (result.end == TWWalkEnd::Complete)
+        total.tell(result.sizes.size());
     return result;
 }

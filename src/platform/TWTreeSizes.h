@@ -2,6 +2,8 @@
 
 #include "platform/TWTreeWalk.h"
 
+#include <span>
+
 struct TWTreeSize {
     std::uint64_t items = 0; // the path itself and everything inside
     std::uint64_t bytes = 0; // space taken on disk; a file with several hard links counts once
@@ -15,8 +17,12 @@ struct TWTreeSizes {
     TWTreeSize total() const;
 };
 
+// Is told the sizes of the trees from first on, as soon as they are final: each tree once, in order.
+using TWTreesSized = std::function<void(std::size_t first, std::span<const TWTreeSize>)>;
+
 // Adds up the trees at the paths on all cores. Does not follow symbolic links at the end of a path or below it. Does
 // not count the contents of other file systems: a mount point inside a tree counts as an item without a size. Blocks
-// until the end; any thread.
-TWTreeSizes TWAddUpTrees(
-    const TWFileSystem&, std::vector<std::string> paths, const TWCancellation&, unsigned threads = TWAllCores);
+// until the end; any thread. Calls sized, if given, one call at a time, on any of the walk's threads; after an end that
+// is not Complete it has not been told all trees.
+TWTreeSizes TWAddUpTrees(const TWFileSystem&, std::vector<std::string> paths, const TWCancellation&,
+    unsigned threads = TWAllCores, const TWTreesSized& sized = nullptr);

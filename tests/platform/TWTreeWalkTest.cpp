@@ -238,8 +238,17 @@ TEST_F(TWTreeWalkTest, AddsUpEachFileOnceInEachTreeAndNothingBehindLinks)
     const Lines paths{ temporary.path("t/"), temporary.path("other"), temporary.path("way/deeper"),
         temporary.path("way"), temporary.path("nothing") };
     for (const unsigned threads : { 1U, 8U }) {
-        const auto result = TWAddUpTrees(files, paths, cancellation, threads);
+        std::vector<std::uint64_t> told;
+        const auto result
+            = TWAddUpTrees(files, paths, cancellation, threads, [&](std::size_t first, const auto& sizes) {
+                  EXPECT_EQ(first, told.size());
+                  for (const auto& size : sizes)
+                      told.push_back(size.bytes);
+              });
         EXPECT_EQ(result.end, TWWalkEnd::Complete);
+        EXPECT_EQ(told.size(), paths.size());
+        for (std::size_t tree = 0; tree < told.size(); ++tree)
+            EXPECT_EQ(told[tree], result.sizes[tree].bytes);
         std::vector<std::uint64_t> figures;
         for (const auto& size : result.sizes)
             figures.insert(figures.end(), { size.items, size.bytes });

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "app/TWCleanerTable.h"
+#include "app/TWPreviewTotal.h"
+#include "platform/TWBackgroundStream.h"
+
+enum class TWTick { Off, On };
+
+// What one cleaner would do now, with the sizes and with what the user has unticked. Main thread. Destroying it, which
+// is allowed inside its calls, ends the work without a further call.
+class TWCleanerPreview final {
+public:
+    // Items that the same rule names stand side by side.
+    struct Group {
+        std::uint32_t rule; // TWNone for items that no rule names
+        std::size_t begin;
+        std::size_t end;
+    };
+
+    // position is that of the cleaner in the table.
+    TWCleanerPreview(int position, const TWCleanerContext& context)
+        : position_(position)
+        , context_(context)
+    {
+    }
+
+    // Makes the plan from the settings and lists as they are now, and then finds the sizes. Calls changed whenever
+    // something more is known, and ended once at the end, both on later turns.
+    void start(const TWSettingsSources&, std::function<void()> changed, std::function<void()> ended);
+
+    // Ends the work. What is not complete by then stays so.
+    void stop();
+
+    const TWCleanerRow& row() const { return TWCleanerTable()[static_cast<std::size_t>(position_)]; }
+    int position() const { return position_; }
+
+    // What the cleaner warns about, or "". Known from start() on.
+    const std::string& warning() const { return warning_; }
+
+    // Nothing until the whole plan has been made. Until then itemsFound() grows.
+    const std::shared_ptr<const TWPlan>& plan() const { return plan_; }
+    std::size_t itemsFound() const { return itemsFound_; }
+
+    // How many items, from the first one on, have a known size.
+    std::size_t itemsSized() const { return bytes_->size(); }
+
+    // Space on disk, for a folder with its contents; 0 for an item that would be left alone. The item must be one of
+    // the sized ones.
+    std::uint64_t bytes(std::size_t item) const { return (*bytes_)[item]; }
+
+    // Folders and entries inside the items that could not be read, so that the sizes are too small.
+    std::uint64_t unknown() const { return unknown_; }
+
+    // Known as soon as the first item has a size.
+    const std::vector<Group>& groups() const { return groups_; }
+
+    // The plan and all sizes are known.
+    bool isComplete() const { return isComplete_; }
+
+    // Not everything could be looked at, or a run would fail.
+    bool hasProblem() const;
+
+    // "rule 3: contents of ~/Downloads", and the word that matched or "".
+    std::string rule(const TWPlannedItem&) const;
+    std::string word(const TWPlannedItem&) const;
+
+    // Why a run would leave the item alone, or "".
+    std::string refusal(const TWPlannedItem&) const;
+
+    // Call these once there is a plan. At first everything is ticked.
+    bool isTicked(std::size_t item) const { return !unticked_[item]; }
+    void setTicked(std::size_t item, TWTick);
+    void setTicked(const Group&, TWTick);
+    void setAllTicked(TWTick);
+
+    TWPreviewShare share() const { return { plan_, bytes_, unticked_ }; }
+
+    // What is ticked; without a plan if nothing is, or if the preview is not complete.
+    TWPlannedJob job() const;
+
+private:
+    // Sizes of the next items.
+    struct Sizes {
+        std::vector<Group> groups; // all of them, with the first sizes
+        std::vector<std::uint64_t> bytes;
+        std::uint64_t unknown = 0;
+    };
+    class Measurement;
+
+    void measure(TWPlan);
+    void take(const Sizes&);
+    bool takesPart() const;
+
+    const int position_;
+    const TWCleanerContext context_;
+    std::function<void()> changed_;
+    std::function<void()> ended_;
+    std::unique_ptr<TWCleaner> cleaner_;
+    std::string warning_;
+    TWPlanReasons reasons_;
+    std::shared_ptr<const TWPlan> plan_;
+    std::size_t itemsFound_ = 0;
+    const std::shared_ptr<std::vector<std::uint64_t>> bytes_ = std::make_shared<std::vector<std::uint64_t>>();
+    std::uint64_t unknown_ = 0;
+    std::vector<Group> groups_;
+    bool isComplete_ = false;
+    bool allUnticked_ = false; // also decides for a plan without items
+    std::vector<bool> unticked_; // by item
+    std::unique_ptr<TWRunLoopHandle> planning_;
+    std::unique_ptr<TWBackgroundStream<Sizes>> measuring_;
+};

@@ -1,0 +1,214 @@
+#include "cli/TWPreviewCommand.h"
+
+#include "app/TWPreview.h"
+#include "cli/TWCleanCommand.h"
+#include "cli/TWJSON.h"
+#include "cli/TWTerminal.h"
+#include "support/TWText.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+constexpr auto NoCleaner
+    = "No cleaner is switched on. Name some with --only, or switch them on with \"tidewell settings set\".\n";
+constexpr auto WhyWithWord = "%@, the word \"%@\"";
+constexpr auto Heading = "%@:\n";
+constexpr auto Note = "  %@\n";
+constexpr auto WhyHeading = "  %@:\n";
+constexpr auto WouldBeDeleted = "    would be deleted: %@ (%@)\n";
+constexpr auto WouldBeDeletedForWord = "    would be deleted: %@ (%@, the word \"%@\")\n";
+constexpr auto WouldBeRefused = "    would be refused: %@: %@\n";
+constexpr auto WouldFail = "The cleaner would fail: %@";
+constexpr auto SizesTooSmall = "Something inside the folders could not be read, so some sizes are too small.\n";
+constexpr auto Sum = "%@, %@ would be deleted.\n";
+constexpr auto SumAndRefused = "%@, %@ would be deleted; %@ would be refused.\n";
+
+constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
+constexpr std::size_t ItemsPerTurn = 500; // so that the command can be interrupted between them
+
+std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
+{
+    const auto& item = cleaner.plan()->items[index];
+    const auto word = cleaner.word(item);
+    const auto why = word.empty() ? cleaner.rule(item) : TWText::fill(WhyWithWord, { cleaner.rule(item), word });
+    TWJSON::Object object{ { "cleaner", cleaner.row().name }, { "action", "delete" } };
+    TWJSON::addBytes(object, "path", "pathBytes", cleaner.plan()->path(item));
+    object["bytes"] = cleaner.bytes(index);
+    object["why"] = TWText::validUTF8(why);
+    if (const auto refusal = cleaner.refusal(item); !refusal.empty())
+        object["refused"] = TWText::validUTF8(refusal);
+    return TWJSON::line(object);
+}
+
+std::string textFor(const TWCleanerPreview& cleaner, std::size_t index)
+{
+    const auto& item = cleaner.plan()->items[index];
+    const auto path = TWText::oneLine(cleaner.plan()->path(item));
+    if (const auto refusal = cleaner.refusal(item); !refusal.empty())
+        return TWText::fill(WouldBeRefused, { path, TWText::oneLine(refusal) });
+    const auto size = TWText::size(cleaner.bytes(index));
+    const auto word = cleaner.word(item);
+    return word.empty() ? TWText::fill(WouldBeDeleted, { path, size })
+                        : TWText::fill(WouldBeDeletedForWord, { path, size, TWText::oneLine(word) });
+}
+
+// Prints a preview while it is being made.
+class Printer final : public TWPreviewDelegate {
+public:
+    Printer(TWRunLoop& runLoop, TWOutputFormat format)
+        : runLoop_(runLoop)
+        , format_(format)
+    {
+    }
+
+    void setPreview(const TWPreview& preview) { preview_ = &preview; }
+
+    // Everything is printed, or the output could not be written.
+    bool finished() const { return finished_; }
+    bool outputWritten() const { return outputWritten_; }
+
+    void previewChanged() override { printLater(); }
+    void previewEnded() override { printLater(); }
+
+private:
+    void printLater()
+    {
+        next_ = runLoop_.after(TWRunLoop::Duration(0), [this] { printSome(); });
+    }
+
+    void printSome()
+    {
+        std::size_t printed = 0;
+        while (printed < ItemsPerTurn && printNext())
+            ++printed;
+        const bool atEnd = printed < ItemsPerTurn && preview_->ended();
+        if (atEnd)
+            addSum();
+        std::fputs(err_.c_str(), stderr);
+        outputWritten_ = TWWriteToOutput(out_);
+        out_.clear();
+        err_.clear();
+        finished_ = atEnd || !outputWritten_;
+        if (printed == ItemsPerTurn && !finished_)
+            printLater();
+    }
+
+    // Returns false if nothing more is known yet.
+    bool printNext()
+    {
+        if (cleaner_ == preview_->cleaners().size())
+            return false;
+        const auto& cleaner = *preview_->cleaners()[cleaner_];
+        if (!cleaner.plan())
+            return false;
+        if (!std::exchange(begun_, true))
+            addHeading(cleaner);
+        if (item_ < cleaner.itemsSized()) {
+            addItem(cleaner, item_++);
+            return true;
+        }
+        if (!cleaner.isComplete())
+            return false;
+        if (cleaner.unknown() > 0)
+            err_ += SizesTooSmall;
+        ++cleaner_;
+        item_ = 0;
+        begun_ = false;
+        return true;
+    }
+
+    // Warnings are alerts in a run; the other notes are lines of its results.
+    void addHeading(const TWCleanerPreview& cleaner)
+    {
+        rule_.reset();
+        err_ += cleaner.warning().empty() ? "" : TWHarmlessLines(cleaner.warning()) + "\n";
+        const bool json = format_ == TWOutputFormat::JSON;
+        auto& notes = json ? err_ : out_;
+        if (!json)
+            notes += TWText::fill(Heading, { cleaner.row().title });
+        if (!json && cleaner.plan()->items.empty())
+            notes += TWText::fill(Note, { cleaner.row().nothing });
+        for (const auto& line : cleaner.plan()->lines)
+            notes += TWText::fill(Note, { TWText::oneLine(line) });
+        if (const auto& failure = cleaner.plan()->failure)
+            notes += TWText::fill(Note, { TWText::oneLine(TWText::fill(WouldFail, { *failure })) });
+    }
+
+    void addItem(const TWCleanerPreview& cleaner, std::size_t index)
+    {
+        const auto& item = cleaner.plan()->items[index];
+        if (format_ == TWOutputFormat::JSON) {
+            out_ += jsonFor(cleaner, index);
+            return;
+        }
+        if (item.quiet)
+            return;
+        if (std::exchange(rule_, item.rule) != item.rule)
+            out_ += TWText::fill(WhyHeading, { TWText::oneLine(cleaner.rule(item)) });
+        out_ += textFor(cleaner, index);
+    }
+
+    void addSum()
+    {
+        if (format_ == TWOutputFormat::JSON)
+            return;
+        const auto& total = preview_->total();
+        const auto items = TWText::count(total.items, "item", "items");
+        const auto refused = TWText::count(total.refused, "item", "items");
+        out_ += total.refused == 0 ? TWText::fill(Sum, { items, TWText::size(total.bytes) })
+                                   : TWText::fill(SumAndRefused, { items, TWText::size(total.bytes), refused });
+    }
+
+    TWRunLoop& runLoop_;
+    const TWOutputFormat format_;
+    const TWPreview* preview_ = nullptr;
+    bool finished_ = false;
+    bool outputWritten_ = true;
+    std::size_t cleaner_ = 0; // being printed
+    bool begun_ = false; // its heading is printed
+    std::size_t item_ = 0; // of the cleaner, the next to print
+    std::optional<std::uint32_t> rule_; // whose heading was printed last
+    std::string out_; // of this turn
+    std::string err_;
+    std::unique_ptr<TWRunLoopHandle> next_;
+};
+
+bool hasProblem(const TWPreview& preview)
+{
+    return std::any_of(preview.cleaners().begin(), preview.cleaners().end(),
+        [](const auto& cleaner) { return cleaner->hasProblem(); });
+}
+
+TWCommandResult preview(const TWCommandContext& context, const TWInvocation& invocation)
+{
+    auto& delegate = *context.delegate;
+    auto& runLoop = delegate.platform().runLoop;
+    TWRunChoice choice{};
+    if (const auto problem = TWReadCleaners(context, invocation, choice); !problem.empty())
+        return TWWrongUse(problem);
+    if (std::find(choice.begin(), choice.end(), true) == choice.end())
+        return { TWStatus::NothingRun, "", NoCleaner };
+    for (const auto& problem : delegate.problems())
+        std::fputs((TWText::oneLine(problem) + "\n").c_str(), stderr);
+    bool interrupted = false;
+    const auto endRequests = context.host.whenToldToEnd(runLoop, [&] { interrupted = true; });
+    Printer printer(runLoop, context.terminal->format());
+    const TWPreview preview(delegate.cleanerContext(), delegate.settingsSources(), choice, printer);
+    printer.setPreview(preview);
+    while (!printer.finished() && !interrupted)
+        runLoop.turn(LongestTurn);
+    if (interrupted)
+        return { TWStatus::Interrupted, "", "" };
+    return { printer.outputWritten() && !hasProblem(preview) ? TWStatus::Success : TWStatus::Failure, "", "" };
+}
+
+}
+
+TWCommandGroup TWPreviewCommands()
+{
+    return { "", "",
+        { { "preview", "Show what clean would delete, and change nothing", TWCommandKind::Cleans,
+            { TWOnlyArgument("Preview these cleaners instead: ") }, preview } } };
+}

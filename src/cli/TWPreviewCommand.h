@@ -1,0 +1,6 @@
+#pragma once
+
+#include "cli/TWCommandTable.h"
+
+// `tidewell preview`.
+TWCommandGroup TWPreviewCommands();
