@@ -18,8 +18,7 @@ protected:
             return TWDeletionRules::objectionToPath(path);
         const auto rules = asked.rules();
         const auto judged = rules->judgeFolder(*folder, planned.folder->realPath);
-        const auto* objection = rules->objection(judged, name, folder->look(name));
-        return objection ? objection : "";
+        return rules->objection(judged, name, folder->look(name));
     }
     // Paths and reasons; "" if the path may be deleted.
     void expect(TWDeletionGuard& asked, const std::vector<std::pair<std::string, std::string>>& rows)
@@ -148,8 +147,8 @@ TEST_F(TWDeletionGuardTest, RefusesWhatCouldNotBeLookedAt)
         if (known)
             folder.above = { { there.facts.identity } };
         const auto judged = rules->judgeFolder(folder, root.path("folder"));
-        EXPECT_STREQ(rules->objection(judged, "file", there), known ? nullptr : CannotTell);
-        EXPECT_STREQ(rules->objection(judged, "file", {}), CannotTell);
+        EXPECT_EQ(rules->objection(judged, "file", there), known ? "" : CannotTell);
+        EXPECT_EQ(rules->objection(judged, "file", {}), CannotTell);
     }
 }
 
