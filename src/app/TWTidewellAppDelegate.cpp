@@ -1,5 +1,6 @@
 #include "app/TWTidewellAppDelegate.h"
 
+#include "editors/TWKeepWindowController.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@ constexpr auto NoCleanerTitle = "No cleaner is activated.";
 constexpr auto NoCleanerText
     = "You must activate at least one cleaner for Tidewell to do something! Check the boxes beside the cleaners "
       "that you would like to use.";
+constexpr auto NoKeepListTitle = "The keep list could not be read, so nothing was deleted.";
 constexpr auto BusyTitle = "Another cleaning is running.";
 constexpr auto BusyText
     = "Tidewell is already cleaning in another window or terminal. Please wait until it is done, then try again.";
@@ -87,6 +89,10 @@ void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, TWCleaningRun::E
 {
     if (refusing_ || next_ || (current_ && current_->asking()))
         return;
+    if (const auto problem = editors_.get<TWKeepWindowController>().problem(); !problem.empty()) {
+        refuse({ NoKeepListTitle, problem, OK, "" });
+        return;
+    }
     std::shared_ptr<TWHeldLock> lock;
     if (const auto refusal = lockCleaning(lock)) {
         refuse(*refusal);

@@ -3,6 +3,7 @@
 #include "cli/TWCleanCommand.h"
 #include "cli/TWDemoCommand.h"
 #include "cli/TWFilesCommands.h"
+#include "cli/TWKeepCommands.h"
 #include "cli/TWPathsCommand.h"
 #include "cli/TWSettingsCommands.h"
 #include "cli/TWWordsCommands.h"
@@ -19,6 +20,6 @@ TWCommandGroup windowCommand()
 std::span<const TWCommandGroup> TWCommandTable()
 {
     static const TWCommandGroup table[] = { windowCommand(), TWCleanCommands(), TWSettingsCommands(), TWWordsCommands(),
-        TWFilesCommands(), TWPathsCommands(), TWDemoCommands() };
+        TWFilesCommands(), TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
     return table;
 }
