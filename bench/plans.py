@@ -41,7 +41,8 @@ def measure_turns(surroundings, paths, rounds, goals):
 
 def measure_guard(surroundings, folder, paths, rounds, goals):
     fill(folder, paths, content=b"")
-    names = {"deletion rules": "guard", "with 1,000 kept paths": "keep", "bare loop of fstatat": "looks", "bare loop of realpath": "realpaths"}
+    names = {"deletion rules": "guard", "with 1,000 kept paths": "keep",
+             "bare loop of fstatat": "looks", "bare loop of realpath": "realpaths"}
     times = medians(rotated_rounds(
         {name: lambda mode=mode: printed([PROGRAM, mode, folder], surroundings)[0] for name, mode in names.items()},
         rounds))

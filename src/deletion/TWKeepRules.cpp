@@ -138,7 +138,7 @@ std::string TWKeepRules::objectionToChain(const std::vector<TWAncestor>& chain, 
                 return TWText::fill(InsideKept, { known->second.below->text });
         }
     }
-    for (std::string_view path = realPath; path != "/"; path = TWPath::parent(path)) {
+    for (std::string_view path = realPath; path.size() > 1; path = TWPath::parent(path)) {
         const auto found = places_.find(std::string(path));
         if (found != places_.end() && found->second.below)
             return TWText::fill(InsideKept, { found->second.below->text });
@@ -149,7 +149,7 @@ std::string TWKeepRules::objectionToChain(const std::vector<TWAncestor>& chain, 
 // The folder has a name that is kept, or lies in a folder with such a name.
 std::string TWKeepRules::objectionToNames(const std::string& realPath) const
 {
-    for (std::string_view path = realPath; path != "/" && !patterns_.empty(); path = TWPath::parent(path)) {
+    for (std::string_view path = realPath; path.size() > 1 && !patterns_.empty(); path = TWPath::parent(path)) {
         const auto name = TWPath::lastComponent(path);
         if (const auto* pattern = patternFor(name))
             return TWText::fill(InsideNameKept, { name, pattern->text() });
