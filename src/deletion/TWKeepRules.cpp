@@ -60,14 +60,14 @@ TWKeepRules::TWKeepRules(const TWPlaces& places, const TWFileSystem& fileSystem,
 
 void TWKeepRules::keepPath(const TWFileSystem& fileSystem, const TWKeepEntry& entry, const std::string& path)
 {
-    const auto look = [&](const std::string& reached) { return place(fileSystem, reached).second.look; };
+    const auto look = [&](const std::string& reached) { return place(fileSystem, reached).look; };
     const auto steps = TWPathSteps(fileSystem, path, look);
     for (const auto& step : steps) {
         if (!trash_.empty() && TWPath::isAtOrBelow(step.path, trash_))
             return;
     }
     for (const auto& step : steps) {
-        auto& found = place(fileSystem, step.path).second;
+        auto& found = place(fileSystem, step.path);
         auto& keeper = step.last ? found.itself : found.inside;
         keeper = keeper ? keeper : &entry;
         if (step.last && entry.kind == TWKeepEntry::Kind::FolderWithContents && !found.below)
@@ -76,16 +76,19 @@ void TWKeepRules::keepPath(const TWFileSystem& fileSystem, const TWKeepEntry& en
 }
 
 // Looks at each path once: most kept paths have their first folders in common.
-TWKeepRules::Places::value_type& TWKeepRules::place(const TWFileSystem& fileSystem, const std::string& path)
+TWKeepRules::Place& TWKeepRules::place(const TWFileSystem& fileSystem, const std::string& path)
 {
     const auto [found, isNew] = places_.try_emplace(path);
+    auto& place = found->second;
     if (!isNew)
-        return *found;
-    auto& look = found->second.look;
-    look = fileSystem.look(path);
-    if (look.isThere())
-        known_[look.facts.identity].push_back(&*found);
-    return *found;
+        return place;
+    place.look = fileSystem.look(path);
+    if (place.look.isThere())
+        known_[place.look.facts.identity].push_back(&place);
+    // The way to a path begins at "/", so its parent folder is known.
+    if (const auto parent = places_.find(std::string(TWPath::parent(path))); path != "/" && parent != places_.end())
+        parent->second.entries.emplace(TWPath::lastComponent(found->first), &place);
+    return place;
 }
 
 TWKeepRules::Folder TWKeepRules::judgeFolder(const std::vector<TWAncestor>& chain, const std::string& realPath) const
@@ -103,18 +106,13 @@ TWKeepRules::Folder TWKeepRules::judgeFolder(const std::vector<TWAncestor>& chai
     judged.objection = objectionToChain(chain, realPath);
     if (judged.objection.empty())
         judged.objection = objectionToNames(realPath);
-    const auto addPath = [&](const Places::value_type& known) {
-        if (known.second.inside)
-            judged.paths.push_back(known.first);
-    };
-    if (const auto found = places_.find(realPath); found != places_.end())
-        addPath(*found);
-    if (const auto found = known_.find(chain.front().identity); found != known_.end()) {
-        for (const auto* known : found->second) {
-            if (known->first != realPath)
-                addPath(*known);
-        }
-    }
+    if (const auto found = known_.find(chain.front().identity); found != known_.end())
+        judged.places = found->second;
+    // A folder that has been made or replaced since is known by its path alone.
+    const auto found = places_.find(realPath);
+    if (found != places_.end() && std::ranges::count(judged.places, &found->second) == 0)
+        judged.places.push_back(&found->second);
+    std::erase_if(judged.places, [](const Place* place) { return place->entries.empty(); });
     return judged;
 }
 
@@ -134,8 +132,8 @@ std::string TWKeepRules::objectionToChain(const std::vector<TWAncestor>& chain, 
         if (found == known_.end())
             continue;
         for (const auto* known : found->second) {
-            if (known->second.below)
-                return TWText::fill(InsideKept, { known->second.below->text });
+            if (known->below)
+                return TWText::fill(InsideKept, { known->below->text });
         }
     }
     for (std::string_view path = realPath; path.size() > 1; path = TWPath::parent(path)) {
@@ -180,15 +178,15 @@ std::string TWKeepRules::objection(const Folder& folder, std::string_view name, 
         return "";
     if (!folder.objection.empty())
         return folder.objection;
-    for (const auto& path : folder.paths) {
-        const auto found = places_.find(TWPath::join(path, name));
-        auto text = found == places_.end() ? std::string() : objectionToPlace(found->second, look);
+    for (const auto* place : folder.places) {
+        const auto found = place->entries.find(name);
+        auto text = found == place->entries.end() ? std::string() : objectionToPlace(*found->second, look);
         if (!text.empty())
             return text;
     }
     if (const auto found = known_.find(look.facts.identity); look.isThere() && found != known_.end()) {
         for (const auto* known : found->second) {
-            if (auto text = objectionToPlace(known->second, look); !text.empty())
+            if (auto text = objectionToPlace(*known, look); !text.empty())
                 return text;
         }
     }

@@ -14,16 +14,18 @@
 //
 // An objection is a clause for the user that names the entry, or "".
 class TWKeepRules final {
+    struct Place;
+
 public:
     // Looks at each kept path and at the folders and links on the way to it.
     TWKeepRules(const TWPlaces&, const TWFileSystem&, const TWKeepList&);
     TWKeepRules(const TWKeepRules&) = delete;
     TWKeepRules& operator=(const TWKeepRules&) = delete;
 
-    // What the keep list says about a parent folder.
+    // What the keep list says about a parent folder. Must not outlive the rules.
     struct Folder {
         std::string objection; // holds for everything in the folder
-        std::vector<std::string> paths; // its real paths, if something in it or below it is kept
+        std::vector<const Place*> places; // the folder, if something in it or below it is kept; by each known path
         bool inTrash = false;
     };
 
@@ -49,11 +51,11 @@ private:
         const TWKeepEntry* itself = nullptr; // keeps it
         const TWKeepEntry* below = nullptr; // keeps everything below it
         const TWKeepEntry* inside = nullptr; // is somewhere below it or, if it is a link, behind it
+        std::unordered_map<std::string_view, const Place*> entries; // of those places that lie right in it, by name
     };
-    using Places = std::unordered_map<std::string, Place>;
 
     void keepPath(const TWFileSystem&, const TWKeepEntry&, const std::string& path);
-    Places::value_type& place(const TWFileSystem&, const std::string& path);
+    Place& place(const TWFileSystem&, const std::string& path);
     bool isInTrash(const std::vector<TWAncestor>& chain, const std::string& realPath) const;
     bool isTrash(const TWFileLook&) const;
     std::string objectionToChain(const std::vector<TWAncestor>& chain, const std::string& realPath) const;
@@ -64,8 +66,8 @@ private:
 
     const TWKeepList list_;
     std::vector<TWNamePattern> patterns_;
-    Places places_; // by real path
-    std::unordered_map<TWFileIdentity, std::vector<const Places::value_type*>> known_; // those of places_ that exist
+    std::unordered_map<std::string, Place> places_; // by real path; the addresses of keys and places never change
+    std::unordered_map<TWFileIdentity, std::vector<const Place*>> known_; // those of places_ that exist
     std::string trash_; // its real path; "" if it does not exist or holds the home folder
     TWFileIdentity trashIdentity_;
 };
