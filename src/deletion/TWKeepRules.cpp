@@ -61,12 +61,15 @@ TWKeepRules::TWKeepRules(const TWPlaces& places, const TWFileSystem& fileSystem,
 void TWKeepRules::keepPath(const TWFileSystem& fileSystem, const TWKeepEntry& entry, const std::string& path)
 {
     const auto look = [&](const std::string& reached) { return place(fileSystem, reached).look; };
-    const auto steps = TWPathSteps(fileSystem, path, look);
+    auto steps = TWPathSteps(fileSystem, path, look);
+    const auto inTrash
+        = [this](const TWPathStep& step) { return !trash_.empty() && TWPath::isAtOrBelow(step.path, trash_); };
+    // What is in the Trash is not kept, and neither is the way to it.
+    while (!steps.empty() && (!steps.back().last || inTrash(steps.back())))
+        steps.pop_back();
     for (const auto& step : steps) {
-        if (!trash_.empty() && TWPath::isAtOrBelow(step.path, trash_))
-            return;
-    }
-    for (const auto& step : steps) {
+        if (inTrash(step))
+            continue;
         auto& found = place(fileSystem, step.path);
         auto& keeper = step.last ? found.itself : found.inside;
         keeper = keeper ? keeper : &entry;

@@ -88,6 +88,7 @@ TEST_F(TWFileDeleterTest, SearchesAFolderForKeptNamesBeforeTheChildStarts)
     std::filesystem::rename(parent, root.path("home/moved"));
     root.write("home/folder/a.kdbx", "");
     deleteFile(root.path("home/moved"));
+    runLoop.turn(0ms); // the search comes to its end
     std::filesystem::remove(root.path("home/moved/inner"));
     std::filesystem::remove(root.path("home/moved"));
     std::filesystem::rename(parent, root.path("home/moved"));

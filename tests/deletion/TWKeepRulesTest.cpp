@@ -25,8 +25,9 @@ TEST_F(TWKeepRulesTest, EachKindKeepsWhatItSaysWhereverItIs)
         root.write(std::string("home/") + name, "");
     root.link("home/free/link.kdbx", "/nowhere");
     root.link("home/to-mail", "mail");
+    root.link("home/to-trash", "bin/Trash/files/mail");
     guard.setKeepList(TWKeepList({ { Path, "~/keys" }, { FolderWithContents, "~/mail/old/" }, { Names, "*.kdbx" },
-        { Names, "vault.[!c]" }, { Path, "~/bin/Trash/files/mail" } }));
+        { Names, "vault.[!c]" }, { Path, "~/bin/Trash/files/mail" }, { Path, "~/to-trash" } }));
     constexpr auto OldInside = R"(it holds "~/mail/old/", which is on the keep list.)";
     constexpr auto Kdbx = R"(it holds "a.kdbx", and names like "*.kdbx" are on the keep list.)";
     constexpr auto Vault = R"(it lies in "vault.d", and names like "vault.[!c]" are on the keep list.)";
@@ -37,6 +38,7 @@ TEST_F(TWKeepRulesTest, EachKindKeepsWhatItSaysWhereverItIs)
         { "work/deep/er/a.kdbx", R"(names like "*.kdbx" are on the keep list.)" }, { "work/deep/er", Kdbx },
         { "work", Kdbx }, { "work/deep/b", "" }, { "vault.d", R"(names like "vault.[!c]" are on the keep list.)" },
         { "vault.d/x", Vault }, { "vault.d/x/y", Vault }, { "free/file", "" },
+        { "to-trash", R"(it is on the keep list ("~/to-trash").)" },
         { "free", R"(it holds "link.kdbx", and names like "*.kdbx" are on the keep list.)" },
         { "bin/Trash/files/mail", "" }, { "bin/Trash/files/mail/a.kdbx", "" }, { "bin/Trash", "" }, { "bin", "" } });
     // A list without entries, and one that could not be read.
@@ -90,6 +92,7 @@ TEST_F(TWKeepRulesTest, ABindMountIsNoWayAround)
     guard.setKeepList(TWKeepList({ { FolderWithContents, root.path("disk/keys/private") },
         { Path, root.path("disk/tax") }, { Path, alias + "/same" } }));
     ASSERT_TRUE(TWPrivateMounts::bind(root.path("disk"), alias));
+    guard.rules();
     root.write("disk/new", "");
     std::filesystem::rename(root.path("disk/new"), root.path("disk/tax"));
     root.write("disk/same", "");
