@@ -1,6 +1,7 @@
 #include "app/TWEditors.h"
 
 #include "editors/TWFilesWindowController.h"
+#include "editors/TWKeepWindowController.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ constexpr TWEditorRow row(const char* name)
 
 constexpr TWEditorRow Rows[] = {
     row<TWFilesWindowController>("files"),
+    row<TWKeepWindowController>("keep"),
 };
 
 }

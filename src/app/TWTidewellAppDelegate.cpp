@@ -1,5 +1,6 @@
 #include "app/TWTidewellAppDelegate.h"
 
+#include "editors/TWKeepWindowController.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@ constexpr auto NoCleanerText
       "that you would like to use.";
 constexpr auto NothingTickedTitle = "Nothing is ticked.";
 constexpr auto NothingTickedText = "Tick at least one item of the preview for Tidewell to delete.";
+constexpr auto NoKeepListTitle = "The keep list could not be read, so nothing was deleted.";
 constexpr auto BusyTitle = "Another cleaning is running.";
 constexpr auto BusyText
     = "Tidewell is already cleaning in another window or terminal. Please wait until it is done, then try again.";
@@ -102,6 +104,10 @@ void TWTidewellAppDelegate::startRun(
 {
     if (refusing_ || next_ || (current_ && current_->asking()))
         return;
+    if (const auto problem = editors_.get<TWKeepWindowController>().problem(); !problem.empty()) {
+        refuse({ NoKeepListTitle, problem, OK, "" });
+        return;
+    }
     std::shared_ptr<TWHeldLock> lock;
     if (const auto refusal = lockCleaning(lock)) {
         refuse(*refusal);

@@ -53,12 +53,13 @@ struct Found {
 class KeywordVisitor final : public TWTreeVisitor<Found> {
 public:
     KeywordVisitor(const TWPathPlanner& planner, const TWKeywordMatcher& keywords, const TWPathPlanner::Folder& top,
-        std::uint32_t rule, bool recursive)
+        std::uint32_t rule, bool recursive, const TWCancellation& cancellation)
         : planner_(planner)
         , keywords_(keywords)
         , top_(*top.planned)
         , rule_(rule)
         , recursive_(recursive)
+        , cancellation_(cancellation)
     {
     }
 
@@ -98,7 +99,7 @@ private:
             notEntered(0, folder.path(), ESTALE, found);
             return;
         }
-        auto& item = planner_.add(found.plan, *found.folder, entry.name, folder.folder().look(entry));
+        auto& item = planner_.add(found.plan, *found.folder, entry.name, folder.folder().look(entry), cancellation_);
         item.rule = rule_;
         item.word = static_cast<std::uint32_t>(keywords_.firstMatch(entry.name).value_or(TWNone));
     }
@@ -114,6 +115,7 @@ private:
     const TWPlannedFolder& top_;
     const std::uint32_t rule_;
     const bool recursive_;
+    const TWCancellation& cancellation_;
 };
 
 }
@@ -165,7 +167,7 @@ void TWFilesPlanner::planItem(const std::string& path)
     const std::string name(TWPath::lastComponent(path));
     if (!path.starts_with('/') || name.empty()) {
         auto& item = part_.addItem(path);
-        item.objection = TWDeletionRules::objectionToPath(path);
+        part_.object(item, TWDeletionRules::objectionToPath(path));
         item.rule = rule_;
         ++planned_;
         return;
@@ -225,7 +227,7 @@ void TWFilesPlanner::planContents(const Folder& folder)
 
 void TWFilesPlanner::addItem(TWPlan& plan, const Folder& folder, std::string_view name, const TWFileLook& look)
 {
-    planner_.add(plan, folder, name, look).rule = rule_;
+    planner_.add(plan, folder, name, look, cancellation_).rule = rule_;
     ++planned_;
 }
 
@@ -243,7 +245,7 @@ void TWFilesPlanner::putPart()
 void TWFilesPlanner::itemsContainingKeywordsAtPath(const Folder& top, bool recursive)
 {
     putPart();
-    const KeywordVisitor visitor(planner_, keywords_, top, rule_, recursive);
+    const KeywordVisitor visitor(planner_, keywords_, top, rule_, recursive, cancellation_);
     const auto receive = [this](Found found) {
         planned_ += found.plan.items.size();
         put_(std::move(found.plan));

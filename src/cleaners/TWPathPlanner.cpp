@@ -59,14 +59,17 @@ bool TWPathPlanner::lookAtEntries(
     return true;
 }
 
-TWPlannedItem& TWPathPlanner::add(
-    TWPlan& plan, const Folder& folder, std::string_view name, const TWFileLook& look) const
+TWPlannedItem& TWPathPlanner::add(TWPlan& plan, const Folder& folder, std::string_view name, const TWFileLook& look,
+    const TWCancellation& cancellation) const
 {
     if (plan.folders.empty() || plan.folders.back() != folder.planned)
         plan.folders.push_back(folder.planned);
     auto& item = plan.addItem(name);
     item.facts = look.facts;
     item.folder = static_cast<std::uint32_t>(plan.folders.size() - 1);
-    item.objection = rules_->objection(folder.judged, item.name, look);
+    auto objection = rules_->objection(folder.judged, item.name, look);
+    if (objection.empty() && rules_->mustLookInside(folder.judged, look))
+        objection = rules_->objectionInside(fileSystem_, folder.judged, item.name, look, cancellation);
+    plan.object(item, objection);
     return item;
 }

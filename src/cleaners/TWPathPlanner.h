@@ -34,8 +34,9 @@ public:
     using Seen = std::function<void(std::string_view name, const TWFileLook&)>;
     bool lookAtEntries(const Folder&, const TWOpenFolder& list, const TWCancellation&, const Seen& seen) const;
 
-    // Appends an entry of the folder to the plan, with the deletion rules' objection if there is one.
-    TWPlannedItem& add(TWPlan&, const Folder&, std::string_view name, const TWFileLook&) const;
+    // Appends an entry of the folder to the plan, with the deletion rules' objection if there is one. If the rules have
+    // to know what lies below the entry, reads the whole tree; when cancelled, it stops early and the item is refused.
+    TWPlannedItem& add(TWPlan&, const Folder&, std::string_view name, const TWFileLook&, const TWCancellation&) const;
 
     const TWFileSystem& fileSystem() const { return fileSystem_; }
 

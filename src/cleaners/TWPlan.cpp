@@ -18,18 +18,32 @@ void move(std::vector<T>& from, std::vector<T>& to)
 }
 
 // One string per item would take half as much memory again and, when a long plan is dropped, a noticeable time.
-TWPlannedItem& TWPlan::addItem(std::string_view name)
+char* TWPlan::keep(std::string_view text)
 {
-    if (names_.empty() || name.size() > room_) {
-        blockSize_ = room_ = std::max(name.size(), BlockSize);
+    if (names_.empty() || text.size() > room_) {
+        blockSize_ = room_ = std::max(text.size(), BlockSize);
         names_.push_back(std::make_unique_for_overwrite<char[]>(blockSize_));
     }
     char* const place = names_.back().get() + (blockSize_ - room_);
-    std::copy(name.begin(), name.end(), place);
-    room_ -= name.size();
+    std::copy(text.begin(), text.end(), place);
+    room_ -= text.size();
+    return place;
+}
+
+TWPlannedItem& TWPlan::addItem(std::string_view name)
+{
     auto& item = items.emplace_back();
-    item.name = { place, name.size() };
+    item.name = { keep(name), name.size() };
     return item;
+}
+
+void TWPlan::object(TWPlannedItem& item, const TWObjection& objection)
+{
+    if (objection.empty())
+        return;
+    // Items of one folder often have the same objection.
+    const auto* before = items.size() > 1 ? items[items.size() - 2].objection : nullptr;
+    item.objection = before && objection == before ? before : keep({ objection.c_str(), objection.size() + 1 });
 }
 
 void TWPlan::append(TWPlan part)

@@ -16,7 +16,7 @@ inline constexpr std::uint32_t TWNone = std::numeric_limits<std::uint32_t>::max(
 struct TWPlannedItem {
     std::string_view name; // bytes, kept by the plan: the last component; the whole path if there is no folder
     TWFileFacts facts; // as the disk showed it while planning
-    TWObjection objection = nullptr; // why the deletion would be refused
+    const char* objection = nullptr; // why the deletion would be refused; kept by the plan
     std::uint32_t folder = TWNone; // in TWPlan::folders
     std::uint32_t rule = TWNone; // that names the item; its number among the cleaner's records, counted from 0
     std::uint32_t word = TWNone; // of the dictionary, that matched; counted from 0
@@ -36,6 +36,9 @@ struct TWPlan {
 
     // Adds an item with a copy of the name.
     TWPlannedItem& addItem(std::string_view name);
+
+    // Says why the deletion of the item, the one that was added last, would be refused; nothing if the text is "".
+    void object(TWPlannedItem&, const TWObjection&);
 
     void addLine(std::string text) { lines.push_back(std::move(text)); }
 
@@ -58,7 +61,9 @@ struct TWPlan {
     std::string realPath(const TWPlannedItem&) const;
 
 private:
-    std::vector<std::unique_ptr<char[]>> names_; // blocks; the names of items point into them
+    char* keep(std::string_view text);
+
+    std::vector<std::unique_ptr<char[]>> names_; // blocks; the names and objections of items point into them
     std::size_t blockSize_ = 0; // of the last block, in bytes
     std::size_t room_ = 0; // of these left
 };

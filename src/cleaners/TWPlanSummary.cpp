@@ -19,8 +19,8 @@ TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, cons
         if (item.quiet)
             continue;
         if (item.objection) {
-            summary.objection = summary.objection ? summary.objection : item.objection;
-            ++summary.refused;
+            if (summary.refused++ == 0)
+                summary.objection = item.objection;
             continue;
         }
         ++summary.items;

@@ -57,7 +57,7 @@ private:
         const auto open = openFolder(path, folder);
         const bool finished
             = !open || lookAtEntries(*folder, *open, [&](std::string_view name, const TWFileLook& look) {
-                  planner_.add(part_, *folder, name, look);
+                  planner_.add(part_, *folder, name, look, sink_.cancellation());
                   items_.emplace(name, planned_++);
                   putFullPart();
               });
@@ -94,7 +94,7 @@ private:
     void planRecord(const Folder& folder, std::string_view name, const TWFileLook& look)
     {
         const auto owner = items_.find(itemNameOf(name));
-        auto& record = planner_.add(part_, folder, name, look);
+        auto& record = planner_.add(part_, folder, name, look, sink_.cancellation());
         record.quiet = true;
         ++planned_;
         if (owner != items_.end())
@@ -109,7 +109,7 @@ private:
         if (!folder)
             return;
         if (const auto look = folder->held->look(SizesFile); look.isThere())
-            planner_.add(part_, *folder, SizesFile, look).quiet = true;
+            planner_.add(part_, *folder, SizesFile, look, sink_.cancellation()).quiet = true;
     }
 
     bool lookAtEntries(const Folder& folder, const TWOpenFolder& list, const TWPathPlanner::Seen& seen) const

@@ -3,6 +3,7 @@
 #include "cli/TWCleanCommand.h"
 #include "cli/TWDemoCommand.h"
 #include "cli/TWFilesCommands.h"
+#include "cli/TWKeepCommands.h"
 #include "cli/TWPathsCommand.h"
 #include "cli/TWPreviewCommand.h"
 #include "cli/TWSettingsCommands.h"
@@ -19,7 +20,8 @@ TWCommandGroup windowCommand()
 
 std::span<const TWCommandGroup> TWCommandTable()
 {
-    static const TWCommandGroup table[] = { windowCommand(), TWCleanCommands(), TWPreviewCommands(),
-        TWSettingsCommands(), TWWordsCommands(), TWFilesCommands(), TWPathsCommands(), TWDemoCommands() };
+    static const TWCommandGroup table[]
+        = { windowCommand(), TWCleanCommands(), TWPreviewCommands(), TWSettingsCommands(), TWWordsCommands(),
+              TWFilesCommands(), TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
     return table;
 }

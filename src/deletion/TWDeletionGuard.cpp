@@ -14,7 +14,13 @@ std::shared_ptr<const TWDeletionRules> TWDeletionGuard::rules()
     const auto mountPoints = mountTable_.mountPoints();
     if (!rules_ || mountPoints != mountPoints_) {
         mountPoints_ = mountPoints;
-        rules_ = std::make_shared<const TWDeletionRules>(places_, fileSystem_, dataFolder_, mountPoints);
+        rules_ = std::make_shared<const TWDeletionRules>(places_, fileSystem_, dataFolder_, mountPoints, keepList_);
     }
     return rules_;
+}
+
+void TWDeletionGuard::setKeepList(TWKeepList keepList)
+{
+    keepList_ = std::move(keepList);
+    renew();
 }

@@ -13,6 +13,9 @@ public:
     // unmounted.
     std::shared_ptr<const TWDeletionRules> rules();
 
+    // Replaces the keep list, which is empty at first. Counts for the next call of rules().
+    void setKeepList(TWKeepList);
+
     // Must be called before a job, because protected folders may have been created, moved or linked since the last one.
     void renew() { rules_.reset(); }
 
@@ -21,6 +24,7 @@ private:
     const TWFileSystem& fileSystem_;
     TWMountTable& mountTable_;
     const std::string dataFolder_;
+    TWKeepList keepList_ = TWKeepList(std::in_place);
     std::shared_ptr<const TWMountPoints> mountPoints_; // those that rules_ was made with
     std::shared_ptr<const TWDeletionRules> rules_;
 };

@@ -1,11 +1,10 @@
 #include "deletion/TWDeletionRules.h"
 
+#include "deletion/TWPathSteps.h"
 #include "platform/TWSystemTrees.h"
 #include "support/TWPath.h"
 
 #include <algorithm>
-#include <deque>
-#include <filesystem>
 
 namespace {
 
@@ -34,31 +33,12 @@ constexpr const char* SystemFolders[]
           "/run/media", "/run/user", "/snap", "/srv", "/tmp", "/var", "/var/backups", "/var/cache", "/var/lib",
           "/var/local", "/var/lock", "/var/log", "/var/mail", "/var/opt", "/var/run", "/var/spool", "/var/tmp" };
 
-constexpr int MostLinks = 40; // as many as the system follows
-
-std::deque<std::string> componentsOf(const std::string& path)
-{
-    std::deque<std::string> components;
-    for (const auto& component : std::filesystem::path(path).relative_path()) {
-        if (!component.empty() && component != ".")
-            components.push_back(component.string());
-    }
-    return components;
-}
-
-std::string join(const std::string& folder, std::string_view name)
-{
-    std::string path = folder;
-    if (path != "/")
-        path += '/';
-    return path.append(name);
-}
-
 }
 
 TWDeletionRules::TWDeletionRules(const TWPlaces& places, const TWFileSystem& fileSystem, const std::string& dataFolder,
-    std::shared_ptr<const TWMountPoints> mountPoints)
-    : mountPoints_(std::move(mountPoints))
+    std::shared_ptr<const TWMountPoints> mountPoints, const TWKeepList& keepList)
+    : keepRules_(places, fileSystem, keepList)
+    , mountPoints_(std::move(mountPoints))
     , sandboxed_(places.sandboxed())
 {
     // If a folder has several protections, the first one gives the reason why it may not be deleted itself.
@@ -93,37 +73,19 @@ void TWDeletionRules::protectUser(const TWPlaces& places, const TWFileSystem& fi
         protect(fileSystem, folder, { DataFolder, InsideDataFolder, false }, AboveDataFolder);
 }
 
-// Goes the way to the path one component at a time, so that every link that leads there is protected like the folder
-// itself.
+// Every link that leads there is protected like the folder itself.
 void TWDeletionRules::protect(
-    const TWFileSystem& fileSystem, const std::string& path, const Protection& protection, TWObjection above)
+    const TWFileSystem& fileSystem, const std::string& path, const Protection& protection, Reason above)
 {
-    std::string reached = "/";
-    auto components = componentsOf(path);
-    for (int links = 0; !components.empty();) {
-        protectSeen(fileSystem.look(reached), reached, { above, nullptr, false });
-        const auto name = components.front();
-        components.pop_front();
-        if (name == "..") {
-            reached = TWPath::parent(reached);
-            continue;
-        }
-        const auto next = join(reached, name);
-        const auto look = fileSystem.look(next);
-        if (!look.isThere() || look.facts.kind != TWFileKind::Link) {
-            reached = next;
-            continue;
-        }
-        protectSeen(look, next, { protection.itself, nullptr, false });
-        const auto target = fileSystem.linkTarget(next);
-        if (!target || ++links > MostLinks)
-            return;
-        if (target->starts_with('/'))
-            reached = "/";
-        auto targets = componentsOf(*target);
-        components.insert(components.begin(), targets.begin(), targets.end());
+    const auto look = [&](const std::string& reached) { return fileSystem.look(reached); };
+    for (const auto& step : TWPathSteps(fileSystem, path, look)) {
+        if (step.isLink())
+            protectSeen(step.look, step.path, { protection.itself, nullptr, false });
+        else if (step.last)
+            protectSeen(step.look, step.path, protection);
+        else
+            protectSeen(step.look, step.path, { above, nullptr, false });
     }
-    protectSeen(fileSystem.look(reached), reached, protection);
 }
 
 void TWDeletionRules::protectSeen(const TWFileLook& look, const std::string& path, const Protection& protection)
@@ -140,13 +102,14 @@ void TWDeletionRules::protectSeen(const TWFileLook& look, const std::string& pat
 
 TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder, std::string realPath) const
 {
-    Folder judged{ std::move(realPath), nullptr, true };
+    Folder judged{ std::move(realPath), nullptr, true, {} };
     judged.hasMounts = hasMountsBelow(judged.realPath);
     const auto chain = folder.chain();
     if (chain.empty()) {
         judged.objection = CannotTell;
         return judged;
     }
+    judged.kept = keepRules_.judgeFolder(chain, judged.realPath);
     judged.objection = objectionToChain(chain);
     for (const auto& [path, protection] : unseen_) {
         if (!judged.objection && protection.below && TWPath::isAtOrBelow(judged.realPath, path))
@@ -156,7 +119,7 @@ TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder,
 }
 
 // Goes on above the root of the sandbox: a sandbox in a folder of the system or of Tidewell's settings permits nothing.
-TWObjection TWDeletionRules::objectionToChain(const std::vector<TWAncestor>& chain) const
+TWDeletionRules::Reason TWDeletionRules::objectionToChain(const std::vector<TWAncestor>& chain) const
 {
     bool inSandbox = !sandboxed_;
     bool crossedMount = false;
@@ -182,6 +145,25 @@ TWObjection TWDeletionRules::objectionToChain(const std::vector<TWAncestor>& cha
 
 TWObjection TWDeletionRules::objection(const Folder& folder, std::string_view name, const TWFileLook& look) const
 {
+    if (const auto* reason = fixedObjection(folder, name, look))
+        return reason;
+    return keepRules_.objection(folder.kept, name, look);
+}
+
+bool TWDeletionRules::mustLookInside(const Folder& folder, const TWFileLook& look) const
+{
+    return keepRules_.mustLookInside(folder.kept, look);
+}
+
+TWObjection TWDeletionRules::objectionInside(const TWFileSystem& fileSystem, const Folder& folder,
+    std::string_view name, const TWFileLook& look, const TWCancellation& cancellation) const
+{
+    return keepRules_.objectionInside(fileSystem, TWPath::join(folder.realPath, name), look, cancellation);
+}
+
+TWDeletionRules::Reason TWDeletionRules::fixedObjection(
+    const Folder& folder, std::string_view name, const TWFileLook& look) const
+{
     if (look.presence == TWPresence::Unknown)
         return CannotTell;
     if (mountPoints_->empty())
@@ -194,7 +176,7 @@ TWObjection TWDeletionRules::objection(const Folder& folder, std::string_view na
         return folder.objection;
     if (!folder.hasMounts && unseen_.empty())
         return nullptr;
-    const auto realPath = join(folder.realPath, name);
+    const auto realPath = TWPath::join(folder.realPath, name);
     if (const auto found = unseen_.find(realPath); found != unseen_.end())
         return found->second.itself;
     return objectionToMounts(realPath);
@@ -207,7 +189,7 @@ bool TWDeletionRules::hasMountsBelow(const std::string& realPath) const
     return next != mountPoints_->end() && next->starts_with(inside);
 }
 
-TWObjection TWDeletionRules::objectionToMounts(const std::string& realPath) const
+TWDeletionRules::Reason TWDeletionRules::objectionToMounts(const std::string& realPath) const
 {
     if (std::binary_search(mountPoints_->begin(), mountPoints_->end(), realPath))
         return MountPoint;

@@ -14,6 +14,7 @@ constexpr auto Refused = "Refused to delete \"%@\": %@";
 constexpr auto FolderNotOpened = "\"%@\" was left alone, because its folder cannot be opened any more (%@).";
 constexpr auto FolderChanged = "\"%@\" was left alone, because its folder is another one than when it was looked at.";
 constexpr auto ChangedSincePreview = "\"%@\" was left alone, because it has changed since the preview.";
+constexpr auto Ended = "\"%@\" was left alone, because the deletion was ended.";
 constexpr auto NotStarted
     = "The deletion tool %@ could not be started (%@). Please install Tidewell and the package coreutils again.";
 constexpr auto Killed = "The deletion tool %@ was ended by signal %@.";
@@ -103,17 +104,9 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     }
     deleting_ = true;
     report_ = {};
-    std::string problem;
-    if (auto folder = openFolder(target, problem)) {
-        if (previewCheck_)
-            folderBefore_ = folder->look(".").facts;
-        launch(*folder, std::string(target.name), mode);
-        if (previewCheck_)
-            changingFolder_ = std::move(folder);
-    } else {
-        report_.problems.push_back(std::move(problem));
-        refusal_ = tools_.runLoop.after(0ms, [this] { finish(); });
-    }
+    target_ = target;
+    mode_ = mode;
+    begin();
     auto& runLoop = tools_.runLoop;
     const std::weak_ptr<const int> life = life_;
     while (waiting == TWWaiting::UntilDone && !life.expired() && deleting_)
@@ -121,39 +114,94 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     return rowFor(mode).label;
 }
 
-// Returns the parent folder if the target may be deleted there now, and notes in the report whether it is missing.
-// Otherwise returns nullptr and sets the problem.
-std::unique_ptr<TWHeldFolder> TWFileDeleter::openFolder(const TWDeletionTarget& target, std::string& problem)
+// Starts the child if the target may be deleted. If the rules have to know what lies below it, searches it first and
+// then asks everything again, because it may have changed in the meantime.
+void TWFileDeleter::begin()
 {
+    std::string problem;
+    auto opened = openFolder(problem);
+    if (!opened) {
+        refuse(std::move(problem));
+        return;
+    }
+    if (opened->rules->mustLookInside(opened->judged, opened->look) && !isSearched(*opened)) {
+        search(*opened);
+        return;
+    }
+    if (previewCheck_)
+        folderBefore_ = opened->folder->look(".").facts;
+    launch(*opened->folder, std::string(target_.name), mode_);
+    if (previewCheck_)
+        changingFolder_ = std::move(opened->folder);
+}
+
+bool TWFileDeleter::isSearched(const Opened& opened) const
+{
+    return opened.rules == searchedBy_ && opened.look.facts.identity == searchedFolder_;
+}
+
+void TWFileDeleter::search(const Opened& opened)
+{
+    searchedBy_ = opened.rules;
+    searchedFolder_ = opened.look.facts.identity;
+    searching_ = std::make_unique<TWBackgroundStream<TWObjection>>(
+        tools_.runLoop, 1,
+        [rules = opened.rules, judged = opened.judged, name = std::string(target_.name), look = opened.look,
+            &fileSystem = tools_.fileSystem](
+            auto& sink) { sink.put(rules->objectionInside(fileSystem, judged, name, look, sink.cancellation())); },
+        [this](const TWObjection& objection) { searched(objection); }, [] {});
+}
+
+void TWFileDeleter::searched(const TWObjection& objection)
+{
+    searching_.reset();
+    if (objection.empty())
+        begin();
+    else
+        refuse(TWText::fill(Refused, { target_.path(), objection }));
+}
+
+// The delegate is told on a later turn.
+void TWFileDeleter::refuse(std::string problem)
+{
+    report_.problems.push_back(std::move(problem));
+    refusal_ = tools_.runLoop.after(0ms, [this] { finish(); });
+}
+
+// Opens the parent folder if the target may be deleted there now, as far as can be told without looking below it, and
+// notes in the report whether it is missing. Otherwise returns nothing and sets the problem.
+std::optional<TWFileDeleter::Opened> TWFileDeleter::openFolder(std::string& problem)
+{
+    const auto& target = target_;
     const auto path = target.path();
     if (!target.hasFolder()) {
         problem = TWText::fill(Refused, { path, TWDeletionRules::objectionToPath(path) });
-        return nullptr;
+        return std::nullopt;
     }
     const std::string name(target.name);
     int error = 0;
     auto folder = tools_.fileSystem.holdFolder(target.folder->realPath, error);
     if (!folder) {
         problem = TWText::fill(FolderNotOpened, { path, TWErrorText(error) });
-        return nullptr;
+        return std::nullopt;
     }
     if (folder->identity() != target.folder->identity) {
         problem = TWText::fill(FolderChanged, { path });
-        return nullptr;
+        return std::nullopt;
     }
-    const auto rules = tools_.guard.rules();
-    const auto judged = rules->judgeFolder(*folder, target.folder->realPath);
+    auto rules = tools_.guard.rules();
+    auto judged = rules->judgeFolder(*folder, target.folder->realPath);
     const auto look = folder->look(name);
     report_.missing = look.presence == TWPresence::Gone;
-    if (const auto* objection = rules->objection(judged, name, look)) {
+    if (const auto objection = rules->objection(judged, name, look); !objection.empty()) {
         problem = TWText::fill(Refused, { path, objection });
-        return nullptr;
+        return std::nullopt;
     }
     if (previewCheck_ && !isAsPreviewed(target, look)) {
         problem = TWText::fill(ChangedSincePreview, { path });
-        return nullptr;
+        return std::nullopt;
     }
-    return folder;
+    return Opened{ std::move(folder), std::move(rules), std::move(judged), look };
 }
 
 // What has disappeared since is no danger; the check afterwards reports it.
@@ -180,6 +228,10 @@ void TWFileDeleter::launch(const TWHeldFolder& folder, const std::string& name, 
 
 void TWFileDeleter::terminate()
 {
+    if (searching_) {
+        searching_.reset();
+        refuse(TWText::fill(Ended, { target_.path() }));
+    }
     if (!task_)
         return;
     task_->terminate();
@@ -211,6 +263,8 @@ void TWFileDeleter::finish()
     task_.reset();
     refusal_.reset();
     changingFolder_.reset();
+    target_ = {};
+    searchedBy_.reset();
     deleting_ = false;
     if (delegate_)
         delegate_->fileDeleterDone();

@@ -3,6 +3,7 @@
 #include "deletion/TWDeletionGuard.h"
 #include "deletion/TWDeletionTarget.h"
 #include "deletion/TWPreviewCheck.h"
+#include "platform/TWBackgroundStream.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
 
@@ -63,10 +64,11 @@ public:
     //
     // Differs on purpose: the child starts inside the parent folder that the target names, which is compared by device
     // and inode, and gets "./NAME" instead of the path. If that folder has been replaced in the meantime or the guard
-    // refuses the path, no child is started; the delegate is told on a later turn, as after any other deletion.
+    // refuses the path, no child is started; the delegate is told on a later turn, as after any other deletion. If the
+    // guard has to know what lies below the path, that is searched in the background before the child is started.
     std::string deleteFile(const TWDeletionTarget&, TWSecureMode, TWWaiting, TWAuthorization);
 
-    // Ends the running child; fileDeleterDone() follows as usual. Does nothing if no child runs.
+    // Ends the running child, or the search before it; fileDeleterDone() follows as usual. Otherwise does nothing.
     void terminate();
 
     bool deleting() const { return deleting_; }
@@ -74,9 +76,22 @@ public:
     const TWDeletionReport& report() const { return report_; }
 
 private:
+    // A target that the rules permit, as far as can be told without looking below it.
+    struct Opened {
+        std::unique_ptr<TWHeldFolder> folder; // its parent folder
+        std::shared_ptr<const TWDeletionRules> rules;
+        TWDeletionRules::Folder judged;
+        TWFileLook look;
+    };
+
     std::string deleteFileWithoutAuthorization(const TWDeletionTarget&, TWSecureMode, TWWaiting);
-    std::unique_ptr<TWHeldFolder> openFolder(const TWDeletionTarget&, std::string& problem);
     bool isAsPreviewed(const TWDeletionTarget&, const TWFileLook&) const;
+    void begin();
+    bool isSearched(const Opened&) const;
+    std::optional<Opened> openFolder(std::string& problem);
+    void search(const Opened&);
+    void searched(const TWObjection&);
+    void refuse(std::string problem);
     void launch(const TWHeldFolder&, const std::string& name, TWSecureMode);
     void noteOwnChange();
     void doneRunning(const TWTermination&);
@@ -87,11 +102,16 @@ private:
     TWDeletionTools tools_;
     TWFileDeleterDelegate* delegate_ = nullptr;
     bool deleting_ = false;
+    TWDeletionTarget target_; // while deleting
+    TWSecureMode mode_ = TWPlainDelete;
     TWDeletionReport report_;
     std::shared_ptr<TWPreviewCheck> previewCheck_;
     std::unique_ptr<TWHeldFolder> changingFolder_; // in which the child deletes, if there is a check
     TWFileFacts folderBefore_; // its facts before the child was launched
     std::string launchPath_;
+    std::unique_ptr<TWBackgroundStream<TWObjection>> searching_; // below the target
+    std::shared_ptr<const TWDeletionRules> searchedBy_; // the rules that the latest search asked
+    TWFileIdentity searchedFolder_; // in the latest search
     std::unique_ptr<TWChildProcess> task_;
     std::unique_ptr<TWRunLoopHandle> refusal_;
     std::unique_ptr<TWRunLoopHandle> patience_; // for a child that ignores terminate()

@@ -2,6 +2,9 @@
 
 #include "support/TWPath.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
 struct MovedFolder {
@@ -29,6 +32,13 @@ std::string TWPlaces::expand(const std::string& path) const
             return this->*moved.folder + path.substr(std::string_view(moved.usual).size());
     }
     return TWPath::expandTilde(path, home);
+}
+
+bool TWPlaces::isStoredPath(const std::string& path)
+{
+    return path.starts_with('/') || TWPath::isAtOrBelow(path, "~")
+        || std::any_of(std::begin(MovedFolders), std::end(MovedFolders),
+            [&](const MovedFolder& moved) { return TWPath::isAtOrBelow(path, moved.usual); });
 }
 
 std::string TWPlaces::standardize(const std::string& path) const

@@ -38,6 +38,9 @@ struct TWPlaces {
     // the path as it is, including "..".
     std::string expand(const std::string& path) const;
 
+    // True for a stored path that is absolute or begins with "~" or a variable that expand() knows.
+    static bool isStoredPath(const std::string& path);
+
     // Like expand(), then removes "." and ".." without resolving symbolic links.
     std::string standardize(const std::string& path) const;
 

@@ -73,6 +73,14 @@ std::string_view TWPath::parent(std::string_view path)
     return path.substr(0, end == std::string_view::npos ? 1 : end + 1);
 }
 
+std::string TWPath::join(std::string_view folder, std::string_view name)
+{
+    std::string path(folder);
+    if (path != "/")
+        path += '/';
+    return path.append(name);
+}
+
 bool TWPath::isAtOrBelow(std::string_view path, std::string_view folder)
 {
     if (!path.starts_with(folder))

@@ -27,6 +27,9 @@ std::string_view lastComponent(std::string_view path);
 // The part before the last component, without its slash; "/" for a path directly below the root.
 std::string_view parent(std::string_view path);
 
+// The path of an entry of the folder, which is without trailing slashes.
+std::string join(std::string_view folder, std::string_view name);
+
 // True if path is the folder itself or is below it. Both must be without trailing slashes.
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 

@@ -252,6 +252,28 @@ TEST_F(TWFilesCleanerTest, APlanHoldsNothingOfAFolderThatWasReplacedMeanwhileAnd
         EXPECT_NE(item.objection, nullptr) << planned.path(item);
 }
 
+TEST_F(TWFilesCleanerTest, APlanSaysWhatIsKept)
+{
+    for (const auto* name : { "home/dir/secret/x/a.kdbx", "home/dir/secret2/x", "home/dir/b.kdbx", "home/dir/mail/1",
+             "home/.local/share/Trash/files/x/a.kdbx" })
+        root.write(name, "x");
+    guard.setKeepList(
+        TWKeepList({ { TWKeepEntry::Kind::Names, "*.kdbx" }, { TWKeepEntry::Kind::Path, "~/dir/mail" } }));
+    give({ rule("~/dir", TWItemItself), rule("~/dir", TWFolderContents), rule("~/dir", TWItemsWithKeywordsDeep),
+        rule("~/.local/share/Trash/files/x", TWItemItself) });
+    const auto planned = plan();
+    Lines reasons;
+    for (const auto& item : planned.items)
+        reasons.push_back(std::string(item.name) + ": " + (item.objection ? item.objection : "none"));
+    std::sort(reasons.begin(), reasons.end());
+    const std::string holds = "it holds \"a.kdbx\", and names like \"*.kdbx\" are on the keep list.";
+    EXPECT_EQ(reasons,
+        (Lines{ "b.kdbx: names like \"*.kdbx\" are on the keep list.",
+            "dir: it holds \"~/dir/mail\", which is on the keep list.",
+            "mail: it is on the keep list (\"~/dir/mail\").", "secret2: none", "secret2: none", "secret: " + holds,
+            "secret: " + holds, "x: none" }));
+}
+
 TEST(TWFilesRuleTest, TakesOnlyRulesAndKeepsWhatItDoesNotUnderstand)
 {
     const auto from = [](const char* key, TWValue value) {

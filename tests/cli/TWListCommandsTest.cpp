@@ -32,6 +32,8 @@ TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
         { "clean", "--only", "trash", "--sandbox", "" }, { "settings" }, { "settings", "get", "\xff\n" },
         { "settings", "set", "TrashCleaner", "maybe" }, { "settings", "set", "AutoQuitMode", "99999999999" },
         { "words", "add", "\xff" }, { "files", "add", "" }, { "files", "add", "x", "--what", "nonsense" },
+        { "keep", "add" }, { "keep", "add", "x", "--pattern", "y" }, { "keep", "add", "--pattern", "y", "--inside" },
+        { "keep", "add", "--pattern", "a/b" }, { "keep", "add", "" }, { "keep", "remove", "99" },
         { "files", "remove", "0" }, { "files", "off", "99999999999999999999" }, { "files", "off", "4000" },
         { "demo", home_ } };
     folder_.write("home/not empty", "");
@@ -77,6 +79,35 @@ TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
     // Only the window's start is a launch.
     EXPECT_EQ(
         out({ "settings", "get", "LastLaunchedVersion" }) + out({ "settings", "get", "FirstLaunchDone" }), "\nfalse\n");
+}
+
+TEST_F(TWListCommandsTest, WhatIsOnTheKeepListStaysAndADamagedListStopsEveryCleaning)
+{
+    const std::string keepList = Data + std::string("KeepList.plist");
+    folder_.write("home/.ssh/key", "");
+    folder_.write("home/notes/a", "");
+    for (const Words& path : { Words{ ".ssh/key" }, { "notes" } })
+        out({ "files", "add", home_ + "/" + path[0] });
+    EXPECT_EQ(run({ "clean", "--only", "files" }).status, 1) << "the defaults count before a list is saved";
+    EXPECT_TRUE(folder_.exists("home/.ssh/key") && !folder_.exists("home/notes"));
+    while (run({ "keep", "remove", "1" }).status == 0) { }
+    out({ "keep", "add", home_ + "/.ssh/" });
+    out({ "keep", "add", "$XDG_DATA_HOME/x", "--inside" });
+    out({ "keep", "add", "--pattern", "[a,b]" });
+    EXPECT_EQ(out({ "keep", "list" }), "1   path     ~/.ssh\n2   inside   $XDG_DATA_HOME/x\n3   pattern  [a,b]\n");
+    EXPECT_EQ(out({ "keep", "list", "--json" }),
+        "{\"Path\":\"~/.ssh\",\"Inside\":false}\n{\"Path\":\"$XDG_DATA_HOME/x\",\"Inside\":true}\n"
+        "{\"Pattern\":\"[a,b]\"}\n");
+    trash("a");
+    EXPECT_EQ(run({ "clean", "--only", "trash" }).status, 0) << "never in the Trash";
+    trash("b");
+    folder_.write(keepList, "damaged");
+    const auto refused = run({ "clean", "--only", "trash" });
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_NE(refused.err.find(keepList), std::string::npos) << refused.err;
+    EXPECT_TRUE(folder_.exists("home" + std::string(Trash) + "/files/b"));
+    EXPECT_EQ(folder_.read(keepList), "damaged");
 }
 
 // As a window carries it out.

@@ -71,3 +71,54 @@ TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
         (Lines{ "/bin/rm -rf ROOT/./file", "terminate", "/bin/rm -rf ROOT/./file", "terminate", "kill" }));
     EXPECT_EQ(deleter.report().problems, Lines{ "The deletion tool /bin/rm was ended by signal 9." });
 }
+
+TEST_F(TWFileDeleterTest, SearchesAFolderForKeptNamesBeforeTheChildStarts)
+{
+    guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Names, "*.kdbx" } }));
+    const auto folder = root.folder("home/folder/inner");
+    const auto parent = root.path("home/folder");
+    deleteFile(parent);
+    EXPECT_TRUE(launcher.records.empty()) << "not on the main thread";
+    // What changes during the search is noticed: here the list, then the folder.
+    guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Names, "inner" } }));
+    runLoop.runUntilIdle();
+    EXPECT_EQ(launcher.shown(deleter.report().problems.at(0)),
+        "Refused to delete \"ROOT/home/folder\": it holds \"inner\", and names like \"inner\" are on the keep list.");
+    guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Names, "*.kdbx" } }));
+    std::filesystem::rename(parent, root.path("home/moved"));
+    root.write("home/folder/a.kdbx", "");
+    deleteFile(root.path("home/moved"));
+    runLoop.turn(0ms); // the search comes to its end
+    std::filesystem::remove(root.path("home/moved/inner"));
+    std::filesystem::remove(root.path("home/moved"));
+    std::filesystem::rename(parent, root.path("home/moved"));
+    runLoop.runUntilIdle();
+    EXPECT_EQ(doneCalls, 2);
+    EXPECT_TRUE(launcher.records.empty()) << launcher.records[0];
+    std::filesystem::remove(root.path("home/moved/a.kdbx"));
+    deleteFile(root.path("home/moved"), TWPlainDelete, TWWaiting::UntilDone);
+    EXPECT_EQ(launcher.records, Lines{ "/bin/rm -rf ROOT/home/./moved" });
+    EXPECT_EQ(doneCalls, 3);
+}
+
+TEST_F(TWFileDeleterTest, TheSearchCanBeEndedOrDestroyed)
+{
+    guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Names, "*.kdbx" } }));
+    const auto folder = root.folder("home/folder");
+    deleteFile(folder);
+    deleter.terminate();
+    deleter.terminate();
+    EXPECT_EQ(doneCalls, 0) << "always on a later turn";
+    runLoop.runUntilIdle();
+    EXPECT_EQ(doneCalls, 1);
+    EXPECT_EQ(launcher.shown(deleter.report().problems.at(0)),
+        "\"ROOT/home/folder\" was left alone, because the deletion was ended.");
+    {
+        TWFileDeleter another(tools);
+        another.setDelegate(this);
+        another.deleteFile(target(folder), TWPlainDelete, TWWaiting::Asynchronously, TWAuthorization::No);
+    }
+    runLoop.runUntilIdle();
+    EXPECT_EQ(doneCalls, 1);
+    EXPECT_TRUE(launcher.records.empty());
+}

@@ -42,6 +42,7 @@ struct TWFakeApplication : TWFakeMachine {
     {
         root.write("resources/org.tidewell.Tidewell.plist", "<plist version=\"1.0\"><dict/></plist>");
         root.write("resources/Welcome.txt", "Welcome.");
+        root.write("resources/KeepList.plist", "<plist><array/></plist>");
         root.write("resources/FilesRules.plist",
             "<plist><array><dict><key>Active</key><true/><key>FilePath</key><string>~/default</string></dict></array>"
             "</plist>");

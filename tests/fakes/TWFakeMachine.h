@@ -46,6 +46,24 @@ struct TWFakeMachine {
         return TWDeletionTarget::make({ parent, real, identity }, std::string(TWPath::lastComponent(path)));
     }
 
+    // What the guard's rules say about a path now, after looking below it if they have to; "" if it may be deleted.
+    std::string objectionTo(const std::string& path, TWDeletionGuard& asked) const
+    {
+        const auto planned = target(path);
+        int error = 0;
+        const auto folder = fileSystem.holdFolder(planned.folder->realPath, error);
+        const std::string name(planned.name);
+        if (!path.starts_with('/') || name.empty() || !folder)
+            return TWDeletionRules::objectionToPath(path);
+        const auto rules = asked.rules();
+        const auto judged = rules->judgeFolder(*folder, planned.folder->realPath);
+        const auto look = folder->look(name);
+        auto objection = rules->objection(judged, name, look);
+        if (objection.empty() && rules->mustLookInside(judged, look))
+            objection = rules->objectionInside(fileSystem, judged, name, look, {});
+        return objection;
+    }
+
 private:
     static TWPlaces makePlaces(const TWTemporaryFolder& root)
     {

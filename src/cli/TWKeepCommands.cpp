@@ -1,0 +1,136 @@
+#include "cli/TWKeepCommands.h"
+
+#include "cli/TWJSON.h"
+#include "cli/TWPathArgument.h"
+#include "editors/TWKeepWindowController.h"
+#include "support/TWPath.h"
+#include "support/TWText.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace {
+
+constexpr auto NoEntries = "The keep list is empty. Add an entry with \"tidewell keep add PATH\".\n";
+constexpr auto PathOrPattern = "Give either a path or a name with --pattern.\n";
+constexpr auto InsidePattern
+    = "--inside goes with a path; what has a kept name is always kept with everything in it.\n";
+constexpr auto HasMistake = "The entry %@.\n";
+constexpr auto NotText
+    = "\"%@\" cannot be kept in a list, because it is not valid UTF-8. Keep the folder around it, or "
+      "its name with \"?\" in the place of such bytes.\n";
+constexpr auto NoSuchEntry = "There is no entry %@. Try \"tidewell keep list\".\n";
+
+constexpr auto PathName = "PATH";
+constexpr auto InsideName = "--inside";
+constexpr auto PatternName = "--pattern";
+constexpr auto Number = "N";
+constexpr auto PathHelp = "A file or folder; a relative path is taken from the working directory";
+constexpr auto InsideHelp = "Keep the folder with everything in it";
+constexpr auto PatternHelp = "Keep everything with such a name instead: \"*\" any text, \"?\" any byte, \"[a-z]\" a "
+                             "byte of a range, \"[!a-z]\" any other";
+constexpr auto NumberHelp = "The entry's number in \"tidewell keep list\"";
+
+using Kind = TWKeepEntry::Kind;
+using Records = std::vector<TWKeepRecord>;
+
+TWRecordList<TWKeepRecord>& listOf(const TWCommandContext& context)
+{
+    return context.delegate->editors().get<TWKeepWindowController>().list();
+}
+
+std::string jsonLine(const TWKeepEntry& entry)
+{
+    TWJSON::Object object;
+    if (entry.kind == Kind::Names) {
+        object["Pattern"] = entry.text;
+    } else {
+        object["Path"] = entry.text;
+        object["Inside"] = entry.kind == Kind::FolderWithContents;
+    }
+    return TWJSON::line(object);
+}
+
+std::string entryLine(const TWKeepEntry& entry, std::size_t number)
+{
+    static constexpr const char* Kinds[] = { "path     ", "inside   ", "pattern  " };
+    std::string start = std::to_string(number);
+    start.resize(std::max<std::size_t>(4, start.size() + 1), ' ');
+    return start + Kinds[static_cast<std::size_t>(entry.kind)] + TWText::oneLine(entry.text) + "\n";
+}
+
+TWCommandResult list(const TWCommandContext& context, const TWInvocation& invocation)
+{
+    const auto records = listOf(context).saved();
+    std::string out;
+    for (std::size_t index = 0; index < records.size(); ++index) {
+        const auto& entry = records[index].entry();
+        out += invocation.json ? jsonLine(entry) : entryLine(entry, index + 1);
+    }
+    return { TWStatus::Success, out, records.empty() && !invocation.json ? NoEntries : "" };
+}
+
+// Returns "" or one line about what is wrong with the path.
+std::string readPath(const TWCommandContext& context, const std::string& given, TWKeepEntry& entry)
+{
+    const auto meant = TWReadPathArgument(context.host.fileSystem(), context.places, given);
+    // A path such as "$XDG_DATA_HOME/x" is stored as it is, so that it follows the variable.
+    const bool asGiven = !given.starts_with('/') && given.find("/..") == std::string::npos;
+    entry.text = context.places.abbreviate(asGiven ? TWPath::withoutTrailingSlashes(given) : meant.path);
+    return meant.problem;
+}
+
+TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocation)
+{
+    const bool isPattern = invocation.has(PatternName);
+    if (isPattern == invocation.has(PathName))
+        return TWWrongUse(PathOrPattern);
+    if (isPattern && invocation.has(InsideName))
+        return TWWrongUse(InsidePattern);
+    TWKeepEntry entry{ Kind::Names, invocation.text(PatternName) };
+    if (!isPattern) {
+        entry.kind = invocation.has(InsideName) ? Kind::FolderWithContents : Kind::Path;
+        if (const auto problem = readPath(context, invocation.text(PathName), entry); !problem.empty())
+            return TWWrongUse(problem);
+    }
+    if (const auto mistake = entry.mistake(); !mistake.empty())
+        return TWWrongUse(TWText::fill(HasMistake, { mistake }));
+    if (!TWText::isValidUTF8(entry.text))
+        return { TWStatus::Failure, "", TWText::fill(NotText, { TWText::oneLine(entry.text) }) };
+    return TWSaved(*listOf(context).changeSaved([&](Records& records) {
+        records.emplace_back(entry);
+        return true;
+    }));
+}
+
+TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invocation)
+{
+    const auto text = invocation.text(Number);
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    std::optional<std::string> problem;
+    if (error == std::errc() && end == text.data() + text.size() && number > 0)
+        problem = listOf(context).changeSavedRow(number - 1, [](Records& records, std::size_t row) {
+            records.erase(records.begin() + static_cast<std::ptrdiff_t>(row));
+        });
+    return problem ? TWSaved(*problem) : TWWrongUse(TWText::fill(NoSuchEntry, { TWText::oneLine(text) }));
+}
+
+}
+
+TWCommandGroup TWKeepCommands()
+{
+    using enum TWCommandKind;
+    using enum TWArgument::Need;
+    using Argument = TWArgument::Kind;
+    return { "keep", "Show and change the list of what is never deleted",
+        {
+            { "list", "All entries", Reads, {}, list },
+            { "add", "Add an entry at the end", ChangesLists,
+                { { Argument::Path, Optional, PathName, PathHelp },
+                    { Argument::Flag, Optional, InsideName, InsideHelp },
+                    { Argument::Option, Optional, PatternName, PatternHelp, "NAME" } },
+                add },
+            { "remove", "Remove entry N", ChangesLists, { { Argument::Text, Required, Number, NumberHelp } }, remove },
+        } };
+}

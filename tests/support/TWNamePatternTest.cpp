@@ -1,0 +1,44 @@
+#include "support/TWNamePattern.h"
+
+#include <gtest/gtest.h>
+
+TEST(TWNamePatternTest, MatchesWholeNamesByteByByte)
+{
+    struct Row {
+        const char* pattern;
+        std::vector<std::string> matching;
+        std::vector<std::string> others;
+    };
+    const Row rows[] = {
+        { "*.kdbx", { "a.kdbx", ".kdbx", "a.kdbx.kdbx", "\xff.kdbx" }, { "a.KDBX", "a.kdbx~", "kdbx" } },
+        { "a?c",
+            { "abc",
+                "a\xff"
+                "c",
+                "a*c" },
+            { "ac", "a\u00e4c", "abcd" } },
+        { "a*b*c", { "abc", "aXbYbZc", "abbcc" }, { "acb", "abcd", "ab" } },
+        { "[abc]x", { "ax", "cx" }, { "dx", "[abc]x", "x" } },
+        { "[!a-c]", { "d", "!", "\xff" }, { "a", "b", "", "dd" } },
+        { "[]-]", { "]", "-" }, { "", "[]-]" } },
+        { "[!]]", { "a" }, { "]" } },
+        { "[a-]", { "a", "-" }, { "b" } },
+        { "[\x80-\xff]", { "\x90", "\xff" }, { "a" } },
+        { "x[ab", { "x[ab" }, { "xa" } },
+        { "[*]\\?", { "*\\a" }, { "a\\a", "*?" } },
+        { "**", { "", "x", "\n" }, {} },
+        { "", { "" }, { "x" } },
+    };
+    for (const auto& row : rows) {
+        const TWNamePattern pattern(row.pattern);
+        for (const auto& name : row.matching)
+            EXPECT_TRUE(pattern.matches(name)) << row.pattern << " " << name;
+        for (const auto& name : row.others)
+            EXPECT_FALSE(pattern.matches(name)) << row.pattern << " " << name;
+    }
+    // Takes forever if each "*" is tried with each length.
+    std::string stars;
+    for (int count = 0; count < 60; ++count)
+        stars += "*a";
+    EXPECT_FALSE(TWNamePattern(stars + "b").matches(std::string(255, 'a')));
+}
