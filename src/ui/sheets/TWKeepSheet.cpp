@@ -119,6 +119,9 @@ void TWKeepSheet::showEvent(QShowEvent* event)
     if (event->spontaneous())
         return;
     showProblem();
+    // If the default list is missing, there is no damaged file that OK would keep.
+    if (controller_.list().problem().empty())
+        showMessage(TWQtText::shown(controller_.problem()));
     controller_.sheetOpened();
 }
 
@@ -202,10 +205,9 @@ void TWKeepSheet::addDropped(const QList<QUrl>& files)
 
 void TWKeepSheet::showProblem()
 {
-    const auto problem = controller_.problem();
-    setProblem(problem.empty()
-            ? QString()
-            : tr("%1 Until then nothing at all is deleted. OK saves the list below.").arg(TWQtText::shown(problem)));
+    const auto& problem = controller_.list().problem();
+    setProblem(
+        problem.empty() ? QString() : tr("%1 Until then nothing at all is deleted.").arg(TWQtText::shown(problem)));
 }
 
 void TWKeepSheet::showUnreadableName(const QString& path)
