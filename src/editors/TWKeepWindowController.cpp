@@ -6,7 +6,15 @@
 namespace {
 
 constexpr auto FileName = "KeepList.plist";
+constexpr auto HelpAnchor = "Keep";
 constexpr auto NoDefaults = "The default keep list \"%@\" could not be read. Please install Tidewell again.";
+constexpr auto NotSavedTitle = "The keep list could not be saved.";
+constexpr auto DefaultsTitle = "Do you want to go back to the default keep list?";
+constexpr auto DefaultsText = "Entries that you have added are removed from the list. This cannot be undone.";
+constexpr auto Restore = "Restore";
+constexpr auto Cancel = "Cancel";
+constexpr auto NotAppliedTitle = "The default keep list could not be restored.";
+constexpr auto OK = "OK";
 
 }
 
@@ -14,8 +22,15 @@ TWKeepWindowController::TWKeepWindowController(const TWEditorContext& context, c
     : context_(context)
     , list_(
           context.dataFolder, FileName, [this](TWListState, const auto&) { return list_.read(defaultsPath()).records; })
+    , notes_(context.deletion, [this] {
+        if (view_)
+            view_->notesChanged();
+    })
 {
-    list_.setChanged([this] { handToGuard(); });
+    list_.setChanged([this] {
+        defaultsProblem_.clear(); // because a saved list needs no defaults
+        listChanged();
+    });
 }
 
 void TWKeepWindowController::awakeFromNib(TWLaunchKind)
@@ -29,14 +44,118 @@ void TWKeepWindowController::awakeFromNib(TWLaunchKind)
 void TWKeepWindowController::edit(const std::function<void(std::vector<TWKeepRecord>&)>& change)
 {
     list_.edit(change);
+    listChanged();
+}
+
+void TWKeepWindowController::ok()
+{
+    const auto problem = write();
+    if (problem.empty()) {
+        if (view_)
+            view_->closeSheet();
+        return;
+    }
+    const auto wrong
+        = std::ranges::find_if(entries(), [](const TWKeepRecord& record) { return !record.entry().mistake().empty(); });
+    if (view_ && wrong != entries().end())
+        view_->selectRow(static_cast<int>(wrong - entries().begin()));
+    context_.alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
+}
+
+void TWKeepWindowController::restoreDefaults()
+{
+    const TWAlert question{ DefaultsTitle, DefaultsText, Restore, Cancel, TWConfirming::LosesSomething };
+    context_.alerts.show(question, [this](TWAnswer answer) {
+        if (answer != TWAnswer::Default)
+            return;
+        if (const auto problem = applyDefaults(); !problem.empty())
+            context_.alerts.show({ NotAppliedTitle, problem, OK, "" }, [](TWAnswer) {});
+    });
+}
+
+std::string TWKeepWindowController::applyDefaults()
+{
+    auto defaults = list_.read(defaultsPath());
+    if (defaults.state != TWListState::Saved)
+        return TWText::fill(NoDefaults, { defaultsPath() });
+    edit([&](auto& records) { records = std::move(defaults.records); });
+    return "";
+}
+
+void TWKeepWindowController::help()
+{
+    if (view_)
+        view_->openHelpAnchor(HelpAnchor);
+}
+
+void TWKeepWindowController::addEntry(TWKeepEntry entry)
+{
+    edit([&](auto& records) { records.emplace_back(std::move(entry)); });
+    if (view_)
+        view_->selectRow(static_cast<int>(entries().size()) - 1);
+}
+
+void TWKeepWindowController::addPath(const std::string& path)
+{
+    const bool isFolder = context_.deletion.fileSystem.look(path, TWLinkAtEnd::Follow).isFolder();
+    addEntry({ isFolder ? TWKeepEntry::Kind::FolderWithContents : TWKeepEntry::Kind::Path,
+        context_.deletion.places.abbreviate(path) });
+}
+
+void TWKeepWindowController::removeEntry(int row)
+{
+    edit([&](auto& records) { records.erase(records.begin() + row); });
+}
+
+void TWKeepWindowController::insertEntry(int row, TWKeepRecord record)
+{
+    edit([&](auto& records) { records.insert(records.begin() + row, std::move(record)); });
+}
+
+void TWKeepWindowController::setText(int row, const std::string& text)
+{
+    change(row, { entries()[static_cast<std::size_t>(row)].entry().kind, text });
+}
+
+void TWKeepWindowController::setKind(int row, TWKeepEntry::Kind kind)
+{
+    change(row, { kind, entries()[static_cast<std::size_t>(row)].entry().text });
+}
+
+// The table, in which the entry was changed, shows the change by itself.
+void TWKeepWindowController::change(int row, TWKeepEntry entry)
+{
+    list_.edit([&](auto& records) { records[static_cast<std::size_t>(row)].setEntry(std::move(entry)); });
     handToGuard();
+    findNotes();
 }
 
 std::string TWKeepWindowController::write()
 {
     auto problem = list_.write();
+    if (problem.empty())
+        defaultsProblem_.clear();
     handToGuard();
     return problem;
+}
+
+void TWKeepWindowController::sheetOpened()
+{
+    notes_.clear();
+    sheetIsOpen_ = true;
+    findNotes();
+}
+
+void TWKeepWindowController::sheetClosed()
+{
+    sheetIsOpen_ = false;
+    finding_.reset();
+    notes_.clear();
+}
+
+TWKeepNote TWKeepWindowController::note(int row) const
+{
+    return notes_.note(entries()[static_cast<std::size_t>(row)].entry());
 }
 
 std::string TWKeepWindowController::problem() const
@@ -47,6 +166,22 @@ std::string TWKeepWindowController::problem() const
 std::string TWKeepWindowController::defaultsPath() const
 {
     return context_.bundle.resourcePath(FileName);
+}
+
+void TWKeepWindowController::listChanged()
+{
+    handToGuard();
+    if (view_)
+        view_->reloadTable();
+    findNotes();
+}
+
+void TWKeepWindowController::findNotes()
+{
+    if (!sheetIsOpen_)
+        return;
+    // Several edits within one turn of the event loop start one search.
+    finding_ = context_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { notes_.find(entries()); });
 }
 
 void TWKeepWindowController::handToGuard()

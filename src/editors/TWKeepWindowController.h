@@ -2,10 +2,26 @@
 
 #include "editors/TWEditor.h"
 #include "editors/TWEditorContext.h"
-#include "editors/TWKeepRecord.h"
+#include "editors/TWEditorView.h"
+#include "editors/TWKeepNotes.h"
 #include "settings/TWRecordList.h"
 
 class TWDictionaryWindowController;
+
+class TWKeepView : public TWEditorView {
+public:
+    // The list or its problem has changed.
+    virtual void reloadTable() = 0;
+
+    // The notes of some entries have changed.
+    virtual void notesChanged() = 0;
+
+    // Replaces the selection and scrolls to the row.
+    virtual void selectRow(int row) = 0;
+
+protected:
+    ~TWKeepView() = default;
+};
 
 // Owns the keep list and hands it to the deletion guard after every change, saved or not. Until a list is saved, the
 // shipped one is in force; a saved list is the whole truth. While the saved list cannot be read, the guard refuses
@@ -14,6 +30,7 @@ class TWKeepWindowController final : public TWEditor {
 public:
     TWKeepWindowController(const TWEditorContext&, const TWDictionaryWindowController&);
 
+    void setView(TWKeepView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
     bool hasUnsavedEdits() const override { return list_.hasUnsavedEdits(); }
 
@@ -25,7 +42,35 @@ public:
     // For commands, which change the saved list and then the live one with changeSaved() or changeSavedRow().
     TWRecordList<TWKeepRecord>& list() { return list_; }
 
+    // Sheet buttons.
+    void ok(); // saves and closes the sheet, which stays open if the list could not be saved
+    void restoreDefaults(); // asks first
+    void help();
+
+    // Adds the entry at the end and selects it.
+    void addEntry(TWKeepEntry);
+
+    // The same with an entry that keeps what is at that absolute path, a folder with everything in it.
+    void addPath(const std::string& path);
+
+    // In-place edits. Rows count from 0 and must exist.
+    void removeEntry(int row);
+    void insertEntry(int row, TWKeepRecord); // row may be one past the last
+    void setText(int row, const std::string& text);
+    void setKind(int row, TWKeepEntry::Kind);
+
+    // Replaces the live list by the shipped one. "" or one line if that cannot be read.
+    std::string applyDefaults();
+
     std::string write() override;
+
+    // Where the dialog that chooses a file starts.
+    const std::string& homeFolder() const { return context_.deletion.places.home; }
+
+    // While the sheet is open, what exists is found out in the background.
+    void sheetOpened();
+    void sheetClosed();
+    TWKeepNote note(int row) const;
 
     std::string file() const override { return list_.path(); }
     std::string keptAs() const override { return list_.keptAs(); }
@@ -36,9 +81,16 @@ public:
 
 private:
     std::string defaultsPath() const;
+    void change(int row, TWKeepEntry);
+    void listChanged();
+    void findNotes();
     void handToGuard();
 
     TWEditorContext context_;
+    TWKeepView* view_ = nullptr;
     TWRecordList<TWKeepRecord> list_;
     std::string defaultsProblem_;
+    bool sheetIsOpen_ = false;
+    TWKeepNotes notes_;
+    std::unique_ptr<TWRunLoopHandle> finding_; // begins on the next turn
 };

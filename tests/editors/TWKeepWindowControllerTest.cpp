@@ -93,6 +93,8 @@ TEST_F(TWKeepWindowControllerTest, WhileTheListCannotBeReadEverythingIsRefused)
     load();
     EXPECT_EQ(kept(), Unreadable);
     EXPECT_NE(controller->problem(), "");
+    EXPECT_EQ(controller->write(), "");
+    EXPECT_EQ(controller->problem() + kept(), "") << "a saved list needs no defaults";
 }
 
 TEST_F(TWKeepWindowControllerTest, WhatIsNotUnderstoodIsKeptUnlessThePathBecomesAPattern)

@@ -47,11 +47,8 @@ TWPathChooser::TWPathChooser(QWidget* window)
     , menu_(new QMenu(window))
 {
     menu_->setObjectName("chooserMenu");
-    const auto addEntry = [this](const QString& title, QFileDialog::FileMode mode) {
-        connect(menu_->addAction(title), &QAction::triggered, this, [this, mode] { openDialog(mode); });
-    };
-    addEntry(tr("Choose a &File..."), QFileDialog::ExistingFile);
-    addEntry(tr("Choose a Fol&der..."), QFileDialog::Directory);
+    addEntry(tr("Choose a &File..."), [this] { openDialog(QFileDialog::ExistingFile); });
+    addEntry(tr("Choose a Fol&der..."), [this] { openDialog(QFileDialog::Directory); });
     // Queued, because a menu hides before it reports which entry was chosen.
     connect(
         menu_, &QMenu::aboutToHide, this,
@@ -60,6 +57,11 @@ TWPathChooser::TWPathChooser(QWidget* window)
                 answer(std::nullopt);
         },
         Qt::QueuedConnection);
+}
+
+void TWPathChooser::addEntry(const QString& title, std::function<void()> chosen)
+{
+    connect(menu_->addAction(title), &QAction::triggered, this, std::move(chosen));
 }
 
 void TWPathChooser::choose(const QWidget& button, const Texts& texts, const std::string& startFolder,

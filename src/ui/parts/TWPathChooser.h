@@ -18,6 +18,9 @@ public:
     // The dialog opens as a sheet of the window.
     explicit TWPathChooser(QWidget* window);
 
+    // Adds an entry to the menu, for something else than a file or a folder.
+    void addEntry(const QString& title, std::function<void()> chosen);
+
     struct Texts {
         QString title;
         QString button; // the dialog's button that chooses

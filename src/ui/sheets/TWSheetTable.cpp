@@ -3,6 +3,7 @@
 #include "app/TWEditors.h"
 #include "ui/sheets/TWDictionarySheet.h"
 #include "ui/sheets/TWFilesSheet.h"
+#include "ui/sheets/TWKeepSheet.h"
 
 #include <algorithm>
 
@@ -22,6 +23,7 @@ std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
 // In the order of the Edit menu.
 constexpr TWSheetRow Rows[] = {
     { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."), make<TWFilesSheet, TWFilesWindowController> },
+    { "keep", QT_TRANSLATE_NOOP("TWSheetTable", "Keep &List..."), make<TWKeepSheet, TWKeepWindowController> },
     { "dictionary", QT_TRANSLATE_NOOP("TWSheetTable", "&Keyword Dictionary..."), makeDictionary },
 };
 

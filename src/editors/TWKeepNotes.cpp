@@ -1,0 +1,78 @@
+#include "editors/TWKeepNotes.h"
+
+#include "support/TWText.h"
+
+namespace {
+
+constexpr auto KeepsNothing = "Keeps nothing: the entry %@.";
+constexpr auto Missing = "Does not exist now";
+constexpr auto NotLookedAt = "Could not be looked at: %@";
+
+constexpr std::size_t NotesPerTurn = 100;
+
+bool isPath(const TWKeepEntry& entry)
+{
+    return entry.kind != TWKeepEntry::Kind::Names && entry.mistake().empty();
+}
+
+// Any thread.
+TWKeepNote lookAt(const TWFileSystem& fileSystem, const TWPlaces& places, const std::string& text)
+{
+    // They differ if the path has a ".."; then both are kept.
+    const auto look = fileSystem.look(places.expand(text));
+    const auto standardized = fileSystem.look(places.standardize(text));
+    if (look.isThere() || standardized.isThere())
+        return {};
+    for (const auto& each : { look, standardized }) {
+        if (each.presence == TWPresence::Unknown)
+            return { TWText::fill(NotLookedAt, { TWErrorText(each.error) }), true };
+    }
+    return { Missing };
+}
+
+}
+
+TWKeepNotes::TWKeepNotes(const TWDeletionTools& tools, std::function<void()> changed)
+    : tools_(tools)
+    , changed_(std::move(changed))
+{
+}
+
+void TWKeepNotes::find(const std::vector<TWKeepRecord>& records)
+{
+    looking_.reset();
+    std::vector<std::string> texts;
+    for (const auto& record : records) {
+        if (isPath(record.entry()) && !found_.contains(record.entry().text))
+            texts.push_back(record.entry().text);
+    }
+    if (texts.empty())
+        return;
+    looking_ = std::make_unique<TWBackgroundStream<Found>>(
+        tools_.runLoop, NotesPerTurn,
+        [texts = std::move(texts), places = tools_.places, &fileSystem = tools_.fileSystem](auto& sink) {
+            for (const auto& text : texts) {
+                if (!sink.cancellation().cancelled())
+                    sink.put({ text, lookAt(fileSystem, places, text) });
+            }
+        },
+        [this](Found found) {
+            found_.insert(std::move(found));
+            changed_();
+        },
+        [] {});
+}
+
+void TWKeepNotes::clear()
+{
+    looking_.reset();
+    found_.clear();
+}
+
+TWKeepNote TWKeepNotes::note(const TWKeepEntry& entry) const
+{
+    if (const auto mistake = entry.mistake(); !mistake.empty())
+        return { TWText::fill(KeepsNothing, { mistake }), true };
+    const auto found = found_.find(entry.text);
+    return isPath(entry) && found != found_.end() ? found->second : TWKeepNote();
+}
