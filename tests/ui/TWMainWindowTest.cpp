@@ -70,6 +70,7 @@ TEST_F(TWMainWindowTest, RowsShowTheSettingsAndWhatTheCleanersWouldDo)
     QTest::keyClick(check("trash"), Qt::Key_Space);
     EXPECT_TRUE(delegate->settings().boolean(TWKey::TrashCleaner));
     EXPECT_FALSE(check("logs")->isEnabled());
+    EXPECT_EQ(child<QLabel>(*window, "outcomeLabel")->text().toStdString(), line("trash"));
 
     // Another process has emptied the Trash and changed the settings meanwhile.
     std::filesystem::remove_all(machine.places.trash);
@@ -101,7 +102,9 @@ TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgainThoughClosing
     machine.launcher.endAll();
     EXPECT_TRUE(machine.waitFor([&] { return clean->isEnabled(); }));
     EXPECT_EQ(light("trash"), "Succeeded");
-    EXPECT_EQ(child<QLabel>(*window, "outcomeLabel")->text(), "Cleaning is done.");
+    EXPECT_EQ(child<QLabel>(*window, "outcomeLabel")->text().toStdString(),
+        "Cleaning is done. Freed " + TWText::size(2 * itemSize) + ".");
+    EXPECT_TRUE(child<QPushButton>(*window, "resultsButton")->isVisible());
     EXPECT_TRUE(machine.waitFor([&] { return line("trash") == "The Trash is empty"; }));
     EXPECT_FALSE(stop->isVisible());
 }
@@ -121,8 +124,9 @@ TEST_F(TWMainWindowTest, EscapeStopsARunAndOneThatEndsBeforeTheAnswerLetsTheWind
     EXPECT_FALSE(window->close());
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_TRUE(machine.waitFor([&] { return !delegate->running(); }));
-    EXPECT_EQ(light("trash"), "Failed");
-    EXPECT_EQ(child<QLabel>(*window, "outcomeLabel")->text(), "Cleaning was stopped.");
+    EXPECT_EQ(light("trash"), "Stopped");
+    EXPECT_EQ(
+        child<QLabel>(*window, "outcomeLabel")->text(), "Cleaning was stopped. Nothing was deleted. 2 items stayed.");
     EXPECT_EQ(machine.launcher.records.back(), "terminate");
     EXPECT_TRUE(window->isVisible());
     machine.alerts.answer(TWAnswer::Default);
