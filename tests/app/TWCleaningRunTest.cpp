@@ -121,7 +121,8 @@ TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
     startRun();
     delegate->stop();
     runLoop.advance(1s);
-    EXPECT_FALSE(delegate->running() || saw("front results") || saw("yellow 5"));
+    EXPECT_FALSE(delegate->running() || saw("front results") || saw("yellow 5") || saw("red 2"));
+    EXPECT_TRUE(saw("stopped 2"));
     EXPECT_EQ(view.lines.back(), "ended: failed");
     const auto lines = results();
     EXPECT_EQ(Lines(lines.end() - 2, lines.end()),

@@ -12,7 +12,7 @@ struct TWFakeApplicationView final : TWRunView, TWApplicationWindows {
 
     void showLight(int position, TWLight light) override
     {
-        const char* names[] = { "off", "yellow", "green", "red" };
+        const char* names[] = { "off", "yellow", "green", "red", "stopped" };
         lines.push_back(names[static_cast<int>(light)] + (" " + std::to_string(position)));
     }
     void startSpinning(int position) override { lines.push_back("spin " + std::to_string(position)); }
