@@ -42,8 +42,8 @@ std::string TWProblemAtStart(const TWHost& host, const TWBundle& bundle)
 {
     if (auto problem = host.problemOfPlaces(); !problem.empty())
         return problem;
-    const bool complete
-        = !bundle.identifier().empty() && TWWorld(host, bundle, host.places()).dataFolder.path().starts_with('/');
+    const TWDataFolder dataFolder(host.ownFiles(), host.places(), bundle);
+    const bool complete = !bundle.identifier().empty() && dataFolder.path().starts_with('/');
     return complete ? "" : TWText::fill(NotInstalled, { TWText::oneLine(bundle.resourcePath("Info.plist")) });
 }
 

@@ -31,8 +31,8 @@ constexpr auto DemoNotEmpty
 constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
                               "link or choose another folder.\n";
 
-// True if inner leads to outer or to something below it, whatever links and bind mounts are on the way. Neither
-// needs to exist.
+// True if inner leads to outer or to something below it, whatever links and bind mounts are on the way. Neither needs
+// to exist.
 bool isAtOrBelow(const TWFileSystem& fileSystem, const std::string& inner, const std::string& outer)
 {
     if (TWPath::isAtOrBelow(inner, outer))
