@@ -33,18 +33,17 @@ void TWPrepareProcess(const TWHost& host)
     qInstallMessageHandler(writeQtMessage);
 }
 
-TWFileBundle TWInstalledBundle(const TWHost& host)
+std::optional<TWFileBundle> TWInstalledBundle(const TWHost& host, std::string& problem)
 {
-    return { host.ownFiles(), host.places().resources };
-}
-
-std::string TWProblemAtStart(const TWHost& host, const TWBundle& bundle)
-{
-    if (auto problem = host.problemOfPlaces(); !problem.empty())
-        return problem;
-    const bool complete
-        = !bundle.identifier().empty() && TWWorld(host, bundle, host.places()).dataFolder.path().starts_with('/');
-    return complete ? "" : TWText::fill(NotInstalled, { TWText::oneLine(bundle.resourcePath("Info.plist")) });
+    problem = host.problemOfPlaces();
+    if (!problem.empty())
+        return std::nullopt;
+    TWFileBundle bundle(host.ownFiles(), host.places().resources);
+    const TWDataFolder dataFolder(host.ownFiles(), host.places(), bundle);
+    if (!bundle.identifier().empty() && dataFolder.path().starts_with('/'))
+        return bundle;
+    problem = TWText::fill(NotInstalled, { TWText::oneLine(bundle.resourcePath("Info.plist")) });
+    return std::nullopt;
 }
 
 std::string TWWorkingFolder()

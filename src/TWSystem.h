@@ -7,17 +7,17 @@
 #include "platform/qt/TWQtRunLoop.h"
 #include "settings/TWDataFolder.h"
 
+#include <optional>
+
 // What both programs are assembled from: `tidewell`, which carries out commands, and `tidewell-window`. Main thread.
 
 // Must be called first in main().
 void TWPrepareProcess(const TWHost&);
 
-// One line if Tidewell is not completely installed or cannot tell where its places are, else "". Ask before opening or
-// writing anything.
-std::string TWProblemAtStart(const TWHost&, const TWBundle&);
-
-// The bundle of this installation; it is the same in a sandbox.
-TWFileBundle TWInstalledBundle(const TWHost&);
+// The bundle of this installation; it is the same in a sandbox. Must be called before anything else is opened or
+// written. If Tidewell is not completely installed or cannot tell where its places are, returns nothing and sets
+// problem to one line.
+std::optional<TWFileBundle> TWInstalledBundle(const TWHost&, std::string& problem);
 
 // The working directory; "" if it has been deleted.
 std::string TWWorkingFolder();
@@ -36,7 +36,7 @@ struct TWWorld {
 // Makes and owns the platform. Needs a QCoreApplication.
 class TWSystem final {
 public:
-    // In a sandbox nothing is notified, because its runs must not show on the desktop.
+    // In a sandbox no notification is posted, because its runs must not show on the desktop.
     TWSystem(const TWWorld&, std::unique_ptr<TWNotifier>);
 
     TWPlatform platform(TWAlerts&);

@@ -119,15 +119,16 @@ int main(int argumentCount, char** arguments)
     const auto parsed = TWParseCommandLine(words, TWWorkingFolder());
     if (!parsed.invocation)
         return TWPrint(parsed.result);
-    const auto bundle = TWInstalledBundle(*host);
-    if (const auto line = TWProblemAtStart(*host, bundle); !line.empty())
-        return TWPrint({ TWStatus::Failure, "", line });
+    std::string notInstalled;
+    const auto bundle = TWInstalledBundle(*host, notInstalled);
+    if (!bundle)
+        return TWPrint({ TWStatus::Failure, "", notInstalled });
     TWCommandResult problem;
     const auto places = TWPlacesFor(*parsed.invocation, *host, problem);
     if (!places)
         return TWPrint(problem);
-    const TWWorld world(*host, bundle, *places);
-    problem.err = TWProblemOfPlaces(host->fileSystem(), *places, world.dataFolder.path());
+    const TWWorld world(*host, *bundle, *places);
+    problem.err = TWProblemOfPlaces(*host, *places, world.dataFolder.path());
     if (!problem.err.empty())
         return TWPrint({ places->sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem.err });
     if (!host->hasDisplay())

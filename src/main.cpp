@@ -45,8 +45,7 @@ TWCommandResult run(const TWWorld& world, const TWInvocation& invocation, int& a
     const auto kind = invocation.row->kind;
     if (kind == TWCommandKind::NeedsPlaces)
         return TWRunCommand({ world.host, world.places, world.dataFolder }, invocation);
-    if (auto problem = TWProblemOfPlaces(world.host.fileSystem(), world.places, world.dataFolder.path());
-        !problem.empty())
+    if (auto problem = TWProblemOfPlaces(world.host, world.places, world.dataFolder.path()); !problem.empty())
         return { world.places.sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem };
     const auto here = [&] { return runHere(world, invocation, argumentCount, arguments); };
     if (kind == TWCommandKind::ChangesLists) {
@@ -69,15 +68,16 @@ int main(int argumentCount, char** arguments)
     const auto parsed = TWParseCommandLine(words, workingFolder);
     if (!parsed.invocation)
         return TWPrint(parsed.result);
-    const auto bundle = TWInstalledBundle(*host);
-    if (const auto line = TWProblemAtStart(*host, bundle); !line.empty())
-        return TWPrint({ TWStatus::Failure, "", line });
+    std::string notInstalled;
+    const auto bundle = TWInstalledBundle(*host, notInstalled);
+    if (!bundle)
+        return TWPrint({ TWStatus::Failure, "", notInstalled });
     if (parsed.invocation->row->kind == TWCommandKind::OpensWindow)
         return TWPrint(becomeWindow(*host, arguments));
     TWCommandResult problem;
     const auto places = TWPlacesFor(*parsed.invocation, *host, problem);
     if (!places)
         return TWPrint(problem);
-    const TWWorld world(*host, bundle, *places);
+    const TWWorld world(*host, *bundle, *places);
     return TWPrint(run(world, *parsed.invocation, argumentCount, arguments, words, workingFolder));
 }

@@ -18,9 +18,9 @@ constexpr auto BusyTitle = "Another cleaning is running.";
 constexpr auto BusyText
     = "Tidewell is already cleaning in another window or terminal. Please wait until it is done, then try again.";
 constexpr auto NoLockTitle = "The cleaning could not be started.";
-constexpr auto NoLockText = "The file \"%@\", which keeps two cleanings from running at once, could not be locked "
-                            "(%@). Please remove what is "
-                            "at its place, then try again.";
+constexpr auto NoLockText
+    = "The file \"%@\", which keeps two cleanings from running at once, could not be locked (%@). "
+      "Please remove what is at its place, then try again.";
 constexpr auto OK = "OK";
 
 constexpr auto LockFile = ".cleaning.lock";

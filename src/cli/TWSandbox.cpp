@@ -22,8 +22,7 @@ constexpr auto InSystem = "The folder \"%@\" cannot be a sandbox: it belongs to 
                           "for example a new folder.\n";
 constexpr auto NoSandbox = "The sandbox folder \"%@\" could not be made (%@). Please choose another one.\n";
 constexpr auto OthersCanChange = "The folder \"%@\" cannot be a sandbox: other users can change it or a folder that it "
-                                 "is in. Please choose another "
-                                 "one, for example a new folder in your home folder.\n";
+                                 "is in. Please choose another one, which only you and root can change.\n";
 constexpr auto NoDemoFolder
     = "No folder for the demonstration could be made (%@). Please name one: \"tidewell demo DIR\".\n";
 constexpr auto DemoNotEmpty
@@ -31,26 +30,40 @@ constexpr auto DemoNotEmpty
 constexpr auto SandboxLeaks = "The sandbox folder \"%@\" holds a link that leads out of it: \"%@\". Please remove the "
                               "link or choose another folder.\n";
 
-// True if inner leads to outer or to something below it, whatever links and bind mounts are on the way. Neither
-// needs to exist.
+// The real path of the innermost folder on the way to the path that exists, and what follows it.
+std::pair<std::string, std::string> existingPart(const TWFileSystem& fileSystem, const std::string& path)
+{
+    std::string existing = path;
+    auto real = fileSystem.realPath(existing, TWLinkAtEnd::Follow);
+    for (; !real && existing != "/"; real = fileSystem.realPath(existing, TWLinkAtEnd::Follow))
+        existing = TWPath::parent(existing);
+    return { real.value_or("/"), path.substr(existing == "/" ? 0 : existing.size()) };
+}
+
+// True if inner leads to outer or to something below it, whatever links and bind mounts are on the way. Neither needs
+// to exist.
 bool isAtOrBelow(const TWFileSystem& fileSystem, const std::string& inner, const std::string& outer)
 {
     if (TWPath::isAtOrBelow(inner, outer))
         return true;
-    std::string existing = inner;
-    auto real = fileSystem.realPath(existing, TWLinkAtEnd::Follow);
-    for (; !real && existing != "/"; real = fileSystem.realPath(existing, TWLinkAtEnd::Follow))
-        existing = TWPath::parent(existing);
+    const auto real = existingPart(fileSystem, inner).first;
     const auto realOuter = fileSystem.realPath(outer, TWLinkAtEnd::Follow);
-    if (real && realOuter && TWPath::isAtOrBelow(*real, *realOuter))
+    if (realOuter && TWPath::isAtOrBelow(real, *realOuter))
         return true;
     int error = 0;
-    const auto held = fileSystem.holdFolder(real.value_or("/"), error);
+    const auto held = fileSystem.holdFolder(real, error);
     const auto chain = held ? held->chain() : std::vector<TWAncestor>();
     const auto look = fileSystem.look(outer, TWLinkAtEnd::Follow);
     return look.isThere() && std::any_of(chain.begin(), chain.end(), [&](const TWAncestor& ancestor) {
         return ancestor.identity == look.facts.identity;
     });
+}
+
+// True if another user can lead this one from the folder elsewhere. What does not exist yet will be this user's own.
+bool canOthersRedirect(const TWHost& host, const std::string& folder)
+{
+    const auto [real, missing] = existingPart(host.fileSystem(), folder);
+    return host.ownFiles().canOthersRedirect(TWPath::withoutTrailingSlashes(real == "/" ? missing : real + missing));
 }
 
 // Why the folder cannot be a sandbox, or nullptr.
@@ -94,12 +107,12 @@ std::optional<TWPlaces> sandboxAt(const std::string& wanted, const TWHost& host,
     }
     if (problem.status != TWStatus::Success)
         return std::nullopt;
-    int error = host.ownFiles().makeFolders(meant.path + "/home");
-    const auto root = error == 0 ? host.fileSystem().realPath(meant.path, TWLinkAtEnd::Follow, &error) : std::nullopt;
-    if (root && host.ownFiles().canOthersRedirect(*root)) {
+    if (canOthersRedirect(host, meant.path)) {
         problem = TWWrongUse(TWText::fill(OthersCanChange, { shown }));
         return std::nullopt;
     }
+    int error = host.ownFiles().makeFolders(meant.path + "/home");
+    const auto root = error == 0 ? host.fileSystem().realPath(meant.path, TWLinkAtEnd::Follow, &error) : std::nullopt;
     if (root)
         return host.sandboxPlaces(*root);
     problem = { TWStatus::Failure, "", TWText::fill(NoSandbox, { shown, TWErrorText(error) }) };
@@ -164,8 +177,9 @@ std::optional<TWPlaces> TWPlacesFor(const TWInvocation& invocation, const TWHost
     return invocation.sandbox ? sandboxAt(*invocation.sandbox, host, problem) : host.places();
 }
 
-std::string TWProblemOfPlaces(const TWFileSystem& fileSystem, const TWPlaces& places, const std::string& dataFolder)
+std::string TWProblemOfPlaces(const TWHost& host, const TWPlaces& places, const std::string& dataFolder)
 {
+    const auto& fileSystem = host.fileSystem();
     // Text in the settings file must be UTF-8.
     if (!TWText::isValidUTF8(places.settingsFile()))
         return TWText::fill(NotUTF8, { TWText::oneLine(places.configHome) });
@@ -177,6 +191,8 @@ std::string TWProblemOfPlaces(const TWFileSystem& fileSystem, const TWPlaces& pl
             = folder == places.home ? linkOut(fileSystem, root, folder) : linkOutOfFolder(fileSystem, root, folder);
         if (!link.empty())
             return TWText::fill(SandboxLeaks, { TWText::oneLine(root), TWText::oneLine(link) });
+        if (canOthersRedirect(host, folder))
+            return TWText::fill(OthersCanChange, { TWText::oneLine(folder) });
     }
     return "";
 }

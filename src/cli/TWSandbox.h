@@ -8,5 +8,6 @@
 std::optional<TWPlaces> TWPlacesFor(const TWInvocation&, const TWHost&, TWCommandResult& problem);
 
 // Returns one line if Tidewell cannot safely read and write its own files in these places, else "". In a sandbox, no
-// symbolic link where the settings, the lists and the window's socket are may lead out of it.
-std::string TWProblemOfPlaces(const TWFileSystem&, const TWPlaces&, const std::string& dataFolder);
+// symbolic link where the settings, the lists and the window's socket are may lead out of it, and no other user may be
+// able to put one there.
+std::string TWProblemOfPlaces(const TWHost&, const TWPlaces&, const std::string& dataFolder);

@@ -7,7 +7,9 @@ using namespace std::chrono_literals;
 
 bool TWLockResult::mayBeHeld() const
 {
-    switch (lock ? 0 : error) {
+    if (lock)
+        return false;
+    switch (error) {
     case EROFS:
     case EACCES:
     case ENOSPC:
@@ -18,7 +20,7 @@ bool TWLockResult::mayBeHeld() const
     case ENOSYS:
         return false;
     default:
-        return !lock;
+        return true;
     }
 }
 

@@ -36,8 +36,8 @@ public:
 
     // True if another user could replace an entry of the folder or the folder itself, for example with a symbolic link:
     // the folder or one of its parents belongs to somebody other than this user and root, or everybody may write to it.
-    // A parent with the sticky bit, such as /tmp, is safe. Also true if that could not be determined. Members of the
-    // folder's group are trusted. The path contains no symbolic links.
+    // A parent with the sticky bit, such as /tmp, is safe, and so is what does not exist. Also true if that could not
+    // be determined. Members of the folder's group are trusted. The path contains no symbolic links.
     virtual bool canOthersRedirect(const std::string& realPath) const = 0;
 
     // Removes temporary files that killed processes left in this folder. Those being written stay.

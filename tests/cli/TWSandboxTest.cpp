@@ -34,15 +34,30 @@ TEST_F(TWSandboxTest, TheRealHomeAndWhatHoldsItIsNoSandbox)
         expectRefused(result, held);
     }
     EXPECT_TRUE(std::filesystem::is_empty(home_));
+}
 
+TEST_F(TWSandboxTest, NobodyElseCanChangeIt)
+{
     using std::filesystem::perms;
-    for (const std::string open : { "open", "open/box/" }) {
-        const auto box = folder_.folder("open/box");
-        std::filesystem::permissions(folder_.path(open), perms::all);
-        expectRefused(run({ "words", "add", "x", "--sandbox", box }), box);
-        std::filesystem::permissions(folder_.path(open), perms::all | perms::sticky_bit);
-        EXPECT_EQ(run({ "words", "add", "x", "--sandbox", box }).status, open == "open" ? 0 : 2);
+    const auto box = folder_.folder("open/box");
+    const auto add = [&](const std::string& sandbox) { return run({ "words", "add", "x", "--sandbox", sandbox }); };
+    const auto allow = [&](const std::string& name, perms permitted) {
+        std::filesystem::permissions(folder_.path(name), permitted);
+    };
+    allow("open", perms::all);
+    expectRefused(add(box), box);
+    expectRefused(add(folder_.path("open/new/box")), "open/new/box");
+    EXPECT_FALSE(folder_.exists("open/new") || folder_.exists("open/box/home")) << "nothing is made there";
+    allow("open", perms::all | perms::sticky_bit);
+    EXPECT_EQ(add(box).status, 0);
+    for (const std::string inner : { "", "home", "home/.config/Tidewell", "home/.local/share/Tidewell", "run" }) {
+        const auto name = "open/box/" + inner;
+        folder_.folder(name);
+        allow(name, perms::all | perms::sticky_bit);
+        expectRefused(add(box), box);
+        allow(name, perms::owner_all);
     }
+    EXPECT_EQ(add(box).status, 0);
 }
 
 TEST_F(TWSandboxTest, NoLinkLeadsOutOfIt)

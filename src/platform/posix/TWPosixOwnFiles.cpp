@@ -204,10 +204,11 @@ bool TWPosixOwnFiles::canOthersRedirect(const std::string& realPath) const
 {
     const auto isSafe = [](const std::string& folder, bool isParent) {
         struct stat facts;
-        if (lstat(folder.c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode))
-            return false;
-        const bool isOurs = facts.st_uid == geteuid() || (isParent && facts.st_uid == 0);
-        return isOurs && ((facts.st_mode & S_IWOTH) == 0 || (isParent && (facts.st_mode & S_ISVTX) != 0));
+        if (lstat(folder.c_str(), &facts) != 0)
+            return errno == ENOENT;
+        const bool isTrusted = facts.st_uid == geteuid() || facts.st_uid == 0;
+        return S_ISDIR(facts.st_mode) && isTrusted
+            && ((facts.st_mode & S_IWOTH) == 0 || (isParent && (facts.st_mode & S_ISVTX) != 0));
     };
     std::string folder = TWPath::systemPath(realPath);
     bool safe = isSafe(folder, false);

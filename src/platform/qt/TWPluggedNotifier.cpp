@@ -25,3 +25,10 @@ void TWPluggedNotifier::post(const TWNotification& notification)
     }
     notifier_->post(notification);
 }
+
+void TWPluggedNotifier::setClicked(std::function<void()> clicked)
+{
+    clicked_ = std::move(clicked);
+    if (notifier_)
+        notifier_->setClicked(clicked_);
+}

@@ -16,7 +16,7 @@ public:
 
     // Writes a line to the log if the plug-in cannot be loaded.
     void post(const TWNotification&) override;
-    void setClicked(std::function<void()> clicked) override { clicked_ = std::move(clicked); }
+    void setClicked(std::function<void()>) override;
 
 private:
     const std::string plugIn_;
