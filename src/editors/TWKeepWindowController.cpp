@@ -1,6 +1,7 @@
 #include "editors/TWKeepWindowController.h"
 
 #include "deletion/TWFileDeleter.h"
+#include "support/TWPath.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -14,6 +15,7 @@ constexpr auto NotSavedTitle = "The keep list could not be saved.";
 constexpr auto NotText
     = "\"%@\" cannot be kept in a list, because it is not valid UTF-8. Keep the folder around it, or "
       "its name with \"?\" in the place of such bytes.";
+constexpr auto InTrash = "\"%@\" lies in the Trash, where nothing is kept. Please restore it first.";
 constexpr auto DefaultsTitle = "Do you want to go back to the default keep list?";
 constexpr auto DefaultsText = "Entries that you have added are removed from the list. This cannot be undone.";
 constexpr auto Restore = "Restore";
@@ -129,6 +131,11 @@ std::string TWKeepWindowController::save(const TWKeepEntry& entry)
 
 std::string TWKeepWindowController::keep(const std::string& path)
 {
+    const auto& fileSystem = context_.deletion.fileSystem;
+    const auto real = fileSystem.realPath(path);
+    const auto trash = fileSystem.realPath(context_.deletion.places.trash, TWLinkAtEnd::Follow);
+    if (real && trash && TWPath::isAtOrBelow(*real, *trash))
+        return TWText::fill(InTrash, { TWText::oneLine(path) });
     return save(entryFor(path));
 }
 

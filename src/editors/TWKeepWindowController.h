@@ -58,7 +58,8 @@ public:
     // read stays as it is, because what else it would keep is not known.
     std::string save(const TWKeepEntry&);
 
-    // The same with what is at that absolute path, a folder with everything in it.
+    // The same with what is at that absolute path, a folder with everything in it. Nothing is kept in the Trash, so
+    // that a path in it is not saved either.
     std::string keep(const std::string& path);
 
     // In-place edits. Rows count from 0 and must exist.

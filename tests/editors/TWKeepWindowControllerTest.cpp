@@ -73,6 +73,8 @@ TEST_F(TWKeepWindowControllerTest, OnePathIsKeptAtOnceAndSavedWithoutTheEdits)
     for (const auto* path : { "/b", "/b", "/x" })
         EXPECT_EQ(controller->keep(places.home + path), "");
     EXPECT_NE(controller->keep(places.home + "/\xff").find("\"?\""), std::string::npos);
+    root.write("home/.local/share/Trash/files/t", "");
+    EXPECT_NE(controller->keep(places.trash + "/files/t").find("in the Trash"), std::string::npos);
     EXPECT_EQ(kept(), "abc");
     load();
     EXPECT_EQ(kept(), "ab");
