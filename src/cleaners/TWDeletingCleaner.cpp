@@ -204,8 +204,9 @@ void TWDeletingCleaner::stopPerforming()
     if (headStart_) {
         headStart_.reset();
         sizes_.reset();
-        outcome_ = { 0, queued_.size(), 0, true };
-        ending_ = runLoop().after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, texts_.failure); });
+        measuredInTime_ = true;
+        fileDeleteQueue_->stop();
+        verifyQueue();
     } else if (followersQueue_) {
         followersQueue_->stop();
     } else if (findingFollowers_) {
