@@ -2,7 +2,7 @@
 
 #include "app/TWCleanerTable.h"
 #include "app/TWPreviewTotal.h"
-#include "platform/TWBackgroundStream.h"
+#include "cleaners/TWPlanSizes.h"
 
 enum class TWTick { Off, On };
 
@@ -42,16 +42,16 @@ public:
     std::size_t itemsFound() const { return itemsFound_; }
 
     // How many items, from the first one on, have a known size.
-    std::size_t itemsSized() const { return bytes_->size(); }
+    std::size_t itemsSized() const { return sizes_ ? sizes_->known() : 0; }
 
     // Space on disk, for a folder with its contents; 0 for an item that would be left alone. The item must be one of
     // the sized ones.
-    std::uint64_t bytes(std::size_t item) const { return (*bytes_)[item]; }
+    std::uint64_t bytes(std::size_t item) const { return (*sizes_->bytes())[item]; }
 
     // Folders and entries inside the items that could not be read, so that the sizes are too small.
-    std::uint64_t unknown() const { return unknown_; }
+    std::uint64_t unknown() const { return sizes_ ? sizes_->unreadable() : 0; }
 
-    // Known as soon as the first item has a size.
+    // Of the items found so far.
     const std::vector<Group>& groups() const { return groups_; }
 
     // The plan and all sizes are known.
@@ -73,22 +73,14 @@ public:
     void setTicked(const Group&, TWTick);
     void setAllTicked(TWTick);
 
-    TWPreviewShare share() const { return { plan_, bytes_, unticked_ }; }
+    TWPreviewShare share() const { return { plan_, sizes_->bytes(), unticked_ }; }
 
     // What is ticked; without a plan if nothing is, or if the preview is not complete.
     TWPlannedJob job() const;
 
 private:
-    // Sizes of the next items.
-    struct Sizes {
-        std::vector<Group> groups; // all of them, with the first sizes
-        std::vector<std::uint64_t> bytes;
-        std::uint64_t unknown = 0;
-    };
-    class Measurement;
-
+    void findGroups(const TWPlan&);
     void measure(TWPlan);
-    void take(const Sizes&);
     bool takesPart() const;
 
     const int position_;
@@ -100,12 +92,10 @@ private:
     TWPlanReasons reasons_;
     std::shared_ptr<const TWPlan> plan_;
     std::size_t itemsFound_ = 0;
-    const std::shared_ptr<std::vector<std::uint64_t>> bytes_ = std::make_shared<std::vector<std::uint64_t>>();
-    std::uint64_t unknown_ = 0;
     std::vector<Group> groups_;
     bool isComplete_ = false;
     bool allUnticked_ = false; // also decides for a plan without items
     std::vector<bool> unticked_; // by item
     std::unique_ptr<TWRunLoopHandle> planning_;
-    std::unique_ptr<TWBackgroundStream<Sizes>> measuring_;
+    std::unique_ptr<TWPlanSizes> sizes_; // once there is a plan
 };
