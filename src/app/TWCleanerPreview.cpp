@@ -29,6 +29,8 @@ void TWCleanerPreview::start(
     planning_ = cleaner_->makePlan(
         [this](const TWPlan& soFar) {
             findGroups(soFar);
+            if (!plan_ && !soFar.items.empty())
+                showFirstItems(soFar);
             changed_();
         },
         [this](TWPlan plan) { measure(std::move(plan)); });
@@ -46,10 +48,18 @@ void TWCleanerPreview::findGroups(const TWPlan& plan)
 {
     for (; itemsFound_ < plan.items.size(); ++itemsFound_) {
         const auto rule = plan.items[itemsFound_].rule;
-        if (groups_.empty() || groups_.back().rule != rule)
-            groups_.push_back({ rule, itemsFound_, itemsFound_ });
-        groups_.back().end = itemsFound_ + 1;
+        if (foundGroups_.empty() || foundGroups_.back().rule != rule)
+            foundGroups_.push_back({ rule, itemsFound_, itemsFound_ });
+        foundGroups_.back().end = itemsFound_ + 1;
     }
+}
+
+// The first part of a plan is small, and comes long before the last one of a large plan.
+void TWCleanerPreview::showFirstItems(const TWPlan& soFar)
+{
+    plan_ = std::make_shared<const TWPlan>(soFar.copy());
+    groups_ = foundGroups_;
+    unticked_.assign(plan_->items.size(), allUnticked_);
 }
 
 // An item that would be left alone may be as large as the home folder, and nobody needs its size.
@@ -57,7 +67,9 @@ void TWCleanerPreview::measure(TWPlan plan)
 {
     plan_ = std::make_shared<const TWPlan>(std::move(plan));
     findGroups(*plan_);
-    unticked_.assign(itemsFound_, allUnticked_);
+    groups_ = std::exchange(foundGroups_, {});
+    isPlanned_ = true;
+    unticked_.resize(itemsFound_, allUnticked_);
     sizes_ = std::make_unique<TWPlanSizes>(
         context_.deletion.runLoop, context_.deletion.fileSystem, plan_,
         [plan = plan_](std::size_t item) { return plan->wouldDelete(plan->items[item]); }, changed_,
@@ -66,12 +78,13 @@ void TWCleanerPreview::measure(TWPlan plan)
             const auto call = ended_;
             call();
         });
+    bytes_ = sizes_->bytes();
     changed_();
 }
 
 bool TWCleanerPreview::hasProblem() const
 {
-    if (!plan_ || plan_->failure || plan_->incomplete || unknown() > 0)
+    if (!isPlanned_ || plan_->failure || plan_->incomplete || unknown() > 0)
         return true;
     return std::any_of(plan_->items.begin(), plan_->items.end(), [](const auto& item) { return item.objection; });
 }
@@ -98,15 +111,15 @@ std::string TWCleanerPreview::refusal(const TWPlannedItem& item) const
 void TWCleanerPreview::setTicked(std::size_t item, TWTick tick)
 {
     unticked_[item] = tick == TWTick::Off;
-    allUnticked_ = false;
 }
 
 void TWCleanerPreview::setTicked(const Group& group, TWTick tick)
 {
+    if (!isPlanned_)
+        return;
     const auto begin = unticked_.begin();
     std::fill(begin + static_cast<std::ptrdiff_t>(group.begin), begin + static_cast<std::ptrdiff_t>(group.end),
         tick == TWTick::Off);
-    allUnticked_ = false;
 }
 
 void TWCleanerPreview::setAllTicked(TWTick tick)
@@ -118,7 +131,7 @@ void TWCleanerPreview::setAllTicked(TWTick tick)
 TWPlannedJob TWCleanerPreview::job() const
 {
     TWPlannedJob job;
-    if (!isComplete_ || allUnticked_ || !takesPart())
+    if (!isComplete_ || !takesPart())
         return job;
     job.plan = plan_;
     job.warning = warning_;
@@ -138,5 +151,5 @@ bool TWCleanerPreview::takesPart() const
             return true;
         empty = false;
     }
-    return empty;
+    return empty && !allUnticked_;
 }
