@@ -250,7 +250,7 @@ TEST_F(TWPreviewTest, MayBeStoppedOrDestroyedAtAnyMoment)
 
 TEST_F(TWPreviewTest, ShowsTheFirstItemsEarlyAndKeepsTheirTicks)
 {
-    constexpr std::size_t Count = 20'000;
+    constexpr std::size_t Count = 10'000; // more parts than one turn takes
     for (std::size_t number = 0; number < Count; ++number)
         root.write("home/.local/share/Trash/files/" + std::to_string(number), "");
     chosen[Files] = false;
