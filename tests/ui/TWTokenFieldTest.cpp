@@ -61,6 +61,7 @@ TEST_F(TWTokenFieldTest, SplitsWhatIsPastedAndKeepsTensOfThousands)
         many.append(QString("word %1").arg(word));
     paste(many.join('\n'));
     EXPECT_EQ(field.words().mid(6), many);
+    EXPECT_TRUE(field.viewport()->rect().contains(input->geometry())) << "the caret is out of view";
 }
 
 TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
@@ -133,9 +134,21 @@ TEST_F(TWDictionarySheetTest, RemovedWordsComeBackAndNothingElse)
     key(Qt::Key_A, Qt::ControlModifier);
     key(Qt::Key_X, Qt::ControlModifier);
     EXPECT_TRUE(words().empty());
-    for (int press = 0; press < 3; ++press)
-        key(Qt::Key_Z, Qt::ControlModifier);
+    type("later,");
+    EXPECT_NE(child<QLabel>(sheet, "undoBarLabel")->text(), "") << "the removed words must not seem to be lost";
+    const auto undo = [this] { key(Qt::Key_Z, Qt::ControlModifier); };
+    undo();
+    EXPECT_TRUE(words().empty()) << "the latest change comes first";
+    undo();
+    undo();
     EXPECT_EQ(words(), before);
+    key(Qt::Key_F2);
+    type("D");
+    key(Qt::Key_Return);
+    undo();
+    EXPECT_EQ(words(), before);
+    undo();
+    EXPECT_EQ(words(), (Lines{ "a", "b", "c" }));
     EXPECT_EQ(input->text(), "");
 }
 

@@ -115,6 +115,8 @@ QWidget* TWRecordDelegate::createEditor(
     if (editor) {
         editor->setObjectName(column.name + "Editor");
         editor->setAccessibleName(column.title);
+        if (column.kind == Kind::Path)
+            editor->setLayoutDirection(Qt::LeftToRight);
     }
     return editor;
 }

@@ -32,8 +32,9 @@ public:
     // Keeps the word being typed or edited. If the edited token is gone, its text becomes a new word.
     void setWords(const QStringList&);
 
-    // Puts removed words back and selects them. Counts as an edit by the user.
-    void insertWords(const TWPlacedWords&);
+    // Removes and inserts words, as to undo an edit, and selects the inserted ones. Words that are no longer at their
+    // indexes are looked for. Sends only wordsEdited().
+    void replaceWords(const TWPlacedWords& removed, const TWPlacedWords& inserted);
 
     // Ends the word being typed or edited.
     void finishTyping();
@@ -48,8 +49,8 @@ signals:
     // The user has changed the words. Not sent by setWords().
     void wordsEdited();
 
-    // Sent after wordsEdited().
-    void wordsRemoved(const TWPlacedWords&);
+    // Sent after wordsEdited() with what the edit has replaced.
+    void wordsReplaced(const TWPlacedWords& removed, const TWPlacedWords& inserted);
 
     // The user has pressed Ctrl+Z and there is no typing to undo.
     void undoRequested();
@@ -76,6 +77,7 @@ private:
     void reveal(const QRect&);
     void paintToken(QPainter&, int token) const;
     void paintFrame(QPainter&, int token) const;
+    QString selectionText() const;
     void updateDescription();
 
     void splitTyped(const QString& typed);

@@ -9,12 +9,16 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 // In the tab order.
 constexpr QDialogButtonBox::ButtonRole Roles[] = {
     QDialogButtonBox::AcceptRole,
+    QDialogButtonBox::DestructiveRole,
     QDialogButtonBox::RejectRole,
+    QDialogButtonBox::ActionRole,
     QDialogButtonBox::ResetRole,
     QDialogButtonBox::HelpRole,
 };
@@ -203,5 +207,9 @@ void TWSheet::showUndo()
 {
     if (undoSteps_.empty() && undoBar_->isAncestorOf(focusWidget()) && firstFocus_)
         firstFocus_->setFocus();
-    undoBar_->setText(undoSteps_.empty() ? QString() : undoSteps_.back().text);
+    const bool anyText
+        = std::any_of(undoSteps_.begin(), undoSteps_.end(), [](const auto& step) { return step.text != ""; });
+    const auto newest = undoSteps_.empty() ? QString() : undoSteps_.back().text;
+    undoBar_->setText(
+        anyText && newest.isEmpty() ? tr("The latest changes can be undone, one after the other.") : newest);
 }

@@ -54,6 +54,7 @@ constexpr int WidestRow = 110; // in characters; in a wider row the parts would 
 TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     : delegate_(delegate)
     , messageBar_(new TWMessageBar(TWMessageBar::Kind::Warning, "messageBar"))
+    , unsavedBar_(new TWMessageBar(TWMessageBar::Kind::Notice, "unsavedBar", tr("Save &Now")))
     , lines_(delegate.cleanerContext(), delegate.settingsSources(),
           [this](int position, const std::string& line) {
               rows_[static_cast<std::size_t>(position)]->setLine(TWQtText::shown(line));
@@ -111,6 +112,8 @@ QWidget* TWMainWindow::createRows()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(RowSpacing);
     column->addWidget(messageBar_);
+    column->addWidget(unsavedBar_);
+    connect(unsavedBar_, &TWMessageBar::pressed, this, &TWMainWindow::saveNow);
     for (const auto& cleaner : TWCleanerTable()) {
         const auto editable
             = TWSheetNamed(cleaner.editor) ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No;
@@ -130,7 +133,7 @@ QLayout* TWMainWindow::createButtons()
     stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
     cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
     cleanButton_->setDefault(true);
-    resultsButton_ = createButton(tr("&Results"), "resultsButton", tr("Show the results"));
+    resultsButton_ = createButton(tr("Res&ults"), "resultsButton", tr("Show the results"));
     resultsButton_->hide();
     sentence_ = new QLabel;
     sentence_->setObjectName("outcomeLabel");
@@ -242,6 +245,7 @@ void TWMainWindow::refresh()
     for (std::size_t position = 0; position < table.size(); ++position)
         rows_[position]->setChecked(table[position].available && delegate_.settings().boolean(table[position].key));
     showProblems();
+    showUnsaved();
     if (painted_ && !delegate_.running())
         lines_.refresh();
 }
@@ -267,6 +271,15 @@ void TWMainWindow::showProblems()
         lines.append(TWQtText::shown(problem));
     lines.removeAll(QString());
     messageBar_->setText(lines.join('\n'));
+}
+
+void TWMainWindow::showUnsaved()
+{
+    QStringList titles;
+    for (const auto* editor : editorsWithEdits())
+        titles.append(QLatin1String(editor->title()));
+    unsavedBar_->setText(
+        titles.isEmpty() ? QString() : tr("Not saved, but in use until you quit: %1.").arg(titles.join(", ")));
 }
 
 void TWMainWindow::clean()
@@ -379,8 +392,7 @@ void TWMainWindow::closeIfEnded()
 void TWMainWindow::closeEvent(QCloseEvent* event)
 {
     event->ignore();
-    const bool nothingToAsk = !delegate_.running() && editorsWithEdits().empty();
-    if (closing_ == Closing::Now || (closing_ == Closing::No && nothingToAsk)) {
+    if (closing_ == Closing::Now || (closing_ == Closing::No && canQuitSilently())) {
         event->accept();
         emit quitRequested();
     } else if (closing_ != Closing::No) {
@@ -401,9 +413,14 @@ void TWMainWindow::closeEvent(QCloseEvent* event)
                 if (problem.empty())
                     close();
                 else
-                    delegate_.platform().alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
+                    showNotSaved(problem);
             });
     }
+}
+
+bool TWMainWindow::canQuitSilently() const
+{
+    return !delegate_.running() && editorsWithEdits().empty();
 }
 
 std::vector<TWEditor*> TWMainWindow::editorsWithEdits() const
@@ -422,6 +439,18 @@ std::string TWMainWindow::saveEdits()
             problems += (problems.empty() ? "" : "\n") + problem;
     }
     return problems;
+}
+
+void TWMainWindow::saveNow()
+{
+    if (const auto problem = saveEdits(); !problem.empty())
+        showNotSaved(problem);
+    refresh();
+}
+
+void TWMainWindow::showNotSaved(const std::string& problem)
+{
+    delegate_.platform().alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
 }
 
 void TWMainWindow::askBeforeClosing(const TWAlert& question, std::function<void(TWAnswer)> answered)
