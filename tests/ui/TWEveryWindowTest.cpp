@@ -127,6 +127,7 @@ TEST_F(TWEveryWindowTest, Pictures)
     delegate.editors().get<TWFilesWindowController>().applyDefaults();
     forEach([&](QWidget& window) {
         machine.runLoop.runUntilIdle();
+        QCoreApplication::processEvents(); // so that the layouts follow
         for (const auto& [theme, back, base, text] : { std::tuple("dark", 0x31363b, 0x232629, 0xfcfcfc),
                  { "contrast", 0x000000, 0x000000, 0xffffff }, { "light", 0xefefef, 0xffffff, 0x000000 } }) {
             QPalette palette(QColor::fromRgb(back));

@@ -149,12 +149,12 @@ QString TWFilesSheet::problem() const
     return TWQtText::shown(controller_.problem());
 }
 
-void TWFilesSheet::add()
+void TWFilesSheet::addRecord()
 {
     controller_.add();
 }
 
-void TWFilesSheet::remove(int row)
+void TWFilesSheet::removeRecord(int row)
 {
     const auto removed = rule(row);
     controller_.remove();

@@ -28,8 +28,8 @@ private:
         const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) override;
 
     QString problem() const override;
-    void add() override;
-    void remove(int row) override;
+    void addRecord() override;
+    void removeRecord(int row) override;
 
     std::vector<TWRecordColumn> columns();
     const TWFilesRule& rule(int row) const;

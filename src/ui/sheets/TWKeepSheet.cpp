@@ -116,7 +116,7 @@ QString TWKeepSheet::problem() const
     return problem.empty() ? QString() : tr("%1 Until then nothing at all is deleted.").arg(TWQtText::shown(problem));
 }
 
-void TWKeepSheet::add()
+void TWKeepSheet::addRecord()
 {
     choosePath(tr("Select a file or folder to keep"), tr("Choose"), [this](const std::optional<std::string>& path) {
         if (path)
@@ -131,7 +131,7 @@ void TWKeepSheet::addName()
     table().edit(table().currentIndex());
 }
 
-void TWKeepSheet::remove(int row)
+void TWKeepSheet::removeRecord(int row)
 {
     const auto removed = controller_.entries()[static_cast<std::size_t>(row)];
     controller_.removeEntry(row);

@@ -23,8 +23,8 @@ private:
     void selectRow(int row) override;
 
     QString problem() const override;
-    void add() override;
-    void remove(int row) override;
+    void addRecord() override;
+    void removeRecord(int row) override;
 
     std::vector<TWRecordColumn> columns();
     const TWKeepEntry& entry(int row) const;

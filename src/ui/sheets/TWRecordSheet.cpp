@@ -55,10 +55,10 @@ void TWRecordSheet::createContent()
     layout->addWidget(pane_, 1);
     layout->addWidget(unsaved_);
     setContent(content, table_);
-    connect(pane_, &TWRecordPane::addRequested, this, &TWRecordSheet::add);
+    connect(pane_, &TWRecordPane::addRequested, this, &TWRecordSheet::addRecord);
     connect(pane_, &TWRecordPane::removeRequested, this, [this] {
         if (table_->selectedRow() != -1)
-            remove(table_->selectedRow());
+            removeRecord(table_->selectedRow());
     });
     connect(table_, &TWRecordTable::filesDropped, this, &TWRecordSheet::addDropped);
     connect(table_, &TWRecordTable::selectedRecordChanged, this, &TWRecordSheet::showUnsaved);

@@ -37,8 +37,8 @@ protected:
     virtual QString problem() const = 0;
 
     // The user wants to add a record or to remove the one in that row.
-    virtual void add() = 0;
-    virtual void remove(int row) = 0;
+    virtual void addRecord() = 0;
+    virtual void removeRecord(int row) = 0;
 
     // Lets the user choose a file or folder to add.
     void choosePath(

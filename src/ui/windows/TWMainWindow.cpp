@@ -270,7 +270,7 @@ void TWMainWindow::showProblems()
     for (const auto& problem : problems)
         lines.append(TWQtText::shown(problem));
     lines.removeAll(QString());
-    messageBar_->setText(lines.join('\n'));
+    showInBar(*messageBar_, lines.join('\n'));
 }
 
 void TWMainWindow::showUnsaved()
@@ -278,8 +278,17 @@ void TWMainWindow::showUnsaved()
     QStringList titles;
     for (const auto* editor : editorsWithEdits())
         titles.append(QLatin1String(editor->title()));
-    unsavedBar_->setText(
-        titles.isEmpty() ? QString() : tr("Not saved, but in use until you quit: %1.").arg(titles.join(", ")));
+    const auto unsaved = tr("Not saved, but in use until you quit: %1.").arg(titles.join(", "));
+    showInBar(*unsavedBar_, titles.isEmpty() ? QString() : unsaved);
+}
+
+// The window grows with a bar that appears, so that no row is pushed out of sight.
+void TWMainWindow::showInBar(TWMessageBar& bar, const QString& text)
+{
+    const bool appears = bar.isHidden() && !text.isEmpty();
+    bar.setText(text);
+    if (appears && isVisible() && !isMaximized())
+        resize(TWFitToScreen(*this, size() + QSize(0, bar.sizeHint().height() + RowSpacing)));
 }
 
 void TWMainWindow::clean()

@@ -80,6 +80,7 @@ private:
     void stop();
     void closeIfEnded();
     void showUnsaved();
+    void showInBar(TWMessageBar&, const QString& text);
     void saveNow();
     void showNotSaved(const std::string& problem);
     std::vector<TWEditor*> editorsWithEdits() const;
