@@ -13,7 +13,7 @@ namespace {
 
 constexpr auto NoRules = "No rules yet";
 constexpr auto RulesOn = "%@ of %@ rules on";
-constexpr auto NotSaved = "%@, changes not saved";
+constexpr auto NotSaved = "%@, not saved";
 constexpr auto InTheTrash = "it is in the Trash";
 
 // By kind of rule, in the order of TWWhatToDelete.
