@@ -19,6 +19,7 @@ namespace {
 
 constexpr int RowPadding = 10;
 constexpr int CellPadding = 8;
+constexpr int FewestRows = 4; // the header is one of them
 constexpr int NarrowestColumn = 6; // in characters
 constexpr std::size_t TypicalPercent = 80;
 constexpr int MeasuredRows = 100;
@@ -133,6 +134,11 @@ void TWRecordTable::finishEditing()
 {
     if (state() == EditingState)
         setFocus();
+}
+
+QSize TWRecordTable::sizeHint() const
+{
+    return { QTableView::sizeHint().width(), FewestRows * verticalHeader()->defaultSectionSize() };
 }
 
 // While there is a current cell, Return belongs to it and does not press the sheet's default button. The base class

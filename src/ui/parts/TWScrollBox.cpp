@@ -1,7 +1,6 @@
 #include "ui/parts/TWScrollBox.h"
 
 #include <QEvent>
-#include <QLayout>
 #include <QScreen>
 #include <QScrollBar>
 
@@ -40,25 +39,9 @@ QSize TWScrollBox::minimumSizeHint() const
 
 bool TWScrollBox::eventFilter(QObject* object, QEvent* event)
 {
-    if (object == widget() && event->type() == QEvent::LayoutRequest) {
-        keepContentHeight();
+    if (object == widget() && event->type() == QEvent::LayoutRequest)
         updateGeometry();
-    }
     return QScrollArea::eventFilter(object, event);
-}
-
-void TWScrollBox::resizeEvent(QResizeEvent* event)
-{
-    QScrollArea::resizeEvent(event);
-    keepContentHeight();
-}
-
-// The base class does not know that texts need more height in a narrow window, and would cut them.
-void TWScrollBox::keepContentHeight()
-{
-    const auto* layout = widget()->layout();
-    if (layout && layout->hasHeightForWidth())
-        widget()->setMinimumHeight(layout->totalMinimumHeightForWidth(viewport()->width()));
 }
 
 QSize TWFitToScreen(const QWidget& window, const QSize& wanted)

@@ -14,10 +14,6 @@ public:
 
 protected:
     bool eventFilter(QObject*, QEvent*) override;
-    void resizeEvent(QResizeEvent*) override;
-
-private:
-    void keepContentHeight();
 };
 
 // Returns the wanted size of a window, reduced so that the window and its frame fit on its screen.

@@ -19,6 +19,7 @@ namespace {
 constexpr int Gap = 5;
 constexpr int Padding = 9; // on either side of a token's text, in pixels
 constexpr int NarrowestInput = 180;
+constexpr int FewestLines = 3;
 constexpr float TokenTint = 0.22F;
 constexpr qsizetype MostSpoken = 20; // words
 constexpr float EmptyOpacity = 0.72F;
@@ -450,6 +451,16 @@ int TWTokenField::widthOf(const QString& word) const
     return fontMetrics().horizontalAdvance(shown(word)) + 2 * Padding;
 }
 
+QSize TWTokenField::sizeHint() const
+{
+    return { QAbstractScrollArea::sizeHint().width(), FewestLines * boxHeight() };
+}
+
+int TWTokenField::boxHeight() const
+{
+    return fontMetrics().height() + 8;
+}
+
 // Called after the words or the font have changed.
 void TWTokenField::measure()
 {
@@ -467,11 +478,10 @@ void TWTokenField::arrange()
     widths.push_back(typed);
     if (editing_ != None)
         widths[static_cast<std::size_t>(editing_)] = typed;
-    const int boxHeight = fontMetrics().height() + 8;
-    layout_.arrange(widths, { viewport()->width(), boxHeight, Gap });
+    layout_.arrange(widths, { viewport()->width(), boxHeight(), Gap });
     verticalScrollBar()->setRange(0, std::max(0, layout_.height() - viewport()->height()));
     verticalScrollBar()->setPageStep(viewport()->height());
-    verticalScrollBar()->setSingleStep(boxHeight + Gap);
+    verticalScrollBar()->setSingleStep(boxHeight() + Gap);
     placeInput();
     updateDescription();
     viewport()->update();

@@ -42,6 +42,9 @@ public:
     // Drops the word being typed; a token being edited keeps its old text.
     void discardTyping();
 
+    // Only a few lines high, so that in a low window the field shrinks before everything scrolls.
+    QSize sizeHint() const override;
+
     // In the viewport's coordinates.
     QRect tokenRect(int token) const;
 
@@ -71,6 +74,7 @@ private:
     int count() const { return static_cast<int>(words_.size()); }
     int tokenAt(const QPoint& inViewport) const;
     int widthOf(const QString& word) const;
+    int boxHeight() const;
     void measure();
     void arrange();
     void placeInput();
