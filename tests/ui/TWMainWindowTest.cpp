@@ -99,8 +99,7 @@ TEST_F(TWMainWindowTest, RowsStayFreshAndWarnOfShortWordsAndEditsThatAreNotSaved
     files.addRule({ true, "", "~", TWItemsWithKeywords });
     delegate->editors().dictionary().setWordDictionary({ "secret", "q" });
     refresh();
-    EXPECT_TRUE(line("files").starts_with("1 of 1 rules on, not saved: the word \"q\" is short"))
-        << line("files");
+    EXPECT_TRUE(line("files").starts_with("1 of 1 rules on, not saved: the word \"q\" is short")) << line("files");
     EXPECT_EQ(unsaved(), "Not saved, but in use until you quit: the dictionary, the Files rules.");
     child<QPushButton>(*window, "unsavedBarButton")->click();
     EXPECT_EQ(unsaved(), "");

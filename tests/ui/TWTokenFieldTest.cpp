@@ -86,8 +86,12 @@ TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
     EXPECT_EQ(field.words(), QStringList({ "one", "2", "zwei" }));
 }
 
-TEST(TWQtText, KeepsByteOrderMarks)
+TEST(TWQtText, KeepsByteOrderMarksAndTheDirectionOfPaths)
 {
+    EXPECT_EQ(TWQtText::shown("/etc/x"), "/etc/x");
+    QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+    EXPECT_EQ(TWQtText::shown("/etc/x"), u"\u2066/etc/x\u2069");
+    QGuiApplication::setLayoutDirection(Qt::LeftToRight);
     const std::string marked = "\xEF\xBB\xBF\xEF\xBB\xBFword";
     EXPECT_EQ(TWQtText::bytes(TWQtText::exact(marked)), marked);
 }

@@ -81,7 +81,7 @@ void TWCleanerRowView::layOut()
     texts->addLayout(lineLayout);
 
     auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(0, 0, FocusRoom, 0);
     layout->setSpacing(10);
     layout->addWidget(icon_);
     layout->addLayout(texts, 1);

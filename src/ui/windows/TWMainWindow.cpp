@@ -45,7 +45,6 @@ constexpr const char* LightFiles[]
     = { "light-off.png", "light-yellow.png", "light-green.png", "light-red.png", "light-stopped.png" };
 
 constexpr int Margin = 18;
-constexpr int FocusRoom = 3; // for the frame around a focused button, which the scroll area would cut
 constexpr int RowSpacing = 12;
 constexpr int SpareLines = 2; // room for the lines of rows that later need two
 constexpr int WidestRow = 110; // in characters; in a wider row the parts would be too far apart
@@ -68,7 +67,7 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     auto* column = new QWidget;
     column->setMaximumWidth(WidestRow * fontMetrics().averageCharWidth());
     auto* columnLayout = new QVBoxLayout(column);
-    columnLayout->setContentsMargins(Margin, Margin, Margin - FocusRoom, Margin);
+    columnLayout->setContentsMargins(Margin, Margin, Margin - TWCleanerRowView::FocusRoom, Margin);
     columnLayout->setSpacing(2 * RowSpacing);
     columnLayout->addWidget(new TWScrollBox(createRows()), 1);
     columnLayout->addLayout(createButtons());
@@ -110,7 +109,7 @@ QWidget* TWMainWindow::createRows()
 {
     auto* rows = new QWidget;
     auto* column = new QVBoxLayout(rows);
-    column->setContentsMargins(0, 0, FocusRoom, 0);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(RowSpacing);
     column->addWidget(messageBar_);
     column->addWidget(unsavedBar_);
@@ -144,7 +143,7 @@ QLayout* TWMainWindow::createButtons()
     connect(cleanButton_, &QPushButton::clicked, this, &TWMainWindow::clean);
     connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
     auto* buttons = new QHBoxLayout;
-    buttons->setContentsMargins(0, 0, FocusRoom, 0);
+    buttons->setContentsMargins(0, 0, TWCleanerRowView::FocusRoom, 0);
     buttons->setSpacing(RowSpacing);
     buttons->addWidget(sentence_, 1);
     buttons->addWidget(resultsButton_);
