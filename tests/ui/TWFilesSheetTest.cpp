@@ -183,6 +183,7 @@ TEST_F(TWFilesSheetTest, ARuleCanBeKeptAndEditsThatAreNotSavedAreMarked)
     QTest::keyClick(table, Qt::Key_K, Qt::ControlModifier);
     EXPECT_TRUE(QTest::qWaitFor([&] { return cell(0, Note).startsWith("Everything in it is kept or refused"); }));
     EXPECT_NE(world.root.read("home/.local/share/Tidewell/KeepList.plist").find("~/kept"), std::string::npos);
+    EXPECT_EQ(child<QLabel>(sheet, "noticeBarLabel")->text(), "\"~/kept\" is on the keep list now.");
     select(0, Active);
     QTest::keyClick(table, Qt::Key_Space);
     EXPECT_TRUE(unsaved->isVisible());

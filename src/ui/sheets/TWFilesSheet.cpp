@@ -165,12 +165,15 @@ void TWFilesSheet::removeRecord(int row)
     });
 }
 
-// Afterwards the rule's note says that it is kept.
 void TWFilesSheet::keepSelected()
 {
     const int row = table().selectedRow();
     if (row == -1 || rule(row).filePath.empty())
         return;
-    showMessage(TWQtText::shown(keepList_.keep(controller_.absolutePath(row))));
-    controller_.sheetOpened();
+    const auto problem = keepList_.keep(controller_.absolutePath(row));
+    if (problem.empty())
+        showNotice(tr("\"%1\" is on the keep list now.").arg(TWQtText::shown(rule(row).filePath)));
+    else
+        showMessage(TWQtText::shown(problem));
+    controller_.sheetOpened(); // the notes change
 }

@@ -34,6 +34,7 @@ TWSheet::TWSheet(const QString& objectName, const QString& title, QWidget* paren
     : QDialog(parent, Qt::Sheet)
     , column_(new QVBoxLayout)
     , messageBar_(new TWMessageBar(TWMessageBar::Kind::Warning, "messageBar"))
+    , noticeBar_(new TWMessageBar(TWMessageBar::Kind::Notice, "noticeBar"))
     , undoBar_(new TWMessageBar(TWMessageBar::Kind::Notice, "undoBar", tr("&Undo")))
     , buttons_(new QDialogButtonBox)
 {
@@ -44,6 +45,7 @@ TWSheet::TWSheet(const QString& objectName, const QString& title, QWidget* paren
     scrolled->setLayout(column_);
     column_->setContentsMargins(0, 0, 0, 0);
     column_->addWidget(messageBar_);
+    column_->addWidget(noticeBar_);
     column_->addWidget(undoBar_);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(new TWScrollBox(scrolled), 1);
@@ -168,7 +170,14 @@ void TWSheet::setProblem(const QString& problem)
 void TWSheet::showMessage(const QString& message)
 {
     message_ = message;
+    noticeBar_->setText({});
     showMessages();
+}
+
+void TWSheet::showNotice(const QString& notice)
+{
+    showMessage({});
+    noticeBar_->setText(notice);
 }
 
 void TWSheet::showMessages()

@@ -44,6 +44,9 @@ protected:
     void setProblem(const QString& problem);
     void showMessage(const QString& message);
 
+    // Says in a bar of its own, until the next message, that something has gone well.
+    void showNotice(const QString& notice);
+
     // Offers to undo the latest change with Ctrl+Z while the sheet is open, and earlier ones after it. The text says
     // what was deleted; if it is not "", the bar with the button to undo appears.
     void offerUndo(const QString& text, std::function<void()> undo);
@@ -68,6 +71,7 @@ private:
 
     QVBoxLayout* column_; // everything except the buttons
     TWMessageBar* messageBar_;
+    TWMessageBar* noticeBar_;
     TWMessageBar* undoBar_;
     QDialogButtonBox* buttons_;
     QWidget* firstFocus_ = nullptr;
