@@ -16,7 +16,7 @@ constexpr auto SomeRefused = "%@; %@ will be refused: %@";
 constexpr auto WholeHome = "This would delete everything in your home folder.";
 constexpr auto NoWords = "There are no words in the dictionary: this rule finds nothing.";
 constexpr auto ShortWord = "the word \"%@\" is short and stands in a great many names";
-constexpr auto NoteAndWarning = "%@; %@";
+constexpr auto WarningAndNote = "%@; %@";
 constexpr auto NothingThere = "Nothing there now";
 constexpr auto NothingFound = "Nothing found now";
 constexpr auto StopsTheRun = "%@ The whole Files cleaning would stop here.";
@@ -129,7 +129,7 @@ TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::str
     if (noWords)
         return note.warning ? note : TWRuleNote{ NoWords, true };
     if (const auto warning = warningAboutWords(words); !warning.empty())
-        note = { note.text.empty() ? warning : TWText::fill(NoteAndWarning, { note.text, warning }), true };
+        note = { note.text.empty() ? warning : TWText::fill(WarningAndNote, { warning, note.text }), true };
     return note;
 }
 

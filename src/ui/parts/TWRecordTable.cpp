@@ -177,6 +177,10 @@ void TWRecordTable::resizeEvent(QResizeEvent* event)
 {
     QTableView::resizeEvent(event);
     shareWidth();
+    // A bar that appears above the table must not push the current row out of sight.
+    const auto current = visualRect(currentIndex());
+    if (current.top() >= 0 && current.bottom() < event->oldSize().height())
+        scrollTo(currentIndex());
 }
 
 TWColumnWish TWRecordTable::wish(int column) const
