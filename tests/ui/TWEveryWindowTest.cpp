@@ -150,6 +150,9 @@ TEST_F(TWEveryWindowTest, FitsTheScreenWithItsButtonsInSight)
     forEach([&](QWidget& window) {
         EXPECT_LT(window.width(), available.width());
         EXPECT_LT(window.height(), available.height());
+        const auto smallest = window.minimumSizeHint(); // must fit 640 x 400 without the title bar
+        EXPECT_TRUE(smallest.width() <= 640 && smallest.height() <= 370)
+            << smallest.width() << "x" << smallest.height();
         for (const auto* button : window.findChildren<QPushButton*>()) {
             const QRect place(button->mapTo(&window, QPoint()), button->size());
             EXPECT_TRUE(!buttons.contains(button->objectName()) || window.rect().contains(place))
