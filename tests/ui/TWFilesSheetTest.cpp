@@ -178,6 +178,7 @@ TEST_F(TWFilesSheetTest, ARuleCanBeKeptAndEditsThatAreNotSavedAreMarked)
     open();
     auto* unsaved = child<QLabel>(sheet, "unsavedLabel");
     EXPECT_FALSE(unsaved->isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cell(0, Note).startsWith("1 item, "); }));
     select(0, Path);
     table->setFocus();
     QTest::keyClick(table, Qt::Key_K, Qt::ControlModifier);
