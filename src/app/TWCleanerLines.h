@@ -6,7 +6,8 @@
 #include <deque>
 
 // Determines, for each cleaner's row, the line that says what the cleaner would do now. It plans the cleaners in the
-// background, one after another, and plans one again when the folder that its row watches has changed. Main thread.
+// background, one after another, and plans one again when the folder that its row watches has changed: it looks at that
+// folder, without listing it, every two seconds. Main thread.
 class TWCleanerLines final {
 public:
     using Changed = std::function<void(int position, const std::string& line)>;

@@ -136,6 +136,7 @@ TEST_F(TWDictionarySheetTest, RemovedWordsComeBackAndNothingElse)
     key(Qt::Key_Left);
     key(Qt::Key_Delete);
     key(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(input->accessibleDescription(), "3 words; 3 words selected: a, b, c");
     key(Qt::Key_X, Qt::ControlModifier);
     EXPECT_TRUE(words().empty());
     type("later,");

@@ -1,5 +1,6 @@
 #include "ui/windows/TWMainWindow.h"
 
+#include "support/TWText.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWScrollBox.h"
@@ -25,8 +26,8 @@ constexpr auto RunningText = "If you stop now, nothing further is started. The i
 constexpr auto StopAndQuit = "Stop and Quit";
 constexpr auto KeepCleaning = "Keep Cleaning";
 constexpr auto UnsavedTitle = "Some changes are not saved.";
-constexpr auto UnsavedText
-    = "They have been in use until now. If they are not saved, Tidewell forgets them when it quits.";
+constexpr auto UnsavedText = "Changed: %@. The changes have been in use until now. If they are not saved, Tidewell "
+                             "forgets them when it quits.";
 constexpr auto SaveAndQuit = "Save and Quit";
 constexpr auto QuitWithoutSaving = "Quit Without Saving";
 constexpr auto Cancel = "Cancel";
@@ -276,11 +277,9 @@ void TWMainWindow::showProblems()
 
 void TWMainWindow::showUnsaved()
 {
-    QStringList titles;
-    for (const auto* editor : editorsWithEdits())
-        titles.append(QLatin1String(editor->title()));
-    const auto unsaved = tr("Not saved, but in use until you quit: %1.").arg(titles.join(", "));
-    showInBar(*unsavedBar_, titles.isEmpty() ? QString() : unsaved);
+    const auto titles = titlesOfEdits();
+    const auto unsaved = tr("Not saved, but in use until you quit: %1.").arg(TWQtText::exact(titles));
+    showInBar(*unsavedBar_, titles.empty() ? QString() : unsaved);
 }
 
 // The window grows with a bar that appears, so that no row is pushed out of sight.
@@ -415,8 +414,8 @@ void TWMainWindow::closeEvent(QCloseEvent* event)
                 closeIfEnded();
             });
     } else {
-        askBeforeClosing(
-            { UnsavedTitle, UnsavedText, SaveAndQuit, Cancel, TWConfirming::IsHarmless, QuitWithoutSaving },
+        askBeforeClosing({ UnsavedTitle, TWText::fill(UnsavedText, { titlesOfEdits() }), SaveAndQuit, Cancel,
+                             TWConfirming::IsHarmless, QuitWithoutSaving },
             [this](TWAnswer answer) {
                 const auto problem = answer == TWAnswer::Default ? saveEdits() : "";
                 closing_ = problem.empty() ? Closing::Now : Closing::No;
@@ -438,6 +437,15 @@ std::vector<TWEditor*> TWMainWindow::editorsWithEdits() const
     auto editors = delegate_.editors().all();
     std::erase_if(editors, [](const auto* editor) { return !editor->hasUnsavedEdits(); });
     return editors;
+}
+
+// "the dictionary, the Files rules"
+std::string TWMainWindow::titlesOfEdits() const
+{
+    std::string titles;
+    for (const auto* editor : editorsWithEdits())
+        titles += (titles.empty() ? "" : ", ") + std::string(editor->title());
+    return titles;
 }
 
 // "" or one line for each list that could not be saved.

@@ -84,6 +84,7 @@ private:
     void saveNow();
     void showNotSaved(const std::string& problem);
     std::vector<TWEditor*> editorsWithEdits() const;
+    std::string titlesOfEdits() const;
     std::string saveEdits();
 
     // The call is made unless the user presses the alternate button, which keeps the window open.
