@@ -23,7 +23,7 @@ constexpr int FewestRows = 4; // the header is one of them
 constexpr int NarrowestColumn = 6; // in characters
 constexpr std::size_t TypicalPercent = 80;
 constexpr int MeasuredRows = 100;
-constexpr int NoteShare = 4; // because a note says what would be deleted, and its end gives the reason
+constexpr int NoteShare = 2; // because a note says what would be deleted, and its end gives the reason
 constexpr int MillisecondsBetweenShares = 50; // because notes arrive one by one
 
 // Accepts a drop only as a copy, because a file manager would delete the file after a move.
