@@ -14,6 +14,8 @@
 #include <QScrollBar>
 #include <QToolTip>
 
+#include <ranges>
+
 namespace {
 
 constexpr int Gap = 5;
@@ -89,22 +91,22 @@ int TWTokenField::placeOfEdited(const QStringList& words) const
     return None;
 }
 
-void TWTokenField::replaceWords(const TWPlacedWords& removed, const TWPlacedWords& inserted)
+void TWTokenField::replaceWords(const TWPlacedWords& oldWords, const TWPlacedWords& newWords)
 {
     auto words = words_;
-    for (auto each = removed.rbegin(); each != removed.rend(); ++each) {
-        const bool inPlace = each->place < words.size() && words[each->place] == each->word;
-        if (const auto place = inPlace ? each->place : words.indexOf(each->word); place != None)
+    for (const auto& each : std::views::reverse(oldWords)) {
+        const bool inPlace = each.place < words.size() && words[each.place] == each.word;
+        if (const auto place = inPlace ? each.place : words.indexOf(each.word); place != None)
             words.removeAt(place);
     }
-    for (const auto& each : inserted)
+    for (const auto& each : newWords)
         words.insert(std::min<qsizetype>(each.place, words.size()), each.word);
     setWords(words);
     emit wordsEdited();
-    if (editing_ != None || inserted.empty())
+    if (editing_ != None || newWords.empty())
         return;
-    choose(std::min(inserted.front().place, count() - 1));
-    for (const auto& each : inserted)
+    choose(std::min(newWords.front().place, count() - 1));
+    for (const auto& each : newWords)
         selected_.insert(std::min(each.place, count() - 1));
     updateDescription();
 }

@@ -34,7 +34,7 @@ public:
 
     // Removes and inserts words, as to undo an edit, and selects the inserted ones. Words that are no longer at their
     // indexes are looked for. Sends only wordsEdited().
-    void replaceWords(const TWPlacedWords& removed, const TWPlacedWords& inserted);
+    void replaceWords(const TWPlacedWords& oldWords, const TWPlacedWords& newWords);
 
     // Ends the word being typed or edited.
     void finishTyping();
