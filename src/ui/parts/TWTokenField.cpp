@@ -14,8 +14,6 @@
 #include <QScrollBar>
 #include <QToolTip>
 
-#include <ranges>
-
 namespace {
 
 constexpr int Gap = 5;
@@ -94,7 +92,8 @@ int TWTokenField::placeOfEdited(const QStringList& words) const
 void TWTokenField::replaceWords(const TWPlacedWords& oldWords, const TWPlacedWords& newWords)
 {
     auto words = words_;
-    for (const auto& each : std::views::reverse(oldWords)) {
+    for (auto left = oldWords.size(); left > 0; --left) {
+        const auto& each = oldWords[left - 1];
         const bool inPlace = each.place < words.size() && words[each.place] == each.word;
         if (const auto place = inPlace ? each.place : words.indexOf(each.word); place != None)
             words.removeAt(place);
