@@ -8,6 +8,7 @@
 #include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
+#include <QSessionManager>
 
 namespace {
 
@@ -27,6 +28,12 @@ TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& al
         &mainWindow_, &TWMainWindow::resultsRequested, &mainWindow_, [this] { bringToFront(TWWindow::Results); });
     QObject::connect(&mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { showHelp(HelpIndex); });
     QObject::connect(&mainWindow_, &TWMainWindow::quitRequested, &mainWindow_, [this] { terminate(); });
+    QObject::connect(qApp, &QGuiApplication::commitDataRequest, &mainWindow_, [this](QSessionManager& manager) {
+        if (!askedBeforeEnd() || !manager.allowsInteraction())
+            return;
+        manager.release();
+        manager.cancel();
+    });
     delegate_.setViews(&mainWindow_, this);
 }
 
@@ -41,6 +48,15 @@ void TWWindowSession::clean()
     mainWindow_.clean();
 }
 
+bool TWWindowSession::askedBeforeEnd()
+{
+    if (mainWindow_.canQuitSilently())
+        return false;
+    activate();
+    mainWindow_.close();
+    return true;
+}
+
 TWSheet* TWWindowSession::sheet(const char* editor)
 {
     if (const auto made = sheets_.find(editor); made != sheets_.end())
@@ -53,6 +69,7 @@ TWSheet* TWWindowSession::sheet(const char* editor)
     QObject::connect(sheet.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
     QObject::connect(sheet.get(), &TWSheet::helpRequested, &mainWindow_,
         [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
+    QObject::connect(sheet.get(), &TWSheet::editorRequested, &mainWindow_, [this](const char* other) { edit(other); });
     return sheets_.emplace(editor, std::move(sheet)).first->second.get();
 }
 
@@ -64,8 +81,10 @@ void TWWindowSession::edit(const char* editor)
 
 void TWWindowSession::showHelp(const std::string& page)
 {
-    if (!helpWindow_)
+    if (!helpWindow_) {
         helpWindow_ = std::make_unique<TWHelpWindow>(delegate_.platform().bundle);
+        nameSandbox(*helpWindow_);
+    }
     helpWindow_->openAnchor(page);
 }
 
