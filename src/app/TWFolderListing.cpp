@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t PartsPerTurn = 16;
+constexpr std::size_t PartsPerTurn = 256;
 
 }
 
@@ -78,14 +78,14 @@ private:
 
 TWFolderListing::TWFolderListing(
     TWRunLoop& runLoop, const TWFileSystem& fileSystem, const std::string& realPath, std::function<void()> changed)
-    : changed_(std::move(changed))
+    : runLoop_(runLoop)
+    , changed_(std::move(changed))
     , reading_(std::make_unique<TWBackgroundStream<Part>>(
           runLoop, PartsPerTurn, [&fileSystem, realPath](auto& sink) { Reading(fileSystem, realPath, sink).read(); },
           [this](Part part) { take(std::move(part)); },
           [this] {
               ended_ = true;
-              const auto call = changed_;
-              call();
+              notifyLater();
           }))
 {
 }
@@ -98,6 +98,16 @@ void TWFolderListing::take(Part part)
         entries_[index].bytes = bytes;
     left_ += part.left;
     error_ = part.error != 0 ? part.error : error_;
-    const auto call = changed_;
-    call();
+    notifyLater();
+}
+
+// Once for all parts of a turn.
+void TWFolderListing::notifyLater()
+{
+    if (!notification_)
+        notification_ = runLoop_.after(TWRunLoop::Duration(0), [this] {
+            notification_.reset();
+            const auto call = changed_;
+            call();
+        });
 }

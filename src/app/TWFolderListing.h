@@ -15,8 +15,8 @@ public:
 
     static constexpr std::size_t MostEntries = 5000; // the first ones by name
 
-    // Calls changed whenever something more is known. No component of the path may be a symbolic link. The file system
-    // must outlive the run loop's background work.
+    // Calls changed when something more is known, at most once per turn. No component of the path may be a symbolic
+    // link. The file system must outlive the run loop's background work.
     TWFolderListing(TWRunLoop&, const TWFileSystem&, const std::string& realPath, std::function<void()> changed);
 
     const std::vector<Entry>& entries() const { return entries_; } // sorted by the bytes of the name
@@ -34,11 +34,14 @@ private:
     class Reading;
 
     void take(Part);
+    void notifyLater();
 
+    TWRunLoop& runLoop_;
     const std::function<void()> changed_;
     std::vector<Entry> entries_;
     std::size_t left_ = 0;
     int error_ = 0;
     bool ended_ = false;
+    std::unique_ptr<TWRunLoopHandle> notification_;
     std::unique_ptr<TWBackgroundStream<Part>> reading_;
 };

@@ -216,12 +216,19 @@ void TWPreviewRows::find(TWPreviewSource source, const TWPreviewWish& wish)
         runLoop_, 1,
         [source = std::move(source), wish](
             auto& sink) { sink.put(TWFindPreviewRows(source, wish, sink.cancellation())); },
-        [this](std::vector<TWPreviewRow> rows) { rows_ = std::move(rows); },
+        [this](std::vector<TWPreviewRow> rows) { found_ = std::move(rows); },
         [this] {
+            rows_ = std::move(found_);
             finding_.reset();
             const auto call = changed_;
             call();
         });
+}
+
+void TWPreviewRows::clear()
+{
+    finding_.reset();
+    rows_.clear();
 }
 
 std::size_t TWPreviewRows::position(TWPreviewRow row) const

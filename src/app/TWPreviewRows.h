@@ -48,6 +48,9 @@ public:
     // Gives up what an earlier call is still looking for.
     void find(TWPreviewSource, const TWPreviewWish&);
 
+    // Shows no rows and calls nothing until the next find().
+    void clear();
+
     bool finding() const { return finding_ != nullptr; }
 
     std::size_t size() const { return rows_.size(); }
@@ -61,5 +64,6 @@ private:
     TWRunLoop& runLoop_;
     const std::function<void()> changed_;
     std::vector<TWPreviewRow> rows_;
+    std::vector<TWPreviewRow> found_; // take the place of the rows when changed is called
     std::unique_ptr<TWBackgroundStream<std::vector<TWPreviewRow>>> finding_;
 };

@@ -1,0 +1,145 @@
+#include "ui/windows/TWPreviewTree.h"
+
+#include "support/TWText.h"
+#include "ui/parts/TWQtText.h"
+
+#include <QHeaderView>
+#include <QSignalBlocker>
+
+namespace {
+
+constexpr auto All = QT_TRANSLATE_NOOP("TWPreviewTree", "All");
+constexpr auto Titles = { QT_TRANSLATE_NOOP("TWPreviewTree", "Cleaner and rule"),
+    QT_TRANSLATE_NOOP("TWPreviewTree", "Items"), QT_TRANSLATE_NOOP("TWPreviewTree", "Size") };
+
+enum Column { Name, Items, Size };
+
+// Of a line; -1 stands for all of them.
+constexpr int CleanerRole = Qt::UserRole;
+constexpr int GroupRole = Qt::UserRole + 1;
+constexpr int None = -1;
+
+}
+
+TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* parent)
+    : QTreeWidget(parent)
+    , controller_(controller)
+{
+    setObjectName("cleanersTreeWidget");
+    setAccessibleName(tr("Cleaners and rules"));
+    QStringList titles;
+    for (const auto* title : Titles)
+        titles.append(tr(title));
+    setHeaderLabels(titles);
+    setUniformRowHeights(true);
+    setRootIsDecorated(false);
+    setTabKeyNavigation(false);
+    setTextElideMode(Qt::ElideMiddle);
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(Name, QHeaderView::Stretch);
+    header()->setSectionResizeMode(Items, QHeaderView::ResizeToContents);
+    header()->setSectionResizeMode(Size, QHeaderView::ResizeToContents);
+    header()->setMinimumSectionSize(fontMetrics().averageCharWidth() * 6);
+    connect(this, &QTreeWidget::currentItemChanged, this, [this](const auto* line) { choose(line); });
+    connect(this, &QTreeWidget::itemChanged, this, [this](const auto* line, int column) {
+        if (column == Name)
+            tick(*line);
+    });
+}
+
+void TWPreviewTree::replace()
+{
+    const QSignalBlocker blocker(this);
+    clear();
+    const auto* preview = controller_.preview();
+    if (!preview || preview->cleaners().empty())
+        return;
+    auto* all = addLine(invisibleRootItem(), TWQtText::bytes(tr(All)), None, None);
+    for (std::size_t cleaner = 0; cleaner < preview->cleaners().size(); ++cleaner)
+        addLine(all, preview->cleaners()[cleaner]->row().title, static_cast<int>(cleaner), None)->setExpanded(true);
+    all->setExpanded(true);
+    setCurrentItem(all);
+    renew();
+}
+
+QTreeWidgetItem* TWPreviewTree::addLine(QTreeWidgetItem* parent, const std::string& name, int cleaner, int group)
+{
+    auto* line = new QTreeWidgetItem(parent);
+    line->setText(Name, TWQtText::shown(name));
+    line->setToolTip(Name, TWQtText::toolTip(name));
+    line->setData(Name, CleanerRole, cleaner);
+    line->setData(Name, GroupRole, group);
+    line->setFlags(line->flags() | Qt::ItemIsUserCheckable);
+    line->setCheckState(Name, Qt::Checked);
+    line->setTextAlignment(Items, Qt::AlignRight | Qt::AlignVCenter);
+    line->setTextAlignment(Size, Qt::AlignRight | Qt::AlignVCenter);
+    return line;
+}
+
+void TWPreviewTree::renew()
+{
+    const QSignalBlocker blocker(this);
+    auto* all = topLevelItem(0);
+    if (!all || !controller_.preview())
+        return;
+    const auto& cleaners = controller_.preview()->cleaners();
+    for (int cleaner = 0; cleaner < all->childCount(); ++cleaner) {
+        auto* line = all->child(cleaner);
+        const auto& each = *cleaners[static_cast<std::size_t>(cleaner)];
+        for (auto group = line->childCount(); group < static_cast<int>(each.groups().size()); ++group) {
+            const auto& first = each.plan()->items[each.groups()[static_cast<std::size_t>(group)].begin];
+            addLine(line, each.rule(first), cleaner, group);
+        }
+        for (int group = 0; group < line->childCount(); ++group)
+            show(*line->child(group), controller_.counts().of(cleaner, group));
+        show(*line, controller_.counts().of(cleaner));
+    }
+    show(*all, controller_.counts().all());
+}
+
+// A line without items that can be ticked keeps its check box as it was: a cleaner may be unticked before its plan is
+// known.
+void TWPreviewTree::show(QTreeWidgetItem& line, const TWPreviewCount& count)
+{
+    line.setText(Items, TWQtText::exact(TWText::number(count.items)));
+    line.setText(Size, TWQtText::exact(TWText::size(count.bytes)));
+    if (count.items > count.refused)
+        line.setCheckState(Name,
+            count.allTicked()        ? Qt::Checked
+                : count.noneTicked() ? Qt::Unchecked
+                                     : Qt::PartiallyChecked);
+}
+
+void TWPreviewTree::choose(const QTreeWidgetItem* line)
+{
+    if (!line || !controller_.preview())
+        return;
+    const int cleaner = line->data(Name, CleanerRole).toInt();
+    const int group = line->data(Name, GroupRole).toInt();
+    if (cleaner == None) {
+        emit chosen(std::nullopt, 0, TWNone);
+        return;
+    }
+    const auto position = static_cast<std::size_t>(cleaner);
+    const auto& groups = controller_.preview()->cleaners()[position]->groups();
+    if (group == None)
+        emit chosen(cleaner, 0, TWNone);
+    else
+        emit chosen(
+            cleaner, groups[static_cast<std::size_t>(group)].begin, groups[static_cast<std::size_t>(group)].end);
+}
+
+void TWPreviewTree::tick(const QTreeWidgetItem& line)
+{
+    const int cleaner = line.data(Name, CleanerRole).toInt();
+    const int group = line.data(Name, GroupRole).toInt();
+    const auto tick = line.checkState(Name) == Qt::Unchecked ? TWTick::Off : TWTick::On;
+    const auto position = static_cast<std::size_t>(cleaner);
+    if (cleaner == None)
+        controller_.tickAll(tick);
+    else if (group == None)
+        controller_.tick(position, tick);
+    else
+        controller_.tick(
+            position, controller_.preview()->cleaners()[position]->groups()[static_cast<std::size_t>(group)], tick);
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "app/TWPreviewWindowController.h"
+
+#include <QTreeWidget>
+
+// The cleaners of a preview and their rules, with check boxes, numbers of items and sizes. The first line stands for
+// all of them.
+class TWPreviewTree final : public QTreeWidget {
+    Q_OBJECT
+
+public:
+    TWPreviewTree(TWPreviewWindowController&, QWidget* parent);
+
+    // Call this when there is a new preview, or none any more.
+    void replace();
+
+    // Call this when groups, numbers or ticks have changed.
+    void renew();
+
+signals:
+    // Another line is the current one; the controller's rows should be those of these items.
+    void chosen(std::optional<std::uint32_t> cleaner, std::size_t begin, std::size_t end);
+
+private:
+    QTreeWidgetItem* addLine(QTreeWidgetItem* parent, const std::string& name, int cleaner, int group);
+    void show(QTreeWidgetItem&, const TWPreviewCount&);
+    void choose(const QTreeWidgetItem*);
+    void tick(const QTreeWidgetItem&);
+
+    TWPreviewWindowController& controller_;
+};
