@@ -13,11 +13,11 @@ struct TWPreviewWish {
     TWPreviewOrder order = TWPreviewOrder::Plan;
     TWPreviewDirection direction = TWPreviewDirection::Ascending;
     TWPreviewShown shown = TWPreviewShown::All;
-    std::string text; // in the path, ignoring case; "" for all
-    std::optional<std::uint32_t> cleaner; // index into TWPreview::cleaners(); nothing for all of them
+    std::string text{}; // in the path, ignoring case; "" for all
+    std::optional<std::uint32_t> cleaner{}; // index into TWPreview::cleaners(); nothing for all of them
     std::size_t begin = 0; // only its items from this one
     std::size_t end = TWNone; // and before this one
-    std::vector<std::string> about; // only what is at, below or around one of these real paths; empty for everything
+    std::vector<std::string> about{}; // only what is at, below or around one of these real paths; empty for everything
 
     friend bool operator==(const TWPreviewWish&, const TWPreviewWish&) = default;
 };

@@ -10,15 +10,35 @@ namespace {
 
 constexpr int MarkWidth = 2; // in pixels
 
+// Where the text of the cell is drawn.
+QRect textRect(const QStyleOptionViewItem& option)
+{
+    const auto* style = option.widget->style();
+    const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &option, option.widget) + 1;
+    return style->subElementRect(QStyle::SE_ItemViewItemText, &option, option.widget).adjusted(margin, 0, -margin, 0);
+}
+
+// Shortens the folders before the name, and the name only if it does not fit alone.
+QString elidedPath(const QString& path, const QFontMetrics& metrics, int width)
+{
+    if (metrics.horizontalAdvance(path) <= width)
+        return path;
+    const auto name = path.mid(path.lastIndexOf('/', -2));
+    const int left = width - metrics.horizontalAdvance(name);
+    const auto folders = metrics.elidedText(path.left(path.size() - name.size()), Qt::ElideMiddle, left);
+    return folders.isEmpty() ? metrics.elidedText(name.mid(1), Qt::ElideMiddle, width) : folders + name;
+}
+
 }
 
 void TWPreviewCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
+    option->textElideMode = Qt::ElideMiddle; // the end of a reason names the word
     if (index.column() == TWPreviewModel::Path) {
         // A path is written from left to right in every language; otherwise its first slash would move to its end.
         option->direction = Qt::LeftToRight;
-        option->textElideMode = Qt::ElideMiddle;
+        option->text = elidedPath(option->text, option->fontMetrics, textRect(*option).width());
         TWCheckBox::showFrame(option->palette);
     } else if (index.data(TWPreviewModel::WarningRole).toBool()) {
         TWCellStyle::showWarning(*option);
@@ -37,22 +57,18 @@ void TWPreviewCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem&
         TWCellStyle::drawFocus(*painter, option);
 }
 
-// Underlines the word where it stands in the elided text. It may be cut off there; the reason beside it names it too.
+// Underlines the word where it stands in the name. It may be cut off there; the reason beside it names it, too.
 void TWPreviewCellDelegate::markWord(QPainter& painter, const QStyleOptionViewItem& option, const QString& word)
 {
-    const auto* style = option.widget->style();
-    const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &option, option.widget) + 1;
-    const auto place
-        = style->subElementRect(QStyle::SE_ItemViewItemText, &option, option.widget).adjusted(margin, 0, -margin, 0);
-    const auto shown = option.fontMetrics.elidedText(option.text, Qt::ElideMiddle, place.width());
-    const auto at = shown.indexOf(word, shown.lastIndexOf('/') + 1, Qt::CaseInsensitive);
+    const auto place = textRect(option);
+    const auto& metrics = option.fontMetrics;
+    const auto at = option.text.indexOf(word, option.text.lastIndexOf('/') + 1, Qt::CaseInsensitive);
     if (at == -1)
         return;
-    const int left = place.left() + option.fontMetrics.horizontalAdvance(shown.left(at));
-    const int width = option.fontMetrics.horizontalAdvance(shown.mid(at, word.size()));
-    const int bottom = place.center().y() + option.fontMetrics.height() / 2;
+    const int left = place.left() + metrics.horizontalAdvance(option.text.left(at));
+    const int width = metrics.horizontalAdvance(option.text.mid(at, word.size()));
     const bool selected = option.state & QStyle::State_Selected;
     const auto color
         = selected ? option.palette.color(QPalette::HighlightedText) : TWCellStyle::warningColor(option.palette);
-    painter.fillRect(QRect(left, bottom - MarkWidth, width, MarkWidth), color);
+    painter.fillRect(QRect(left, place.center().y() + metrics.ascent() / 2 + 1, width, MarkWidth), color);
 }

@@ -19,6 +19,10 @@ constexpr int CleanerRole = Qt::UserRole;
 constexpr int GroupRole = Qt::UserRole + 1;
 constexpr int None = -1;
 
+constexpr int RowPadding = 6;
+constexpr int Indentation = 14; // in pixels
+constexpr int NarrowestWithSizes = 44; // in characters
+
 }
 
 TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* parent)
@@ -34,6 +38,7 @@ TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* par
     setUniformRowHeights(true);
     setRootIsDecorated(false);
     setTabKeyNavigation(false);
+    setIndentation(Indentation);
     setTextElideMode(Qt::ElideMiddle);
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(Name, QHeaderView::Stretch);
@@ -45,6 +50,13 @@ TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* par
         if (column == Name)
             tick(*line);
     });
+}
+
+// In a narrow tree the names of the rules need the room.
+void TWPreviewTree::resizeEvent(QResizeEvent* event)
+{
+    QTreeWidget::resizeEvent(event);
+    setColumnHidden(Size, width() < NarrowestWithSizes * fontMetrics().averageCharWidth());
 }
 
 void TWPreviewTree::replace()
@@ -71,6 +83,7 @@ QTreeWidgetItem* TWPreviewTree::addLine(QTreeWidgetItem* parent, const std::stri
     line->setData(Name, GroupRole, group);
     line->setFlags(line->flags() | Qt::ItemIsUserCheckable);
     line->setCheckState(Name, Qt::Checked);
+    line->setSizeHint(Name, QSize(0, fontMetrics().height() + RowPadding));
     line->setTextAlignment(Items, Qt::AlignRight | Qt::AlignVCenter);
     line->setTextAlignment(Size, Qt::AlignRight | Qt::AlignVCenter);
     return line;
@@ -86,10 +99,7 @@ void TWPreviewTree::renew()
     for (int cleaner = 0; cleaner < all->childCount(); ++cleaner) {
         auto* line = all->child(cleaner);
         const auto& each = *cleaners[static_cast<std::size_t>(cleaner)];
-        for (auto group = line->childCount(); group < static_cast<int>(each.groups().size()); ++group) {
-            const auto& first = each.plan()->items[each.groups()[static_cast<std::size_t>(group)].begin];
-            addLine(line, each.rule(first), cleaner, group);
-        }
+        addGroups(*line, each, cleaner);
         for (int group = 0; group < line->childCount(); ++group)
             show(*line->child(group), controller_.counts().of(cleaner, group));
         show(*line, controller_.counts().of(cleaner));
@@ -97,13 +107,27 @@ void TWPreviewTree::renew()
     show(*all, controller_.counts().all());
 }
 
-// A line without items that can be ticked keeps its check box as it was: a cleaner may be unticked before its plan is
-// known.
+// A cleaner without rules needs no line for the only reason of its items.
+void TWPreviewTree::addGroups(QTreeWidgetItem& line, const TWCleanerPreview& preview, int cleaner)
+{
+    const auto& groups = preview.groups();
+    if (groups.size() == 1 && groups.front().rule == TWNone)
+        return;
+    for (auto group = line.childCount(); group < static_cast<int>(groups.size()); ++group) {
+        const auto& first = preview.plan()->items[groups[static_cast<std::size_t>(group)].begin];
+        addLine(&line, preview.rule(first), cleaner, group);
+    }
+}
+
+// A line without items keeps its check box as it was, because a cleaner may be unticked before its plan is known. One
+// of which all items are refused has none.
 void TWPreviewTree::show(QTreeWidgetItem& line, const TWPreviewCount& count)
 {
     line.setText(Items, TWQtText::exact(TWText::number(count.items)));
-    line.setText(Size, TWQtText::exact(TWText::size(count.bytes)));
-    if (count.items > count.refused)
+    line.setText(Size, count.items > count.refused ? TWQtText::exact(TWText::size(count.bytes)) : QString());
+    if (count.items > 0 && count.items == count.refused)
+        line.setData(Name, Qt::CheckStateRole, {});
+    else if (count.items > 0)
         line.setCheckState(Name,
             count.allTicked()        ? Qt::Checked
                 : count.noneTicked() ? Qt::Unchecked

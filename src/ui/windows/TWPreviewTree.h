@@ -18,12 +18,16 @@ public:
     // Call this when groups, numbers or ticks have changed.
     void renew();
 
+protected:
+    void resizeEvent(QResizeEvent*) override;
+
 signals:
     // Another line is the current one; the controller's rows should be those of these items.
     void chosen(std::optional<std::uint32_t> cleaner, std::size_t begin, std::size_t end);
 
 private:
     QTreeWidgetItem* addLine(QTreeWidgetItem* parent, const std::string& name, int cleaner, int group);
+    void addGroups(QTreeWidgetItem& line, const TWCleanerPreview&, int cleaner);
     void show(QTreeWidgetItem&, const TWPreviewCount&);
     void choose(const QTreeWidgetItem*);
     void tick(const QTreeWidgetItem&);

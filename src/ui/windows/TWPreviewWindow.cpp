@@ -34,11 +34,12 @@ constexpr auto NotUTF8
     = QT_TRANSLATE_NOOP("TWPreviewWindow", "A file with this name cannot be written here. Please choose another one.");
 
 constexpr QSize Preferred(980, 600); // in pixels
-constexpr int TreeShare = 2; // of the width, of 5
+constexpr int TreePercent = 33; // of the window's width
+constexpr double ReasonShare = 0.45; // of the width that paths and reasons share
 constexpr int RowPadding = 8;
 constexpr int IconSize = 16;
-constexpr int SizeWidth = 11; // in characters
-constexpr int AgeWidth = 9;
+constexpr int SizeWidth = 10; // in characters
+constexpr int AgeWidth = 8;
 
 // In the order of the table's columns.
 constexpr TWPreviewOrder Orders[]
@@ -72,7 +73,8 @@ TWPreviewWindow::TWPreviewWindow(TWTidewellAppDelegate& delegate)
     connect(notice_, &TWMessageBar::pressed, this, [this] { controller_.refresh(); });
     connect(tree_, &TWPreviewTree::chosen, this, &TWPreviewWindow::limit);
     resize(TWFitToScreen(*this, Preferred));
-    splitter->setSizes({ width() * TreeShare / 5, width() * (5 - TreeShare) / 5 });
+    const int treeWidth = width() * TreePercent / 100;
+    splitter->setSizes({ treeWidth, width() - treeWidth });
     controller_.setView(this);
 }
 
@@ -130,16 +132,6 @@ void TWPreviewWindow::createTable()
     table_->verticalHeader()->hide();
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + RowPadding);
-    auto& header = *table_->horizontalHeader();
-    header.setHighlightSections(false);
-    header.setSectionResizeMode(TWPreviewModel::Path, QHeaderView::Stretch);
-    header.setSectionResizeMode(TWPreviewModel::Why, QHeaderView::Stretch);
-    header.resizeSection(TWPreviewModel::Size, SizeWidth * fontMetrics().averageCharWidth());
-    header.resizeSection(TWPreviewModel::Age, AgeWidth * fontMetrics().averageCharWidth());
-    header.setSectionsClickable(true);
-    header.setSortIndicator(TWPreviewModel::Why, Qt::AscendingOrder);
-    header.setSortIndicatorShown(true);
-    connect(&header, &QHeaderView::sortIndicatorChanged, this, &TWPreviewWindow::sort);
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &TWPreviewWindow::showSelection);
     connect(table_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex& index) {
         if (index.isValid())
@@ -153,6 +145,40 @@ void TWPreviewWindow::createTable()
     empty_->setTextFormat(Qt::PlainText);
     empty_->setAttribute(Qt::WA_TransparentForMouseEvents);
     (new QVBoxLayout(table_->viewport()))->addWidget(empty_);
+    createColumns();
+}
+
+void TWPreviewWindow::createColumns()
+{
+    auto& header = *table_->horizontalHeader();
+    header.setHighlightSections(false);
+    header.setSectionResizeMode(TWPreviewModel::Path, QHeaderView::Stretch);
+    header.resizeSection(TWPreviewModel::Size, SizeWidth * fontMetrics().averageCharWidth());
+    header.resizeSection(TWPreviewModel::Age, AgeWidth * fontMetrics().averageCharWidth());
+    header.setSectionsClickable(true);
+    header.setSortIndicator(TWPreviewModel::Why, Qt::AscendingOrder);
+    header.setSortIndicatorShown(true);
+    connect(&header, &QHeaderView::sortIndicatorChanged, this, &TWPreviewWindow::sort);
+    reasonShare_ = ReasonShare;
+    connect(&header, &QHeaderView::sectionResized, this, [this](int column, int, int width) {
+        if (column == TWPreviewModel::Why && sharedWidth() > 0)
+            reasonShare_ = double(width) / sharedWidth();
+    });
+    table_->viewport()->installEventFilter(this);
+}
+
+int TWPreviewWindow::sharedWidth() const
+{
+    return table_->viewport()->width() - table_->columnWidth(TWPreviewModel::Size)
+        - table_->columnWidth(TWPreviewModel::Age);
+}
+
+// Paths and reasons keep their shares of the width.
+bool TWPreviewWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Resize)
+        table_->setColumnWidth(TWPreviewModel::Why, qRound(reasonShare_ * sharedWidth()));
+    return QWidget::eventFilter(watched, event);
 }
 
 QLayout* TWPreviewWindow::createFooter()
@@ -172,8 +198,8 @@ QLayout* TWPreviewWindow::createFooter()
     connect(cleanButton_, &QPushButton::clicked, this, &TWPreviewWindow::clean);
 
     auto* footer = new QHBoxLayout;
-    footer->addWidget(spinner_);
     footer->addWidget(sentence_, 1);
+    footer->addWidget(spinner_);
     for (auto* button : { stopButton_, exportButton_, closeButton, cleanButton_ })
         footer->addWidget(button);
     return footer;

@@ -36,6 +36,7 @@ protected:
     void showEvent(QShowEvent*) override;
     void closeEvent(QCloseEvent*) override;
     void changeEvent(QEvent*) override;
+    bool eventFilter(QObject*, QEvent*) override;
 
 private:
     void previewReplaced() override;
@@ -44,6 +45,8 @@ private:
 
     QWidget* createRight();
     void createTable();
+    void createColumns();
+    int sharedWidth() const;
     QLayout* createFooter();
     QPushButton* createButton(const QString& text, const char* name, const QString& accessibleName);
     void createActions();
@@ -83,5 +86,6 @@ private:
     QPushButton* cleanButton_ = nullptr;
     QAction* contentsAction_ = nullptr;
     std::optional<TWPreviewRow> current_; // the table's current row
+    double reasonShare_ = 0; // of the width that paths and reasons share
     bool wished_ = false; // the user has asked for the rows that are being found
 };
