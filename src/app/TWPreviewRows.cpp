@@ -52,6 +52,8 @@ public:
         }
         if (wish_.order != TWPreviewOrder::Plan)
             sort();
+        else if (wish_.direction == TWPreviewDirection::Descending)
+            std::ranges::reverse(rows_);
         return std::move(rows_);
     }
 

@@ -30,8 +30,8 @@ struct TWPreviewSource {
 };
 
 // The rows of the preview that are wished for, without quiet items. Rows that are alike in the wished order stand in
-// the order of a run. Paths are compared by their bytes; a size that is not known yet counts as 0. When cancelled,
-// returns soon with only some of the rows. Any thread.
+// the order of a run. The latter can be reversed, too. Paths are compared by their bytes; a size that is not known yet
+// counts as 0. When cancelled, returns soon with only some of the rows. Any thread.
 std::vector<TWPreviewRow> TWFindPreviewRows(const TWPreviewSource&, const TWPreviewWish&, const TWCancellation&);
 
 // The rows that a preview's window shows. Finds them in the background and keeps the earlier ones until then. A row

@@ -65,6 +65,7 @@ protected:
 TEST_F(TWPreviewRowsTest, SortsByBytesSizeAndAgeWithTiesInTheOrderOfARun)
 {
     EXPECT_EQ(found({}), (Lines{ "/b/x", "/a/\xFF", "/a/X", "/a-", "/a/x/y" }));
+    EXPECT_EQ(found({ .direction = Descending }), (Lines{ "/a/x/y", "/a-", "/a/X", "/a/\xFF", "/b/x" }));
     EXPECT_EQ(found({ .order = Path }), (Lines{ "/a-", "/a/X", "/a/x/y", "/a/\xFF", "/b/x" }));
     EXPECT_EQ(found({ .order = Size, .direction = Descending }), (Lines{ "/a/\xFF", "/a/X", "/a-", "/a/x/y", "/b/x" }));
     EXPECT_EQ(found({ .order = Age }), (Lines{ "/b/x", "/a-", "/a/x/y", "/a/\xFF", "/a/X" }));

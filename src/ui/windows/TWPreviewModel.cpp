@@ -108,8 +108,9 @@ QVariant TWPreviewModel::data(const QModelIndex& index, int role) const
             return controller_.item(row).facts.kind == TWFileKind::Folder ? folder_ : file_;
         return {};
     case WarningRole:
-        return column == Why && controller_.fate(row) != TWPreviewFate::Deleted
-            && controller_.fate(row) != TWPreviewFate::Unticked;
+        return column == Why
+            && (controller_.fate(row) == TWPreviewFate::Refused
+                || controller_.fate(row) == TWPreviewFate::DeletedAnyway);
     case WordRole:
         return column == Path ? QVariant(TWQtText::shown(controller_.word(row))) : QVariant();
     default:

@@ -12,7 +12,7 @@ class TWPreviewModel final : public QAbstractTableModel {
 public:
     enum Column { Path, Size, Age, Why };
     enum Role {
-        WarningRole = Qt::UserRole, // true where a row says that something goes another way than its tick or rule says
+        WarningRole = Qt::UserRole, // true where a row says that its tick or its rule does not decide
         WordRole, // the word of the dictionary that the name was found by
     };
 

@@ -1,6 +1,7 @@
 #include "ui/windows/TWPreviewTree.h"
 
 #include "support/TWText.h"
+#include "ui/parts/TWCheckBox.h"
 #include "ui/parts/TWQtText.h"
 
 #include <QHeaderView>
@@ -50,6 +51,12 @@ TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* par
         if (column == Name)
             tick(*line);
     });
+}
+
+void TWPreviewTree::initViewItemOption(QStyleOptionViewItem* option) const
+{
+    QTreeWidget::initViewItemOption(option);
+    TWCheckBox::showFrame(option->palette);
 }
 
 // In a narrow tree the names of the rules need the room.

@@ -19,6 +19,7 @@ public:
     void renew();
 
 protected:
+    void initViewItemOption(QStyleOptionViewItem*) const override;
     void resizeEvent(QResizeEvent*) override;
 
 signals:

@@ -2,6 +2,7 @@
 
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
+#include "ui/parts/TWQuietLabel.h"
 #include "ui/parts/TWScrollBox.h"
 #include "ui/parts/TWSpinner.h"
 #include "ui/windows/TWContentsDialog.h"
@@ -29,6 +30,9 @@ namespace {
 
 constexpr auto HelpPage = "Preview";
 constexpr auto SuggestedName = QT_TRANSLATE_NOOP("TWPreviewWindow", "Tidewell Preview.csv");
+constexpr auto Detail = QT_TRANSLATE_NOOP("TWPreviewWindow", "%1 \u2014 %2");
+constexpr auto KeptNow = QT_TRANSLATE_NOOP("TWPreviewWindow",
+    "Kept from now on. To take items off the keep list again, choose Keep List in the main window's menu Edit.");
 constexpr auto Exported = QT_TRANSLATE_NOOP("TWPreviewWindow", "The items that the table shows were saved in \"%1\".");
 constexpr auto NotUTF8
     = QT_TRANSLATE_NOOP("TWPreviewWindow", "A file with this name cannot be written here. Please choose another one.");
@@ -85,6 +89,7 @@ TWPreviewWindow::~TWPreviewWindow()
 
 QWidget* TWPreviewWindow::createRight()
 {
+    auto* right = new QWidget;
     filterText_ = new QLineEdit;
     filterText_->setObjectName("filterLineEdit");
     filterText_->setAccessibleName(tr("Show only items whose path contains this text"));
@@ -100,16 +105,19 @@ QWidget* TWPreviewWindow::createRight()
     keepButton_->setToolTip(tr("Never delete the selected items: puts them on the keep list"));
     connect(keepButton_, &QPushButton::clicked, this, &TWPreviewWindow::keepSelected);
     createTable();
+    detail_ = new TWQuietLabel(right);
+    detail_->setObjectName("detailLabel");
+    detail_->setMinimumHeight(2 * fontMetrics().height()); // so that the table keeps its height
 
     auto* top = new QHBoxLayout;
     top->addWidget(filterText_, 1);
     top->addWidget(shown_);
     top->addWidget(keepButton_);
-    auto* right = new QWidget;
     auto* layout = new QVBoxLayout(right);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(top);
     layout->addWidget(table_, 1);
+    layout->addWidget(detail_);
     return right;
 }
 
@@ -136,6 +144,7 @@ void TWPreviewWindow::createTable()
     connect(table_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex& index) {
         if (index.isValid())
             current_ = model_->rowAt(index);
+        showSelection();
     });
 
     empty_ = new QLabel(table_->viewport());
@@ -164,6 +173,8 @@ void TWPreviewWindow::createColumns()
         if (column == TWPreviewModel::Why && sharedWidth() > 0)
             reasonShare_ = double(width) / sharedWidth();
     });
+    // The header would ask row by row whether a whole column is selected.
+    header.setSelectionModel(new QItemSelectionModel(model_, &header));
     table_->viewport()->installEventFilter(this);
 }
 
@@ -322,6 +333,7 @@ void TWPreviewWindow::previewChanged()
     tree_->renew();
     table_->viewport()->update();
     showState();
+    showDetail();
 }
 
 void TWPreviewWindow::showState()
@@ -347,6 +359,18 @@ void TWPreviewWindow::showSelection()
     const auto current = table_->currentIndex();
     contentsAction_->setEnabled(
         current.isValid() && controller_.item(model_->rowAt(current)).facts.kind == TWFileKind::Folder);
+    showDetail();
+}
+
+void TWPreviewWindow::showDetail()
+{
+    const auto current = table_->currentIndex();
+    if (!current.isValid()) {
+        detail_->setText({});
+        return;
+    }
+    const auto row = model_->rowAt(current);
+    detail_->setText(tr(Detail).arg(TWQtText::shown(controller_.path(row)), TWQtText::shown(controller_.why(row))));
 }
 
 void TWPreviewWindow::limit(std::optional<std::uint32_t> cleaner, std::size_t begin, std::size_t end)
@@ -404,7 +428,11 @@ void TWPreviewWindow::toggleSelected()
 
 void TWPreviewWindow::keepSelected()
 {
-    message_->setText(TWQtText::shown(controller_.keep(selectedRows())));
+    const auto rows = selectedRows();
+    if (rows.empty())
+        return;
+    const auto problem = controller_.keep(rows);
+    message_->setText(problem.empty() ? tr(KeptNow) : TWQtText::shown(problem));
 }
 
 void TWPreviewWindow::showContents()
@@ -421,6 +449,7 @@ void TWPreviewWindow::showContents()
 
 void TWPreviewWindow::clean()
 {
+    message_->setText({});
     emit aboutToClean();
     controller_.clean();
     notice_->setText(TWQtText::shown(controller_.notice()));

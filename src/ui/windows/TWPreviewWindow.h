@@ -15,6 +15,7 @@ class QTableView;
 class TWMessageBar;
 class TWPreviewModel;
 class TWPreviewTree;
+class TWQuietLabel;
 class TWSpinner;
 
 // Shows what Clean would delete and lets the user untick parts of it, keep some for ever and clean the rest. The window
@@ -59,6 +60,7 @@ private:
     void sort(int column, Qt::SortOrder);
     void wish(const TWPreviewWish&);
     void showState();
+    void showDetail();
     void showSelection();
     std::vector<TWPreviewRow> selectedRows() const;
     void toggleSelected();
@@ -79,6 +81,7 @@ private:
     QPushButton* keepButton_ = nullptr;
     QTableView* table_ = nullptr;
     QLabel* empty_ = nullptr; // shown in the middle of an empty table
+    TWQuietLabel* detail_ = nullptr; // of the current row, where the table has cut it off
     QLabel* sentence_ = nullptr;
     TWSpinner* spinner_ = nullptr;
     QPushButton* stopButton_ = nullptr;
