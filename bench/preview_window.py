@@ -32,7 +32,8 @@ def main():
     first = statistics.median(figure["rows"][0] for figure in figures)
     goals.at_most("from the end of planning to the first rows, in ms", 100, first)
     # One round in five may be spoilt by other load on the machine.
-    for what, steps in (("while planning", ["plan"]), ("in the window", [name for name in figures[0] if name != "plan"])):
+    in_window = [name for name in figures[0] if name != "plan"]
+    for what, steps in (("while planning", ["plan"]), ("in the window", in_window)):
         turns = sorted(max(figure[name][1] for name in steps) for figure in figures)
         goals.at_most(f"longest turn {what}, all rounds but the worst, in ms", 50, turns[-2 if rounds > 1 else -1])
     goals.end()
