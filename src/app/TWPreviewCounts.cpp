@@ -48,8 +48,10 @@ TWPreviewCounts::TWPreviewCounts(TWRunLoop& runLoop, const TWPreview& preview, s
 void TWPreviewCounts::renew()
 {
     outdated_ = true;
-    if (!soon_ && !counting_)
-        soon_ = runLoop_.after(counts_.empty() ? TWRunLoop::Duration(0) : BetweenCounts, [this] { count(); });
+    if (soon_ || counting_)
+        return;
+    const bool lately = !counts_.empty() && runLoop_.now() - counted_ < BetweenCounts;
+    soon_ = runLoop_.after(lately ? BetweenCounts : TWRunLoop::Duration(0), [this] { count(); });
 }
 
 void TWPreviewCounts::count()
@@ -70,6 +72,7 @@ void TWPreviewCounts::count()
         [this](Counts counts) { counts_ = std::move(counts); },
         [this] {
             counting_.reset();
+            counted_ = runLoop_.now();
             if (outdated_)
                 renew();
             const auto call = changed_;

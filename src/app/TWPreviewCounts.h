@@ -26,6 +26,9 @@ public:
     // The preview has changed; the numbers follow.
     void renew();
 
+    // True if ticks or items may have changed since the numbers were found.
+    bool outdated() const { return outdated_ || counting_; }
+
     // By index into TWPreview::cleaners() and, there, into groups(). Nothing for what has not been counted yet.
     TWPreviewCount of(std::size_t cleaner, std::size_t group) const;
     TWPreviewCount of(std::size_t cleaner) const;
@@ -40,6 +43,7 @@ private:
     const TWPreview& preview_;
     const std::function<void()> changed_;
     Counts counts_;
+    TWRunLoop::Clock::time_point counted_{}; // the latest time
     bool outdated_ = false; // the preview has changed since the latest counting began
     std::unique_ptr<TWRunLoopHandle> soon_;
     std::unique_ptr<TWBackgroundStream<Counts>> counting_;

@@ -73,8 +73,7 @@ void TWPreviewWindowController::refresh()
     basis_ = TWPreviewBasis::now(delegate_);
     made_ = std::time(nullptr);
     wish_.cleaner.reset();
-    wish_.begin = 0;
-    wish_.end = TWNone;
+    group_.reset();
     preview_ = std::make_unique<TWPreview>(delegate_.cleanerContext(), delegate_.settingsSources(), basis_.switchedOn,
         static_cast<TWPreviewDelegate&>(*this));
     counts_ = std::make_unique<TWPreviewCounts>(delegate_.platform().runLoop, *preview_, [this] { notify(); });
@@ -122,8 +121,24 @@ void TWPreviewWindowController::setWish(const TWPreviewWish& wish)
         findRows();
 }
 
+void TWPreviewWindowController::limit(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group)
+{
+    wish_.cleaner = cleaner;
+    group_ = group;
+    if (preview_)
+        findRows();
+}
+
+// The items of a group are known only when the whole plan is.
 void TWPreviewWindowController::findRows()
 {
+    wish_.begin = 0;
+    wish_.end = TWNone;
+    if (wish_.cleaner && group_) {
+        const auto& group = preview_->cleaners()[*wish_.cleaner]->groups()[*group_];
+        wish_.begin = group.begin;
+        wish_.end = group.end;
+    }
     rows_.find(source(), wish_);
     notify();
 }
@@ -136,8 +151,9 @@ TWPreviewSource TWPreviewWindowController::source() const
 void TWPreviewWindowController::previewChanged()
 {
     counts_->renew();
-    const auto plans = static_cast<std::size_t>(
-        std::ranges::count_if(preview_->cleaners(), [](const auto& each) { return each->plan() != nullptr; }));
+    std::size_t plans = 0;
+    for (const auto& each : preview_->cleaners())
+        plans += (each->plan() != nullptr) + each->isPlanned();
     if (std::exchange(plans_, plans) != plans)
         findRows();
     notify();
@@ -310,7 +326,7 @@ std::string TWPreviewWindowController::progress() const
 {
     for (const auto& each : preview_->cleaners()) {
         const auto found = items(each->itemsFound());
-        if (each->plan() && !each->isComplete())
+        if (each->isPlanned() && !each->isComplete())
             return TWText::fill(Measured, { each->row().title, TWText::number(each->itemsSized()), found });
         if (!each->isComplete())
             return each->itemsFound() == 0 ? Looking : TWText::fill(Found, { each->row().title, found });
@@ -339,7 +355,7 @@ std::string TWPreviewWindowController::emptyText() const
     bool any = false;
     for (const auto& each : preview_->cleaners()) {
         any = any || each->itemsFound() > 0;
-        if (each->plan() && each->plan()->items.empty() && !each->plan()->failure)
+        if (each->isPlanned() && each->plan()->items.empty() && !each->plan()->failure)
             addLine(lines, each->row().title, each->row().nothing);
     }
     return any ? NoMatch : lines.empty() ? Nothing : lines;

@@ -50,9 +50,13 @@ public:
     const TWPreviewRows& rows() const { return rows_; }
     const TWPreviewCounts& counts() const { return *counts_; }
 
-    // Which rows to find. The same wish once more sorts by the sizes and ticks of now.
+    // Which rows to find. The same wish once more sorts by the sizes and ticks of now. limit() decides about cleaner,
+    // begin and end.
     void setWish(const TWPreviewWish&);
     const TWPreviewWish& wish() const { return wish_; }
+
+    // Shows only one cleaner or, there, one of its groups().
+    void limit(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group);
 
     // Rows that are kept or refused stay as they are.
     void tick(std::span<const TWPreviewRow>, TWTick);
@@ -108,7 +112,8 @@ private:
     std::unique_ptr<TWPreview> preview_;
     std::unique_ptr<TWPreviewCounts> counts_;
     TWPreviewWish wish_;
-    std::size_t plans_ = 0; // known when the rows were looked for last
+    std::optional<std::size_t> group_; // of the wished cleaner
+    std::size_t plans_ = 0; // known when the rows were looked for last; a whole one counts twice
     TWPreviewRows rows_;
     TWPreviewWish keptWish_; // what stays because it was put on the keep list
     TWPreviewRows keptRows_; // found for it

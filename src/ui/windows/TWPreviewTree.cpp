@@ -122,19 +122,26 @@ void TWPreviewTree::addGroups(QTreeWidgetItem& line, const TWCleanerPreview& pre
         return;
     for (auto group = line.childCount(); group < static_cast<int>(groups.size()); ++group) {
         const auto& first = preview.plan()->items[groups[static_cast<std::size_t>(group)].begin];
-        addLine(&line, preview.rule(first), cleaner, group);
+        auto* added = addLine(&line, preview.rule(first), cleaner, group);
+        added->setFlags(added->flags() & ~Qt::ItemIsUserCheckable);
+    }
+    if (!preview.isPlanned())
+        return; // more items of a rule may follow, so that it cannot be ticked or unticked yet
+    for (int group = 0; group < line.childCount(); ++group) {
+        auto& child = *line.child(group);
+        if (!(child.flags() & Qt::ItemIsUserCheckable))
+            child.setFlags(child.flags() | Qt::ItemIsUserCheckable);
     }
 }
 
-// A line without items keeps its check box as it was, because a cleaner may be unticked before its plan is known. One
-// of which all items are refused has none.
+// A check box stays as the user has set it until everything is counted. A line of which all items are refused has none.
 void TWPreviewTree::show(QTreeWidgetItem& line, const TWPreviewCount& count)
 {
     line.setText(Items, TWQtText::exact(TWText::number(count.items)));
     line.setText(Size, count.items > count.refused ? TWQtText::exact(TWText::size(count.bytes)) : QString());
     if (count.items > 0 && count.items == count.refused)
         line.setData(Name, Qt::CheckStateRole, {});
-    else if (count.items > 0)
+    else if (count.items > 0 && !controller_.counts().outdated())
         line.setCheckState(Name,
             count.allTicked()        ? Qt::Checked
                 : count.noneTicked() ? Qt::Unchecked
@@ -143,21 +150,12 @@ void TWPreviewTree::show(QTreeWidgetItem& line, const TWPreviewCount& count)
 
 void TWPreviewTree::choose(const QTreeWidgetItem* line)
 {
-    if (!line || !controller_.preview())
+    if (!line)
         return;
     const int cleaner = line->data(Name, CleanerRole).toInt();
     const int group = line->data(Name, GroupRole).toInt();
-    if (cleaner == None) {
-        emit chosen(std::nullopt, 0, TWNone);
-        return;
-    }
-    const auto position = static_cast<std::size_t>(cleaner);
-    const auto& groups = controller_.preview()->cleaners()[position]->groups();
-    if (group == None)
-        emit chosen(cleaner, 0, TWNone);
-    else
-        emit chosen(
-            cleaner, groups[static_cast<std::size_t>(group)].begin, groups[static_cast<std::size_t>(group)].end);
+    emit chosen(cleaner == None ? std::nullopt : std::optional<std::uint32_t>(cleaner),
+        group == None ? std::nullopt : std::optional<std::size_t>(group));
 }
 
 void TWPreviewTree::tick(const QTreeWidgetItem& line)

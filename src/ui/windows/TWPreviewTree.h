@@ -23,8 +23,8 @@ protected:
     void resizeEvent(QResizeEvent*) override;
 
 signals:
-    // Another line is the current one; the controller's rows should be those of these items.
-    void chosen(std::optional<std::uint32_t> cleaner, std::size_t begin, std::size_t end);
+    // Another line is the current one: that of a cleaner, of one of its groups or, with neither, the first one.
+    void chosen(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group);
 
 private:
     QTreeWidgetItem* addLine(QTreeWidgetItem* parent, const std::string& name, int cleaner, int group);

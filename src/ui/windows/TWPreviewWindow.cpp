@@ -373,13 +373,10 @@ void TWPreviewWindow::showDetail()
     detail_->setText(tr(Detail).arg(TWQtText::shown(controller_.path(row)), TWQtText::shown(controller_.why(row))));
 }
 
-void TWPreviewWindow::limit(std::optional<std::uint32_t> cleaner, std::size_t begin, std::size_t end)
+void TWPreviewWindow::limit(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group)
 {
-    auto wanted = controller_.wish();
-    wanted.cleaner = cleaner;
-    wanted.begin = begin;
-    wanted.end = end;
-    wish(wanted);
+    wished_ = true;
+    controller_.limit(cleaner, group);
 }
 
 void TWPreviewWindow::filter()

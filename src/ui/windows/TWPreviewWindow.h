@@ -55,7 +55,7 @@ private:
     QAction* addTableAction(
         const char* name, const QString& text, const QList<QKeySequence>&, void (TWPreviewWindow::*call)());
     void addWindowAction(const QString& text, const QList<QKeySequence>&, std::function<void()>);
-    void limit(std::optional<std::uint32_t> cleaner, std::size_t begin, std::size_t end);
+    void limit(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group);
     void filter();
     void sort(int column, Qt::SortOrder);
     void wish(const TWPreviewWish&);
