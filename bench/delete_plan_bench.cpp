@@ -24,6 +24,7 @@
 #include "platform/posix/TWFileUserDefaults.h"
 #include "platform/posix/TWPosixOwnFiles.h"
 #include "platform/qt/TWQtRunLoop.h"
+#include "turns.h"
 
 #include <QCoreApplication>
 
@@ -91,27 +92,6 @@ struct World {
     TWPosixOwnFiles ownFiles;
     TWFileUserDefaults defaults{ ownFiles, runLoop, places.dataHome + "/no settings" };
     TWSettings settings{ defaults };
-};
-
-// Watches how long the turns of the event loop take while it exists, to a millisecond. Without a pause between the
-// beats, the watch would keep a core from the work in the background.
-class Turns final {
-public:
-    explicit Turns(TWRunLoop& runLoop)
-    {
-        heartbeat_ = runLoop.every(TWRunLoop::Duration(1), [this] {
-            const auto now = Clock::now();
-            longest_ = std::max(longest_, Milliseconds(now - lastBeat_));
-            lastBeat_ = now;
-        });
-    }
-
-    double longest() const { return longest_.count(); }
-
-private:
-    Milliseconds longest_{ 0 };
-    Clock::time_point lastBeat_ = Clock::now();
-    std::unique_ptr<TWRunLoopHandle> heartbeat_;
 };
 
 // Empties the Trash. The turn in which the cleaner is destroyed belongs to it.

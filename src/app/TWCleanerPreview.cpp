@@ -1,20 +1,6 @@
 #include "app/TWCleanerPreview.h"
 
-#include "support/TWText.h"
-
 #include <algorithm>
-
-namespace {
-
-constexpr auto OwnerRefused = "the item that it belongs to would be refused.";
-constexpr auto CleanerFails = "the cleaner would stop before: %@";
-
-std::string textAt(const std::vector<std::string>& texts, std::uint32_t index)
-{
-    return index < texts.size() ? texts[index] : "";
-}
-
-}
 
 // Everything that depends on the lists is copied in one turn, so that the texts always fit the plan.
 void TWCleanerPreview::start(
@@ -87,25 +73,6 @@ bool TWCleanerPreview::hasProblem() const
     if (!isPlanned_ || plan_->failure || plan_->incomplete || unknown() > 0)
         return true;
     return std::any_of(plan_->items.begin(), plan_->items.end(), [](const auto& item) { return item.objection; });
-}
-
-std::string TWCleanerPreview::rule(const TWPlannedItem& item) const
-{
-    return item.rule == TWNone ? reasons_.other : textAt(reasons_.rules, item.rule);
-}
-
-std::string TWCleanerPreview::word(const TWPlannedItem& item) const
-{
-    return textAt(reasons_.words, item.word);
-}
-
-std::string TWCleanerPreview::refusal(const TWPlannedItem& item) const
-{
-    if (item.objection)
-        return item.objection;
-    if (plan_->failure)
-        return TWText::fill(CleanerFails, { *plan_->failure });
-    return plan_->wouldDelete(item) ? "" : OwnerRefused;
 }
 
 void TWCleanerPreview::setTicked(std::size_t item, TWTick tick)

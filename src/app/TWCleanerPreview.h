@@ -62,12 +62,11 @@ public:
     // Not everything could be looked at, or a run would fail.
     bool hasProblem() const;
 
-    // "rule 3: contents of ~/Downloads", and the word that matched or "".
-    std::string rule(const TWPlannedItem&) const;
-    std::string word(const TWPlannedItem&) const;
+    std::string rule(const TWPlannedItem& item) const { return reasons_.rule(item); }
+    std::string word(const TWPlannedItem& item) const { return reasons_.word(item); }
 
     // Why a run would leave the item alone, or "".
-    std::string refusal(const TWPlannedItem&) const;
+    std::string refusal(const TWPlannedItem& item) const { return TWPlanReasons::refusal(*plan_, item); }
 
     // Call these once there is a plan. At first everything is ticked. A group cannot be ticked or unticked before the
     // whole plan is known, because more items of it may follow.
@@ -76,7 +75,11 @@ public:
     void setTicked(const Group&, TWTick);
     void setAllTicked(TWTick);
 
-    TWPreviewShare share() const { return { plan_, bytes_, unticked_ }; }
+    // What code on another thread may use: a copy that later changes of ticks do not reach. The cleaner is not set.
+    TWPreviewShare share() const { return { plan_, bytes_, unticked_, itemsSized() }; }
+
+    // The texts of rule() and word(). They stay as they were at start().
+    const TWPlanReasons& reasons() const { return reasons_; }
 
     // What is ticked; without a plan if nothing is, or if the preview is not complete.
     TWPlannedJob job() const;

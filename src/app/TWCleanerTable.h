@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/TWPlanReasons.h"
 #include "cleaners/TWCleaner.h"
 #include "cleaners/TWCleanerContext.h"
 
@@ -13,13 +14,6 @@ struct TWSettingsSources {
     const TWSettings& settings;
     const TWPlaces& places;
     const TWEditors* editors = nullptr;
-};
-
-// What the numbers of rules and words in a plan stand for.
-struct TWPlanReasons {
-    std::string other; // why an item is planned that no rule names
-    std::vector<std::string> rules;
-    std::vector<std::string> words;
 };
 
 // One of the eight cleaners, in the order of a run. Nothing else in the program knows a cleaner by name.

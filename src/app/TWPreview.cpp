@@ -1,5 +1,7 @@
 #include "app/TWPreview.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr TWRunLoop::Duration LaterTurn{ 0 };
@@ -68,6 +70,33 @@ void TWPreview::setAllTicked(std::size_t cleaner, TWTick tick)
     addUpLater();
 }
 
+void TWPreview::setTicked(std::span<const TWPreviewRow> rows, TWTick tick)
+{
+    for (const auto& row : rows)
+        cleaners_[row.cleaner]->setTicked(row.item, tick);
+    addUpLater();
+}
+
+std::vector<TWPreviewShare> TWPreview::shares() const
+{
+    std::vector<TWPreviewShare> shares;
+    for (std::uint32_t index = 0; index < cleaners_.size(); ++index) {
+        if (!cleaners_[index]->plan())
+            continue;
+        shares.push_back(cleaners_[index]->share());
+        shares.back().cleaner = index;
+    }
+    return shares;
+}
+
+const TWPreviewRow* TWPreview::deleter(TWPreviewRow row) const
+{
+    const auto& overlaps = *total_.overlaps;
+    const auto found = std::ranges::lower_bound(overlaps, row, {}, &TWPreviewOverlap::row);
+    const bool unticked = !cleaners_[row.cleaner]->isTicked(row.item);
+    return unticked && found != overlaps.end() && found->row == row ? &found->by : nullptr;
+}
+
 // Several changes within one turn are added up once.
 void TWPreview::addUpLater()
 {
@@ -77,11 +106,8 @@ void TWPreview::addUpLater()
 
 void TWPreview::addUp()
 {
-    std::vector<TWPreviewShare> shares;
-    for (const auto& cleaner : cleaners_) {
-        if (cleaner->isComplete())
-            shares.push_back(cleaner->share());
-    }
+    auto shares = this->shares();
+    std::erase_if(shares, [this](const auto& share) { return !cleaners_[share.cleaner]->isComplete(); });
     addingUp_ = std::make_unique<TWBackgroundStream<TWPreviewTotal>>(
         context_.deletion.runLoop, 1,
         [shares = std::move(shares)](auto& sink) { sink.put(TWAddUpPreview(shares, sink.cancellation())); },

@@ -3,6 +3,8 @@
 #include "app/TWCleanerPreview.h"
 #include "app/TWCleaningRun.h"
 
+#include <span>
+
 class TWPreviewDelegate {
 public:
     // Something more is known, or the total has changed. At most once per turn.
@@ -42,6 +44,14 @@ public:
     void setTicked(std::size_t cleaner, std::size_t item, TWTick);
     void setTicked(std::size_t cleaner, const TWCleanerPreview::Group&, TWTick);
     void setAllTicked(std::size_t cleaner, TWTick);
+    void setTicked(std::span<const TWPreviewRow>, TWTick);
+
+    // The cleaners whose plans are known, for work on another thread.
+    std::vector<TWPreviewShare> shares() const;
+
+    // The ticked item that deletes an item although that one is not ticked; nullptr if there is none. Lags behind a
+    // change of ticks until previewChanged().
+    const TWPreviewRow* deleter(TWPreviewRow) const;
 
     // What a run of the preview carries out: the cleaners with anything ticked.
     TWPlannedJobs jobs() const;

@@ -34,20 +34,36 @@ public:
             findCovers(share, cancellation);
     }
 
-    // True if the item lies in a folder that would be deleted, or was asked about before.
-    bool isRepeated(const TWPlannedFolder& folder, std::string_view name)
+    // True if the item lies in a folder that would be deleted, or if an item with its path was asked about before.
+    bool isRepeated(const TWPlannedFolder& folder, std::string_view name, TWPreviewRow row)
     {
-        if (&folder != latest_) {
-            latest_ = &folder;
-            covered_ = isCovered(folder);
-            repeated_ = repeatedFolders_.contains(folder.identity);
-        }
-        if (covered_ || !repeated_)
-            return covered_;
-        return !names_[folder.identity].emplace(name).second;
+        enter(folder);
+        if (cover_ || !repeated_)
+            return cover_ != nullptr;
+        return !names_[folder.identity].emplace(name, row).second;
+    }
+
+    // The ticked item that deletes the item as well. Call this when isRepeated() has been asked about all ticked ones.
+    const TWPreviewRow* deleter(const TWPlannedFolder& folder, std::string_view name)
+    {
+        enter(folder);
+        if (cover_ || !repeated_)
+            return cover_;
+        const auto& names = names_[folder.identity];
+        const auto found = names.find(name);
+        return found == names.end() ? nullptr : &found->second;
     }
 
 private:
+    void enter(const TWPlannedFolder& folder)
+    {
+        if (&folder == latest_)
+            return;
+        latest_ = &folder;
+        cover_ = findCover(folder);
+        repeated_ = repeatedFolders_.contains(folder.identity);
+    }
+
     void addFolders(const TWPlan& plan)
     {
         for (const auto& folder : plan.folders) {
@@ -66,27 +82,50 @@ private:
                 continue;
             const auto parent = parents_.find(share.plan->realPath(items[index]));
             if (parent != parents_.end())
-                covers_.insert(*parent);
+                covers_.try_emplace(*parent, share.cleaner, static_cast<std::uint32_t>(index));
         }
     }
 
-    bool isCovered(const TWPlannedFolder& folder) const
+    const TWPreviewRow* findCover(const TWPlannedFolder& folder) const
     {
-        bool covered = false;
-        if (!covers_.empty())
-            forEachPathUp(folder.realPath, [&](std::string_view path) { return !(covered = covers_.contains(path)); });
-        return covered;
+        const TWPreviewRow* cover = nullptr;
+        if (covers_.empty())
+            return cover;
+        forEachPathUp(folder.realPath, [&](std::string_view path) {
+            const auto found = covers_.find(path);
+            cover = found == covers_.end() ? nullptr : &found->second;
+            return !cover;
+        });
+        return cover;
     }
 
     std::unordered_map<TWFileIdentity, const TWPlannedFolder*> folders_; // the first of each
     std::unordered_set<TWFileIdentity> repeatedFolders_;
     std::unordered_set<std::string_view> parents_; // the folders of all items, and all folders above them
-    std::unordered_set<std::string_view> covers_; // of these, the ones that would be deleted
-    std::unordered_map<TWFileIdentity, std::unordered_set<std::string_view>> names_; // met in repeated folders
+    std::unordered_map<std::string_view, TWPreviewRow> covers_; // of these, the ones that would be deleted
+    std::unordered_map<TWFileIdentity, std::unordered_map<std::string_view, TWPreviewRow>>
+        names_; // met in repeated folders
     const TWPlannedFolder* latest_ = nullptr;
-    bool covered_ = false; // the latest folder lies in one that would be deleted
+    const TWPreviewRow* cover_ = nullptr; // a folder around the latest one, or itself, that would be deleted
     bool repeated_ = false; // the latest folder is a repeated one
 };
+
+std::shared_ptr<const std::vector<TWPreviewOverlap>> findOverlaps(
+    const std::vector<TWPreviewShare>& shares, Overlaps& overlaps, const TWCancellation& cancellation)
+{
+    std::vector<TWPreviewOverlap> found;
+    for (const auto& share : shares) {
+        const auto& items = share.plan->items;
+        for (std::uint32_t index = 0; index < items.size() && !cancellation.cancelled(); ++index) {
+            const auto& item = items[index];
+            if (!share.unticked[index] || item.quiet || !share.plan->wouldDelete(item))
+                continue;
+            if (const auto* by = overlaps.deleter(*share.plan->folders[item.folder], item.name))
+                found.push_back({ { share.cleaner, index }, *by });
+        }
+    }
+    return std::make_shared<const std::vector<TWPreviewOverlap>>(std::move(found));
+}
 
 }
 
@@ -97,10 +136,11 @@ TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>& shares, const T
     std::unordered_set<TWFileIdentity> filesWithSeveralNames;
     for (const auto& share : shares) {
         const auto& items = share.plan->items;
-        for (std::size_t index = 0; index < items.size() && !cancellation.cancelled(); ++index) {
+        for (std::uint32_t index = 0; index < items.size() && !cancellation.cancelled(); ++index) {
             const auto& item = items[index];
             total.refused += !item.quiet && !share.plan->wouldDelete(item);
-            if (!wouldBeDeleted(share, index) || overlaps.isRepeated(*share.plan->folders[item.folder], item.name))
+            if (!wouldBeDeleted(share, index)
+                || overlaps.isRepeated(*share.plan->folders[item.folder], item.name, { share.cleaner, index }))
                 continue;
             ++total.items;
             const bool severalNames = item.facts.kind != TWFileKind::Folder && item.facts.links > 1;
@@ -108,5 +148,6 @@ TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>& shares, const T
                 total.bytes += (*share.bytes)[index];
         }
     }
+    total.overlaps = findOverlaps(shares, overlaps, cancellation);
     return total;
 }

@@ -2,11 +2,27 @@
 
 #include "cleaners/TWPlan.h"
 
-// One cleaner's part of a preview, as far as its total depends on it.
+// One cleaner's part of a preview, as far as its total and its rows depend on it.
 struct TWPreviewShare {
     std::shared_ptr<const TWPlan> plan;
     std::shared_ptr<const std::vector<std::uint64_t>> bytes; // space on disk, by item
     std::vector<bool> unticked; // by item
+    std::size_t sized = 0; // so many items, from the first one on, have known sizes; more may follow on the main thread
+    std::uint32_t cleaner = 0; // index into TWPreview::cleaners()
+};
+
+// One item of a preview.
+struct TWPreviewRow {
+    std::uint32_t cleaner = 0; // index into TWPreview::cleaners()
+    std::uint32_t item = 0; // of its plan
+
+    friend auto operator<=>(const TWPreviewRow&, const TWPreviewRow&) = default;
+};
+
+// An item that is not ticked but would be deleted all the same.
+struct TWPreviewOverlap {
+    TWPreviewRow row;
+    TWPreviewRow by; // a ticked item: the same path, or a folder around it
 };
 
 // The numbers of a preview, without quiet items.
@@ -14,6 +30,8 @@ struct TWPreviewTotal {
     std::uint64_t items = 0; // would be deleted
     std::uint64_t bytes = 0; // space on disk that they take
     std::uint64_t refused = 0; // would stay, although a rule names them
+    std::shared_ptr<const std::vector<TWPreviewOverlap>> overlaps
+        = std::make_shared<const std::vector<TWPreviewOverlap>>(); // in the order of their rows
 };
 
 // Adds up what is ticked. An item that several rules or cleaners name, or that lies in a folder that would be deleted,

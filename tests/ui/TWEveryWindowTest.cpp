@@ -33,7 +33,7 @@ protected:
         session.mainWindow().refresh();
         machine.runLoop.runUntilIdle();
         shown(session.mainWindow(), call);
-        for (const auto* name : { "results", "help" }) {
+        for (const auto* name : { "results", "help", "preview" }) {
             child<QAction>(session.mainWindow(), std::string(name) + "Action")->trigger();
             const auto windows = QApplication::topLevelWidgets();
             const auto found = std::find_if(windows.begin(), windows.end(),
@@ -151,7 +151,8 @@ TEST_F(TWEveryWindowTest, Pictures)
 TEST_F(TWEveryWindowTest, FitsTheScreenWithItsButtonsInSight)
 {
     const auto available = QGuiApplication::primaryScreen()->availableGeometry();
-    const std::set<QString> buttons{ "cleanButton", "okPushButton", "savePushButton", "defaultButton", "saveButton" };
+    const std::set<QString> buttons{ "cleanButton", "okPushButton", "savePushButton", "defaultButton", "saveButton",
+        "exportButton" };
     forEach([&](QWidget& window) {
         EXPECT_LT(window.width(), available.width());
         EXPECT_LT(window.height(), available.height());

@@ -19,6 +19,11 @@ QString shown(std::string_view bytes)
     return QGuiApplication::isLeftToRight() || text.isEmpty() ? text : LeftToRightIsolate + text + PopIsolate;
 }
 
+QString shownLines(std::string_view bytes)
+{
+    return shown(bytes).replace(QChar(0x240A), '\n'); // the picture of a newline
+}
+
 QString toolTip(std::string_view bytes)
 {
     return bytes.empty() ? QString() : QString("<p>%1</p>").arg(shown(bytes).toHtmlEscaped());

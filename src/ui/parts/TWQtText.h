@@ -12,6 +12,9 @@ namespace TWQtText {
 // For display only: makes bytes that are not UTF-8 and control characters visible. Never write the result back.
 QString shown(std::string_view bytes);
 
+// Like shown(), but a newline stays one.
+QString shownLines(std::string_view bytes);
+
 // Like shown(), but for a tooltip, where a "<" must not be taken for markup.
 QString toolTip(std::string_view bytes);
 

@@ -1,5 +1,6 @@
 #include "ui/parts/TWRecordDelegate.h"
 
+#include "ui/parts/TWCellStyle.h"
 #include "ui/parts/TWCheckBox.h"
 #include "ui/parts/TWRecordModel.h"
 
@@ -11,18 +12,10 @@ using Kind = TWRecordColumn::Kind;
 namespace {
 
 constexpr float QuietOpacity = 0.72F;
-constexpr int FocusWidth = 2; // in pixels
 
 const TWRecordColumn& columnAt(const QModelIndex& index)
 {
     return static_cast<const TWRecordModel*>(index.model())->column(index.column());
-}
-
-// An amber that is readable on the palette's background.
-QColor warningColor(const QPalette& palette)
-{
-    const bool dark = palette.color(QPalette::Base).lightness() < 128;
-    return dark ? QColor(255, 204, 102) : QColor(133, 66, 0);
 }
 
 int arrowWidth(const QWidget& widget)
@@ -44,26 +37,14 @@ void drawArrow(QPainter& painter, const QStyleOptionViewItem& option)
     option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, &painter, option.widget);
 }
 
-// The selected row has one colour, so without a frame the current cell in it could not be seen.
-void drawFocus(QPainter& painter, const QStyleOptionViewItem& option)
-{
-    painter.save();
-    painter.setPen(QPen(option.palette.color(QPalette::HighlightedText), FocusWidth));
-    painter.drawRect(option.rect.adjusted(FocusWidth, FocusWidth, -FocusWidth, -FocusWidth));
-    painter.restore();
-}
-
 void styleNote(QStyleOptionViewItem& option, bool warning)
 {
+    if (warning) {
+        TWCellStyle::showWarning(option);
+        return;
+    }
     auto color = option.palette.color(QPalette::Text);
     color.setAlphaF(QuietOpacity);
-    if (warning) {
-        color = warningColor(option.palette);
-        option.features |= QStyleOptionViewItem::HasDecoration;
-        option.icon = option.widget->style()->standardIcon(QStyle::SP_MessageBoxWarning);
-        const int size = option.fontMetrics.height();
-        option.decorationSize = QSize(size, size);
-    }
     option.palette.setColor(QPalette::Text, color);
 }
 
@@ -101,7 +82,7 @@ void TWRecordDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     if (columnAt(index).kind == Kind::Choice)
         drawArrow(*painter, option);
     if (option.state & QStyle::State_HasFocus)
-        drawFocus(*painter, option);
+        TWCellStyle::drawFocus(*painter, option);
 }
 
 QWidget* TWRecordDelegate::createEditor(

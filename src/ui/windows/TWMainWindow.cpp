@@ -134,6 +134,9 @@ QLayout* TWMainWindow::createButtons()
     stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
     cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
     cleanButton_->setDefault(true);
+    auto* previewButton = createButton(tr("Previe&w..."), "previewButton", tr("Show what Clean would delete"));
+    previewButton->setAutoDefault(true); // so that Return presses it instead of Clean
+    connect(previewButton, &QPushButton::clicked, this, &TWMainWindow::previewRequested);
     resultsButton_ = createButton(tr("Res&ults"), "resultsButton", tr("Show the results"));
     resultsButton_->hide();
     sentence_ = new QLabel;
@@ -149,6 +152,7 @@ QLayout* TWMainWindow::createButtons()
     buttons->addWidget(sentence_, 1);
     buttons->addWidget(resultsButton_);
     buttons->addWidget(stopButton_);
+    buttons->addWidget(previewButton);
     buttons->addWidget(cleanButton_);
     return buttons;
 }
@@ -166,6 +170,8 @@ void TWMainWindow::createMenus()
     auto* file = menuBar()->addMenu(tr("&File"));
     cleanAction_ = addAction(file, "cleanAction", tr("&Clean"), Qt::CTRL | Qt::Key_Return);
     connect(cleanAction_, &QAction::triggered, cleanButton_, &QPushButton::click);
+    connect(addAction(file, "previewAction", tr("&Preview..."), Qt::CTRL | Qt::Key_P), &QAction::triggered, this,
+        &TWMainWindow::previewRequested);
     stopAction_ = addAction(file, "stopAction", tr("&Stop"), Qt::Key_Escape);
     connect(stopAction_, &QAction::triggered, stopButton_, &QPushButton::click);
     file->addSeparator();

@@ -48,6 +48,7 @@ signals:
     // The user wants to open the editor with that name in TWSheetTable.
     void editRequested(const char* editor);
     void resultsRequested();
+    void previewRequested();
     void helpRequested();
 
     // The user has closed the window and answered all questions about that.

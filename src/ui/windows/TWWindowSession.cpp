@@ -4,6 +4,7 @@
 #include "ui/sheets/TWSheet.h"
 #include "ui/sheets/TWSheetTable.h"
 #include "ui/windows/TWHelpWindow.h"
+#include "ui/windows/TWPreviewWindow.h"
 #include "ui/windows/TWQtAlerts.h"
 #include "ui/windows/TWResultsWindow.h"
 
@@ -26,6 +27,7 @@ TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& al
         &mainWindow_, &TWMainWindow::editRequested, &mainWindow_, [this](const char* editor) { edit(editor); });
     QObject::connect(
         &mainWindow_, &TWMainWindow::resultsRequested, &mainWindow_, [this] { bringToFront(TWWindow::Results); });
+    QObject::connect(&mainWindow_, &TWMainWindow::previewRequested, &mainWindow_, [this] { showPreview(); });
     QObject::connect(&mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { showHelp(HelpIndex); });
     QObject::connect(&mainWindow_, &TWMainWindow::quitRequested, &mainWindow_, [this] { terminate(); });
     QObject::connect(qApp, &QGuiApplication::commitDataRequest, &mainWindow_, [this](QSessionManager& manager) {
@@ -79,6 +81,18 @@ void TWWindowSession::edit(const char* editor)
         wanted->open();
 }
 
+void TWWindowSession::showPreview()
+{
+    if (!previewWindow_) {
+        previewWindow_ = std::make_unique<TWPreviewWindow>(delegate_);
+        nameSandbox(*previewWindow_);
+        QObject::connect(previewWindow_.get(), &TWPreviewWindow::aboutToClean, &mainWindow_, [this] { activate(); });
+        QObject::connect(previewWindow_.get(), &TWPreviewWindow::helpRequested, &mainWindow_,
+            [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
+    }
+    bringToFront(*previewWindow_);
+}
+
 void TWWindowSession::showHelp(const std::string& page)
 {
     if (!helpWindow_) {
@@ -118,13 +132,16 @@ void TWWindowSession::bringToFront(TWWindow which)
             TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
         nameSandbox(*resultsWindow_);
     }
-    auto* shown = window(which);
-    if (!shown)
-        return;
-    shown->setWindowState(shown->windowState() & ~Qt::WindowMinimized);
-    shown->show();
-    shown->raise();
-    shown->activateWindow();
+    if (auto* shown = window(which))
+        bringToFront(*shown);
+}
+
+void TWWindowSession::bringToFront(QWidget& shown)
+{
+    shown.setWindowState(shown.windowState() & ~Qt::WindowMinimized);
+    shown.show();
+    shown.raise();
+    shown.activateWindow();
 }
 
 bool TWWindowSession::isKeyWindow(TWWindow which) const

@@ -7,6 +7,7 @@
 #include <memory>
 
 class TWHelpWindow;
+class TWPreviewWindow;
 class TWQtAlerts;
 class TWResultsWindow;
 class TWSheet;
@@ -38,13 +39,16 @@ public:
 
 private:
     void edit(const char* editor);
+    void showPreview();
     void showHelp(const std::string& page);
     void nameSandbox(QWidget&) const;
     QWidget* window(TWWindow) const;
+    static void bringToFront(QWidget&);
 
     TWTidewellAppDelegate& delegate_;
     TWMainWindow mainWindow_;
     std::unique_ptr<TWResultsWindow> resultsWindow_;
+    std::unique_ptr<TWPreviewWindow> previewWindow_;
     std::unique_ptr<TWHelpWindow> helpWindow_;
     std::map<std::string, std::unique_ptr<TWSheet>, std::less<>> sheets_; // by the editor's name
 };

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "cleaners/TWPlan.h"
+
+// What the numbers of rules and words in a plan stand for. A copy may be used on any thread.
+struct TWPlanReasons {
+    std::string other; // why an item is planned that no rule names
+    std::vector<std::string> rules;
+    std::vector<std::string> words;
+
+    // "rule 3: contents of ~/Downloads", and the word that matched or "".
+    std::string rule(const TWPlannedItem&) const;
+    std::string word(const TWPlannedItem&) const;
+
+    // Why a run would leave the item of the plan alone, or "".
+    static std::string refusal(const TWPlan&, const TWPlannedItem&);
+};

@@ -1,0 +1,11 @@
+#include "app/TWPreviewBasis.h"
+
+#include "editors/TWFilesWindowController.h"
+#include "editors/TWKeepWindowController.h"
+
+TWPreviewBasis TWPreviewBasis::now(TWTidewellAppDelegate& delegate)
+{
+    auto& editors = delegate.editors();
+    return { delegate.switchedOn(), editors.get<TWFilesWindowController>().rules(),
+        editors.dictionary().wordDictionary(), editors.get<TWKeepWindowController>().entries() };
+}

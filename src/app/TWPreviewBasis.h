@@ -1,0 +1,17 @@
+#pragma once
+
+#include "app/TWTidewellAppDelegate.h"
+#include "cleaners/TWFilesRule.h"
+#include "editors/TWKeepRecord.h"
+
+// The switches and lists that a preview is made from. Copied, so that a later change of them can be noticed.
+struct TWPreviewBasis {
+    TWRunChoice switchedOn{};
+    std::vector<TWFilesRule> rules;
+    std::vector<std::string> words;
+    std::vector<TWKeepRecord> kept;
+
+    static TWPreviewBasis now(TWTidewellAppDelegate&);
+
+    friend bool operator==(const TWPreviewBasis&, const TWPreviewBasis&) = default;
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "app/TWPreview.h"
+#include "platform/TWOwnFiles.h"
+
+// Writes rows of a preview to a file as comma-separated values for a spreadsheet, in the background: a line of titles
+// and a line for each row. Names are shown as in the window; `tidewell preview --json` also has their exact bytes. Main
+// thread. Destroying it ends the work without a call; the file is then written or left as it was.
+class TWPreviewExport final {
+public:
+    // ended is called once, on a later turn, with 0 or the errno.
+    TWPreviewExport(TWRunLoop&, const TWOwnFiles&, const TWPreview&, std::vector<TWPreviewRow>, const std::string& path,
+        std::function<void(int error)> ended);
+
+private:
+    std::unique_ptr<TWBackgroundStream<int>> writing_;
+};

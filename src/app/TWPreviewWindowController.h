@@ -1,0 +1,122 @@
+#pragma once
+
+#include "app/TWPreviewBasis.h"
+#include "app/TWPreviewCounts.h"
+#include "app/TWPreviewExport.h"
+#include "app/TWPreviewRows.h"
+
+class TWPreviewView {
+public:
+    // There is a new preview, or none any more. All rows and groups are others.
+    virtual void previewReplaced() = 0;
+
+    // Other rows are shown, or in another order.
+    virtual void rowsReplaced() = 0;
+
+    // More sizes, groups or counts are known, or ticks or texts have changed. May come in every turn.
+    virtual void previewChanged() = 0;
+
+protected:
+    ~TWPreviewView() = default;
+};
+
+// What happens to a row if the preview is carried out.
+enum class TWPreviewFate {
+    Deleted,
+    DeletedAnyway, // although it is not ticked, because another item deletes it
+    Unticked, // stays
+    Kept, // stays: it has been put on the keep list, or something in it has
+    Refused, // stays
+};
+
+// The preview's window without its widgets: makes previews of the cleaners that are switched on, finds the rows to
+// show, carries the preview out. Rows and groups are those of preview(), which exists from refresh() to close(). Main
+// thread.
+class TWPreviewWindowController final : private TWPreviewDelegate {
+public:
+    explicit TWPreviewWindowController(TWTidewellAppDelegate&);
+    ~TWPreviewWindowController();
+
+    void setView(TWPreviewView* view) { view_ = view; }
+
+    void refresh(); // makes a new preview in place of the old one, whose ticks are lost
+    void close(); // drops the preview
+    void stop();
+
+    // Carries out what is ticked. The preview stays.
+    void clean();
+
+    const TWPreview* preview() const { return preview_.get(); }
+    const TWPreviewRows& rows() const { return rows_; }
+    const TWPreviewCounts& counts() const { return *counts_; }
+
+    // Which rows to find. The same wish once more sorts by the sizes and ticks of now. limit() decides about cleaner,
+    // begin and end.
+    void setWish(const TWPreviewWish&);
+    const TWPreviewWish& wish() const { return wish_; }
+
+    // Shows only one cleaner or, there, one of its groups().
+    void limit(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group);
+
+    // Rows that are kept or refused stay as they are.
+    void tick(std::span<const TWPreviewRow>, TWTick);
+    void tick(std::size_t cleaner, const TWCleanerPreview::Group&, TWTick);
+    void tick(std::size_t cleaner, TWTick);
+    void tickAll(TWTick);
+
+    // Puts the items on the keep list, which is saved at once, and unticks them with all rows that stay because of
+    // that. Returns "" or one line why the rest of them is not kept.
+    static constexpr std::size_t MostKeptAtOnce = 100;
+    std::string keep(const std::vector<TWPreviewRow>&);
+
+    // Writes the rows that are shown. ended gets "" or one line.
+    void exportRows(const std::string& path, std::function<void(const std::string& problem)> ended);
+
+    const TWPlannedItem& item(TWPreviewRow) const;
+    std::string path(TWPreviewRow) const; // for display; bytes
+    std::string realPath(TWPreviewRow) const;
+    TWPreviewFate fate(TWPreviewRow) const;
+    std::optional<std::uint64_t> bytes(TWPreviewRow) const; // nothing while it is not known
+    std::string word(TWPreviewRow) const; // that matched, or ""
+    std::string why(TWPreviewRow) const; // which rule and word, or why it stays
+
+    // False while the preview is being made, because a cleaner takes part only if it is complete.
+    bool canClean() const { return preview_ && preview_->ended(); }
+    bool busy() const { return preview_ && (!preview_->ended() || rows_.finding()); }
+
+    std::string sentence() const; // "512 items, 3.4 GB would be deleted; 3 refused."
+    std::string emptyText() const; // why no row is shown
+    std::string warnings() const; // lines about the cleaners, or ""
+
+    // One line if the preview is out of date, or "". Compares lists, so ask when the window is activated.
+    std::string notice() const;
+
+private:
+    void previewChanged() override;
+    void previewEnded() override;
+    void findRows();
+    void ticked();
+    void takeKept(const std::vector<TWPreviewRow>&);
+    TWPreviewSource source() const;
+    const TWCleanerPreview& cleaner(TWPreviewRow row) const { return *preview_->cleaners()[row.cleaner]; }
+    void notify();
+    std::string progress() const;
+    std::string leftOut() const;
+
+    TWTidewellAppDelegate& delegate_;
+    TWPreviewView* view_ = nullptr;
+    TWPreviewBasis basis_;
+    std::time_t made_ = 0;
+    bool cleaned_ = false;
+    bool stopped_ = false;
+    std::unique_ptr<TWPreview> preview_;
+    std::unique_ptr<TWPreviewCounts> counts_;
+    TWPreviewWish wish_;
+    std::optional<std::size_t> group_; // of the wished cleaner
+    std::size_t plans_ = 0; // known when the rows were looked for last; a whole one counts twice
+    TWPreviewRows rows_;
+    TWPreviewWish keptWish_; // what stays because it was put on the keep list
+    TWPreviewRows keptRows_; // found for it
+    std::vector<TWPreviewRow> kept_; // sorted
+    std::unique_ptr<TWPreviewExport> export_;
+};

@@ -1,0 +1,74 @@
+#include "ui/windows/TWPreviewCellDelegate.h"
+
+#include "ui/parts/TWCellStyle.h"
+#include "ui/parts/TWCheckBox.h"
+#include "ui/windows/TWPreviewModel.h"
+
+#include <QPainter>
+
+namespace {
+
+constexpr int MarkWidth = 2; // in pixels
+
+// Where the text of the cell is drawn.
+QRect textRect(const QStyleOptionViewItem& option)
+{
+    const auto* style = option.widget->style();
+    const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &option, option.widget) + 1;
+    return style->subElementRect(QStyle::SE_ItemViewItemText, &option, option.widget).adjusted(margin, 0, -margin, 0);
+}
+
+// Shortens the folders before the name, and the name only if it does not fit alone.
+QString elidedPath(const QString& path, const QFontMetrics& metrics, int width)
+{
+    if (metrics.horizontalAdvance(path) <= width)
+        return path;
+    const auto name = path.mid(path.lastIndexOf('/', -2));
+    const int left = width - metrics.horizontalAdvance(name);
+    const auto folders = metrics.elidedText(path.left(path.size() - name.size()), Qt::ElideMiddle, left);
+    return folders.isEmpty() ? metrics.elidedText(name.mid(1), Qt::ElideMiddle, width) : folders + name;
+}
+
+}
+
+void TWPreviewCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->textElideMode = Qt::ElideMiddle; // the end of a reason names the word
+    if (index.column() == TWPreviewModel::Path) {
+        // A path is written from left to right in every language; otherwise its first slash would move to its end.
+        option->direction = Qt::LeftToRight;
+        option->text = elidedPath(option->text, option->fontMetrics, textRect(*option).width());
+        TWCheckBox::showFrame(option->palette);
+    } else if (index.data(TWPreviewModel::WarningRole).toBool()) {
+        TWCellStyle::showWarning(*option);
+    }
+}
+
+void TWPreviewCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    QStyledItemDelegate::paint(painter, option, index);
+    if (const auto word = index.data(TWPreviewModel::WordRole).toString(); !word.isEmpty()) {
+        auto full = option;
+        initStyleOption(&full, index);
+        markWord(*painter, full, word);
+    }
+    if (option.state & QStyle::State_HasFocus)
+        TWCellStyle::drawFocus(*painter, option);
+}
+
+// Underlines the word where it stands in the name. It may be cut off there; the reason beside it names it, too.
+void TWPreviewCellDelegate::markWord(QPainter& painter, const QStyleOptionViewItem& option, const QString& word)
+{
+    const auto place = textRect(option);
+    const auto& metrics = option.fontMetrics;
+    const auto at = option.text.indexOf(word, option.text.lastIndexOf('/') + 1, Qt::CaseInsensitive);
+    if (at == -1)
+        return;
+    const int left = place.left() + metrics.horizontalAdvance(option.text.left(at));
+    const int width = metrics.horizontalAdvance(option.text.mid(at, word.size()));
+    const bool selected = option.state & QStyle::State_Selected;
+    const auto color
+        = selected ? option.palette.color(QPalette::HighlightedText) : TWCellStyle::warningColor(option.palette);
+    painter.fillRect(QRect(left, place.center().y() + metrics.ascent() / 2 + 1, width, MarkWidth), color);
+}

@@ -1,0 +1,200 @@
+#include "ui/windows/TWPreviewWindow.h"
+
+#include "TWUITestSupport.h"
+#include "editors/TWKeepWindowController.h"
+#include "ui/windows/TWQtAlerts.h"
+#include "ui/windows/TWWindowSession.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTreeWidget>
+
+using namespace TWUITest;
+
+namespace {
+
+enum Column { Path, Size, Age, Why };
+
+class TWPreviewWindowTest : public testing::Test {
+protected:
+    TWPreviewWindowTest()
+    {
+        for (const auto* name : { "a", "b", "secret" })
+            machine.root.write(std::string("home/folder/") + name, "x");
+        machine.root.write("home/.local/share/Trash/files/trashed", "x");
+        machine.root.write("home/.local/share/Trash/info/trashed.trashinfo", "x");
+        delegate.editors().dictionary().setWordDictionary({ "SECRET" });
+        auto& files = delegate.editors().get<TWFilesWindowController>();
+        files.addRule({ true, "", "~/folder", TWItemsWithKeywordsDeep });
+        files.addRule({ true, "", "~/folder", TWItemItself });
+        files.addRule({ true, "", "~", TWItemItself });
+        delegate.applicationDidFinishLaunching();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&session.mainWindow()));
+        machine.launcher.ending = TWRecordingLauncher::Ending::OnALaterTurn;
+    }
+    // Opens the preview of the cleaners and waits until it is complete.
+    void open(std::initializer_list<TWKey> cleaners)
+    {
+        begin(cleaners);
+        ASSERT_TRUE(machine.waitFor([&] { return !child<QPushButton>(*window, "stopButton")->isVisible(); }));
+        machine.runLoop.advance(1s);
+    }
+    void begin(std::initializer_list<TWKey> cleaners)
+    {
+        for (const auto key : cleaners)
+            delegate.settings().set(key, true);
+        QTest::keyClick(&session.mainWindow(), Qt::Key_P, Qt::ControlModifier);
+        const auto windows = QApplication::topLevelWidgets();
+        const auto found = std::ranges::find(windows, "previewWindow", &QObject::objectName);
+        ASSERT_NE(found, windows.end());
+        window = *found;
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+        table = child<QTableView>(*window, "itemsTableView");
+        tree = child<QTreeWidget>(*window, "cleanersTreeWidget");
+    }
+    QVariant cell(int row, int column, int role = Qt::DisplayRole)
+    {
+        return table->model()->index(row, column).data(role);
+    }
+    std::string text(int row, int column) { return cell(row, column).toString().toStdString(); }
+    Lines paths()
+    {
+        Lines paths;
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            paths.push_back(text(row, Path));
+        return paths;
+    }
+    std::string label(const char* name) { return child<QLabel>(*window, name)->text().toStdString(); }
+    void press(const char* button)
+    {
+        child<QPushButton>(*window, button)->click();
+        machine.runLoop.advance(1s);
+    }
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        table->setFocus();
+        QTest::keyClick(table, key, modifiers);
+        machine.runLoop.advance(1s);
+    }
+
+    Machine machine;
+    TWTidewellAppDelegate delegate{ machine.platform, TWLaunchKind::Window };
+    TWQtAlerts alerts;
+    TWWindowSession session{ delegate, alerts };
+    QWidget* window = nullptr;
+    QTableView* table = nullptr;
+    QTreeWidget* tree = nullptr;
+};
+
+TEST_F(TWPreviewWindowTest, KeysOpenFilterUntickKeepAndCleanExactlyWhatIsTicked)
+{
+    open({ TWKey::TrashCleaner, TWKey::FilesCleaner });
+    EXPECT_EQ(paths(), (Lines{ "~/.local/share/Trash/files/trashed", "~/folder/secret", "~/folder", "~" }));
+    EXPECT_EQ(text(1, Why), "rule 1: names with a word in and below ~/folder, the word \"SECRET\"");
+    EXPECT_TRUE(cell(1, Path, Qt::AccessibleTextRole).toString().startsWith("Would be deleted: ~/folder/secret, "));
+    EXPECT_TRUE(text(3, Why).starts_with("Refused: ") && text(3, Size).empty());
+    EXPECT_TRUE(cell(3, Path, Qt::AccessibleTextRole).toString().startsWith("Refused: ~, "));
+
+    key(Qt::Key_Down);
+    key(Qt::Key_Space);
+    EXPECT_EQ(cell(1, Path, Qt::CheckStateRole), Qt::PartiallyChecked) << "the folder around it is still ticked";
+    EXPECT_EQ(text(1, Why), "Still deleted with ~/folder (rule 2: ~/folder)");
+    key(Qt::Key_Down, Qt::ShiftModifier);
+    key(Qt::Key_Space);
+    EXPECT_EQ(cell(1, Path, Qt::CheckStateRole), Qt::Unchecked) << "the current row decides for both";
+    EXPECT_EQ(cell(2, Path, Qt::CheckStateRole), Qt::Unchecked);
+    key(Qt::Key_Space);
+    EXPECT_EQ(cell(1, Path, Qt::CheckStateRole), Qt::Checked);
+
+    QTest::keyClick(window, Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(child<QLineEdit>(*window, "filterLineEdit"), "SECR");
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(paths(), Lines{ "~/folder/secret" });
+    key(Qt::Key_K, Qt::ControlModifier);
+    child<QLineEdit>(*window, "filterLineEdit")->clear();
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(text(1, Why), "Kept from now on");
+    EXPECT_EQ(text(2, Why), "Stays, because something in it is kept from now on");
+    EXPECT_EQ(cell(2, Path, Qt::CheckStateRole), Qt::Unchecked);
+    EXPECT_EQ(tree->topLevelItem(0)->child(1)->checkState(0), Qt::Unchecked);
+    EXPECT_EQ(delegate.editors().get<TWKeepWindowController>().entries().back().entry().text, "~/folder/secret");
+
+    press("cleanButton");
+    EXPECT_TRUE(machine.root.exists("home/folder/secret") && machine.root.exists("home/folder/a"));
+    EXPECT_FALSE(machine.root.exists("home/.local/share/Trash/files/trashed"));
+    EXPECT_NE(label("noticeBarLabel").find("cleaned since"), std::string::npos);
+    QTest::keyClick(window, Qt::Key_F5);
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(paths().size(), 3U);
+    EXPECT_TRUE(text(0, Why).starts_with("Refused: ")) << "by the keep list";
+}
+
+TEST_F(TWPreviewWindowTest, ALineOfTheTreeLimitsTheRowsAndTicksThem)
+{
+    open({ TWKey::TrashCleaner, TWKey::FilesCleaner });
+    tree->setFocus();
+    QTest::keyClick(tree, Qt::Key_Down);
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(paths(), Lines{ "~/.local/share/Trash/files/trashed" });
+    QTest::keyClick(tree, Qt::Key_Space);
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(cell(0, Path, Qt::CheckStateRole), Qt::Unchecked);
+    EXPECT_EQ(tree->topLevelItem(0)->checkState(0), Qt::PartiallyChecked);
+    auto* rule = tree->topLevelItem(0)->child(1)->child(1);
+    tree->setCurrentItem(rule);
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(paths(), Lines{ "~/folder" });
+    EXPECT_FALSE(tree->topLevelItem(0)->child(1)->child(2)->data(0, Qt::CheckStateRole).isValid()) << "all refused";
+    QTest::mouseClick(
+        table->viewport(), Qt::LeftButton, {}, { 12, table->visualRect(table->model()->index(0, 0)).center().y() });
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(rule->checkState(0), Qt::Unchecked);
+    EXPECT_TRUE(label("sentenceLabel").starts_with("1 item, ")) << "the file in the unticked folder";
+    key(Qt::Key_Return);
+    auto* contents = child<QTreeWidget>(*child<QDialog>(*window, "contentsDialog"), "contentsTreeWidget");
+    EXPECT_EQ(contents->topLevelItemCount(), 3);
+    EXPECT_EQ(contents->topLevelItem(2)->text(0), "secret");
+}
+
+TEST_F(TWPreviewWindowTest, SaysWhyItIsEmpty)
+{
+    open({});
+    EXPECT_TRUE(label("emptyLabel").starts_with("No cleaner is switched on."));
+    EXPECT_FALSE(child<QPushButton>(*window, "cleanButton")->isEnabled());
+    std::filesystem::remove_all(machine.places.trash);
+    delegate.settings().set(TWKey::TrashCleaner, true);
+    QTest::keyClick(window, Qt::Key_F5);
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(label("emptyLabel"), "Trash: The Trash is empty");
+    delegate.settings().set(TWKey::FilesCleaner, true);
+    QTest::keyClick(window, Qt::Key_F5);
+    QTest::keyClicks(child<QLineEdit>(*window, "filterLineEdit"), "nowhere");
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(label("emptyLabel"), "No item matches the filter.");
+}
+
+TEST_F(TWPreviewWindowTest, MayBeStoppedOrClosedWhileItFills)
+{
+    begin({ TWKey::TrashCleaner });
+    EXPECT_FALSE(child<QPushButton>(*window, "cleanButton")->isEnabled());
+    child<QPushButton>(*window, "stopButton")->click();
+    machine.runLoop.advance(1s);
+    EXPECT_EQ(label("sentenceLabel"), "Nothing would be deleted. Stopped: Trash would not be cleaned.");
+    for (int turns = 0; turns < 12; ++turns) {
+        QTest::keyClick(window, Qt::Key_F5);
+        for (int turn = 0; turn < turns; ++turn)
+            machine.runLoop.turn(0ms);
+        QTest::keyClick(window, Qt::Key_Escape);
+        EXPECT_FALSE(window->isVisible());
+        machine.runLoop.advance(1s);
+        EXPECT_EQ(table->model()->rowCount(), 0);
+        QTest::keyClick(&session.mainWindow(), Qt::Key_P, Qt::ControlModifier);
+    }
+}
+
+}
