@@ -74,7 +74,7 @@ public:
         window_.show();
     }
 
-    void add(int number) override { controller_.addMessage(line(number), TWMessageType::Information); }
+    void add(int number) override { controller_.addMessage({ line(number), TWMessageType::Information }); }
     const QTableView& table() const override { return *window_.findChild<QTableView*>(); }
 
 private:
