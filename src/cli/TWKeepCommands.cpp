@@ -16,9 +16,6 @@ constexpr auto PathOrPattern = "Give either a path or a name with --pattern.\n";
 constexpr auto InsidePattern
     = "--inside goes with a path; what has a kept name is always kept with everything in it.\n";
 constexpr auto HasMistake = "The entry %@.\n";
-constexpr auto NotText
-    = "\"%@\" cannot be kept in a list, because it is not valid UTF-8. Keep the folder around it, or "
-      "its name with \"?\" in the place of such bytes.\n";
 constexpr auto NoSuchEntry = "There is no entry %@. Try \"tidewell keep list\".\n";
 
 constexpr auto PathName = "PATH";
@@ -34,9 +31,9 @@ constexpr auto NumberHelp = "The entry's number in \"tidewell keep list\"";
 using Kind = TWKeepEntry::Kind;
 using Records = std::vector<TWKeepRecord>;
 
-TWRecordList<TWKeepRecord>& listOf(const TWCommandContext& context)
+TWKeepWindowController& editorOf(const TWCommandContext& context)
 {
-    return context.delegate->editors().get<TWKeepWindowController>().list();
+    return context.delegate->editors().get<TWKeepWindowController>();
 }
 
 std::string jsonLine(const TWKeepEntry& entry)
@@ -61,7 +58,7 @@ std::string entryLine(const TWKeepEntry& entry, std::size_t number)
 
 TWCommandResult list(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    const auto records = listOf(context).saved();
+    const auto records = editorOf(context).list().saved();
     std::string out;
     for (std::size_t index = 0; index < records.size(); ++index) {
         const auto& entry = records[index].entry();
@@ -95,12 +92,7 @@ TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocat
     }
     if (const auto mistake = entry.mistake(); !mistake.empty())
         return TWWrongUse(TWText::fill(HasMistake, { mistake }));
-    if (!TWText::isValidUTF8(entry.text))
-        return { TWStatus::Failure, "", TWText::fill(NotText, { TWText::oneLine(entry.text) }) };
-    return TWSaved(*listOf(context).changeSaved([&](Records& records) {
-        records.emplace_back(entry);
-        return true;
-    }));
+    return TWSaved(editorOf(context).save(entry));
 }
 
 TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invocation)
@@ -110,7 +102,7 @@ TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invo
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     std::optional<std::string> problem;
     if (error == std::errc() && end == text.data() + text.size() && number > 0)
-        problem = listOf(context).changeSavedRow(number - 1, [](Records& records, std::size_t row) {
+        problem = editorOf(context).list().changeSavedRow(number - 1, [](Records& records, std::size_t row) {
             records.erase(records.begin() + static_cast<std::ptrdiff_t>(row));
         });
     return problem ? TWSaved(*problem) : TWWrongUse(TWText::fill(NoSuchEntry, { TWText::oneLine(text) }));

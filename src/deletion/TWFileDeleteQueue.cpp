@@ -73,18 +73,23 @@ private:
 // Checks a list on other threads.
 class TWFileDeleteQueue::Check final {
 public:
-    Check(const Files& files, const Turns& turns, const TWFileSystem& fileSystem)
+    // deletedBefore holds the folders that the queues before this one have deleted; nullptr without a preview.
+    Check(const Files& files, const Turns& turns, const TWFileSystem& fileSystem,
+        const TWPreviewCheck::Paths* deletedBefore)
         : files_(files)
         , turns_(turns)
         , fileSystem_(fileSystem)
+        , deletedBefore_(deletedBefore)
     {
     }
 
-    // Outcomes of the paths whose turn came. When cancelled, stops early; nobody waits for them any more.
-    std::vector<Outcome> look(const TWCancellation& cancellation) const
+    // When cancelled, stops early; nobody waits for the result any more.
+    Checked look(const TWCancellation& cancellation) const
     {
         const auto count = turns_.size();
-        std::vector<Outcome> outcomes(count, Outcome::Unknown);
+        Checked checked;
+        auto& outcomes = checked.outcomes;
+        outcomes.assign(count, Outcome::Unknown);
         TWOnAllCores(count, [&](std::size_t begin, std::size_t end) {
             Look look(fileSystem_);
             for (auto index = begin; index < end && !cancellation.cancelled(); ++index)
@@ -94,13 +99,27 @@ public:
             acquitInnerPaths(outcomes);
             findVanished(outcomes);
         }
-        return outcomes;
+        if (deletedBefore_)
+            checked.deletedFolders = deletedFolders(outcomes);
+        return checked;
     }
 
 private:
     using Deleted = std::unordered_map<std::string, std::size_t>; // the first position of each path
 
-    // A path is also gone if the folder around it was deleted on behalf of another path of this list.
+    TWPreviewCheck::Paths deletedFolders(const std::vector<Outcome>& outcomes) const
+    {
+        TWPreviewCheck::Paths folders;
+        for (std::size_t index = 0; index < outcomes.size(); ++index) {
+            const auto& seen = files_[index].seen;
+            if (isDeleted(index, outcomes) && seen && seen->kind == TWFileKind::Folder)
+                folders.insert(files_[index].realPath());
+        }
+        return folders;
+    }
+
+    // A path is also gone if the folder around it was deleted on behalf of another path of this list or of a list
+    // before it.
     void acquitInnerPaths(std::vector<Outcome>& outcomes) const
     {
         std::optional<Deleted> deleted;
@@ -120,8 +139,11 @@ private:
     {
         const auto& path = files_[index].folder->realPath;
         for (auto end = path.size(); end != 0 && end != std::string::npos; end = path.rfind('/', end - 1)) {
-            const auto found = deleted.find(path.substr(0, end));
+            const auto around = path.substr(0, end);
+            const auto found = deleted.find(around);
             if (found != deleted.end() && (turns_[index] != Turn::Failed || found->second < index))
+                return true;
+            if (deletedBefore_ && deletedBefore_->contains(around))
                 return true;
         }
         return false;
@@ -131,10 +153,15 @@ private:
     {
         Deleted deleted;
         for (std::size_t index = 0; index < outcomes.size(); ++index) {
-            if (outcomes[index] == Outcome::Gone && turns_[index] == Turn::Succeeded)
+            if (isDeleted(index, outcomes))
                 deleted.try_emplace(files_[index].realPath(), index);
         }
         return deleted;
+    }
+
+    bool isDeleted(std::size_t index, const std::vector<Outcome>& outcomes) const
+    {
+        return outcomes[index] == Outcome::Gone && turns_[index] == Turn::Succeeded;
     }
 
     void findVanished(std::vector<Outcome>& outcomes) const
@@ -152,6 +179,7 @@ private:
     const Files& files_;
     const Turns& turns_;
     const TWFileSystem& fileSystem_;
+    const TWPreviewCheck::Paths* deletedBefore_;
 };
 
 TWFileDeleteQueue::TWFileDeleteQueue(const TWDeletionTools& tools, Announcing announcing)
@@ -160,6 +188,12 @@ TWFileDeleteQueue::TWFileDeleteQueue(const TWDeletionTools& tools, Announcing an
     , fileDeleter_(tools)
 {
     fileDeleter_.setDelegate(this);
+}
+
+void TWFileDeleteQueue::setPreviewCheck(std::shared_ptr<TWPreviewCheck> check)
+{
+    previewCheck_ = check;
+    fileDeleter_.setPreviewCheck(std::move(check));
 }
 
 void TWFileDeleteQueue::addFilesFromArray(std::vector<TWDeletionTarget> targets)
@@ -226,11 +260,12 @@ TWFileDeleteQueue::Turns TWFileDeleteQueue::turns() const
 void TWFileDeleteQueue::verify()
 {
     dropCheck();
-    check_ = std::make_unique<TWBackgroundStream<std::vector<Outcome>>>(
+    const auto deletedBefore = previewCheck_ ? previewCheck_->deletedFolders() : nullptr;
+    check_ = std::make_unique<TWBackgroundStream<Checked>>(
         tools_.runLoop, 1,
-        [turns = turns(), files = std::shared_ptr<const Files>(files_), &fileSystem = tools_.fileSystem](
-            auto& sink) { sink.put(Check(*files, turns, fileSystem).look(sink.cancellation())); },
-        [this](std::vector<Outcome> outcomes) { checked(std::move(outcomes)); }, [] {});
+        [turns = turns(), files = std::shared_ptr<const Files>(files_), &fileSystem = tools_.fileSystem, deletedBefore](
+            auto& sink) { sink.put(Check(*files, turns, fileSystem, deletedBefore.get()).look(sink.cancellation())); },
+        [this](Checked result) { checked(std::move(result)); }, [] {});
 }
 
 void TWFileDeleteQueue::dropCheck()
@@ -241,9 +276,11 @@ void TWFileDeleteQueue::dropCheck()
     notable_.clear();
 }
 
-void TWFileDeleteQueue::checked(std::vector<Outcome> outcomes)
+void TWFileDeleteQueue::checked(Checked result)
 {
-    outcomes_ = std::move(outcomes);
+    if (previewCheck_)
+        previewCheck_->noteDeleted(result.deletedFolders);
+    outcomes_ = std::move(result.outcomes);
     outcomes_.resize(files_->size(), Outcome::NotStarted);
     distrustFailedOverwriting();
     bool nothingLeft = true;

@@ -30,7 +30,7 @@ public:
 
     void setDelegate(TWFileDeleteQueueDelegate* delegate) { delegate_ = delegate; }
     void setSecureDeleteMode(TWSecureMode mode) { secureDeleteMode_ = mode; }
-    void setPreviewCheck(std::shared_ptr<TWPreviewCheck> check) { fileDeleter_.setPreviewCheck(std::move(check)); }
+    void setPreviewCheck(std::shared_ptr<TWPreviewCheck> check);
 
     // Adds to the end of the list, before deleteFiles(). Nothing is checked, and duplicates are allowed.
     void addFile(TWDeletionTarget target) { files_->push_back(std::move(target)); }
@@ -88,6 +88,10 @@ private:
         Failed, // no tool was started, or it had a problem
     };
     using Turns = std::vector<Turn>;
+    struct Checked {
+        std::vector<Outcome> outcomes; // of the paths whose turn came
+        TWPreviewCheck::Paths deletedFolders; // if the list comes from a preview
+    };
     class Look;
     class Check;
     using Files = std::vector<TWDeletionTarget>;
@@ -98,7 +102,7 @@ private:
     void report(const TWReportLine&);
     Turns turns() const;
     void dropCheck();
-    void checked(std::vector<Outcome>);
+    void checked(Checked);
     void distrustFailedOverwriting();
     bool isNotable(std::size_t index) const;
     void sayOutcome(std::size_t index);
@@ -111,6 +115,7 @@ private:
     const Announcing announcing_;
     TWFileDeleter fileDeleter_;
     TWFileDeleteQueueDelegate* delegate_ = nullptr;
+    std::shared_ptr<TWPreviewCheck> previewCheck_; // nullptr if the list was planned just now
     TWSecureMode secureDeleteMode_ = TWPlainDelete;
     TWAuthorization authorization_ = TWAuthorization::No;
     bool running_ = false;
@@ -121,7 +126,7 @@ private:
     std::map<std::size_t, TWDeletionReport> reports_; // by index, of the few paths that have something to report
     std::vector<Outcome> outcomes_; // by index, after the check
     std::vector<std::size_t> notable_; // paths about which verify() has something to say
-    std::unique_ptr<TWBackgroundStream<std::vector<Outcome>>> check_;
+    std::unique_ptr<TWBackgroundStream<Checked>> check_;
     std::unique_ptr<TWPacedSteps> saying_;
     std::unique_ptr<TWRunLoopHandle> ending_; // of a verification that was stopped
 };

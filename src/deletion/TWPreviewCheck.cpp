@@ -21,3 +21,12 @@ void TWPreviewCheck::noteOwnChange(const TWFileFacts& before, const TWFileFacts&
         own.first = before.changed; // somebody else has changed it in between
     own.last = after.changed;
 }
+
+void TWPreviewCheck::noteDeleted(const Paths& folders)
+{
+    if (folders.empty())
+        return;
+    auto all = std::make_shared<Paths>(*deletedFolders_);
+    all->insert(folders.begin(), folders.end());
+    deletedFolders_ = std::move(all);
+}

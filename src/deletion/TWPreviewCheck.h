@@ -2,10 +2,14 @@
 
 #include "platform/TWFileSystem.h"
 
+#include <memory>
+#include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 // Tells during a run whether things are still as its preview saw them. A deletion changes the parent folder, and that
-// folder may be an item of the same run, so the check remembers the run's own changes. Main thread.
+// folder may be an item of the same run, so the check remembers the run's own changes. It also knows which folders the
+// run has deleted, because one cleaner may have planned what went with the folder of another. Main thread.
 class TWPreviewCheck final {
 public:
     // False if it is another file or folder now, or has been changed by anybody but this run.
@@ -15,6 +19,12 @@ public:
     // during the deletion cannot be told from the deletion.
     void noteOwnChange(const TWFileFacts& before, const TWFileFacts& after);
 
+    using Paths = std::unordered_set<std::string>;
+
+    // Real paths of folders that the run has deleted and that are certainly gone, with everything in them.
+    void noteDeleted(const Paths&);
+    const std::shared_ptr<const Paths>& deletedFolders() const { return deletedFolders_; }
+
 private:
     // Between these two times of its last change only the run has changed a folder.
     struct OwnChanges {
@@ -23,4 +33,5 @@ private:
     };
 
     std::unordered_map<TWFileIdentity, OwnChanges> folders_;
+    std::shared_ptr<const Paths> deletedFolders_ = std::make_shared<const Paths>(); // replaced, never changed
 };

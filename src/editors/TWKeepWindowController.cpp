@@ -1,7 +1,10 @@
 #include "editors/TWKeepWindowController.h"
 
 #include "deletion/TWFileDeleter.h"
+#include "support/TWPath.h"
 #include "support/TWText.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -9,6 +12,10 @@ constexpr auto FileName = "KeepList.plist";
 constexpr auto HelpAnchor = "Keep";
 constexpr auto NoDefaults = "The default keep list \"%@\" could not be read. Please install Tidewell again.";
 constexpr auto NotSavedTitle = "The keep list could not be saved.";
+constexpr auto NotText
+    = "\"%@\" cannot be kept in a list, because it is not valid UTF-8. Keep the folder around it, or "
+      "its name with \"?\" in the place of such bytes.";
+constexpr auto InTrash = "\"%@\" lies in the Trash, where nothing is kept. Please restore it first.";
 constexpr auto DefaultsTitle = "Do you want to go back to the default keep list?";
 constexpr auto DefaultsText = "Entries that you have added are removed from the list. This cannot be undone.";
 constexpr auto Restore = "Restore";
@@ -97,9 +104,39 @@ void TWKeepWindowController::addEntry(TWKeepEntry entry)
 
 void TWKeepWindowController::addPath(const std::string& path)
 {
+    addEntry(entryFor(path));
+}
+
+TWKeepEntry TWKeepWindowController::entryFor(const std::string& path) const
+{
     const bool isFolder = context_.deletion.fileSystem.look(path, TWLinkAtEnd::Follow).isFolder();
-    addEntry({ isFolder ? TWKeepEntry::Kind::FolderWithContents : TWKeepEntry::Kind::Path,
-        context_.deletion.places.abbreviate(path) });
+    return { isFolder ? TWKeepEntry::Kind::FolderWithContents : TWKeepEntry::Kind::Path,
+        context_.deletion.places.abbreviate(path) };
+}
+
+std::string TWKeepWindowController::save(const TWKeepEntry& entry)
+{
+    if (!problem().empty())
+        return problem();
+    if (!TWText::isValidUTF8(entry.text))
+        return TWText::fill(NotText, { TWText::oneLine(entry.text) });
+    const auto add = [&](std::vector<TWKeepRecord>& records) {
+        const auto same = [&](const TWKeepRecord& record) { return record.entry() == entry; };
+        if (std::ranges::none_of(records, same))
+            records.emplace_back(entry);
+        return true;
+    };
+    return *list_.changeSaved(add);
+}
+
+std::string TWKeepWindowController::keep(const std::string& path)
+{
+    const auto& fileSystem = context_.deletion.fileSystem;
+    const auto real = fileSystem.realPath(path);
+    const auto trash = fileSystem.realPath(context_.deletion.places.trash, TWLinkAtEnd::Follow);
+    if (real && trash && TWPath::isAtOrBelow(*real, *trash))
+        return TWText::fill(InTrash, { TWText::oneLine(path) });
+    return save(entryFor(path));
 }
 
 void TWKeepWindowController::removeEntry(int row)

@@ -53,6 +53,15 @@ public:
     // The same with an entry that keeps what is at that absolute path, a folder with everything in it.
     void addPath(const std::string& path);
 
+    // For a row of another window, and for commands: adds the entry to the saved list and to the live one, unless it is
+    // there already. Returns "", or one line if it could not be saved; then nothing has changed. A list that cannot be
+    // read stays as it is, because what else it would keep is not known.
+    std::string save(const TWKeepEntry&);
+
+    // The same with what is at that absolute path, a folder with everything in it. Nothing is kept in the Trash, so
+    // that a path in it is not saved either.
+    std::string keep(const std::string& path);
+
     // In-place edits. Rows count from 0 and must exist.
     void removeEntry(int row);
     void insertEntry(int row, TWKeepRecord); // row may be one past the last
@@ -81,6 +90,7 @@ public:
 
 private:
     std::string defaultsPath() const;
+    TWKeepEntry entryFor(const std::string& path) const;
     void change(int row, TWKeepEntry);
     void listChanged();
     void findNotes();

@@ -305,6 +305,19 @@ TEST_F(TWPreviewTest, ARunOfItIsNotMisledByItsOwnDeletions)
     root.write("home/folder/late", "x");
     EXPECT_EQ(cleanPreview().front(), leftAlone("ROOT/home/folder"));
     EXPECT_TRUE(!root.exists("home/folder/a") && root.exists("home/folder/late"));
+
+    // What goes with a folder that an earlier cleaner deletes is gone, unless the folder was moved away before.
+    addRule("~/.local/share/Trash/files/d", TWFolderContents);
+    for (const bool moved : { false, true }) {
+        trash("other");
+        root.write("home/.local/share/Trash/files/d/in", "x");
+        chosen[Trash] = true;
+        makeAll();
+        if (moved)
+            std::filesystem::rename(root.path("home/.local/share/Trash/files/d"), root.path("home/d"));
+        const auto lines = cleanPreview();
+        EXPECT_EQ(lines.back() == Gone, !moved) << testing::PrintToString(lines);
+    }
 }
 
 TEST_F(TWPreviewTest, OnlyWhatIsTickedIsCarriedOutAndAgainIfAsked)

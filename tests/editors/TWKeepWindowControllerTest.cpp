@@ -65,6 +65,30 @@ TEST_F(TWKeepWindowControllerTest, TheDefaultsAreInForceUntilAListIsSavedAndThen
     EXPECT_EQ(kept(), "");
 }
 
+TEST_F(TWKeepWindowControllerTest, OnePathIsKeptAtOnceAndSavedWithoutTheEdits)
+{
+    load();
+    root.write("home/b/in", "");
+    controller->edit([](Records& records) { records.emplace_back(TWKeepEntry{ Names, "c" }); });
+    for (const auto* path : { "/b", "/b", "/x" })
+        EXPECT_EQ(controller->keep(places.home + path), "");
+    EXPECT_NE(controller->keep(places.home + "/\xff").find("\"?\""), std::string::npos);
+    root.write("home/.local/share/Trash/files/t", "");
+    EXPECT_NE(controller->keep(places.trash + "/files/t").find("in the Trash"), std::string::npos);
+    EXPECT_EQ(kept(), "abc");
+    load();
+    EXPECT_EQ(kept(), "ab");
+    ASSERT_EQ(controller->entries().size(), 3U);
+    EXPECT_EQ(controller->entries()[1].entry(), (TWKeepEntry{ FolderWithContents, "~/b" }));
+    EXPECT_EQ(controller->entries()[2].entry(), (TWKeepEntry{ Path, "~/x" }));
+
+    write(Saved, "damaged");
+    load();
+    const auto before = root.read(Saved);
+    EXPECT_EQ(controller->keep(places.home + "/b"), controller->problem());
+    EXPECT_EQ(root.read(Saved), before) << "what it would keep must not be replaced by the defaults";
+}
+
 TEST_F(TWKeepWindowControllerTest, WhileTheListCannotBeReadEverythingIsRefused)
 {
     for (const auto* damaged : { "<string>~/a</string>", "<dict/>", "<dict><key>Path</key><integer>1</integer></dict>",
