@@ -28,14 +28,6 @@ void TWResultsActions::look(const std::string& path, std::function<void(bool exi
         std::move(found), [] {});
 }
 
-void TWResultsActions::find(const std::string& path, std::function<void(const Place&)> found)
-{
-    finding_ = std::make_unique<TWBackgroundStream<Place>>(
-        context_.runLoop, 1,
-        [path, &fileSystem = context_.fileSystem](auto& sink) { sink.put(nearest(fileSystem, path)); },
-        [found = std::move(found)](const Place& place) { found(place); }, [] {});
-}
-
 // Any thread.
 TWResultsActions::Place TWResultsActions::nearest(const TWFileSystem& fileSystem, const std::string& path)
 {
@@ -52,7 +44,10 @@ TWResultsActions::Place TWResultsActions::nearest(const TWFileSystem& fileSystem
 
 void TWResultsActions::show(const std::string& path, Said said)
 {
-    find(path, [this, path, said = std::move(said)](const Place& place) { showPlace(path, place, said); });
+    finding_ = std::make_unique<TWBackgroundStream<Place>>(
+        context_.runLoop, 1,
+        [path, &fileSystem = context_.fileSystem](auto& sink) { sink.put(nearest(fileSystem, path)); },
+        [this, path, said = std::move(said)](const Place& place) { showPlace(path, place, said); }, [] {});
 }
 
 void TWResultsActions::showPlace(const std::string& path, const Place& place, const Said& said)
@@ -78,14 +73,10 @@ void TWResultsActions::showPlace(const std::string& path, const Place& place, co
         context_.fileManager.showFolder(place.realPath, done);
 }
 
-void TWResultsActions::keep(const std::string& path, Said said)
+std::string TWResultsActions::keep(const std::string& path)
 {
-    find(path, [this, path, said = std::move(said)](const Place& place) {
-        if (place.presence == TWPresence::Gone) {
-            said(TWText::fill(NothingToKeep, { path }));
-            return;
-        }
-        const auto problem = context_.keep(path);
-        said(problem.empty() ? TWText::fill(Kept, { path }) : problem);
-    });
+    if (context_.fileSystem.look(path).presence == TWPresence::Gone)
+        return TWText::fill(NothingToKeep, { path });
+    const auto problem = context_.keep(path);
+    return problem.empty() ? TWText::fill(Kept, { path }) : problem;
 }

@@ -33,8 +33,8 @@ public:
     // nothing outside of it.
     void show(const std::string& path, Said);
 
-    // Puts the item on the keep list if it exists.
-    void keep(const std::string& path, Said);
+    // Puts the item on the keep list if it exists. Returns one line that says what happened.
+    std::string keep(const std::string& path);
 
 private:
     struct Place {
@@ -43,7 +43,6 @@ private:
     };
 
     static Place nearest(const TWFileSystem&, const std::string& path);
-    void find(const std::string& path, std::function<void(const Place&)>);
     void showPlace(const std::string& path, const Place&, const Said&);
 
     const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // expires with this object

@@ -23,7 +23,7 @@ struct TWMessage {
     TWMessageType type;
     std::int8_t cleaner = TWNoCleaner; // position in TWCleanerTable
     bool explainsFailure = false; // an information line that says why the cleaner failed
-    TWTextPart path; // the path that the line is about; nothing if it names none
+    TWTextPart path = {}; // the path that the line is about; nothing if it names none
 
     // The colour of the line's background, which depends on its type.
     TWColour colour() const;

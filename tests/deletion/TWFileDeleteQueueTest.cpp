@@ -90,8 +90,8 @@ TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonsDirectlyBefore)
     EXPECT_EQ(verify(), expected);
     EXPECT_EQ(verify(), expected) << "a second check starts afresh";
     EXPECT_TRUE(queue->isGone(1) && !queue->isGone(0));
-    EXPECT_EQ(named,
-        (std::set<std::string>{ "ROOT/dangling", "ROOT/home", "ROOT/home/.local/share/Tidewell", "ROOT/kept" }));
+    EXPECT_EQ(
+        named, (std::set<std::string>{ "ROOT/dangling", "ROOT/home", "ROOT/home/.local/share/Tidewell", "ROOT/kept" }));
 }
 
 TEST_F(TWFileDeleteQueueTest, AnOverwritingToolThatFailedIsNotTrusted)

@@ -69,7 +69,8 @@ protected:
     Machine machine;
     TWTidewellAppDelegate delegate{ machine.platform, TWLaunchKind::Window };
     TWQtAlerts alerts;
-    TWWindowSession session{ delegate, alerts };
+    TWFakeFileManager fileManager{ machine.runLoop };
+    TWWindowSession session{ delegate, alerts, fileManager };
 };
 
 TEST_F(TWEveryWindowTest, TabReachesEveryControlAndEachHasANameAndARole)

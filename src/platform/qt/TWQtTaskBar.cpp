@@ -41,7 +41,7 @@ void TWQtTaskBar::clearProgress()
 void TWQtTaskBar::send(double fraction, bool visible) const
 {
     auto message = QDBusMessage::createSignal(Path, Interface, "Update");
-    message.setArguments(
-        { address_, QVariantMap{ { "progress", fraction }, { "progress-visible", visible } } });
+    const QVariantMap properties{ { "progress", fraction }, { "progress-visible", visible } };
+    message.setArguments({ address_, properties });
     QDBusConnection::sessionBus().send(message);
 }

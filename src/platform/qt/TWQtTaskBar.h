@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QString>
 
 // Shows the progress of a cleaning on the program's icon in task bars and docks, by the signal Update of
 // com.canonical.Unity.LauncherEntry on the session bus. Does nothing without a session bus. The destructor clears the
