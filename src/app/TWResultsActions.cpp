@@ -10,7 +10,7 @@ constexpr auto NotSeen = "\"%@\" cannot be looked at. The nearest folder that ca
 constexpr auto Outside = "\"%@\" is outside the sandbox, so it is not shown.";
 constexpr auto NoFileManager = "\"%@\" cannot be shown, because no file manager could be opened.";
 constexpr auto NothingToKeep = "\"%@\" is gone, so there is nothing to keep.";
-constexpr auto Kept = "\"%@\" is on the keep list now. No cleaner deletes it any more.";
+constexpr auto Kept = "\"%@\" is on the keep list now. No cleaner will delete it.";
 
 }
 

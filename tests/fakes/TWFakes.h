@@ -6,6 +6,7 @@
 #include "platform/TWLock.h"
 #include "platform/TWMountTable.h"
 #include "platform/TWNotifier.h"
+#include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
 
 #include <algorithm>

@@ -30,6 +30,10 @@ protected:
     void forEach(const std::function<void(QWidget&)>& call)
     {
         delegate.editors().get<TWFilesWindowController>().addRule({ true, "Rule", "~/path", TWItemItself });
+        auto& results = delegate.resultsWindowController();
+        results.addMessage({ "A rule was read.", TWMessageType::Information, 5 });
+        results.addMessage({ "The Trash is now empty.", TWMessageType::Success, 2 });
+        results.addMessage({ "Some files could not be deleted!", TWMessageType::Failure, 5 });
         shown(session.mainWindow(), call);
         for (const auto* name : { "results", "help" }) {
             child<QAction>(session.mainWindow(), std::string(name) + "Action")->trigger();

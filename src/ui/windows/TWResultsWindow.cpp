@@ -67,8 +67,8 @@ TWResultsWindow::TWResultsWindow(TWResultsWindowController& controller, const TW
     createTable();
     createActions();
     column->addWidget(filterBar_);
-    column->addWidget(messageBar_);
     column->addWidget(table_, 1);
+    column->addWidget(messageBar_);
     column->addLayout(createFooter());
     watchSelection();
     selectionChanged();
@@ -160,6 +160,7 @@ void TWResultsWindow::createActions()
     addWindowAction(tr("&Next Failure"), { QKeySequence(Qt::Key_F4) }, [this] { showFailure(Direction::Next); });
     addWindowAction(tr("&Previous Failure"), { QKeySequence(Qt::SHIFT | Qt::Key_F4) },
         [this] { showFailure(Direction::Previous); });
+    addWindowAction(tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(); });
     addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] { close(); });
 }
 
@@ -340,6 +341,10 @@ void TWResultsWindow::keep()
 void TWResultsWindow::say(const std::string& sentence)
 {
     messageBar_->setText(TWQtText::shown(sentence));
+    // The bar takes its place from the table.
+    layout()->activate();
+    if (!selectedPath().empty())
+        table_->scrollTo(table_->currentIndex());
 }
 
 void TWResultsWindow::copy()

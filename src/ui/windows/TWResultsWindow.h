@@ -34,6 +34,9 @@ public:
     void messagesRemoved() override;
     void messagesAdded(std::size_t count) override;
 
+signals:
+    void helpRequested();
+
 private:
     enum class Direction { Next, Previous };
 

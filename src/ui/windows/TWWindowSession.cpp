@@ -13,6 +13,7 @@
 namespace {
 
 constexpr auto HelpIndex = "index";
+constexpr auto HelpOnResults = "Results";
 constexpr auto TitleInSandbox = QT_TRANSLATE_NOOP("TWWindowSession", "%1 (Sandbox %2)");
 
 }
@@ -102,6 +103,8 @@ void TWWindowSession::makeResultsWindow()
     resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(), context,
         TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
     nameSandbox(*resultsWindow_);
+    QObject::connect(
+        resultsWindow_.get(), &TWResultsWindow::helpRequested, &mainWindow_, [this] { showHelp(HelpOnResults); });
 }
 
 void TWWindowSession::bringToFront(TWWindow which)
