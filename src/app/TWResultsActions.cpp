@@ -34,7 +34,7 @@ TWResultsActions::Place TWResultsActions::nearest(const TWFileSystem& fileSystem
     const auto item = fileSystem.look(path).presence;
     auto existing = TWPath::withoutTrailingSlashes(path);
     auto real = item == TWPresence::There ? fileSystem.realPath(existing) : std::nullopt;
-    while (!real && existing != "/") {
+    while (!real && existing.starts_with('/') && existing != "/") {
         existing = std::string(TWPath::parent(existing));
         if (fileSystem.look(existing, TWLinkAtEnd::Follow).isFolder())
             real = fileSystem.realPath(existing, TWLinkAtEnd::Follow);
