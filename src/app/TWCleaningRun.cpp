@@ -292,7 +292,7 @@ void TWCleaningRun::addMessage(std::string text)
 
 void TWCleaningRun::addMessage(const TWCleaner& cleaner, std::string text, TWMessageType type, TWTextPart path)
 {
-    const auto position = static_cast<std::int8_t>(positionOf(cleaner));
+    const auto position = static_cast<std::int16_t>(positionOf(cleaner));
     context_.results.addMessage({ std::move(text), type, position, false, path });
 }
 

@@ -21,7 +21,7 @@ struct TWColour {
 struct TWMessage {
     std::string text; // may hold bytes that are not UTF-8; escaped only for display
     TWMessageType type;
-    std::int8_t cleaner = TWNoCleaner; // position in TWCleanerTable
+    std::int16_t cleaner = TWNoCleaner; // position in TWCleanerTable
     bool explainsFailure = false; // an information line that says why the cleaner failed
     TWTextPart path = {}; // the path that the line is about; nothing if it names none
 

@@ -111,7 +111,9 @@ QString TWResultsFilterBar::titleOf(int cleaner) const
 void TWResultsFilterBar::clear()
 {
     {
-        const QSignalBlocker text(text_), kinds(kinds_), cleaners(cleaners_);
+        const QSignalBlocker text(text_);
+        const QSignalBlocker kinds(kinds_);
+        const QSignalBlocker cleaners(cleaners_);
         text_->clear();
         kinds_->setCurrentIndex(0);
         cleaners_->setCurrentIndex(0);

@@ -87,7 +87,7 @@ TWResultsWindow::~TWResultsWindow()
 
 void TWResultsWindow::createTable()
 {
-    table_ = new QTableView(this);
+    table_ = new QTableView; // no parent yet, because Tab visits widgets in the order in which they get it
     table_->setObjectName("resultsTableView");
     table_->setAccessibleName(tr("Results"));
     table_->setModel(model_);
