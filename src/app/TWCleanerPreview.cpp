@@ -1,6 +1,5 @@
 #include "app/TWCleanerPreview.h"
 
-#include "platform/TWTreeSizes.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -9,8 +8,6 @@ namespace {
 
 constexpr auto OwnerRefused = "the item that it belongs to would be refused.";
 constexpr auto CleanerFails = "the cleaner would stop before: %@";
-constexpr std::size_t ItemsTogether = 10'000; // in one walk, so that its list of paths stays small
-constexpr std::size_t SizesPerTurn = 4;
 
 std::string textAt(const std::vector<std::string>& texts, std::uint32_t index)
 {
@@ -18,85 +15,6 @@ std::string textAt(const std::vector<std::string>& texts, std::uint32_t index)
 }
 
 }
-
-// Finds the sizes of all items, in order. Another thread.
-class TWCleanerPreview::Measurement final {
-public:
-    Measurement(const TWPlan& plan, const TWFileSystem& fileSystem, TWBackgroundStream<Sizes>::Sink& sink)
-        : plan_(plan)
-        , fileSystem_(fileSystem)
-        , sink_(sink)
-    {
-    }
-
-    void measure()
-    {
-        findGroups();
-        while (done_ < plan_.items.size() && !sink_.cancellation().cancelled())
-            measureItems(std::min(done_ + ItemsTogether, plan_.items.size()));
-    }
-
-private:
-    void findGroups()
-    {
-        for (std::size_t index = 0; index < plan_.items.size(); ++index) {
-            if (sizes_.groups.empty() || sizes_.groups.back().rule != plan_.items[index].rule)
-                sizes_.groups.push_back({ plan_.items[index].rule, index, index });
-            sizes_.groups.back().end = index + 1;
-        }
-    }
-
-    void measureItems(std::size_t end)
-    {
-        std::vector<std::string> paths;
-        std::vector<std::size_t> folders;
-        for (auto index = done_; index < end; ++index) {
-            if (!needsWalk(plan_.items[index]))
-                continue;
-            paths.push_back(plan_.realPath(plan_.items[index]));
-            folders.push_back(index);
-        }
-        const auto sized = [&](std::size_t first, std::span<const TWTreeSize> sizes) {
-            for (const auto& size : sizes)
-                addFolder(folders[first++], size);
-            put();
-        };
-        const auto ended = TWAddUpTrees(fileSystem_, std::move(paths), sink_.cancellation(), TWAllCores, sized).end;
-        if (ended == TWWalkEnd::Cancelled)
-            return;
-        sizes_.unknown += ended == TWWalkEnd::Failed;
-        addItemsUntil(end);
-        put();
-    }
-
-    // An item that would be left alone may be as large as the home folder, and nobody needs its size.
-    bool needsWalk(const TWPlannedItem& item) const
-    {
-        return item.facts.kind == TWFileKind::Folder && plan_.wouldDelete(item);
-    }
-
-    void addItemsUntil(std::size_t end)
-    {
-        for (; done_ < end; ++done_)
-            sizes_.bytes.push_back(plan_.wouldDelete(plan_.items[done_]) ? plan_.items[done_].facts.bytes : 0);
-    }
-
-    void addFolder(std::size_t index, const TWTreeSize& size)
-    {
-        addItemsUntil(index);
-        sizes_.bytes.push_back(size.bytes);
-        sizes_.unknown += size.unknown;
-        ++done_;
-    }
-
-    void put() { sink_.put(std::exchange(sizes_, Sizes())); }
-
-    const TWPlan& plan_;
-    const TWFileSystem& fileSystem_;
-    TWBackgroundStream<Sizes>::Sink& sink_;
-    Sizes sizes_; // not put yet
-    std::size_t done_ = 0; // items
-};
 
 // Everything that depends on the lists is copied in one turn, so that the texts always fit the plan.
 void TWCleanerPreview::start(
@@ -110,7 +28,9 @@ void TWCleanerPreview::start(
     reasons_ = row().reasons(sources);
     planning_ = cleaner_->makePlan(
         [this](const TWPlan& soFar) {
-            itemsFound_ = soFar.items.size();
+            findGroups(soFar);
+            if (!plan_ && !soFar.items.empty())
+                showFirstItems(soFar);
             changed_();
         },
         [this](TWPlan plan) { measure(std::move(plan)); });
@@ -119,40 +39,52 @@ void TWCleanerPreview::start(
 void TWCleanerPreview::stop()
 {
     planning_.reset();
-    measuring_.reset();
+    if (sizes_)
+        sizes_->stop();
 }
 
+// Several turns share the work on a large plan.
+void TWCleanerPreview::findGroups(const TWPlan& plan)
+{
+    for (; itemsFound_ < plan.items.size(); ++itemsFound_) {
+        const auto rule = plan.items[itemsFound_].rule;
+        if (foundGroups_.empty() || foundGroups_.back().rule != rule)
+            foundGroups_.push_back({ rule, itemsFound_, itemsFound_ });
+        foundGroups_.back().end = itemsFound_ + 1;
+    }
+}
+
+// The first part of a plan is small, and comes long before the last one of a large plan.
+void TWCleanerPreview::showFirstItems(const TWPlan& soFar)
+{
+    plan_ = std::make_shared<const TWPlan>(soFar.copy());
+    groups_ = foundGroups_;
+    unticked_.assign(plan_->items.size(), allUnticked_);
+}
+
+// An item that would be left alone may be as large as the home folder, and nobody needs its size.
 void TWCleanerPreview::measure(TWPlan plan)
 {
     plan_ = std::make_shared<const TWPlan>(std::move(plan));
-    itemsFound_ = plan_->items.size();
-    unticked_.assign(itemsFound_, allUnticked_);
-    bytes_->reserve(itemsFound_);
-    measuring_ = std::make_unique<TWBackgroundStream<Sizes>>(
-        context_.deletion.runLoop, SizesPerTurn,
-        [plan = plan_, &fileSystem = context_.deletion.fileSystem](
-            auto& sink) { Measurement(*plan, fileSystem, sink).measure(); },
-        [this](const Sizes& sizes) { take(sizes); },
+    findGroups(*plan_);
+    groups_ = std::exchange(foundGroups_, {});
+    isPlanned_ = true;
+    unticked_.resize(itemsFound_, allUnticked_);
+    sizes_ = std::make_unique<TWPlanSizes>(
+        context_.deletion.runLoop, context_.deletion.fileSystem, plan_,
+        [plan = plan_](std::size_t item) { return plan->wouldDelete(plan->items[item]); }, changed_,
         [this] {
             isComplete_ = true;
             const auto call = ended_;
             call();
         });
-    changed_();
-}
-
-void TWCleanerPreview::take(const Sizes& sizes)
-{
-    if (!sizes.groups.empty())
-        groups_ = sizes.groups;
-    bytes_->insert(bytes_->end(), sizes.bytes.begin(), sizes.bytes.end());
-    unknown_ += sizes.unknown;
+    bytes_ = sizes_->bytes();
     changed_();
 }
 
 bool TWCleanerPreview::hasProblem() const
 {
-    if (!plan_ || plan_->failure || plan_->incomplete || unknown_ > 0)
+    if (!isPlanned_ || plan_->failure || plan_->incomplete || unknown() > 0)
         return true;
     return std::any_of(plan_->items.begin(), plan_->items.end(), [](const auto& item) { return item.objection; });
 }
@@ -179,15 +111,15 @@ std::string TWCleanerPreview::refusal(const TWPlannedItem& item) const
 void TWCleanerPreview::setTicked(std::size_t item, TWTick tick)
 {
     unticked_[item] = tick == TWTick::Off;
-    allUnticked_ = false;
 }
 
 void TWCleanerPreview::setTicked(const Group& group, TWTick tick)
 {
+    if (!isPlanned_)
+        return;
     const auto begin = unticked_.begin();
     std::fill(begin + static_cast<std::ptrdiff_t>(group.begin), begin + static_cast<std::ptrdiff_t>(group.end),
         tick == TWTick::Off);
-    allUnticked_ = false;
 }
 
 void TWCleanerPreview::setAllTicked(TWTick tick)
@@ -199,7 +131,7 @@ void TWCleanerPreview::setAllTicked(TWTick tick)
 TWPlannedJob TWCleanerPreview::job() const
 {
     TWPlannedJob job;
-    if (!isComplete_ || allUnticked_ || !takesPart())
+    if (!isComplete_ || !takesPart())
         return job;
     job.plan = plan_;
     job.warning = warning_;
@@ -219,5 +151,5 @@ bool TWCleanerPreview::takesPart() const
             return true;
         empty = false;
     }
-    return empty;
+    return empty && !allUnticked_;
 }

@@ -2,7 +2,7 @@
 
 #include "app/TWCleanerTable.h"
 #include "app/TWPreviewTotal.h"
-#include "platform/TWBackgroundStream.h"
+#include "cleaners/TWPlanSizes.h"
 
 enum class TWTick { Off, On };
 
@@ -37,21 +37,23 @@ public:
     // What the cleaner warns about, or "". Known from start() on.
     const std::string& warning() const { return warning_; }
 
-    // Nothing until the whole plan has been made. Until then itemsFound() grows.
+    // Nothing at first; then the first of the items, as soon as some are found, and at last the whole plan, which
+    // begins with the same items. Until then itemsFound() grows.
     const std::shared_ptr<const TWPlan>& plan() const { return plan_; }
+    bool isPlanned() const { return isPlanned_; } // plan() is the whole plan
     std::size_t itemsFound() const { return itemsFound_; }
 
     // How many items, from the first one on, have a known size.
-    std::size_t itemsSized() const { return bytes_->size(); }
+    std::size_t itemsSized() const { return sizes_ ? sizes_->known() : 0; }
 
     // Space on disk, for a folder with its contents; 0 for an item that would be left alone. The item must be one of
     // the sized ones.
     std::uint64_t bytes(std::size_t item) const { return (*bytes_)[item]; }
 
     // Folders and entries inside the items that could not be read, so that the sizes are too small.
-    std::uint64_t unknown() const { return unknown_; }
+    std::uint64_t unknown() const { return sizes_ ? sizes_->unreadable() : 0; }
 
-    // Known as soon as the first item has a size.
+    // Of the items of plan().
     const std::vector<Group>& groups() const { return groups_; }
 
     // The plan and all sizes are known.
@@ -67,7 +69,8 @@ public:
     // Why a run would leave the item alone, or "".
     std::string refusal(const TWPlannedItem&) const;
 
-    // Call these once there is a plan. At first everything is ticked.
+    // Call these once there is a plan. At first everything is ticked. A group cannot be ticked or unticked before the
+    // whole plan is known, because more items of it may follow.
     bool isTicked(std::size_t item) const { return !unticked_[item]; }
     void setTicked(std::size_t item, TWTick);
     void setTicked(const Group&, TWTick);
@@ -79,16 +82,9 @@ public:
     TWPlannedJob job() const;
 
 private:
-    // Sizes of the next items.
-    struct Sizes {
-        std::vector<Group> groups; // all of them, with the first sizes
-        std::vector<std::uint64_t> bytes;
-        std::uint64_t unknown = 0;
-    };
-    class Measurement;
-
+    void findGroups(const TWPlan&);
+    void showFirstItems(const TWPlan& soFar);
     void measure(TWPlan);
-    void take(const Sizes&);
     bool takesPart() const;
 
     const int position_;
@@ -100,12 +96,14 @@ private:
     TWPlanReasons reasons_;
     std::shared_ptr<const TWPlan> plan_;
     std::size_t itemsFound_ = 0;
-    const std::shared_ptr<std::vector<std::uint64_t>> bytes_ = std::make_shared<std::vector<std::uint64_t>>();
-    std::uint64_t unknown_ = 0;
-    std::vector<Group> groups_;
+    std::vector<Group> groups_; // of plan_
+    std::vector<Group> foundGroups_; // of the plan while it grows
+    bool isPlanned_ = false;
     bool isComplete_ = false;
-    bool allUnticked_ = false; // also decides for a plan without items
+    bool allUnticked_ = false; // decides for items that are not known yet, and for a plan without items
     std::vector<bool> unticked_; // by item
     std::unique_ptr<TWRunLoopHandle> planning_;
-    std::unique_ptr<TWBackgroundStream<Sizes>> measuring_;
+    std::unique_ptr<TWPlanSizes> sizes_; // once there is the whole plan
+    std::shared_ptr<const std::vector<std::uint64_t>> bytes_
+        = std::make_shared<const std::vector<std::uint64_t>>(); // those of sizes_
 };

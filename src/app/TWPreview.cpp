@@ -48,7 +48,7 @@ void TWPreview::stop()
 
 void TWPreview::setTicked(std::size_t cleaner, std::size_t item, TWTick tick)
 {
-    if (!cleaners_[cleaner]->plan())
+    if (!cleaners_[cleaner]->plan() || item >= cleaners_[cleaner]->plan()->items.size())
         return;
     cleaners_[cleaner]->setTicked(item, tick);
     addUpLater();
@@ -56,7 +56,7 @@ void TWPreview::setTicked(std::size_t cleaner, std::size_t item, TWTick tick)
 
 void TWPreview::setTicked(std::size_t cleaner, const TWCleanerPreview::Group& group, TWTick tick)
 {
-    if (!cleaners_[cleaner]->plan())
+    if (!cleaners_[cleaner]->isPlanned())
         return;
     cleaners_[cleaner]->setTicked(group, tick);
     addUpLater();

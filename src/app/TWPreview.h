@@ -37,8 +37,8 @@ public:
     const TWPreviewTotal& total() const { return total_; }
 
     // Ticks one item, the items of one rule or everything of a cleaner; cleaner is an index into cleaners(). The first
-    // two do nothing before its plan is known. What another ticked item or a ticked folder around it names as well is
-    // deleted all the same.
+    // two do nothing before the item, or all items of the rule, are known. What another ticked item or a ticked folder
+    // around it names as well is deleted all the same.
     void setTicked(std::size_t cleaner, std::size_t item, TWTick);
     void setTicked(std::size_t cleaner, const TWCleanerPreview::Group&, TWTick);
     void setAllTicked(std::size_t cleaner, TWTick);

@@ -43,7 +43,7 @@ void TWDeletingCleaner::deletePlanned(const TWPlannedJob& planned)
     fileDeleteQueue_ = makeQueue(TWFileDeleteQueue::Announcing::EveryPath);
     addToQueues(planned);
     if (measures())
-        measure(planned.plan);
+        measure(planned);
     else
         beginDeleting();
 }
@@ -77,15 +77,23 @@ const char* TWDeletingCleaner::successText() const
     return check_ ? PreviewSuccess : texts_.success;
 }
 
-void TWDeletingCleaner::measure(const std::shared_ptr<const TWPlan>& plan)
+void TWDeletingCleaner::measure(const TWPlannedJob& planned)
 {
     headStart_ = runLoop().after(HeadStart, [this] { beginDeleting(); });
-    sizes_ = std::make_unique<TWPlanSizes>(runLoop(), tools_.fileSystem, plan, queued_, [this] {
-        if (!headStart_)
-            return;
-        measuredInTime_ = sizes_->complete();
-        beginDeleting();
-    });
+    sizes_ = std::make_unique<TWPlanSizes>(
+        runLoop(), tools_.fileSystem, planned.plan,
+        [planned](std::size_t item) { return !planned.plan->items[item].quiet && planned.isTicked(item); }, [] {},
+        [this] {
+            if (!headStart_)
+                return;
+            measuredInTime_ = sizes_->complete();
+            beginDeleting();
+        });
+}
+
+std::uint64_t TWDeletingCleaner::bytes(std::size_t position) const
+{
+    return sizes_ && isMeasured(position) ? (*sizes_->bytes())[queued_[position]] : 0;
 }
 
 void TWDeletingCleaner::beginDeleting()
@@ -104,8 +112,8 @@ TWProgress TWDeletingCleaner::performed() const
     progress.itemsDone = fileDeleteQueue_->finished();
     if (!sizes_)
         return progress;
-    for (; addedUp_ < progress.itemsDone; ++addedUp_)
-        bytesDone_ += sizes_->bytes(addedUp_);
+    for (; addedUp_ < progress.itemsDone && isMeasured(addedUp_); ++addedUp_)
+        bytesDone_ += bytes(addedUp_);
     progress.measured = sizes_->complete();
     progress.bytes = sizes_->total();
     progress.bytesDone = std::min(bytesDone_, progress.bytes);
@@ -120,8 +128,8 @@ void TWDeletingCleaner::addUpOutcome()
     for (std::size_t position = 0; position < queued_.size(); ++position) {
         const bool gone = fileDeleteQueue_->isGone(position);
         ++(gone ? outcome_.gone : outcome_.left);
-        if (gone && sizes_)
-            outcome_.bytes += sizes_->bytes(position);
+        if (gone)
+            outcome_.bytes += bytes(position);
     }
 }
 
@@ -204,8 +212,9 @@ void TWDeletingCleaner::stopPerforming()
     if (headStart_) {
         headStart_.reset();
         sizes_.reset();
-        outcome_ = { 0, queued_.size(), 0, true };
-        ending_ = runLoop().after(TWRunLoop::Duration(0), [this] { finish(Outcome::Failure, texts_.failure); });
+        measuredInTime_ = true;
+        fileDeleteQueue_->stop();
+        verifyQueue();
     } else if (followersQueue_) {
         followersQueue_->stop();
     } else if (findingFollowers_) {

@@ -52,7 +52,9 @@ private:
     void deletePlanned(const TWPlannedJob&);
     void addToQueues(const TWPlannedJob&);
     const char* successText() const;
-    void measure(const std::shared_ptr<const TWPlan>&);
+    void measure(const TWPlannedJob&);
+    bool isMeasured(std::size_t position) const { return queued_[position] < sizes_->known(); }
+    std::uint64_t bytes(std::size_t position) const; // 0 if not known
     void beginDeleting();
     void addUpOutcome();
     void verifyQueue();

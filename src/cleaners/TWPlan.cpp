@@ -62,6 +62,26 @@ void TWPlan::append(TWPlan part)
     incomplete = incomplete || part.incomplete;
 }
 
+TWPlan TWPlan::copy() const
+{
+    TWPlan plan;
+    plan.folders = folders;
+    plan.lines = lines;
+    plan.failure = failure;
+    plan.incomplete = incomplete;
+    plan.secureMode = secureMode;
+    plan.authorization = authorization;
+    for (const auto& item : items) {
+        auto& copied = plan.addItem(item.name);
+        const auto name = copied.name;
+        copied = item;
+        copied.name = name;
+        copied.objection = nullptr;
+        plan.object(copied, item.objection ? item.objection : "");
+    }
+    return plan;
+}
+
 TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const TWPlannedItem& item)
 {
     return { { plan, item.folder == TWNone ? &NoFolder : plan->folders[item.folder].get() }, item.name,

@@ -45,6 +45,9 @@ struct TWPlan {
     // Adds a part that was planned after this one.
     void append(TWPlan part);
 
+    // The same plan with its own texts, to be kept while this one grows.
+    TWPlan copy() const;
+
     // Number of results in it; background work measures its parts by it.
     std::size_t size() const { return items.size() + lines.size(); }
 

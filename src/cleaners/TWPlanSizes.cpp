@@ -6,59 +6,110 @@
 
 namespace {
 
-constexpr std::size_t FoldersTogether = 64; // few enough for sizes to come soon
-
-struct Folder {
-    std::size_t position;
-    std::size_t item;
-};
+constexpr std::size_t ItemsTogether = 10'000; // in one walk, so that its list of paths stays small
+constexpr std::size_t SizesPerTurn = 4;
 
 }
 
-TWPlanSizes::TWPlanSizes(TWRunLoop& runLoop, const TWFileSystem& fileSystem, const std::shared_ptr<const TWPlan>& plan,
-    const std::vector<std::size_t>& items, std::function<void()> ended)
-    : bytes_(items.size())
-{
-    std::vector<Folder> folders;
-    for (std::size_t position = 0; position < items.size(); ++position) {
-        const auto& facts = plan->items[items[position]].facts;
-        if (facts.kind == TWFileKind::Folder)
-            folders.push_back({ position, items[position] });
-        else
-            total_ += bytes_[position] = facts.bytes;
+// Of the next items.
+struct TWPlanSizes::Sizes {
+    std::vector<std::uint64_t> bytes;
+    std::uint64_t unreadable = 0;
+    std::uint64_t vanished = 0; // folders
+};
+
+// Finds the sizes of all items, in order. Another thread.
+class TWPlanSizes::Measurement final {
+public:
+    Measurement(
+        const TWPlan& plan, const Counts& counts, const TWFileSystem& fileSystem, TWBackgroundStream<Sizes>::Sink& sink)
+        : plan_(plan)
+        , counts_(counts)
+        , fileSystem_(fileSystem)
+        , sink_(sink)
+    {
     }
-    adding_ = std::make_unique<TWBackgroundStream<std::vector<Size>>>(
-        runLoop, 1,
-        [plan, folders = std::move(folders), &fileSystem](auto& sink) {
-            for (std::size_t start = 0; start < folders.size(); start += FoldersTogether) {
-                const auto end = std::min(start + FoldersTogether, folders.size());
-                std::vector<std::string> paths;
-                for (auto index = start; index < end; ++index)
-                    paths.push_back(plan->realPath(plan->items[folders[index].item]));
-                const auto sums = TWAddUpTrees(fileSystem, std::move(paths), sink.cancellation());
-                if (sink.cancellation().cancelled())
-                    return;
-                std::vector<Size> sizes;
-                for (auto index = start; index < end; ++index) {
-                    const auto& sum = sums.sizes[index - start];
-                    const bool complete = sums.end == TWWalkEnd::Complete && sum.unknown == 0 && sum.items > 0;
-                    sizes.push_back({ folders[index].position, sum.bytes, complete });
-                }
-                sink.put(std::move(sizes));
-            }
+
+    void measure()
+    {
+        while (done_ < plan_.items.size() && !sink_.cancellation().cancelled())
+            measureItems(std::min(done_ + ItemsTogether, plan_.items.size()));
+    }
+
+private:
+    void measureItems(std::size_t end)
+    {
+        std::vector<std::string> paths;
+        std::vector<std::size_t> folders;
+        for (auto index = done_; index < end; ++index) {
+            if (plan_.items[index].facts.kind != TWFileKind::Folder || !counts_(index))
+                continue;
+            paths.push_back(plan_.realPath(plan_.items[index]));
+            folders.push_back(index);
+        }
+        const auto sized = [&](std::size_t first, std::span<const TWTreeSize> sizes) {
+            for (const auto& size : sizes)
+                addFolder(folders[first++], size);
+            put();
+        };
+        const auto ended = TWAddUpTrees(fileSystem_, std::move(paths), sink_.cancellation(), TWAllCores, sized).end;
+        if (ended == TWWalkEnd::Cancelled)
+            return;
+        sizes_.unreadable += ended == TWWalkEnd::Failed;
+        addItemsUntil(end);
+        put();
+    }
+
+    void addItemsUntil(std::size_t end)
+    {
+        for (; done_ < end; ++done_)
+            sizes_.bytes.push_back(counts_(done_) ? plan_.items[done_].facts.bytes : 0);
+    }
+
+    void addFolder(std::size_t index, const TWTreeSize& size)
+    {
+        addItemsUntil(index);
+        sizes_.bytes.push_back(size.bytes);
+        sizes_.unreadable += size.unknown;
+        sizes_.vanished += size.items == 0;
+        ++done_;
+    }
+
+    void put() { sink_.put(std::exchange(sizes_, Sizes())); }
+
+    const TWPlan& plan_;
+    const Counts& counts_;
+    const TWFileSystem& fileSystem_;
+    TWBackgroundStream<Sizes>::Sink& sink_;
+    Sizes sizes_; // not put yet
+    std::size_t done_ = 0; // items
+};
+
+TWPlanSizes::TWPlanSizes(TWRunLoop& runLoop, const TWFileSystem& fileSystem, const std::shared_ptr<const TWPlan>& plan,
+    Counts counts, std::function<void()> grown, std::function<void()> ended)
+{
+    bytes_->reserve(plan->items.size());
+    measuring_ = std::make_unique<TWBackgroundStream<Sizes>>(
+        runLoop, SizesPerTurn,
+        [plan, counts = std::move(counts), &fileSystem](
+            auto& sink) { Measurement(*plan, counts, fileSystem, sink).measure(); },
+        [this, grown = std::move(grown)](const Sizes& sizes) {
+            take(sizes);
+            const auto call = grown; // which may destroy this
+            call();
         },
-        [this](const std::vector<Size>& sizes) { take(sizes); },
         [this, ended = std::move(ended)] {
-            complete_ = allKnown_;
-            ended();
+            ended_ = true;
+            const auto call = ended;
+            call();
         });
 }
 
-void TWPlanSizes::take(const std::vector<Size>& sizes)
+void TWPlanSizes::take(const Sizes& sizes)
 {
-    for (const auto& size : sizes) {
-        bytes_[size.position] = size.bytes;
-        total_ += size.bytes;
-        allKnown_ = allKnown_ && size.complete;
-    }
+    bytes_->insert(bytes_->end(), sizes.bytes.begin(), sizes.bytes.end());
+    for (const auto bytes : sizes.bytes)
+        total_ += bytes;
+    unreadable_ += sizes.unreadable;
+    vanished_ += sizes.vanished;
 }

@@ -3,35 +3,47 @@
 #include "cleaners/TWPlan.h"
 #include "platform/TWBackgroundStream.h"
 
-// The space on disk that some items of a plan take. Files are known from the plan; folders are added up in the
-// background, in the plan's order. Destroying it ends that. Main thread.
+// The space on disk that the items of a plan take, a folder with its contents. Found in the background, in the plan's
+// order, with all cores. Destroying it ends that without a further call. Main thread.
 class TWPlanSizes final {
 public:
-    // ended is called once, on a later turn. The file system must outlive the run loop's background work.
-    TWPlanSizes(TWRunLoop&, const TWFileSystem&, const std::shared_ptr<const TWPlan>&,
-        const std::vector<std::size_t>& items, std::function<void()> ended);
+    // Says which items count; the others get no size. Any thread.
+    using Counts = std::function<bool(std::size_t item)>;
 
-    // In bytes, by position in the list of items; 0 for a folder that has not been added up yet.
-    std::uint64_t bytes(std::size_t position) const { return bytes_[position]; }
+    // Calls grown whenever more is known, and ended once at the end, both on later turns. The file system must outlive
+    // the run loop's background work.
+    TWPlanSizes(TWRunLoop&, const TWFileSystem&, const std::shared_ptr<const TWPlan>&, Counts,
+        std::function<void()> grown, std::function<void()> ended);
+
+    // Ends the work without a further call. What is known stays.
+    void stop() { measuring_.reset(); }
+
+    // How many items, from the first one on, have been looked at.
+    std::size_t known() const { return bytes_->size(); }
+
+    // By item; 0 for one that does not count. Grows until the end.
+    const std::shared_ptr<const std::vector<std::uint64_t>>& bytes() const { return shared_; }
 
     // As far as it is known.
     std::uint64_t total() const { return total_; }
 
-    // True if all folders were added up, and completely.
-    bool complete() const { return complete_; }
+    // Folders and entries inside the items that could not be read, so that the sizes are too small.
+    std::uint64_t unreadable() const { return unreadable_; }
+
+    // True after the end if everything could be read and nothing had vanished meanwhile.
+    bool complete() const { return ended_ && unreadable_ == 0 && vanished_ == 0; }
 
 private:
-    struct Size {
-        std::size_t position;
-        std::uint64_t bytes;
-        bool complete;
-    };
+    struct Sizes;
+    class Measurement;
 
-    void take(const std::vector<Size>&);
+    void take(const Sizes&);
 
-    std::vector<std::uint64_t> bytes_;
+    const std::shared_ptr<std::vector<std::uint64_t>> bytes_ = std::make_shared<std::vector<std::uint64_t>>();
+    const std::shared_ptr<const std::vector<std::uint64_t>> shared_ = bytes_;
     std::uint64_t total_ = 0;
-    bool allKnown_ = true;
-    bool complete_ = false;
-    std::unique_ptr<TWBackgroundStream<std::vector<Size>>> adding_;
+    std::uint64_t unreadable_ = 0;
+    std::uint64_t vanished_ = 0;
+    bool ended_ = false;
+    std::unique_ptr<TWBackgroundStream<Sizes>> measuring_;
 };

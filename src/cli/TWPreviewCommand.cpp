@@ -101,7 +101,7 @@ private:
         if (cleaner_ == preview_->cleaners().size())
             return false;
         const auto& cleaner = *preview_->cleaners()[cleaner_];
-        if (!cleaner.plan())
+        if (!cleaner.isPlanned())
             return false;
         if (!std::exchange(begun_, true))
             addHeading(cleaner);

@@ -366,6 +366,8 @@ void TWFileDeleteQueue::stop()
     } else if (deleting_) {
         stopped_ = true;
         fileDeleter_.terminate();
+    } else if (outcomes_.empty()) {
+        stopped_ = true;
     }
 }
 

@@ -59,7 +59,8 @@ public:
     void terminate();
 
     // Differs on purpose: ends the running child and starts no further path; the usual done call follows. A
-    // verification that is going on ends, and its call follows with false.
+    // verification that is going on ends, and its call follows with false. Before the start no call follows, and
+    // verify() reports that nothing was started.
     void stop();
 
     // From deleteFiles() to the done call or terminate().

@@ -248,6 +248,30 @@ TEST_F(TWPreviewTest, MayBeStoppedOrDestroyedAtAnyMoment)
     }
 }
 
+TEST_F(TWPreviewTest, ShowsTheFirstItemsEarlyAndKeepsTheirTicks)
+{
+    constexpr std::size_t Count = 10'000; // more parts than one turn takes
+    for (std::size_t number = 0; number < Count; ++number)
+        root.write("home/.local/share/Trash/files/" + std::to_string(number), "");
+    chosen[Files] = false;
+    make();
+    const auto& cleaner = *preview->cleaners()[0];
+    while (!cleaner.plan())
+        runLoop.turn(0ms);
+    ASSERT_FALSE(cleaner.isPlanned());
+    const auto first = cleaner.plan();
+    EXPECT_LT(first->items.size(), Count / 2);
+    preview->setAllTicked(0, TWTick::Off);
+    preview->setTicked(0, 3, TWTick::On);
+    preview->setTicked(0, cleaner.groups()[0], TWTick::On); // of which not all is known
+    runLoop.runUntilIdle();
+    ASSERT_EQ(cleaner.plan()->items.size(), Count);
+    EXPECT_TRUE(std::ranges::equal(first->items, std::span(cleaner.plan()->items).first(first->items.size()), {},
+        &TWPlannedItem::name, &TWPlannedItem::name));
+    EXPECT_EQ(preview->total().items, 1U);
+    EXPECT_TRUE(cleaner.isTicked(3));
+}
+
 TEST_F(TWPreviewTest, ARunOfItLeavesAloneWhatHasChangedSince)
 {
     const std::string folder = "home/.local/share/Trash/files/";

@@ -72,5 +72,6 @@ TEST_F(TWMeasuredJobTest, CountsOnlyWhatIsGoneAndCanBeStoppedAtOnce)
     cleaner.stop(); // while it is measured
     runLoop.advance(1s);
     EXPECT_TRUE(launcher.records.empty() && reports.count("failure") == 1);
+    EXPECT_EQ(reports.count("- Stopped: 3 items were not deleted."), 1) << testing::PrintToString(reports.lines);
     EXPECT_EQ(cleaner.outcome().left, 3U);
 }
