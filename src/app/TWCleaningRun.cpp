@@ -293,7 +293,7 @@ void TWCleaningRun::addMessage(std::string text)
 void TWCleaningRun::addMessage(const TWCleaner& cleaner, std::string text, TWMessageType type, TWTextPart path)
 {
     const auto position = static_cast<std::int16_t>(positionOf(cleaner));
-    context_.results.addMessage({ std::move(text), type, position, false, path });
+    context_.results.addMessage({ std::move(text), type, false, position, path });
 }
 
 bool TWCleaningRun::showsResults(int mode) const

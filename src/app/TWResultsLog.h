@@ -21,8 +21,8 @@ struct TWColour {
 struct TWMessage {
     std::string text; // may hold bytes that are not UTF-8; escaped only for display
     TWMessageType type;
-    std::int16_t cleaner = TWNoCleaner; // position in TWCleanerTable
     bool explainsFailure = false; // an information line that says why the cleaner failed
+    std::int16_t cleaner = TWNoCleaner; // position in TWCleanerTable
     TWTextPart path = {}; // the path that the line is about; nothing if it names none
 
     // The colour of the line's background, which depends on its type.
@@ -31,6 +31,8 @@ struct TWMessage {
     // "" if the line names no path.
     std::string namedPath() const { return std::string(path.of(text)); }
 };
+
+static_assert(sizeof(TWMessage) <= sizeof(std::string) + 8);
 
 // Receives the lines of a cleaning. Main thread, except addMessage().
 class TWResultsLog {

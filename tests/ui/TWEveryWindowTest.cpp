@@ -31,9 +31,9 @@ protected:
     {
         delegate.editors().get<TWFilesWindowController>().addRule({ true, "Rule", "~/path", TWItemItself });
         auto& results = delegate.resultsWindowController();
-        results.addMessage({ "A rule was read.", TWMessageType::Information, 5 });
-        results.addMessage({ "The Trash is now empty.", TWMessageType::Success, 2 });
-        results.addMessage({ "Some files could not be deleted!", TWMessageType::Failure, 5 });
+        results.addMessage({ "A rule was read.", TWMessageType::Information, false, 5 });
+        results.addMessage({ "The Trash is now empty.", TWMessageType::Success, false, 2 });
+        results.addMessage({ "Some files could not be deleted!", TWMessageType::Failure, false, 5 });
         shown(session.mainWindow(), call);
         for (const auto* name : { "results", "help" }) {
             child<QAction>(session.mainWindow(), std::string(name) + "Action")->trigger();

@@ -23,7 +23,7 @@ protected:
 
     void add(const std::string& text, TWMessageType type, int cleaner = TWNoCleaner)
     {
-        controller.addMessage({ text, type, static_cast<std::int16_t>(cleaner) });
+        controller.addMessage({ text, type, false, static_cast<std::int16_t>(cleaner) });
         controller.flush();
     }
     // A line about that path, like those that explain failures.
@@ -31,7 +31,7 @@ protected:
     {
         auto line = TWReportLine::about("%@Could not delete %@", { TWProgressMark, path }, 1);
         controller.addMessage(
-            { std::move(line.text), TWMessageType::Information, static_cast<std::int16_t>(cleaner), false, line.path });
+            { std::move(line.text), TWMessageType::Information, false, static_cast<std::int16_t>(cleaner), line.path });
         controller.flush();
     }
     void show()
