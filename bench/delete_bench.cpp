@@ -51,9 +51,9 @@ public:
     }
 
 private:
-    void fileDeleteQueueProgressed(const std::string& message) override
+    void fileDeleteQueueProgressed(const TWReportLine& line) override
     {
-        messages_.addMessage(message, TWMessageType::Information);
+        messages_.addMessage({ line.text, TWMessageType::Information });
     }
     void fileDeleteQueueDone() override { QCoreApplication::exit(); }
 

@@ -66,7 +66,7 @@ void search(const char* words, const std::vector<std::string>& folders)
         for (const auto& item : part.items)
             std::puts(part.path(item).c_str());
         for (const auto& line : part.lines)
-            std::fprintf(stderr, "%s\n", line.c_str());
+            std::fprintf(stderr, "%s\n", line.text.c_str());
     };
     TWFilesPlanner(TWPathPlanner(fileSystem, guard.rules()), places, rules, linesOf(words), put, TWCancellation())
         .plan();

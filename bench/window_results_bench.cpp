@@ -4,7 +4,9 @@
 //   burst     our results window, all lines in one turn
 //   memory    our results window; prints the bytes per line beyond its text instead
 
+#include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxPlaces.h"
+#include "platform/qt/TWQtFileManager.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "ui/windows/TWResultsWindow.h"
 
@@ -69,16 +71,20 @@ class Ours final : public Shown {
 public:
     Ours()
         : controller_(runLoop_)
-        , window_(controller_, QString::fromStdString(TWLinuxPlaces().resources + "/icons"), "/")
+        , window_(controller_, { runLoop_, fileSystem_, places_, fileManager_, {} },
+              QString::fromStdString(places_.resources + "/icons"), "/")
     {
         window_.show();
     }
 
-    void add(int number) override { controller_.addMessage(line(number), TWMessageType::Information); }
+    void add(int number) override { controller_.addMessage({ line(number), TWMessageType::Information }); }
     const QTableView& table() const override { return *window_.findChild<QTableView*>(); }
 
 private:
     TWQtRunLoop runLoop_;
+    const TWLinuxFileSystem fileSystem_;
+    const TWPlaces places_ = TWLinuxPlaces();
+    TWQtFileManager fileManager_{ {} };
     TWResultsWindowController controller_;
     TWResultsWindow window_;
 };

@@ -7,13 +7,16 @@
 #include "cli/TWSandbox.h"
 #include "cli/TWTerminal.h"
 #include "platform/qt/TWQtApplicationService.h"
+#include "platform/qt/TWQtFileManager.h"
 #include "platform/qt/TWQtNotifier.h"
+#include "platform/qt/TWQtTaskBar.h"
 #include "support/TWLog.h"
 #include "support/TWText.h"
 #include "ui/windows/TWQtAlerts.h"
 #include "ui/windows/TWWindowSession.h"
 
 #include <QApplication>
+#include <QDesktopServices>
 
 namespace {
 
@@ -91,7 +94,9 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
         return TWPrint({ TWStatus::NothingRun, "", refusal });
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
-    TWWindowSession session(delegate, alerts);
+    TWQtTaskBar taskBar(QString::fromStdString(world.bundle.identifier()));
+    TWQtFileManager fileManager(QDesktopServices::openUrl);
+    TWWindowSession session(delegate, alerts, fileManager);
     EndOnSignal ending(system.runLoop(), delegate, session);
     const auto endRequests = world.host.whenToldToEnd(system.runLoop(), [&] { ending.signalled(); });
     const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
@@ -103,6 +108,11 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
         TWLog::write(TWText::fill(NotListening, { world.dataFolder.path() }));
     }
     locked.lock.reset();
+    if (!world.places.sandboxed()) {
+        QObject::connect(
+            &session.mainWindow(), &TWMainWindow::progressed, [&](double done) { taskBar.showProgress(done); });
+        QObject::connect(&session.mainWindow(), &TWMainWindow::progressEnded, [&] { taskBar.clearProgress(); });
+    }
     delegate.applicationDidFinishLaunching();
     TWQtApplicationService service({ [&] { session.activate(); }, [&] { session.clean(); } });
     if (!world.places.sandboxed())

@@ -91,9 +91,9 @@ void TWCleaningRun::startInPlace(std::function<void()> replace)
 void TWCleaningRun::showBeginning()
 {
     context_.results.removeAllMessages();
-    addMessage(TWText::fill(CleaningUp, { dateText() }), TWMessageType::Information);
+    addMessage(TWText::fill(CleaningUp, { dateText() }));
     for (const auto& problem : problems_)
-        addMessage(problem, TWMessageType::Information);
+        addMessage(problem);
     context_.view.setCleanEnabled(false);
     for (int position = 0; position < TWCleanerCount; ++position)
         context_.view.showLight(position, TWLight::Off);
@@ -194,19 +194,20 @@ void TWCleaningRun::stop()
 
 void TWCleaningRun::cleanerStarted(TWCleaner& cleaner)
 {
-    addMessage(cleaner.startedMessageString(), TWMessageType::Information);
+    addMessage(cleaner, cleaner.startedMessageString(), TWMessageType::Information);
     context_.view.showLight(positionOf(cleaner), TWLight::Yellow);
     context_.view.startSpinning(positionOf(cleaner));
 }
 
 void TWCleaningRun::cleanerProgress(TWCleaner& cleaner)
 {
-    addMessage(TWProgressMark + cleaner.progressMessageString(), TWMessageType::Information);
+    addMessage(cleaner, std::string(TWProgressMark) + cleaner.progressMessageString(), TWMessageType::Information,
+        cleaner.progressPath().movedBy(TWProgressMark.size()));
 }
 
 void TWCleaningRun::cleanerSuccess(TWCleaner& cleaner)
 {
-    addMessage(cleaner.successMessageString(), TWMessageType::Success);
+    addMessage(cleaner, cleaner.successMessageString(), TWMessageType::Success);
     context_.view.showLight(positionOf(cleaner), TWLight::Green);
     context_.view.stopSpinning(positionOf(cleaner));
 }
@@ -214,7 +215,7 @@ void TWCleaningRun::cleanerSuccess(TWCleaner& cleaner)
 void TWCleaningRun::cleanerFailure(TWCleaner& cleaner)
 {
     allSuccess_ = false;
-    addMessage(cleaner.failureMessageString(), TWMessageType::Failure);
+    addMessage(cleaner, cleaner.failureMessageString(), TWMessageType::Failure);
     if (showsResults(OnFailure) && !cleaner.cancelled())
         context_.windows.bringToFront(TWWindow::Results);
     // Differs on purpose: a cleaner that the user stopped looks stopped, not failed.
@@ -239,7 +240,7 @@ void TWCleaningRun::endRun()
 {
     running_ = false;
     progress_.reset();
-    addMessage(TWText::fill(DoneCleaning, { dateText() }), TWMessageType::Information);
+    addMessage(TWText::fill(DoneCleaning, { dateText() }));
     if (showsResults(AtEnd))
         context_.windows.bringToFront(TWWindow::Results);
     if (context_.settings.boolean(TWKey::GrowlCleaningDone))
@@ -284,9 +285,15 @@ int TWCleaningRun::positionOf(const TWCleaner& cleaner) const
     return static_cast<int>(found - cleanerArray_.begin());
 }
 
-void TWCleaningRun::addMessage(const std::string& text, TWMessageType type)
+void TWCleaningRun::addMessage(std::string text)
 {
-    context_.results.addMessage(text, type);
+    context_.results.addMessage({ std::move(text), TWMessageType::Information });
+}
+
+void TWCleaningRun::addMessage(const TWCleaner& cleaner, std::string text, TWMessageType type, TWTextPart path)
+{
+    const auto position = static_cast<std::int16_t>(positionOf(cleaner));
+    context_.results.addMessage({ std::move(text), type, false, position, path });
 }
 
 bool TWCleaningRun::showsResults(int mode) const

@@ -81,7 +81,8 @@ private:
     void finish(TWRunOutcome);
 
     int positionOf(const TWCleaner&) const;
-    void addMessage(const std::string& text, TWMessageType);
+    void addMessage(std::string text);
+    void addMessage(const TWCleaner&, std::string text, TWMessageType, TWTextPart path = {});
     bool showsResults(int mode) const;
 
     const std::shared_ptr<const int> life_

@@ -29,15 +29,23 @@ TWResultsWindowController::TWResultsWindowController(TWRunLoop& runLoop)
 {
 }
 
-void TWResultsWindowController::addMessage(std::string text, TWMessageType type)
+void TWResultsWindowController::addMessage(TWMessage message)
 {
     if (std::this_thread::get_id() != mainThread_) {
-        runLoop_.post([this, text = std::move(text), type] { addMessage(text, type); });
+        runLoop_.post([this, message = std::move(message)] { addMessage(message); });
         return;
     }
-    if (type == TWMessageType::Failure)
+    const bool failed = message.type == TWMessageType::Failure;
+    if (failed) {
         markExplanation();
-    messages_.push_back({ std::move(text), type });
+        failures_.push_back(messages_.size());
+    }
+    if (message.cleaner != TWNoCleaner) {
+        auto& count = counts_[static_cast<std::size_t>(message.cleaner)];
+        ++count.lines;
+        count.failures += failed ? 1 : 0;
+    }
+    messages_.push_back(std::move(message));
     if (view_ && !pending_)
         pending_ = runLoop_.after(Frame, [this] { flush(); });
 }
@@ -49,10 +57,20 @@ void TWResultsWindowController::markExplanation()
         line->explainsFailure = !line->text.ends_with(AnnouncementEnding);
 }
 
+std::size_t TWResultsWindowController::firstExplanation(std::size_t failure) const
+{
+    auto first = failure;
+    while (first > 0 && messages_[first - 1].explainsFailure)
+        --first;
+    return first;
+}
+
 void TWResultsWindowController::removeAllMessages()
 {
     pending_.reset();
     messages_.clear();
+    failures_.clear();
+    counts_ = {};
     if (view_)
         view_->messagesRemoved();
 }

@@ -1,22 +1,18 @@
 #pragma once
 
+#include "app/TWCleanerTable.h"
 #include "app/TWResultsLog.h"
 #include "platform/TWRunLoop.h"
 
 #include <thread>
 #include <vector>
 
-struct TWColour {
-    double red, green, blue;
-};
+// How many lines of a cleaner there are.
+struct TWLineCount {
+    std::size_t lines = 0;
+    std::size_t failures = 0;
 
-struct TWMessage {
-    std::string text; // may hold bytes that are not UTF-8; escaped only for display
-    TWMessageType type;
-    bool explainsFailure = false; // an information line that says why the cleaner failed
-
-    // The colour of the line's background, which depends on its type.
-    TWColour colour() const;
+    friend bool operator==(const TWLineCount&, const TWLineCount&) = default;
 };
 
 class TWResultsView {
@@ -41,10 +37,19 @@ public:
     void setView(TWResultsView* view) { view_ = view; }
 
     // A line from another thread is added on a later turn of the event loop, in the order of the calls.
-    void addMessage(std::string text, TWMessageType) override;
+    void addMessage(TWMessage) override;
     void removeAllMessages() override;
 
     const std::vector<TWMessage>& messages() const { return messages_; }
+
+    // The positions of the failures in messages(), ascending.
+    const std::vector<std::size_t>& failures() const { return failures_; }
+
+    // The position of the first of the lines directly before a failure that explain it; that of the failure if none do.
+    std::size_t firstExplanation(std::size_t failure) const;
+
+    // The lines of the cleaner at that position in TWCleanerTable.
+    const TWLineCount& count(int cleaner) const { return counts_[static_cast<std::size_t>(cleaner)]; }
 
     // Tells the view at once about lines that it has not been told of.
     void flush();
@@ -56,5 +61,7 @@ private:
     const std::thread::id mainThread_ = std::this_thread::get_id();
     TWResultsView* view_ = nullptr;
     std::vector<TWMessage> messages_;
+    std::vector<std::size_t> failures_;
+    std::array<TWLineCount, TWCleanerCount> counts_{};
     std::unique_ptr<TWRunLoopHandle> pending_; // set while the view has not been told of the newest lines
 };

@@ -79,7 +79,7 @@ TWProgress TWCleaner::progress() const
     return progress;
 }
 
-void TWCleaner::sayLines(std::shared_ptr<const std::vector<std::string>> lines, std::function<void()> then)
+void TWCleaner::sayLines(std::shared_ptr<const std::vector<TWReportLine>> lines, std::function<void()> then)
 {
     const auto count = lines->size();
     job_->saying = std::make_unique<TWPacedSteps>(
@@ -139,9 +139,10 @@ void TWCleaner::reportStarted(std::optional<std::string> text)
     report(startedMessageString_, std::move(text), &TWCleanerDelegate::cleanerStarted);
 }
 
-void TWCleaner::reportProgress(std::optional<std::string> text)
+void TWCleaner::reportProgress(const TWReportLine& line)
 {
-    report(progressMessageString_, std::move(text), &TWCleanerDelegate::cleanerProgress);
+    progressPath_ = line.path;
+    report(progressMessageString_, line.text, &TWCleanerDelegate::cleanerProgress);
 }
 
 void TWCleaner::reportSuccess(std::optional<std::string> text)

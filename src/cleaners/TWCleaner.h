@@ -44,10 +44,15 @@ public:
 
     const std::string& startedMessageString() const { return startedMessageString_; }
     const std::string& progressMessageString() const { return progressMessageString_; }
+    TWTextPart progressPath() const { return progressPath_; } // in the progress message; nothing if it names no path
     const std::string& successMessageString() const { return successMessageString_; }
     const std::string& failureMessageString() const { return failureMessageString_; }
     void setStartedMessageString(std::string text) { startedMessageString_ = std::move(text); }
-    void setProgressMessageString(std::string text) { progressMessageString_ = std::move(text); }
+    void setProgressMessageString(std::string text)
+    {
+        progressMessageString_ = std::move(text);
+        progressPath_ = {};
+    }
     void setSuccessMessageString(std::string text) { successMessageString_ = std::move(text); }
     void setFailureMessageString(std::string text) { failureMessageString_ = std::move(text); }
 
@@ -106,7 +111,7 @@ protected:
     virtual std::vector<std::string> wordDictionary() const { return {}; }
 
     // Reports the lines, a limited number per turn, and then calls the function if the job still goes on.
-    void sayLines(std::shared_ptr<const std::vector<std::string>>, std::function<void()> then);
+    void sayLines(std::shared_ptr<const std::vector<TWReportLine>>, std::function<void()> then);
 
     // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished. Also works
     // without a job.
@@ -120,9 +125,10 @@ protected:
 
     void done();
 
+    void reportProgress(const TWReportLine&);
+
     // A given text replaces the stored one; without one, the delegate finds the stored text.
     void reportStarted(std::optional<std::string> text = std::nullopt);
-    void reportProgress(std::optional<std::string> text = std::nullopt);
     void reportSuccess(std::optional<std::string> text = std::nullopt);
     void reportFailure(std::optional<std::string> text = std::nullopt);
 
@@ -153,6 +159,7 @@ private:
     bool measures_ = false;
     std::string startedMessageString_;
     std::string progressMessageString_;
+    TWTextPart progressPath_;
     std::string successMessageString_;
     std::string failureMessageString_;
     std::shared_ptr<Job> job_;

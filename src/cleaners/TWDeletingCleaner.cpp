@@ -25,7 +25,7 @@ TWDeletingCleaner::TWDeletingCleaner(const TWDeletionTools& tools, const Texts& 
 void TWDeletingCleaner::perform(TWPlannedJob planned)
 {
     // Shares the plan's own lines.
-    std::shared_ptr<const std::vector<std::string>> lines(planned.plan, &planned.plan->lines);
+    std::shared_ptr<const std::vector<TWReportLine>> lines(planned.plan, &planned.plan->lines);
     sayLines(std::move(lines), [this, planned = std::move(planned)] { deletePlanned(planned); });
 }
 
@@ -142,9 +142,9 @@ std::unique_ptr<TWFileDeleteQueue> TWDeletingCleaner::makeQueue(TWFileDeleteQueu
     return queue;
 }
 
-void TWDeletingCleaner::fileDeleteQueueProgressed(const std::string& message)
+void TWDeletingCleaner::fileDeleteQueueProgressed(const TWReportLine& line)
 {
-    reportProgress(message);
+    reportProgress(line);
 }
 
 void TWDeletingCleaner::fileDeleteQueueDone()

@@ -45,7 +45,7 @@ private:
     TWProgress performed() const override;
     void stopPerforming() override;
     void dropJob() override;
-    void fileDeleteQueueProgressed(const std::string& message) override;
+    void fileDeleteQueueProgressed(const TWReportLine&) override;
     void fileDeleteQueueDone() override;
     void fileDeleteQueueVerified(bool nothingLeft) override;
 

@@ -18,7 +18,7 @@ constexpr auto NotAFolder = "The specified path (%@) is not a folder!";
 constexpr auto Ambiguous = "Refused to delete \"%@\": its \"..\" follows a link or a moved folder, so it means one "
                            "place to the shell and another one here.";
 constexpr auto Unreadable = "The folder %@ could not be read (%@).";
-constexpr auto SkippingBundle = "Skipping Bundle ";
+constexpr auto SkippingBundle = "Skipping Bundle %@";
 constexpr auto NotSearched = "The folder %@ could not be searched.";
 constexpr auto NotFinished = "The search in %@ could not be finished, because the memory ran out.";
 constexpr auto MountMet = "The folder %@ was not searched, because a volume is mounted there.";
@@ -66,7 +66,7 @@ public:
     TWWalkStep visit(const TWWalkedFolder& folder, const TWFolderEntry& entry, Found& found) const override
     {
         if (folder.isPackage()) {
-            found.plan.addLine(SkippingBundle + shown(folder.pathOf(entry)));
+            found.plan.addLine(TWReportLine::about(SkippingBundle, { shown(folder.pathOf(entry)) }));
             return TWWalkStep::PassOver;
         }
         if (keywords_.matches(entry.name)) {
@@ -81,7 +81,7 @@ public:
         // It was listed but has been deleted in the meantime. The rule's own folder must not vanish.
         if (error == ENOENT && path != top_.realPath)
             return;
-        found.plan.addLine(TWText::fill(error == EXDEV ? MountMet : NotSearched, { shown(path) }));
+        found.plan.addLine(TWReportLine::about(error == EXDEV ? MountMet : NotSearched, { shown(path) }));
         found.plan.incomplete = found.plan.incomplete || error != EXDEV;
     }
 
@@ -147,11 +147,11 @@ bool TWFilesPlanner::planRule(const TWFilesRule& rule)
     const auto path = places_.standardize(rule.filePath);
     const bool needsFolder = rule.whatToDelete == TWFolderContents || rule.needsKeywords();
     if (rule.whatToDelete != TWItemItself && !needsFolder) {
-        part_.addLine(TWText::fill(UnknownKind, { rule.filePath }));
+        part_.addLine(TWReportLine::about(UnknownKind, { rule.filePath }));
         return true;
     }
     if (TWIsAmbiguousPath(planner_.fileSystem(), places_, rule.filePath)) {
-        part_.addLine(TWText::fill(Ambiguous, { rule.filePath }));
+        part_.addLine(TWReportLine::about(Ambiguous, { rule.filePath }));
         part_.incomplete = true;
         return true;
     }
@@ -178,10 +178,10 @@ void TWFilesPlanner::planItem(const std::string& path)
     const auto look = folder ? folder->held->look(name) : TWFileLook{};
     const bool gone = folder ? look.presence == TWPresence::Gone : error == ENOENT || error == ENOTDIR;
     if (gone && !folder && isBehindDanglingLink(planner_.fileSystem(), parent)) {
-        part_.addLine(TWText::fill(BehindDanglingLink, { path }));
+        part_.addLine(TWReportLine::about(BehindDanglingLink, { path }));
         part_.incomplete = true;
     } else if (gone)
-        part_.addLine(TWText::fill(AlreadyDeleted, { path }));
+        part_.addLine(TWReportLine::about(AlreadyDeleted, { path }));
     else if (folder)
         addItem(part_, *folder, name, look);
     else
@@ -206,7 +206,7 @@ bool TWFilesPlanner::planFolder(const TWFilesRule& rule, const std::string& path
         itemsContainingKeywordsAtPath(*folder, rule.whatToDelete == TWItemsWithKeywordsDeep);
     // Kept on purpose: this counts everything planned so far, not only what this rule has added.
     if (planned_ == 0)
-        part_.addLine(TWText::fill(NothingToDelete, { path }));
+        part_.addLine(TWReportLine::about(NothingToDelete, { path }));
     return true;
 }
 
@@ -233,7 +233,7 @@ void TWFilesPlanner::addItem(TWPlan& plan, const Folder& folder, std::string_vie
 
 void TWFilesPlanner::sayUnreadable(const std::string& path, int error)
 {
-    part_.addLine(TWText::fill(Unreadable, { path, TWErrorText(error) }));
+    part_.addLine(TWReportLine::about(Unreadable, { path, TWErrorText(error) }));
     part_.incomplete = true;
 }
 
@@ -254,6 +254,6 @@ void TWFilesPlanner::itemsContainingKeywordsAtPath(const Folder& top, bool recur
         = TWWalkTrees<Found>(planner_.fileSystem(), { { top.planned->realPath } }, visitor, receive, cancellation_);
     if (end != TWWalkEnd::Failed)
         return;
-    part_.addLine(TWText::fill(NotFinished, { top.planned->path }));
+    part_.addLine(TWReportLine::about(NotFinished, { top.planned->path }));
     part_.incomplete = true;
 }

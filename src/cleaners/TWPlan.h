@@ -28,7 +28,7 @@ struct TWPlannedItem {
 struct TWPlan {
     std::vector<std::shared_ptr<const TWPlannedFolder>> folders; // parent folders of the items, each once in a row
     std::vector<TWPlannedItem> items; // in the order in which they are carried out
-    std::vector<std::string> lines; // for the results, all of them before the first item is carried out
+    std::vector<TWReportLine> lines; // for the results, all of them before the first item is carried out
     std::optional<std::string> failure; // ended the planning: nothing is carried out, and the job fails with this text
     bool incomplete = false; // something could not be looked at: everything else is carried out, then the job fails
     TWSecureMode secureMode = TWPlainDelete;
@@ -40,7 +40,7 @@ struct TWPlan {
     // Says why the deletion of the item, the one that was added last, would be refused; nothing if the text is "".
     void object(TWPlannedItem&, const TWObjection&);
 
-    void addLine(std::string text) { lines.push_back(std::move(text)); }
+    void addLine(TWReportLine line) { lines.push_back(std::move(line)); }
 
     // Adds a part that was planned after this one.
     void append(TWPlan part);

@@ -13,7 +13,7 @@ TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, cons
     summary.failure = plan.failure;
     summary.incomplete = plan.incomplete;
     if (!plan.lines.empty())
-        summary.remark = plan.lines.front();
+        summary.remark = plan.lines.front().text;
     std::vector<std::string> folders;
     for (const auto& item : plan.items) {
         if (item.quiet)

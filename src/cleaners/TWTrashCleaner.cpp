@@ -85,7 +85,7 @@ private:
         folder = real ? planner_.folder(path, *real, error) : std::nullopt;
         auto open = folder ? planner_.list(*folder, error, sink_.cancellation()) : nullptr;
         if (!open && error != ENOENT) {
-            part_.addLine(TWText::fill(Unreadable, { path, TWErrorText(error) }));
+            part_.addLine(TWReportLine::about(Unreadable, { path, TWErrorText(error) }));
             part_.incomplete = true;
         }
         return open;

@@ -131,7 +131,7 @@ private:
         if (!json && cleaner.plan()->items.empty())
             notes += TWText::fill(Note, { cleaner.row().nothing });
         for (const auto& line : cleaner.plan()->lines)
-            notes += TWText::fill(Note, { TWText::oneLine(line) });
+            notes += TWText::fill(Note, { TWText::oneLine(line.text) });
         if (const auto& failure = cleaner.plan()->failure)
             notes += TWText::fill(Note, { TWText::oneLine(TWText::fill(WouldFail, { *failure })) });
     }

@@ -229,7 +229,7 @@ void TWFileDeleteQueue::deleteNextFile()
     const auto& target = (*files_)[deleteIndex_++];
     const auto label = fileDeleter_.deleteFile(target, secureDeleteMode_, TWWaiting::Asynchronously, authorization_);
     if (announcing_ == Announcing::EveryPath)
-        report(TWText::fill(Deleting, { label, target.path() }));
+        report(TWReportLine::about(Deleting, { label, target.path() }, 1));
 }
 
 void TWFileDeleteQueue::fileDeleterProgressed(const std::string& message)
@@ -316,19 +316,19 @@ void TWFileDeleteQueue::sayOutcome(std::size_t index)
     const auto outcome = outcomes_[index];
     const auto path = (*files_)[index].path();
     const auto found = reports_.find(index);
-    std::vector<std::string> lines;
+    std::vector<TWReportLine> lines;
     if (found != reports_.end() && !isGone(index))
         lines = found->second.problems;
     if (lines.empty() && outcome == Outcome::FolderGone)
-        lines.push_back(TWText::fill(FolderGoneText, { path }));
+        lines.push_back(TWReportLine::about(FolderGoneText, { path }));
     if (lines.empty() && outcome == Outcome::FolderChanged)
-        lines.push_back(TWText::fill(FolderChangedText, { path }));
+        lines.push_back(TWReportLine::about(FolderChangedText, { path }));
     if (outcome == Outcome::Vanished && announcing_ == Announcing::EveryPath)
-        lines.push_back(TWText::fill(VanishedText, { path }));
+        lines.push_back(TWReportLine::about(VanishedText, { path }));
     if (found != reports_.end())
         lines.insert(lines.end(), found->second.notices.begin(), found->second.notices.end());
     if (!isGone(index))
-        lines.push_back(TWText::fill(CouldNotDelete, { path }));
+        lines.push_back(TWReportLine::about(CouldNotDelete, { path }));
     const std::weak_ptr<const int> life = life_;
     for (const auto& line : lines) {
         report(line);
@@ -374,13 +374,13 @@ void TWFileDeleteQueue::stop()
 void TWFileDeleteQueue::endStoppedCheck()
 {
     const std::weak_ptr<const int> life = life_;
-    report(NotChecked);
+    report(std::string(NotChecked));
     if (!life.expired() && delegate_)
         delegate_->fileDeleteQueueVerified(false);
 }
 
-void TWFileDeleteQueue::report(const std::string& message)
+void TWFileDeleteQueue::report(const TWReportLine& line)
 {
     if (delegate_)
-        delegate_->fileDeleteQueueProgressed(message);
+        delegate_->fileDeleteQueueProgressed(line);
 }

@@ -8,7 +8,7 @@
 
 class TWFileDeleteQueueDelegate {
 public:
-    virtual void fileDeleteQueueProgressed(const std::string& /*message*/) { }
+    virtual void fileDeleteQueueProgressed(const TWReportLine&) { }
 
     // Every path has been handed to the deleter, or the queue was stopped, and the last child has ended.
     virtual void fileDeleteQueueDone() { }
@@ -100,7 +100,7 @@ private:
     void fileDeleterProgressed(const std::string& message) override;
     void fileDeleterDone() override;
     void deleteNextFile();
-    void report(const std::string& message);
+    void report(const TWReportLine&);
     Turns turns() const;
     void dropCheck();
     void checked(Checked);

@@ -58,7 +58,7 @@ void addToolLines(TWDeletionReport& report, std::string_view output)
         output.remove_prefix(std::min(line.size() + 1, output.size()));
         auto& lines = line.starts_with(NoteMark) ? report.notices : report.problems;
         if (!line.empty())
-            lines.push_back(TWText::fill(ToolSaid, { line }));
+            lines.emplace_back(TWText::fill(ToolSaid, { line }));
     }
 }
 
@@ -67,10 +67,10 @@ TWDeletionReport reportOn(const TWTermination& termination, const std::string& l
     TWDeletionReport report;
     switch (termination.kind) {
     case TWTermination::Kind::NotLaunched:
-        report.problems.push_back(TWText::fill(NotStarted, { launchPath, TWErrorText(termination.code) }));
+        report.problems.emplace_back(TWText::fill(NotStarted, { launchPath, TWErrorText(termination.code) }));
         break;
     case TWTermination::Kind::Signalled:
-        report.problems.push_back(TWText::fill(Killed, { launchPath, std::to_string(termination.code) }));
+        report.problems.emplace_back(TWText::fill(Killed, { launchPath, std::to_string(termination.code) }));
         addToolLines(report, termination.output);
         break;
     case TWTermination::Kind::Exited:
@@ -118,7 +118,7 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
 // then asks everything again, because it may have changed in the meantime.
 void TWFileDeleter::begin()
 {
-    std::string problem;
+    TWReportLine problem("");
     auto opened = openFolder(problem);
     if (!opened) {
         refuse(std::move(problem));
@@ -158,11 +158,11 @@ void TWFileDeleter::searched(const TWObjection& objection)
     if (objection.empty())
         begin();
     else
-        refuse(TWText::fill(Refused, { target_.path(), objection }));
+        refuse(TWReportLine::about(Refused, { target_.path(), objection }));
 }
 
 // The delegate is told on a later turn.
-void TWFileDeleter::refuse(std::string problem)
+void TWFileDeleter::refuse(TWReportLine problem)
 {
     report_.problems.push_back(std::move(problem));
     refusal_ = tools_.runLoop.after(0ms, [this] { finish(); });
@@ -170,23 +170,23 @@ void TWFileDeleter::refuse(std::string problem)
 
 // Opens the parent folder if the target may be deleted there now, as far as can be told without looking below it, and
 // notes in the report whether it is missing. Otherwise returns nothing and sets the problem.
-std::optional<TWFileDeleter::Opened> TWFileDeleter::openFolder(std::string& problem)
+std::optional<TWFileDeleter::Opened> TWFileDeleter::openFolder(TWReportLine& problem)
 {
     const auto& target = target_;
     const auto path = target.path();
     if (!target.hasFolder()) {
-        problem = TWText::fill(Refused, { path, TWDeletionRules::objectionToPath(path) });
+        problem = TWReportLine::about(Refused, { path, TWDeletionRules::objectionToPath(path) });
         return std::nullopt;
     }
     const std::string name(target.name);
     int error = 0;
     auto folder = tools_.fileSystem.holdFolder(target.folder->realPath, error);
     if (!folder) {
-        problem = TWText::fill(FolderNotOpened, { path, TWErrorText(error) });
+        problem = TWReportLine::about(FolderNotOpened, { path, TWErrorText(error) });
         return std::nullopt;
     }
     if (folder->identity() != target.folder->identity) {
-        problem = TWText::fill(FolderChanged, { path });
+        problem = TWReportLine::about(FolderChanged, { path });
         return std::nullopt;
     }
     auto rules = tools_.guard.rules();
@@ -194,11 +194,11 @@ std::optional<TWFileDeleter::Opened> TWFileDeleter::openFolder(std::string& prob
     const auto look = folder->look(name);
     report_.missing = look.presence == TWPresence::Gone;
     if (const auto objection = rules->objection(judged, name, look); !objection.empty()) {
-        problem = TWText::fill(Refused, { path, objection });
+        problem = TWReportLine::about(Refused, { path, objection });
         return std::nullopt;
     }
     if (previewCheck_ && !isAsPreviewed(target, look)) {
-        problem = TWText::fill(ChangedSincePreview, { path });
+        problem = TWReportLine::about(ChangedSincePreview, { path });
         return std::nullopt;
     }
     return Opened{ std::move(folder), std::move(rules), std::move(judged), look };
@@ -230,7 +230,7 @@ void TWFileDeleter::terminate()
 {
     if (searching_) {
         searching_.reset();
-        refuse(TWText::fill(Ended, { target_.path() }));
+        refuse(TWReportLine::about(Ended, { target_.path() }));
     }
     if (!task_)
         return;

@@ -6,6 +6,7 @@
 #include "platform/TWBackgroundStream.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
+#include "support/TWReportLine.h"
 
 #include <cstdint>
 #include <vector>
@@ -39,8 +40,8 @@ protected:
 
 // How the latest deletion went, according to the tool and its launch. The lines are for the user.
 struct TWDeletionReport {
-    std::vector<std::string> problems; // why the path may still exist: a refusal, or a tool that failed or was killed
-    std::vector<std::string> notices; // what the tool reported although nothing failed
+    std::vector<TWReportLine> problems; // why the path may still exist: a refusal, or a tool that failed or was killed
+    std::vector<TWReportLine> notices; // what the tool reported although nothing failed
     bool toolSucceeded = false; // the tool ran to its end and reported no failure
     bool missing = false; // nothing was there just before the tool was started
 };
@@ -88,10 +89,10 @@ private:
     bool isAsPreviewed(const TWDeletionTarget&, const TWFileLook&) const;
     void begin();
     bool isSearched(const Opened&) const;
-    std::optional<Opened> openFolder(std::string& problem);
+    std::optional<Opened> openFolder(TWReportLine& problem);
     void search(const Opened&);
     void searched(const TWObjection&);
-    void refuse(std::string problem);
+    void refuse(TWReportLine problem);
     void launch(const TWHeldFolder&, const std::string& name, TWSecureMode);
     void noteOwnChange();
     void doneRunning(const TWTermination&);

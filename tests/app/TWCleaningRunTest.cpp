@@ -69,6 +69,10 @@ TEST_F(TWCleaningRunTest, TheSettingsDecideWhoRunsAndEveryReportIsShown)
         (Lines{ Start, "0 Emptying the Trash...", "0   \xE2\x80\xA2 Delete ROOT/home/.local/share/Trash/files/item ...",
             "0   \xE2\x80\xA2 Could not delete ROOT/home/.local/share/Trash/files/item",
             "2 Some files could not be removed from the Trash!", End }));
+    const auto& log = delegate->resultsWindowController();
+    EXPECT_EQ(log.count(Trash), (TWLineCount{ 4, 1 }));
+    EXPECT_EQ(log.messages()[log.firstExplanation(log.failures().at(0))].namedPath(), places.trash + "/files/item");
+    EXPECT_EQ(log.messages().back().cleaner, TWNoCleaner);
     EXPECT_EQ(view.lines,
         (Lines{ "disable", "off 0", "off 1", "off 2", "off 3", "off 4", "off 5", "off 6", "off 7", "yellow 2", "spin 2",
             "red 2", "rest 2", "enable", "ended: failed" }));

@@ -8,7 +8,7 @@ TEST(TWResultsWindowControllerTest, LinesOfAnotherThreadComeOnALaterTurnInTheirO
     TWResultsWindowController results(loop);
     std::thread([&] {
         for (int line = 0; line < 100; ++line)
-            results.addMessage(std::to_string(line), TWMessageType::Information);
+            results.addMessage({ std::to_string(line), TWMessageType::Information });
     }).join();
     EXPECT_TRUE(results.messages().empty());
     loop.runUntilIdle();

@@ -120,7 +120,8 @@ TEST_F(TWFilesCleanerTest, TheSearchEntersNeitherLinksNorPackages)
     EXPECT_EQ(sortedPaths(planned), (Lines{ "ROOT/hostile/link to secret", "ROOT/hostile/secret \xFF name" }));
     EXPECT_EQ(planned.lines.size(), geteuid() == 0 ? 2U : 3U) << "and the unreadable folder, if it is one";
     for (const auto& line : planned.lines)
-        EXPECT_TRUE(launcher.shown(line).starts_with("Skipping Bundle ROOT/hostile/Foo.app/") || planned.incomplete);
+        EXPECT_TRUE(
+            launcher.shown(line.text).starts_with("Skipping Bundle ROOT/hostile/Foo.app/") || planned.incomplete);
     // A link that a rule itself names is followed, once.
     give({ rule("hostile/link to secret", 3) }, { "inside" });
     planned = plan();

@@ -16,11 +16,16 @@ protected:
         queue = std::make_unique<TWFileDeleteQueue>(given);
         queue->setDelegate(this);
     }
-    void fileDeleteQueueProgressed(const std::string& message) override { lines.push_back(launcher.shown(message)); }
-    void fileDeleteQueueDone() override { fileDeleteQueueProgressed("done"); }
+    void fileDeleteQueueProgressed(const TWReportLine& line) override
+    {
+        lines.push_back(launcher.shown(line.text));
+        if (line.path.length > 0)
+            named.insert(launcher.shown(std::string(line.path.of(line.text))));
+    }
+    void fileDeleteQueueDone() override { lines.push_back("done"); }
     void fileDeleteQueueVerified(bool nothingLeft) override
     {
-        fileDeleteQueueProgressed(nothingLeft ? "nothing left" : "something left");
+        lines.push_back(nothingLeft ? "nothing left" : "something left");
     }
     void addFiles(const Lines& names)
     {
@@ -43,6 +48,7 @@ protected:
 
     std::unique_ptr<TWFileDeleteQueue> queue;
     Lines lines;
+    std::set<std::string> named; // the paths that lines carry
 };
 
 }
@@ -70,6 +76,7 @@ TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonsDirectlyBefore)
     launcher.failures[root.path("kept")] = { Kind::Exited, 1, "rm: cannot remove\nrm: second line\n" };
     launcher.failures[root.path("dangling")] = { Kind::NotLaunched, ENOENT, "" };
     run();
+    named.clear();
     const Lines expected{ "The deletion tool said: rm: cannot remove", "The deletion tool said: rm: second line",
         "Could not delete ROOT/kept", "Refused to delete \"ROOT/home\": it is the home folder.",
         "Could not delete ROOT/home",
@@ -83,6 +90,8 @@ TEST_F(TWFileDeleteQueueTest, EachSurvivorIsNamedWithTheReasonsDirectlyBefore)
     EXPECT_EQ(verify(), expected);
     EXPECT_EQ(verify(), expected) << "a second check starts afresh";
     EXPECT_TRUE(queue->isGone(1) && !queue->isGone(0));
+    EXPECT_EQ(
+        named, (std::set<std::string>{ "ROOT/dangling", "ROOT/home", "ROOT/home/.local/share/Tidewell", "ROOT/kept" }));
 }
 
 TEST_F(TWFileDeleteQueueTest, AnOverwritingToolThatFailedIsNotTrusted)

@@ -69,7 +69,8 @@ TEST_F(TWFileDeleterTest, TerminateEndsTheChildOnceAlsoOneThatDoesNotListen)
     }
     EXPECT_EQ(launcher.records,
         (Lines{ "/bin/rm -rf ROOT/./file", "terminate", "/bin/rm -rf ROOT/./file", "terminate", "kill" }));
-    EXPECT_EQ(deleter.report().problems, Lines{ "The deletion tool /bin/rm was ended by signal 9." });
+    ASSERT_EQ(deleter.report().problems.size(), 1U);
+    EXPECT_EQ(deleter.report().problems[0].text, "The deletion tool /bin/rm was ended by signal 9.");
 }
 
 TEST_F(TWFileDeleterTest, SearchesAFolderForKeptNamesBeforeTheChildStarts)
@@ -82,7 +83,7 @@ TEST_F(TWFileDeleterTest, SearchesAFolderForKeptNamesBeforeTheChildStarts)
     // What changes during the search is noticed: here the list, then the folder.
     guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Names, "inner" } }));
     runLoop.runUntilIdle();
-    EXPECT_EQ(launcher.shown(deleter.report().problems.at(0)),
+    EXPECT_EQ(launcher.shown(deleter.report().problems.at(0).text),
         "Refused to delete \"ROOT/home/folder\": it holds \"inner\", and names like \"inner\" are on the keep list.");
     guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Names, "*.kdbx" } }));
     std::filesystem::rename(parent, root.path("home/moved"));
@@ -111,7 +112,7 @@ TEST_F(TWFileDeleterTest, TheSearchCanBeEndedOrDestroyed)
     EXPECT_EQ(doneCalls, 0) << "always on a later turn";
     runLoop.runUntilIdle();
     EXPECT_EQ(doneCalls, 1);
-    EXPECT_EQ(launcher.shown(deleter.report().problems.at(0)),
+    EXPECT_EQ(launcher.shown(deleter.report().problems.at(0).text),
         "\"ROOT/home/folder\" was left alone, because the deletion was ended.");
     {
         TWFileDeleter another(tools);

@@ -2,9 +2,11 @@
 
 #include "platform/TWAlerts.h"
 #include "platform/TWBundle.h"
+#include "platform/TWFileManager.h"
 #include "platform/TWLock.h"
 #include "platform/TWMountTable.h"
 #include "platform/TWNotifier.h"
+#include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
 
 #include <algorithm>
@@ -55,6 +57,26 @@ struct TWFakeAlerts final : TWAlerts {
         const auto answered = std::move(open.front());
         open.pop_front();
         answered(given);
+    }
+};
+
+// Answers on a later turn.
+struct TWFakeFileManager final : TWFileManager {
+    explicit TWFakeFileManager(TWRunLoop& given)
+        : runLoop(given)
+    {
+    }
+
+    TWRunLoop& runLoop;
+    std::vector<std::string> shown;
+    bool works = true;
+
+    void showItem(const std::string& path, Done done) override { show("item " + path, std::move(done)); }
+    void showFolder(const std::string& path, Done done) override { show("folder " + path, std::move(done)); }
+    void show(std::string what, Done done)
+    {
+        shown.push_back(std::move(what));
+        runLoop.post([done = std::move(done), answer = works] { done(answer); });
     }
 };
 

@@ -30,6 +30,10 @@ protected:
     void forEach(const std::function<void(QWidget&)>& call)
     {
         delegate.editors().get<TWFilesWindowController>().addRule({ true, "Rule", "~/path", TWItemItself });
+        auto& results = delegate.resultsWindowController();
+        results.addMessage({ "A rule was read.", TWMessageType::Information, false, 5 });
+        results.addMessage({ "The Trash is now empty.", TWMessageType::Success, false, 2 });
+        results.addMessage({ "Some files could not be deleted!", TWMessageType::Failure, false, 5 });
         session.mainWindow().refresh();
         machine.runLoop.runUntilIdle();
         shown(session.mainWindow(), call);
@@ -75,7 +79,8 @@ protected:
     SandboxedMachine machine;
     TWTidewellAppDelegate delegate{ machine.platform, TWLaunchKind::Window };
     TWQtAlerts alerts;
-    TWWindowSession session{ delegate, alerts };
+    TWFakeFileManager fileManager{ machine.runLoop };
+    TWWindowSession session{ delegate, alerts, fileManager };
 };
 
 TEST_F(TWEveryWindowTest, TabReachesEveryControlInBothDirectionsAndEachHasANameAndARole)

@@ -25,7 +25,7 @@ protected:
             "<dict><key>FilePath</key><string/></dict></array></plist>");
         machine.userDefaults.values["LogsCleaner"] = true;
         delegate = std::make_unique<TWTidewellAppDelegate>(machine.platform, TWLaunchKind::Window);
-        session = std::make_unique<TWWindowSession>(*delegate, qtAlerts);
+        session = std::make_unique<TWWindowSession>(*delegate, qtAlerts, fileManager);
         window = &session->mainWindow();
         delegate->applicationDidFinishLaunching();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window));
@@ -57,6 +57,7 @@ protected:
     Machine machine;
     std::uint64_t itemSize = 0; // of each of the two in the Trash
     std::unique_ptr<TWTidewellAppDelegate> delegate;
+    TWFakeFileManager fileManager{ machine.runLoop };
     TWQtAlerts qtAlerts;
     std::unique_ptr<TWWindowSession> session;
     TWMainWindow* window = nullptr;
@@ -197,7 +198,7 @@ TEST_F(TWMainWindowTest, SettingsThatAreLostOrCannotBeSavedAreAnnounced)
     session.reset();
     machine.userDefaults.problemLine = "The settings cannot be read.";
     machine.userDefaults.writeProblem.clear();
-    session = std::make_unique<TWWindowSession>(*delegate, qtAlerts);
+    session = std::make_unique<TWWindowSession>(*delegate, qtAlerts, fileManager);
     window = &session->mainWindow();
     EXPECT_EQ(bar(), "The settings cannot be read.");
 }

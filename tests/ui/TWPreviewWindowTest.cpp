@@ -85,7 +85,8 @@ protected:
     Machine machine;
     TWTidewellAppDelegate delegate{ machine.platform, TWLaunchKind::Window };
     TWQtAlerts alerts;
-    TWWindowSession session{ delegate, alerts };
+    TWFakeFileManager fileManager{ machine.runLoop };
+    TWWindowSession session{ delegate, alerts, fileManager };
     QWidget* window = nullptr;
     QTableView* table = nullptr;
     QTreeWidget* tree = nullptr;

@@ -351,6 +351,7 @@ void TWMainWindow::stop()
 {
     stopButton_->setEnabled(!delegate_.running());
     stopped_ = true;
+    emit progressEnded();
     delegate_.stop();
 }
 
@@ -359,6 +360,7 @@ void TWMainWindow::cleaningEnded(TWRunOutcome outcome)
     const bool stopped = stopped_ && outcome == TWRunOutcome::Failed;
     const auto end = tr(stopped ? Stopped : Outcomes[static_cast<int>(outcome)]);
     endShown_ = true;
+    emit progressEnded();
     resultsButton_->setVisible(outcome != TWRunOutcome::NothingRun);
     announce(brought_.empty() ? end : end + ' ' + TWQtText::exact(brought_));
     refresh();
@@ -373,8 +375,10 @@ void TWMainWindow::say(const QString& sentence)
 
 void TWMainWindow::showProgress(const TWRunProgress& progress)
 {
-    if (!stopped_)
-        say(TWQtText::exact(progress.text));
+    if (stopped_)
+        return;
+    say(TWQtText::exact(progress.text));
+    emit progressed(progress.fraction);
 }
 
 // Does not take the place of how the latest run ended, before the user does something else.

@@ -51,6 +51,10 @@ signals:
     void previewRequested();
     void helpRequested();
 
+    // How far a run is, from 0 to 1, several times a second; then once that there is nothing more to say about it.
+    void progressed(double fraction);
+    void progressEnded();
+
     // The user has closed the window and answered all questions about that.
     void quitRequested();
 

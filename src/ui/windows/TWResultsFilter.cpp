@@ -2,17 +2,18 @@
 
 #include "ui/windows/TWResultsModel.h"
 
-void TWResultsFilter::setFilter(const QString& text, Kind kind)
+void TWResultsFilter::setFilter(const Wanted& wanted)
 {
-    text_ = text;
-    kind_ = kind;
+    wanted_ = wanted;
     invalidateFilter();
 }
 
 bool TWResultsFilter::filterAcceptsRow(int row, const QModelIndex& parent) const
 {
-    const auto index = sourceModel()->index(row, 0, parent);
-    if (kind_ == Kind::Failures && !index.data(TWResultsModel::ConcernsFailureRole).toBool())
+    const auto line = sourceModel()->index(row, TWResultsModel::LineColumn, parent);
+    if (wanted_.cleaner != TWNoCleaner && line.data(TWResultsModel::CleanerRole) != wanted_.cleaner)
         return false;
-    return text_.isEmpty() || index.data().toString().contains(text_, Qt::CaseInsensitive);
+    if (wanted_.kind == Kind::Failures && !line.data(TWResultsModel::ConcernsFailureRole).toBool())
+        return false;
+    return wanted_.text.isEmpty() || line.data().toString().contains(wanted_.text, Qt::CaseInsensitive);
 }

@@ -4,8 +4,9 @@
 
 #include <QSortFilterProxyModel>
 
-// Shows only the lines that contain a text, ignoring case, and are of the wanted kind. It costs memory and time for
-// every line, so the results window puts it between model and table only while a filter is set.
+// Shows only the lines that contain a text, ignoring case, are of the wanted kind and come from the wanted cleaner. It
+// costs memory and time for every line, so the results window puts it between model and table only while a filter is
+// set.
 class TWResultsFilter final : public QSortFilterProxyModel {
     Q_OBJECT
 
@@ -15,17 +16,22 @@ public:
 
     using QSortFilterProxyModel::QSortFilterProxyModel;
 
-    void setFilter(const QString& text, Kind);
+    struct Wanted {
+        QString text;
+        Kind kind = Kind::All;
+        int cleaner = TWNoCleaner; // for all of them
+
+        bool isEverything() const { return text.isEmpty() && kind == Kind::All && cleaner == TWNoCleaner; }
+    };
+
+    void setFilter(const Wanted&);
 
     // Filters all lines again.
     void renew() { invalidateFilter(); }
-
-    bool letsAllThrough() const { return text_.isEmpty() && kind_ == Kind::All; }
 
 protected:
     bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
 
 private:
-    QString text_;
-    Kind kind_ = Kind::All;
+    Wanted wanted_;
 };

@@ -38,7 +38,7 @@ int TWResultsModel::rowCount(const QModelIndex& parent) const
 
 int TWResultsModel::columnCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : 1;
+    return parent.isValid() ? 0 : LineColumn + 1;
 }
 
 QVariant TWResultsModel::data(const QModelIndex& index, int role) const
@@ -48,6 +48,29 @@ QVariant TWResultsModel::data(const QModelIndex& index, int role) const
         || static_cast<std::size_t>(index.row()) >= controller_.messages().size())
         return {};
     const auto& message = controller_.messages()[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case Qt::BackgroundRole:
+        return colour(message);
+    case Qt::ForegroundRole: // readable on all three backgrounds in any colour scheme
+        return QColor(Qt::black);
+    case ConcernsFailureRole:
+        return message.type == TWMessageType::Failure || message.explainsFailure;
+    case CleanerRole:
+        return int{ message.cleaner };
+    default:
+        return index.column() == LineColumn ? lineData(message, role) : cleanerData(message, role);
+    }
+}
+
+QVariant TWResultsModel::cleanerData(const TWMessage& message, int role)
+{
+    if (role != Qt::DisplayRole || message.cleaner == TWNoCleaner)
+        return {};
+    return QLatin1String(TWCleanerTable()[static_cast<std::size_t>(message.cleaner)].title);
+}
+
+QVariant TWResultsModel::lineData(const TWMessage& message, int role) const
+{
     const auto type = static_cast<int>(message.type);
     switch (role) {
     case Qt::DisplayRole:
@@ -58,12 +81,6 @@ QVariant TWResultsModel::data(const QModelIndex& index, int role) const
         return tr(AccessibleTexts[type]).arg(TWQtText::shown(message.text));
     case Qt::DecorationRole:
         return icons_[type];
-    case Qt::BackgroundRole:
-        return colour(message);
-    case Qt::ForegroundRole: // readable on all three backgrounds in any colour scheme
-        return QColor(Qt::black);
-    case ConcernsFailureRole:
-        return message.type == TWMessageType::Failure || message.explainsFailure;
     default:
         return {};
     }

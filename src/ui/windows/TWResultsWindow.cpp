@@ -1,18 +1,18 @@
 #include "ui/windows/TWResultsWindow.h"
 
+#include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWScrollBox.h"
+#include "ui/windows/TWResultsFilterBar.h"
 #include "ui/windows/TWResultsModel.h"
 
 #include <QAction>
 #include <QClipboard>
-#include <QComboBox>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSaveFile>
@@ -34,29 +34,46 @@ constexpr auto SaveAll = QT_TRANSLATE_NOOP("TWResultsWindow", "&Save As...");
 constexpr auto SaveShown = QT_TRANSLATE_NOOP("TWResultsWindow", "&Save Shown Lines As...");
 constexpr auto SuggestedName = QT_TRANSLATE_NOOP("TWResultsWindow", "Tidewell Results.txt");
 
-constexpr QSize Size(720, 420);
+constexpr QSize Size(860, 480);
 constexpr int IconSize = 16;
 constexpr int RowPadding = 8; // above and below the text together, in pixels
+constexpr int CleanerPadding = 16; // at both sides of a cleaner's name together, in pixels
+
+int cleanerColumnWidth(const QFontMetrics& metrics)
+{
+    int widest = 0;
+    for (const auto& row : TWCleanerTable())
+        widest = std::max(widest, metrics.horizontalAdvance(row.title));
+    return widest + CleanerPadding;
+}
 
 }
 
-TWResultsWindow::TWResultsWindow(
-    TWResultsWindowController& controller, const QString& iconFolder, const QString& homeFolder)
+TWResultsWindow::TWResultsWindow(TWResultsWindowController& controller, const TWResultsActions::Context& context,
+    const QString& iconFolder, const QString& homeFolder)
     : controller_(controller)
     , homeFolder_(homeFolder)
     , model_(new TWResultsModel(controller, iconFolder, this))
     , filter_(new TWResultsFilter(this))
+    , pathActions_(context)
+    , filterBar_(new TWResultsFilterBar(controller, iconFolder))
+    , messageBar_(new TWMessageBar(TWMessageBar::Kind::Notice, "messageBar"))
 {
     setObjectName("resultsWindow");
     setWindowTitle(tr("Results"));
     setAttribute(Qt::WA_QuitOnClose, false);
     resize(TWFitToScreen(*this, Size));
     auto* column = new QVBoxLayout(this);
-    column->addLayout(createFilter());
     createTable();
-    column->addWidget(table_, 1);
-    column->addLayout(createFooter());
     createActions();
+    column->addWidget(filterBar_);
+    column->addWidget(table_, 1);
+    column->addWidget(messageBar_);
+    column->addLayout(createFooter());
+    watchSelection();
+    selectionChanged();
+    connect(filterBar_, &TWResultsFilterBar::changed, this, &TWResultsWindow::filterChanged);
+    connect(filterBar_, &TWResultsFilterBar::nextFailureRequested, this, [this] { showFailure(Direction::Next); });
     table_->setFocus();
     linesChanged();
     followLines();
@@ -68,29 +85,9 @@ TWResultsWindow::~TWResultsWindow()
     controller_.setView(nullptr);
 }
 
-QLayout* TWResultsWindow::createFilter()
-{
-    filterText_ = new QLineEdit(this);
-    filterText_->setObjectName("filterLineEdit");
-    filterText_->setAccessibleName(tr("Filter"));
-    filterText_->setPlaceholderText(tr("Filter"));
-    filterText_->setClearButtonEnabled(true);
-    filterKind_ = new QComboBox(this);
-    filterKind_->setObjectName("kindComboBox");
-    filterKind_->setAccessibleName(tr("Kind of lines"));
-    filterKind_->addItems({ tr("All"), tr("Failures") }); // in the order of TWResultsFilter::Kind
-    connect(filterText_, &QLineEdit::textChanged, this, &TWResultsWindow::filterChanged);
-    connect(filterKind_, &QComboBox::currentIndexChanged, this, &TWResultsWindow::filterChanged);
-
-    auto* layout = new QHBoxLayout;
-    layout->addWidget(filterText_, 1);
-    layout->addWidget(filterKind_);
-    return layout;
-}
-
 void TWResultsWindow::createTable()
 {
-    table_ = new QTableView(this);
+    table_ = new QTableView; // no parent yet, because Tab visits widgets in the order in which they get it
     table_->setObjectName("resultsTableView");
     table_->setAccessibleName(tr("Results"));
     table_->setModel(model_);
@@ -104,6 +101,10 @@ void TWResultsWindow::createTable()
     table_->setIconSize({ IconSize, IconSize });
     table_->horizontalHeader()->hide();
     table_->horizontalHeader()->setStretchLastSection(true);
+    table_->setColumnWidth(TWResultsModel::CleanerColumn, cleanerColumnWidth(fontMetrics()));
+    // The lines are English and full of paths, whose slashes would change places in a text that runs from right to
+    // left.
+    table_->setLayoutDirection(Qt::LeftToRight);
     table_->verticalHeader()->hide();
     // All lines have the same height, so that none has to be measured.
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -120,26 +121,46 @@ QLayout* TWResultsWindow::createFooter()
 {
     count_ = new QLabel(this);
     count_->setObjectName("countLabel");
-    saveButton_ = new QPushButton(this);
-    saveButton_->setObjectName("saveButton");
+    saveButton_ = createButton(saveAction_, "saveButton");
     saveButton_->setAccessibleName(tr("Save the shown lines as a text file"));
-    connect(saveButton_, &QPushButton::clicked, this, &TWResultsWindow::saveAs);
 
     auto* layout = new QHBoxLayout;
     layout->addWidget(count_, 1);
+    layout->addWidget(createButton(showAction_, "showButton"));
+    layout->addWidget(createButton(keepAction_, "keepButton"));
     layout->addWidget(saveButton_);
     return layout;
 }
 
+// A button that does the same as the action and is enabled with it.
+QPushButton* TWResultsWindow::createButton(QAction* action, const char* name)
+{
+    auto* button = new QPushButton(action->text());
+    button->setObjectName(name);
+    button->setAccessibleName(action->text().remove('&'));
+    button->setAutoDefault(false);
+    button->setEnabled(action->isEnabled());
+    connect(button, &QPushButton::clicked, action, &QAction::trigger);
+    connect(action, &QAction::enabledChanged, button, &QWidget::setEnabled);
+    return button;
+}
+
 void TWResultsWindow::createActions()
 {
+    showAction_
+        = addTableAction("showAction", tr("Show in F&older"), Qt::CTRL | Qt::Key_O, &TWResultsWindow::showInFolder);
+    keepAction_ = addTableAction("keepAction", tr("&Keep This for Ever"), Qt::CTRL | Qt::Key_K, &TWResultsWindow::keep);
     addTableAction("copyAction", tr("&Copy"), QKeySequence::Copy, &TWResultsWindow::copy);
     addTableAction("selectAllAction", tr("Select &All"), QKeySequence::SelectAll, &TWResultsWindow::selectAll);
     saveAction_ = addTableAction("saveAction", {}, QKeySequence::Save, &TWResultsWindow::saveAs);
     saveAction_->setShortcutContext(Qt::WindowShortcut);
     addAction(saveAction_);
     table_->setContextMenuPolicy(Qt::ActionsContextMenu);
-    addWindowAction(tr("&Filter"), { QKeySequence::Find }, [this] { filterText_->setFocus(); });
+    addWindowAction(tr("&Filter"), { QKeySequence::Find }, [this] { filterBar_->focusText(); });
+    addWindowAction(tr("&Next Failure"), { QKeySequence(Qt::Key_F4) }, [this] { showFailure(Direction::Next); });
+    addWindowAction(tr("&Previous Failure"), { QKeySequence(Qt::SHIFT | Qt::Key_F4) },
+        [this] { showFailure(Direction::Previous); });
+    addWindowAction(tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(); });
     addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] { close(); });
 }
 
@@ -169,9 +190,10 @@ void TWResultsWindow::filterChanged()
 {
     // The filter is changed while it has no model, so that it walks the lines once instead of twice.
     filter_->setSourceModel(nullptr);
-    filter_->setFilter(filterText_->text(), static_cast<TWResultsFilter::Kind>(filterKind_->currentIndex()));
+    const auto wanted = filterBar_->wanted();
+    filter_->setFilter(wanted);
     QAbstractItemModel* shown = model_;
-    if (!filter_->letsAllThrough()) {
+    if (!wanted.isEverything()) {
         filter_->setSourceModel(model_);
         shown = filter_;
     }
@@ -179,7 +201,9 @@ void TWResultsWindow::filterChanged()
         // setModel() makes a new selection model and does not delete the old one.
         const std::unique_ptr<QItemSelectionModel> old(table_->selectionModel());
         table_->setModel(shown);
+        watchSelection();
     }
+    selectionChanged();
     linesChanged();
     followLines();
 }
@@ -187,6 +211,8 @@ void TWResultsWindow::filterChanged()
 void TWResultsWindow::messagesRemoved()
 {
     model_->messagesRemoved();
+    say("");
+    selectionChanged();
     linesChanged();
 }
 
@@ -212,7 +238,7 @@ void TWResultsWindow::messagesAdded(std::size_t count)
 // Makes the last line the current one, so that the arrow keys start there, and scrolls to it.
 void TWResultsWindow::followLines()
 {
-    const auto last = table_->model()->index(table_->model()->rowCount() - 1, 0);
+    const auto last = table_->model()->index(table_->model()->rowCount() - 1, TWResultsModel::LineColumn);
     table_->selectionModel()->setCurrentIndex(last, QItemSelectionModel::NoUpdate);
     table_->scrollToBottom();
 }
@@ -223,14 +249,102 @@ void TWResultsWindow::linesChanged()
     const int shown = table_->model()->rowCount();
     empty_->setVisible(shown == 0);
     empty_->setText(tr(all == 0 ? NothingYet : NoMatch));
-    saveButton_->setEnabled(shown != 0);
     saveButton_->setText(tr(shown == all ? SaveAll : SaveShown));
     saveAction_->setEnabled(shown != 0);
     saveAction_->setText(saveButton_->text());
+    filterBar_->refresh();
     if (shown != all)
         count_->setText(tr(LinesOf).arg(locale().toString(shown), locale().toString(all)));
     else
         count_->setText(all == 1 ? tr(OneLine) : tr(Lines).arg(locale().toString(all)));
+}
+
+void TWResultsWindow::watchSelection()
+{
+    connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &TWResultsWindow::selectionChanged);
+}
+
+// Whether the selected line can be acted on. The disk is asked in the background.
+void TWResultsWindow::selectionChanged()
+{
+    const auto path = selectedPath();
+    showAction_->setEnabled(!path.empty());
+    keepAction_->setEnabled(false);
+    pathActions_.dropLook();
+    if (!path.empty())
+        pathActions_.look(path, [this](bool exists) { keepAction_->setEnabled(exists); });
+}
+
+// The path that the current line names; "" if it names none or is not selected, as while the window follows a run.
+std::string TWResultsWindow::selectedPath() const
+{
+    const auto current = table_->currentIndex();
+    if (!current.isValid() || !table_->selectionModel()->isRowSelected(current.row()))
+        return "";
+    const auto line = table_->model() == filter_ ? filter_->mapToSource(current) : current;
+    return controller_.messages()[static_cast<std::size_t>(line.row())].namedPath();
+}
+
+// Selects the next failure and scrolls so that the lines that explain it are visible as well. Goes round at the end.
+void TWResultsWindow::showFailure(Direction direction)
+{
+    auto failures = shownFailures();
+    if (failures.empty()) {
+        filterBar_->clear();
+        failures = shownFailures();
+    }
+    if (failures.empty())
+        return;
+    const auto row = [this](std::size_t line) { return shownIndex(line).row(); };
+    const auto current = table_->selectionModel()->hasSelection() ? table_->currentIndex().row() : -1;
+    auto found = failures.begin();
+    if (direction == Direction::Next) {
+        found = std::ranges::upper_bound(failures, current, {}, row);
+        found = found == failures.end() ? failures.begin() : found;
+    } else {
+        found = std::ranges::lower_bound(failures, current, {}, row);
+        found = (found == failures.begin() ? failures.end() : found) - 1;
+    }
+    table_->setFocus();
+    const auto failure = shownIndex(*found);
+    table_->selectionModel()->setCurrentIndex(failure, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    table_->scrollTo(shownIndex(controller_.firstExplanation(*found)));
+    table_->scrollTo(failure);
+}
+
+// The lines with failures that the filter lets through.
+std::vector<std::size_t> TWResultsWindow::shownFailures() const
+{
+    auto failures = controller_.failures();
+    std::erase_if(failures, [this](std::size_t line) { return !shownIndex(line).isValid(); });
+    return failures;
+}
+
+// Where the table shows a line of the controller; not valid if it does not.
+QModelIndex TWResultsWindow::shownIndex(std::size_t line) const
+{
+    const auto index = model_->index(static_cast<int>(line), TWResultsModel::LineColumn);
+    return table_->model() == filter_ ? filter_->mapFromSource(index) : index;
+}
+
+void TWResultsWindow::showInFolder()
+{
+    say("");
+    pathActions_.show(selectedPath(), [this](const std::string& sentence) { say(sentence); });
+}
+
+void TWResultsWindow::keep()
+{
+    say(pathActions_.keep(selectedPath()));
+}
+
+void TWResultsWindow::say(const std::string& sentence)
+{
+    messageBar_->setText(TWQtText::shown(sentence));
+    // The bar takes its place from the table.
+    layout()->activate();
+    if (!selectedPath().empty())
+        table_->scrollTo(table_->currentIndex());
 }
 
 void TWResultsWindow::copy()
@@ -284,5 +398,5 @@ QString TWResultsWindow::save(const QString& path) const
 
 QString TWResultsWindow::lineAt(int row) const
 {
-    return table_->model()->index(row, 0).data().toString();
+    return table_->model()->index(row, TWResultsModel::LineColumn).data().toString();
 }

@@ -1,5 +1,6 @@
 #include "ui/windows/TWWindowSession.h"
 
+#include "editors/TWKeepWindowController.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/sheets/TWSheet.h"
 #include "ui/sheets/TWSheetTable.h"
@@ -14,12 +15,14 @@
 namespace {
 
 constexpr auto HelpIndex = "index";
+constexpr auto HelpOnResults = "Results";
 constexpr auto TitleInSandbox = QT_TRANSLATE_NOOP("TWWindowSession", "%1 (Sandbox %2)");
 
 }
 
-TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& alerts)
+TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& alerts, TWFileManager& fileManager)
     : delegate_(delegate)
+    , fileManager_(fileManager)
     , mainWindow_(delegate)
 {
     QObject::connect(&mainWindow_, &TWMainWindow::appeared, &mainWindow_, [&] { alerts.setWindow(&mainWindow_); });
@@ -124,14 +127,23 @@ QWidget* TWWindowSession::window(TWWindow which) const
     }
 }
 
+void TWWindowSession::makeResultsWindow()
+{
+    const auto& platform = delegate_.platform();
+    auto& keepList = delegate_.editors().get<TWKeepWindowController>();
+    const TWResultsActions::Context context{ platform.runLoop, platform.fileSystem, platform.places, fileManager_,
+        [&keepList](const std::string& path) { return keepList.keep(path); } };
+    resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(), context,
+        TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
+    nameSandbox(*resultsWindow_);
+    QObject::connect(
+        resultsWindow_.get(), &TWResultsWindow::helpRequested, &mainWindow_, [this] { showHelp(HelpOnResults); });
+}
+
 void TWWindowSession::bringToFront(TWWindow which)
 {
-    if (which == TWWindow::Results && !resultsWindow_) {
-        const auto& platform = delegate_.platform();
-        resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(),
-            TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
-        nameSandbox(*resultsWindow_);
-    }
+    if (which == TWWindow::Results && !resultsWindow_)
+        makeResultsWindow();
     if (auto* shown = window(which))
         bringToFront(*shown);
 }

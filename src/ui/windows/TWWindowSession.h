@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 
+class TWFileManager;
 class TWHelpWindow;
 class TWPreviewWindow;
 class TWQtAlerts;
@@ -15,8 +16,8 @@ class TWSheet;
 // Owns all windows and sheets. Makes those other than the main window when they are first needed. Main thread.
 class TWWindowSession final : public TWApplicationWindows {
 public:
-    // Sets the delegate's views. The delegate and the alerts must outlive the session.
-    TWWindowSession(TWTidewellAppDelegate&, TWQtAlerts&);
+    // Sets the delegate's views. What it is given must outlive the session.
+    TWWindowSession(TWTidewellAppDelegate&, TWQtAlerts&, TWFileManager&);
     ~TWWindowSession();
 
     TWMainWindow& mainWindow() { return mainWindow_; }
@@ -42,10 +43,12 @@ private:
     void showPreview();
     void showHelp(const std::string& page);
     void nameSandbox(QWidget&) const;
+    void makeResultsWindow();
     QWidget* window(TWWindow) const;
     static void bringToFront(QWidget&);
 
     TWTidewellAppDelegate& delegate_;
+    TWFileManager& fileManager_;
     TWMainWindow mainWindow_;
     std::unique_ptr<TWResultsWindow> resultsWindow_;
     std::unique_ptr<TWPreviewWindow> previewWindow_;
