@@ -40,25 +40,26 @@ TWCommandResult carryOut(const TWWorld& world, TWWindowSession& session, TWTidew
     return result;
 }
 
-// Quits on SIGINT, SIGTERM and SIGHUP without a question: stops a run and waits for its end. A second signal does not
-// wait.
+// Quits on SIGINT, SIGTERM and SIGHUP. A run is stopped without a question, and its end is waited for. If there are
+// edits that are not saved, the window asks. A second signal neither waits nor asks.
 class EndOnSignal {
 public:
-    EndOnSignal(TWRunLoop& runLoop, TWTidewellAppDelegate& delegate)
+    EndOnSignal(TWRunLoop& runLoop, TWTidewellAppDelegate& delegate, TWWindowSession& session)
         : runLoop_(runLoop)
         , delegate_(delegate)
+        , session_(session)
     {
     }
 
     void signalled()
     {
         delegate_.stop();
-        if (waiting_ || !delegate_.running()) {
+        if (waiting_) {
             QCoreApplication::exit(0);
             return;
         }
         waiting_ = runLoop_.every(20ms, [this] {
-            if (!delegate_.running())
+            if (!delegate_.running() && !std::exchange(asked_, true) && !session_.askedBeforeEnd())
                 QCoreApplication::exit(0);
         });
     }
@@ -66,7 +67,9 @@ public:
 private:
     TWRunLoop& runLoop_;
     TWTidewellAppDelegate& delegate_;
+    TWWindowSession& session_;
     std::unique_ptr<TWRunLoopHandle> waiting_;
+    bool asked_ = false;
 };
 
 int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
@@ -89,7 +92,7 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
     TWQtAlerts alerts;
     TWTidewellAppDelegate delegate(system.platform(alerts), TWLaunchKind::Window);
     TWWindowSession session(delegate, alerts);
-    EndOnSignal ending(system.runLoop(), delegate);
+    EndOnSignal ending(system.runLoop(), delegate, session);
     const auto endRequests = world.host.whenToldToEnd(system.runLoop(), [&] { ending.signalled(); });
     const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
     if (!handover->listen(system.runLoop(),

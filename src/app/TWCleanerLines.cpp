@@ -1,6 +1,10 @@
 #include "app/TWCleanerLines.h"
 
+#include "deletion/TWFileDeleter.h"
 #include "support/TWText.h"
+
+#include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -10,18 +14,34 @@ constexpr auto AndRefused = "%@, %@ refused";
 constexpr auto ItemsAndSize = "%@, %@";
 constexpr auto Nothing = "Nothing to clean now";
 constexpr auto AllRefused = "%@ refused: %@";
+constexpr auto WarningAndItems = "%@; %@";
 
-std::string summaryText(const TWCleanerRow& row, const TWPlanSummary& summary)
+constexpr TWRunLoop::Duration WatchInterval{ 2000 };
+
+bool looksAlike(const TWFileLook& one, const TWFileLook& other)
 {
-    if (summary.failure)
-        return *summary.failure;
-    if (summary.incomplete)
-        return summary.remark;
+    return one.presence == other.presence && one.facts.identity == other.facts.identity
+        && one.facts.changed == other.facts.changed;
+}
+
+std::string itemsText(const TWCleanerRow& row, const TWPlanSummary& summary)
+{
     const auto refused = TWText::count(summary.refused, "item", "items");
     if (summary.items == 0)
         return summary.refused ? TWText::fill(AllRefused, { refused, summary.objection }) : row.nothing;
     const auto items = summary.itemsAndSize();
     return summary.refused ? TWText::fill(AndRefused, { items, std::to_string(summary.refused) }) : items;
+}
+
+// The worst comes first, because the end of a long line is not shown.
+std::string summaryText(const TWCleanerRow& row, const TWPlanSummary& summary, const std::string& warning)
+{
+    if (summary.failure)
+        return *summary.failure;
+    if (summary.incomplete)
+        return summary.remark;
+    const auto items = itemsText(row, summary);
+    return warning.empty() ? items : TWText::fill(WarningAndItems, { warning, items });
 }
 
 }
@@ -45,7 +65,9 @@ TWCleanerLines::TWCleanerLines(const TWCleanerContext& cleaners, const TWSetting
 void TWCleanerLines::refresh()
 {
     summarizer_.reset();
-    position_ = -1;
+    waiting_.resize(TWCleanerCount);
+    std::iota(waiting_.begin(), waiting_.end(), 0);
+    watching_ = cleaners_.deletion.runLoop.every(WatchInterval, [this] { watch(); });
     // Several calls within one turn cause one refresh.
     next_ = cleaners_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { summarizeNext(); });
 }
@@ -69,34 +91,60 @@ void TWCleanerLines::pause()
 {
     summarizer_.reset();
     next_.reset();
+    watching_.reset();
+}
+
+TWFileLook TWCleanerLines::lookAtWatched(int position) const
+{
+    const auto folder = TWCleanerTable()[static_cast<std::size_t>(position)].watchedFolder(sources_);
+    return folder.empty() ? TWFileLook() : cleaners_.deletion.fileSystem.look(folder, TWLinkAtEnd::Follow);
+}
+
+void TWCleanerLines::watch()
+{
+    const bool idle = waiting_.empty() && !summarizer_;
+    for (int position = 0; position < TWCleanerCount; ++position) {
+        const bool waits = std::find(waiting_.begin(), waiting_.end(), position) != waiting_.end();
+        if (!waits && !looksAlike(lookAtWatched(position), watched_[static_cast<std::size_t>(position)]))
+            waiting_.push_back(position);
+    }
+    if (idle)
+        summarizeNext();
 }
 
 void TWCleanerLines::summarizeNext()
 {
-    while (++position_ < TWCleanerCount) {
-        const auto& row = TWCleanerTable()[static_cast<std::size_t>(position_)];
-        if (!row.available) {
-            changed_(position_, ComesLater);
-            continue;
-        }
-        auto cleaner = row.make(cleaners_);
-        row.giveInfo(*cleaner, sources_);
-        const bool warns = !cleaner->validate().empty();
-        summarizer_ = std::make_unique<TWPlanSummarizer>(std::move(cleaner), cleaners_.deletion.runLoop,
-            cleaners_.deletion.fileSystem, [this, &row, warns](const TWPlanSummary& summary) {
-                const bool harmless = !warns && !summary.failure && !summary.incomplete && summary.refused == 0;
-                sums_[static_cast<std::size_t>(position_)] = { summary.items, summary.bytes, harmless ? 0U : 1U };
-                changed_(position_, line(row, summary));
-                next_ = cleaners_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { summarizeNext(); });
-            });
-        return;
-    }
     summarizer_.reset();
+    while (!waiting_.empty() && !summarizer_) {
+        const int position = waiting_.front();
+        waiting_.pop_front();
+        if (TWCleanerTable()[static_cast<std::size_t>(position)].available)
+            summarize(position);
+        else
+            changed_(position, ComesLater);
+    }
+}
+
+void TWCleanerLines::summarize(int position)
+{
+    const auto at = static_cast<std::size_t>(position);
+    const auto& row = TWCleanerTable()[at];
+    auto cleaner = row.make(cleaners_);
+    row.giveInfo(*cleaner, sources_);
+    const bool warns = !cleaner->validate().empty() || !row.listWarning(sources_).empty();
+    watched_[at] = lookAtWatched(position);
+    summarizer_ = std::make_unique<TWPlanSummarizer>(std::move(cleaner), cleaners_.deletion.runLoop,
+        cleaners_.deletion.fileSystem, [this, position, at, &row, warns](const TWPlanSummary& summary) {
+            const bool harmless = !warns && !summary.failure && !summary.incomplete && summary.refused == 0;
+            sums_[at] = { summary.items, summary.bytes, harmless ? 0U : 1U };
+            changed_(position, line(row, summary));
+            next_ = cleaners_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { summarizeNext(); });
+        });
 }
 
 std::string TWCleanerLines::line(const TWCleanerRow& row, const TWPlanSummary& summary) const
 {
     const auto status = row.listStatus(sources_);
-    const auto text = summaryText(row, summary);
+    const auto text = summaryText(row, summary, row.listWarning(sources_));
     return status.empty() ? text : TWText::fill(StatusAndSummary, { status, text });
 }

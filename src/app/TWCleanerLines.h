@@ -3,8 +3,11 @@
 #include "app/TWCleanerTable.h"
 #include "cleaners/TWPlanSummary.h"
 
+#include <deque>
+
 // Determines, for each cleaner's row, the line that says what the cleaner would do now. It plans the cleaners in the
-// background, one after another. Main thread.
+// background, one after another, and plans one again when the folder that its row watches has changed: it looks at that
+// folder, without listing it, every two seconds. Main thread.
 class TWCleanerLines final {
 public:
     using Changed = std::function<void(int position, const std::string& line)>;
@@ -32,13 +35,18 @@ public:
 
 private:
     void summarizeNext();
+    void summarize(int position);
+    void watch();
+    TWFileLook lookAtWatched(int position) const;
     std::string line(const TWCleanerRow&, const TWPlanSummary&) const;
 
     TWCleanerContext cleaners_;
     TWSettingsSources sources_;
     const Changed changed_;
-    int position_ = 0; // of the cleaner being planned
+    std::deque<int> waiting_; // the positions of the cleaners to be planned
+    std::array<TWFileLook, TWCleanerCount> watched_; // the folders as they were before the latest plans
     std::array<std::optional<Sum>, TWCleanerCount> sums_; // of the lines that are shown
     std::unique_ptr<TWPlanSummarizer> summarizer_;
     std::unique_ptr<TWRunLoopHandle> next_;
+    std::unique_ptr<TWRunLoopHandle> watching_;
 };

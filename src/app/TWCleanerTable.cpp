@@ -13,13 +13,14 @@ namespace {
 
 constexpr auto NoRules = "No rules yet";
 constexpr auto RulesOn = "%@ of %@ rules on";
+constexpr auto NotSaved = "%@, not saved";
 constexpr auto InTheTrash = "it is in the Trash";
 
 // By kind of rule, in the order of TWWhatToDelete.
 constexpr const char* RuleTexts[] = { "rule %@: %@", "rule %@: contents of %@", "rule %@: names with a word in %@",
     "rule %@: names with a word in and below %@" };
 
-std::string noStatus(const TWSettingsSources&)
+std::string noText(const TWSettingsSources&)
 {
     return "";
 }
@@ -41,7 +42,9 @@ struct Look {
 // Makes a row from the cleaner's class and the function that gathers its settings, so that the two always match.
 template <typename Cleaner, auto infoFrom>
 TWCleanerRow row(const Look& look, TWPlanReasons (*reasons)(const TWSettingsSources&) = noReasons,
-    std::string (*listStatus)(const TWSettingsSources&) = noStatus)
+    std::string (*listStatus)(const TWSettingsSources&) = noText,
+    std::string (*listWarning)(const TWSettingsSources&) = noText,
+    std::string (*watchedFolder)(const TWSettingsSources&) = noText)
 {
     return { look.name, look.title, look.icon, look.key, look.editor, look.nothing,
         [](const TWCleanerContext& context) -> std::unique_ptr<TWCleaner> {
@@ -50,7 +53,7 @@ TWCleanerRow row(const Look& look, TWPlanReasons (*reasons)(const TWSettingsSour
         [](TWCleaner& cleaner, const TWSettingsSources& sources) {
             static_cast<Cleaner&>(cleaner).setInfo(infoFrom(sources));
         },
-        listStatus, reasons };
+        listStatus, listWarning, watchedFolder, reasons };
 }
 
 // Stands in for a cleaner that is not implemented yet.
@@ -83,9 +86,21 @@ std::string trashInfo(const TWSettingsSources& sources)
     return sources.places.abbreviate(sources.places.trash + "/files");
 }
 
+std::string trashFolder(const TWSettingsSources& sources)
+{
+    return sources.places.trash + "/files";
+}
+
 TWPlanReasons trashReasons(const TWSettingsSources&)
 {
     return { InTheTrash, {}, {} };
+}
+
+bool searchesForWords(const TWSettingsSources& sources)
+{
+    const auto& rules = sources.editors->get<TWFilesWindowController>().rules();
+    return std::any_of(
+        rules.begin(), rules.end(), [](const TWFilesRule& rule) { return rule.active && rule.needsKeywords(); });
 }
 
 TWFilesCleanerInfo filesInfo(const TWSettingsSources& sources)
@@ -96,9 +111,7 @@ TWFilesCleanerInfo filesInfo(const TWSettingsSources& sources)
         info.filesArray = files.settings();
         info.wordDictionary = sources.editors->dictionary().wordDictionary();
         info.problems = { files.problem() };
-        const auto& rules = files.rules();
-        const auto searches = [](const TWFilesRule& rule) { return rule.active && rule.needsKeywords(); };
-        if (std::any_of(rules.begin(), rules.end(), searches))
+        if (searchesForWords(sources))
             info.problems.push_back(sources.editors->dictionary().problem());
     }
     if (sources.settings.boolean(TWKey::UseAuthorization))
@@ -112,9 +125,18 @@ TWFilesCleanerInfo filesInfo(const TWSettingsSources& sources)
 
 std::string filesStatus(const TWSettingsSources& sources)
 {
-    const auto& rules = sources.editors->get<TWFilesWindowController>().rules();
+    const auto& files = sources.editors->get<TWFilesWindowController>();
+    const auto& rules = files.rules();
     const auto on = std::count_if(rules.begin(), rules.end(), [](const auto& rule) { return rule.active; });
-    return rules.empty() ? NoRules : TWText::fill(RulesOn, { std::to_string(on), std::to_string(rules.size()) });
+    const auto status
+        = rules.empty() ? NoRules : TWText::fill(RulesOn, { std::to_string(on), std::to_string(rules.size()) });
+    return files.hasUnsavedEdits() ? TWText::fill(NotSaved, { status }) : status;
+}
+
+std::string filesWarning(const TWSettingsSources& sources)
+{
+    return searchesForWords(sources) ? TWRuleNotes::warningAboutWords(sources.editors->dictionary().wordDictionary())
+                                     : "";
 }
 
 TWPlanReasons filesReasons(const TWSettingsSources& sources)
@@ -137,12 +159,13 @@ const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
         laterRow("applications", "Applications", "application-exit", TWKey::ApplicationsCleaner),
         laterRow("recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner),
         row<TWTrashCleaner, trashInfo>(
-            { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, "", "The Trash is empty" }, trashReasons),
+            { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, "", "The Trash is empty" }, trashReasons,
+            noText, noText, trashFolder),
         laterRow("volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner),
         laterRow("clipboard", "Clipboard", "edit-paste", TWKey::ClipboardCleaner),
         row<TWFilesCleaner, filesInfo>(
             { "files", "Files", "folder", TWKey::FilesCleaner, "files", "nothing to delete now" }, filesReasons,
-            filesStatus),
+            filesStatus, filesWarning),
         laterRow("logs", "Logs", "text-x-generic", TWKey::LogsCleaner),
         laterRow("safari-tabs", "Safari Tabs", "web-browser", TWKey::SafariTabsCleaner),
     } };

@@ -33,6 +33,12 @@ struct TWCleanerRow {
     // What its row says about its list, such as "2 of 5 rules on", or "".
     std::string (*listStatus)(const TWSettingsSources&);
 
+    // One clause about its list that its plan does not show, such as a warning about a short word, or "".
+    std::string (*listWarning)(const TWSettingsSources&);
+
+    // The folder in which every change makes the row's line stale at once, or "".
+    std::string (*watchedFolder)(const TWSettingsSources&);
+
     // The reasons for a plan that is made from the lists as they are now.
     TWPlanReasons (*reasons)(const TWSettingsSources&);
 

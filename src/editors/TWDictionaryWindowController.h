@@ -28,6 +28,7 @@ public:
     void setView(TWDictionaryView* view) { view_ = view; }
 
     void awakeFromNib(TWLaunchKind) override { loadDictionary(); }
+    const char* title() const override { return "the dictionary"; }
     bool hasUnsavedEdits() const override { return list_.hasUnsavedEdits(); }
 
     // Fills the words from the file; no words if there is no file or it cannot be read. If the file has an element that

@@ -23,6 +23,9 @@ public:
     // The second name of a damaged file that a new list has replaced, or "".
     virtual std::string keptAs() const = 0;
 
+    // Its name in the middle of a sentence: "the keep list".
+    virtual const char* title() const = 0;
+
     // True if the list was changed and not saved. The changes are in use nevertheless.
     virtual bool hasUnsavedEdits() const = 0;
 

@@ -211,6 +211,11 @@ TWRuleNote TWFilesWindowController::note(int row)
     return notes_.note(rules()[static_cast<std::size_t>(row)], dictionary_.wordDictionary());
 }
 
+std::string TWFilesWindowController::absolutePath(int row) const
+{
+    return context_.deletion.places.expand(rules()[static_cast<std::size_t>(row)].filePath);
+}
+
 std::string TWFilesWindowController::defaultsPath() const
 {
     return context_.bundle.resourcePath(FileName);

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "cleaners/TWFilesRule.h"
-#include "editors/TWEditor.h"
 #include "editors/TWEditorContext.h"
 #include "editors/TWEditorView.h"
+#include "editors/TWRecordEditor.h"
 #include "editors/TWRuleNotes.h"
 #include "settings/TWRecordList.h"
 
@@ -37,12 +37,14 @@ protected:
 
 // Owns the list of Files rules: loads it, merges newly shipped default rules, lets the user edit it in place, saves it,
 // and hands the live list to the cleaning run. Main thread.
-class TWFilesWindowController final : public TWEditor {
+class TWFilesWindowController final : public TWRecordEditor {
 public:
     TWFilesWindowController(const TWEditorContext&, const TWDictionaryWindowController&);
 
     void setView(TWFilesView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
+    const char* title() const override { return "the Files rules"; }
+    int recordCount() const override { return static_cast<int>(rules().size()); }
     bool hasUnsavedEdits() const override { return list_.hasUnsavedEdits(); }
 
     // The live list itself, not a copy.
@@ -59,7 +61,7 @@ public:
     void addRule(TWFilesRule);
 
     // The same with a rule that deletes the item at that absolute path.
-    void addPath(const std::string& path);
+    void addPath(const std::string& path) override;
 
     // For commands, which change the saved rules and then the live ones.
     TWRecordList<TWFilesRule>& list() { return list_; }
@@ -68,12 +70,15 @@ public:
     std::optional<std::vector<TWFilesRule>> defaultRules(std::string& problem) const;
 
     // Sheet buttons.
-    void ok(); // saves and closes the sheet, which stays open if the rules could not be saved
-    void restoreDefaults(); // asks first
+    void ok() override;
+    void restoreDefaults() override;
     void add();
     void remove();
-    void help();
+    void help() override;
     void reloadTable();
+
+    // The absolute path that a rule names.
+    std::string absolutePath(int row) const;
 
     // In-place edits. Rows count from 0 and must exist.
     void removeRule(int row);
@@ -88,12 +93,14 @@ public:
 
     std::string write() override { return list_.write(); }
 
-    // Where the dialog that chooses a file starts.
-    const std::string& homeFolder() const { return context_.deletion.places.home; }
+    const std::string& homeFolder() const override { return context_.deletion.places.home; }
 
-    // While the sheet is open, what each rule matches is counted in the background.
-    void sheetOpened();
-    void sheetClosed();
+    void sheetOpened() override; // also determines all notes anew if the sheet is open already
+    void sheetClosed() override;
+
+    // Determines the notes that another list of words has made stale.
+    void wordsChanged() { countNotes(); }
+
     TWRuleNote note(int row);
 
     std::string file() const override { return list_.path(); }

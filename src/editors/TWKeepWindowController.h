@@ -1,9 +1,9 @@
 #pragma once
 
-#include "editors/TWEditor.h"
 #include "editors/TWEditorContext.h"
 #include "editors/TWEditorView.h"
 #include "editors/TWKeepNotes.h"
+#include "editors/TWRecordEditor.h"
 #include "settings/TWRecordList.h"
 
 class TWDictionaryWindowController;
@@ -26,12 +26,14 @@ protected:
 // Owns the keep list and hands it to the deletion guard after every change, saved or not. Until a list is saved, the
 // shipped one is in force; a saved list is the whole truth. While the saved list cannot be read, the guard refuses
 // everything. Main thread.
-class TWKeepWindowController final : public TWEditor {
+class TWKeepWindowController final : public TWRecordEditor {
 public:
     TWKeepWindowController(const TWEditorContext&, const TWDictionaryWindowController&);
 
     void setView(TWKeepView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
+    const char* title() const override { return "the keep list"; }
+    int recordCount() const override { return static_cast<int>(entries().size()); }
     bool hasUnsavedEdits() const override { return list_.hasUnsavedEdits(); }
 
     const std::vector<TWKeepRecord>& entries() const { return list_.records(); }
@@ -42,16 +44,15 @@ public:
     // For commands, which change the saved list and then the live one with changeSaved() or changeSavedRow().
     TWRecordList<TWKeepRecord>& list() { return list_; }
 
-    // Sheet buttons.
-    void ok(); // saves and closes the sheet, which stays open if the list could not be saved
-    void restoreDefaults(); // asks first
-    void help();
+    void ok() override;
+    void restoreDefaults() override;
+    void help() override;
 
     // Adds the entry at the end and selects it.
     void addEntry(TWKeepEntry);
 
     // The same with an entry that keeps what is at that absolute path, a folder with everything in it.
-    void addPath(const std::string& path);
+    void addPath(const std::string& path) override;
 
     // For a row of another window, and for commands: adds the entry to the saved list and to the live one, unless it is
     // there already. Returns "", or one line if it could not be saved; then nothing has changed. A list that cannot be
@@ -73,12 +74,10 @@ public:
 
     std::string write() override;
 
-    // Where the dialog that chooses a file starts.
-    const std::string& homeFolder() const { return context_.deletion.places.home; }
+    const std::string& homeFolder() const override { return context_.deletion.places.home; }
 
-    // While the sheet is open, what exists is found out in the background.
-    void sheetOpened();
-    void sheetClosed();
+    void sheetOpened() override;
+    void sheetClosed() override;
     TWKeepNote note(int row) const;
 
     std::string file() const override { return list_.path(); }

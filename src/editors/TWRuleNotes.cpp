@@ -10,10 +10,13 @@ namespace {
 
 constexpr auto NoPath = "No path yet: this rule finds nothing.";
 constexpr auto Refused = "Will be refused: %@";
+constexpr auto Kept = "Kept: %@";
+constexpr auto AllKept = "Everything in it is kept or refused: %@";
 constexpr auto SomeRefused = "%@; %@ will be refused: %@";
 constexpr auto WholeHome = "This would delete everything in your home folder.";
 constexpr auto NoWords = "There are no words in the dictionary: this rule finds nothing.";
-constexpr auto ShortWord = "%@ The word \"%@\" is short: it stands in a great many names.";
+constexpr auto ShortWord = "the word \"%@\" is short and stands in a great many names";
+constexpr auto WarningAndNote = "%@; %@";
 constexpr auto NothingThere = "Nothing there now";
 constexpr auto NothingFound = "Nothing found now";
 constexpr auto StopsTheRun = "%@ The whole Files cleaning would stop here.";
@@ -24,6 +27,19 @@ std::size_t characters(const std::string& word)
 {
     return static_cast<std::size_t>(
         std::count_if(word.begin(), word.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+// The reasons that the keep list gives end like this.
+bool isOfKeepList(const TWObjection& objection)
+{
+    return objection.ends_with("on the keep list.");
+}
+
+// Nothing of the rule would be deleted.
+std::string allRefusedText(const TWFilesRule& rule, const TWObjection& objection)
+{
+    const auto* text = rule.whatToDelete == TWItemItself ? Kept : AllKept;
+    return TWText::fill(isOfKeepList(objection) ? text : Refused, { objection });
 }
 
 std::string itemsText(const TWFilesRule& rule, const TWPlanSummary& summary)
@@ -93,7 +109,7 @@ TWRuleNote TWRuleNotes::noteFrom(const TWFilesRule& rule, const TWPlanSummary& s
     if (summary.incomplete)
         return { summary.remark, true };
     if (summary.refused > 0 && summary.items == 0)
-        return { TWText::fill(Refused, { summary.objection }), true };
+        return { allRefusedText(rule, summary.objection), true };
     const auto items = itemsText(rule, summary);
     if (summary.refused > 0)
         return { TWText::fill(SomeRefused, { items, std::to_string(summary.refused), summary.objection }), true };
@@ -112,11 +128,16 @@ TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::str
     const bool noWords = std::all_of(words.begin(), words.end(), [](const auto& word) { return word.empty(); });
     if (noWords)
         return note.warning ? note : TWRuleNote{ NoWords, true };
+    if (const auto warning = warningAboutWords(words); !warning.empty())
+        note = { note.text.empty() ? warning : TWText::fill(WarningAndNote, { warning, note.text }), true };
+    return note;
+}
+
+std::string TWRuleNotes::warningAboutWords(const std::vector<std::string>& words)
+{
     const auto shortWord = std::find_if(
         words.begin(), words.end(), [](const auto& word) { return !word.empty() && characters(word) <= 2; });
-    if (shortWord != words.end())
-        note = { TWText::fill(ShortWord, { note.text.empty() ? "" : note.text + ".", *shortWord }), true };
-    return note;
+    return shortWord == words.end() ? "" : TWText::fill(ShortWord, { *shortWord });
 }
 
 // Returns what is wrong with a rule, as far as that can be said without a look at the disk, or "".

@@ -27,6 +27,9 @@ public:
 
     TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words) const;
 
+    // One clause about the first word that is so short that it stands in a great many names, or "".
+    static std::string warningAboutWords(const std::vector<std::string>& words);
+
 private:
     // Apart from the words, a note depends on these only: path and kind.
     using Key = std::pair<std::string, std::int64_t>;

@@ -17,7 +17,8 @@ bool isHarmful(UChar32 character)
     return character < 0x20 || (character >= 0x7F && character <= 0x9F) // control characters
         || character == 0x061C || character == 0x200E || character == 0x200F // direction marks
         || (character >= 0x2028 && character <= 0x202E) // line and paragraph separator, embeddings, overrides
-        || (character >= 0x2066 && character <= 0x2069); // isolates
+        || (character >= 0x2066 && character <= 0x2069) // isolates
+        || character == 0xFEFF; // byte order mark, which nobody could see
 }
 
 bool isNeverHarmful(UChar32)

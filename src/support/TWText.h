@@ -28,7 +28,7 @@ std::string harmlessJSON(std::string_view json);
 std::string number(unsigned long long);
 
 // "1 item", "12 items", "12,345 items".
-std::string count(unsigned long long number, std::string_view singular, std::string_view plural);
+std::string count(unsigned long long count, std::string_view singular, std::string_view plural);
 
 // A size as file managers show it: decimal units, "512 bytes", "3.4 GB".
 std::string size(unsigned long long bytes);

@@ -30,6 +30,8 @@ protected:
     void forEach(const std::function<void(QWidget&)>& call)
     {
         delegate.editors().get<TWFilesWindowController>().addRule({ true, "Rule", "~/path", TWItemItself });
+        session.mainWindow().refresh();
+        machine.runLoop.runUntilIdle();
         shown(session.mainWindow(), call);
         for (const auto* name : { "results", "help", "preview" }) {
             child<QAction>(session.mainWindow(), std::string(name) + "Action")->trigger();
@@ -55,27 +57,35 @@ protected:
         call(window);
     }
 
-    // Presses Tab often enough to come round to the first control again. In a text, Tab visits the links first.
-    static std::set<const QWidget*> walk(QWidget& window)
+    // Presses the key often enough to come round to the first control again, or until the control has the focus. In a
+    // text, Tab visits the links first.
+    static std::set<const QWidget*> walk(QWidget& window, Qt::Key key, const QWidget* end = nullptr)
     {
         std::set<const QWidget*> visited;
-        for (int presses = 0; presses < 50; ++presses) {
+        for (int presses = 0; presses < 50 && window.focusWidget() != end; ++presses) {
             visited.insert(window.focusWidget());
-            QTest::keyClick(window.windowHandle(), Qt::Key_Tab);
+            QTest::keyClick(window.windowHandle(), key);
         }
         return visited;
     }
 
-    Machine machine;
+    struct SandboxedMachine : Machine {
+        SandboxedMachine() { places.sandboxRoot = "/tmp/box"; }
+    };
+    SandboxedMachine machine;
     TWTidewellAppDelegate delegate{ machine.platform, TWLaunchKind::Window };
     TWQtAlerts alerts;
     TWWindowSession session{ delegate, alerts };
 };
 
-TEST_F(TWEveryWindowTest, TabReachesEveryControlAndEachHasANameAndARole)
+TEST_F(TWEveryWindowTest, TabReachesEveryControlInBothDirectionsAndEachHasANameAndARole)
 {
     forEach([&](QWidget& window) {
-        const auto visited = walk(window);
+        EXPECT_TRUE(window.windowTitle().contains("andbox /tmp/box")) << window.windowTitle().toStdString();
+        const auto visited = walk(window, Qt::Key_Tab);
+        EXPECT_EQ(walk(window, Qt::Key_Backtab), visited);
+        for (const auto* widget : visited)
+            EXPECT_TRUE(widget && widget->isVisible() && widget->isEnabled());
         for (auto* widget : window.findChildren<QWidget*>()) {
             const bool takesTab = widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus);
             if (!takesTab || widget->focusProxy() || widget->window() != &window)
@@ -90,6 +100,29 @@ TEST_F(TWEveryWindowTest, TabReachesEveryControlAndEachHasANameAndARole)
     });
 }
 
+// In the order of the buttons on every desktop.
+TEST_F(TWEveryWindowTest, TabLeadsFromTheContentToTheDefaultButtonOfASheetAndItsKeysPressIt)
+{
+    for (const int layout : { 0, 1, 2, 3 }) {
+        forEach([&](QWidget& window) {
+            const auto buttons = window.findChildren<QPushButton*>();
+            const auto found
+                = std::find_if(buttons.begin(), buttons.end(), [](const auto* each) { return each->isDefault(); });
+            if (!qobject_cast<QDialog*>(&window))
+                return;
+            window.setStyleSheet(QString("QDialogButtonBox { button-layout: %1; }").arg(layout));
+            QCoreApplication::processEvents();
+            ASSERT_NE(found, buttons.end());
+            for (const auto* widget : walk(window, Qt::Key_Tab, *found))
+                EXPECT_FALSE(qobject_cast<QDialogButtonBox*>(widget->parentWidget()))
+                    << layout << widget->objectName().toStdString();
+            ASSERT_EQ(window.focusWidget(), *found);
+            QTest::keyClick(window.windowHandle(), layout % 2 == 0 ? Qt::Key_Space : Qt::Key_Return);
+            EXPECT_FALSE(window.isVisible());
+        });
+    }
+}
+
 // Pictures for people to look at: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter=*Pictures
 TEST_F(TWEveryWindowTest, Pictures)
 {
@@ -98,9 +131,17 @@ TEST_F(TWEveryWindowTest, Pictures)
         GTEST_SKIP() << "no folder for them was named";
     delegate.editors().get<TWFilesWindowController>().applyDefaults();
     forEach([&](QWidget& window) {
-        for (const auto& [theme, color] :
-            { std::pair("dark", QColor(49, 52, 57)), { "light", QColor(239, 239, 239) } }) {
-            window.setPalette(QPalette(color));
+        machine.runLoop.runUntilIdle();
+        QCoreApplication::processEvents(); // so that the layouts follow
+        for (const auto& [theme, back, base, text] : { std::tuple("dark", 0x31363b, 0x232629, 0xfcfcfc),
+                 { "contrast", 0x000000, 0x000000, 0xffffff }, { "light", 0xefefef, 0xffffff, 0x000000 } }) {
+            QPalette palette(QColor::fromRgb(back));
+            for (const auto role : { QPalette::Text, QPalette::WindowText, QPalette::ButtonText }) {
+                palette.setColor(role, QColor::fromRgb(text));
+                palette.setColor(QPalette::Disabled, role, Qt::gray);
+            }
+            palette.setColor(QPalette::Base, QColor::fromRgb(base));
+            window.setPalette(palette);
             EXPECT_TRUE(window.grab().save(folder + "/" + window.objectName() + "-" + theme + ".png"));
         }
     });
@@ -115,6 +156,9 @@ TEST_F(TWEveryWindowTest, FitsTheScreenWithItsButtonsInSight)
     forEach([&](QWidget& window) {
         EXPECT_LT(window.width(), available.width());
         EXPECT_LT(window.height(), available.height());
+        const auto smallest = window.minimumSizeHint(); // must fit 640 x 400 without the title bar
+        EXPECT_TRUE(smallest.width() <= 640 && smallest.height() <= 370)
+            << smallest.width() << "x" << smallest.height();
         for (const auto* button : window.findChildren<QPushButton*>()) {
             const QRect place(button->mapTo(&window, QPoint()), button->size());
             EXPECT_TRUE(!buttons.contains(button->objectName()) || window.rect().contains(place))

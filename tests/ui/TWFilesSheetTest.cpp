@@ -1,6 +1,7 @@
 #include "ui/sheets/TWFilesSheet.h"
 
 #include "TWUITestSupport.h"
+#include "editors/TWKeepWindowController.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -71,7 +72,7 @@ protected:
     }
 
     Editors world;
-    TWFilesSheet sheet{ world.files, nullptr };
+    TWFilesSheet sheet{ world.files, world.editors.get<TWKeepWindowController>(), nullptr };
     QTableView* table = child<QTableView>(sheet, "filesTableView");
 };
 
@@ -167,6 +168,26 @@ TEST_F(TWFilesSheetTest, RemovedRulesComeBackInTheirPlaces)
     EXPECT_EQ(table->currentIndex().row(), 1);
     QTest::keyClick(sheet.windowHandle(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(world.files.rules(), before) << "there is nothing left to undo";
+}
+
+TEST_F(TWFilesSheetTest, ARuleCanBeKeptAndEditsThatAreNotSavedAreMarked)
+{
+    world.root.write("home/kept/file", "1");
+    world.files.addRule({ true, "", "~/kept", TWFolderContents });
+    ASSERT_EQ(world.files.write(), "");
+    open();
+    auto* unsaved = child<QLabel>(sheet, "unsavedLabel");
+    EXPECT_FALSE(unsaved->isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cell(0, Note).startsWith("1 item, "); }));
+    select(0, Path);
+    table->setFocus();
+    QTest::keyClick(table, Qt::Key_K, Qt::ControlModifier);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cell(0, Note).startsWith("Everything in it is kept or refused"); }));
+    EXPECT_NE(world.root.read("home/.local/share/Tidewell/KeepList.plist").find("~/kept"), std::string::npos);
+    EXPECT_EQ(child<QLabel>(sheet, "noticeBarLabel")->text(), "\"~/kept\" is on the keep list now.");
+    select(0, Active);
+    QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_TRUE(unsaved->isVisible());
 }
 
 TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnly)

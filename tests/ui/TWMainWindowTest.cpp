@@ -2,6 +2,7 @@
 
 #include "TWUITestSupport.h"
 #include "support/TWText.h"
+#include "ui/sheets/TWSheet.h"
 #include "ui/windows/TWQtAlerts.h"
 
 #include <QApplication>
@@ -83,6 +84,41 @@ TEST_F(TWMainWindowTest, RowsShowTheSettingsAndWhatTheCleanersWouldDo)
     EXPECT_TRUE(line("trash").ends_with("could not be read (Not a directory).")) << line("trash");
 }
 
+TEST_F(TWMainWindowTest, RowsStayFreshAndWarnOfShortWordsAndEditsThatAreNotSaved)
+{
+    const auto unsaved = [this] { return child<QLabel>(*window, "unsavedBarLabel")->text(); };
+    machine.runLoop.runUntilIdle();
+    machine.root.write("home/.local/share/Trash/files/three", "3");
+    machine.runLoop.advance(2s);
+    EXPECT_TRUE(line("trash").starts_with("3 items, ")) << line("trash");
+
+    EXPECT_EQ(unsaved(), "");
+    auto& files = delegate->editors().get<TWFilesWindowController>();
+    files.removeRule(0);
+    files.removeRule(0);
+    files.addRule({ true, "", "~", TWItemsWithKeywords });
+    delegate->editors().dictionary().setWordDictionary({ "secret", "q" });
+    refresh();
+    EXPECT_TRUE(line("files").starts_with("1 of 1 rules on, not saved: the word \"q\" is short")) << line("files");
+    EXPECT_EQ(unsaved(), "Not saved, but in use until you quit: the dictionary, the Files rules.");
+    child<QPushButton>(*window, "unsavedBarButton")->click();
+    EXPECT_EQ(unsaved(), "");
+    EXPECT_TRUE(window->canQuitSilently());
+}
+
+TEST_F(TWMainWindowTest, TheDictionaryOpensOnTopOfTheFilesRules)
+{
+    auto& files = *session->sheet("files");
+    files.open();
+    child<QPushButton>(files, "dictionaryPushButton")->click();
+    auto& dictionary = *session->sheet("dictionary");
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dictionary));
+    QTest::keyClicks(dictionary.focusWidget(), "word,");
+    QTest::keyClick(dictionary.windowHandle(), Qt::Key_Escape);
+    EXPECT_EQ(delegate->editors().dictionary().wordDictionary(), Lines{ "word" });
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&files));
+}
+
 TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgainThoughClosingWasAskedFor)
 {
     auto* clean = child<QPushButton>(*window, "cleanButton");
@@ -138,7 +174,7 @@ TEST_F(TWMainWindowTest, QuittingWithUnsavedEditsHasToBeConfirmed)
     delegate->editors().dictionary().setWordDictionary({ "unsaved" });
     const auto file = machine.root.folder("home/.local/share/Tidewell/Dictionary.plist");
     for (const auto answer : { TWAnswer::Alternate, TWAnswer::Default }) {
-        EXPECT_FALSE(window->close());
+        EXPECT_TRUE(session->askedBeforeEnd()) << "as when the window is closed, or the program is told to end";
         machine.alerts.answer(answer);
         EXPECT_TRUE(window->isVisible());
     }

@@ -61,6 +61,7 @@ TEST_F(TWTokenFieldTest, SplitsWhatIsPastedAndKeepsTensOfThousands)
         many.append(QString("word %1").arg(word));
     paste(many.join('\n'));
     EXPECT_EQ(field.words().mid(6), many);
+    EXPECT_TRUE(field.viewport()->rect().contains(input->geometry())) << "the caret is out of view";
 }
 
 TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
@@ -85,8 +86,12 @@ TEST_F(TWTokenFieldTest, EditsATokenInItsPlace)
     EXPECT_EQ(field.words(), QStringList({ "one", "2", "zwei" }));
 }
 
-TEST(TWQtText, KeepsByteOrderMarks)
+TEST(TWQtText, KeepsByteOrderMarksAndTheDirectionOfPaths)
 {
+    EXPECT_EQ(TWQtText::shown("/etc/x"), "/etc/x");
+    QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+    EXPECT_EQ(TWQtText::shown("/etc/x"), u"\u2066/etc/x\u2069");
+    QGuiApplication::setLayoutDirection(Qt::LeftToRight);
     const std::string marked = "\xEF\xBB\xBF\xEF\xBB\xBFword";
     EXPECT_EQ(TWQtText::bytes(TWQtText::exact(marked)), marked);
 }
@@ -131,11 +136,24 @@ TEST_F(TWDictionarySheetTest, RemovedWordsComeBackAndNothingElse)
     key(Qt::Key_Left);
     key(Qt::Key_Delete);
     key(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(input->accessibleDescription(), "3 words; 3 words selected: a, b, c");
     key(Qt::Key_X, Qt::ControlModifier);
     EXPECT_TRUE(words().empty());
-    for (int press = 0; press < 3; ++press)
-        key(Qt::Key_Z, Qt::ControlModifier);
+    type("later,");
+    EXPECT_NE(child<QLabel>(sheet, "undoBarLabel")->text(), "") << "the removed words must not seem to be lost";
+    const auto undo = [this] { key(Qt::Key_Z, Qt::ControlModifier); };
+    undo();
+    EXPECT_TRUE(words().empty()) << "the latest change comes first";
+    undo();
+    undo();
     EXPECT_EQ(words(), before);
+    key(Qt::Key_F2);
+    type("D");
+    key(Qt::Key_Return);
+    undo();
+    EXPECT_EQ(words(), before);
+    undo();
+    EXPECT_EQ(words(), (Lines{ "a", "b", "c" }));
     EXPECT_EQ(input->text(), "");
 }
 

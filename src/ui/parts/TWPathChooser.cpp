@@ -76,7 +76,8 @@ void TWPathChooser::choose(const QWidget& button, const Texts& texts, const std:
 
 void TWPathChooser::openDialog(int fileMode)
 {
-    dialog_ = new Dialog(window_, texts_.title, TWQtText::path(startFolder_));
+    // The window's title names the sandbox, if there is one.
+    dialog_ = new Dialog(window_, window_->windowTitle() + ": " + texts_.title, TWQtText::path(startFolder_));
     dialog_->setFileMode(static_cast<QFileDialog::FileMode>(fileMode));
     dialog_->setLabelText(QFileDialog::Accept, texts_.button);
     connect(dialog_, &QFileDialog::fileSelected, this, [this](const QString& path) {

@@ -3,13 +3,20 @@
 #include "support/TWText.h"
 
 #include <QFile>
+#include <QGuiApplication>
 #include <QStringDecoder>
 
 namespace TWQtText {
 
+constexpr QChar LeftToRightIsolate(0x2066);
+constexpr QChar PopIsolate(0x2069);
+
+// Paths and our English sentences are written from left to right in every language; otherwise a path's first slash
+// would move to its end.
 QString shown(std::string_view bytes)
 {
-    return exact(TWText::oneLine(bytes));
+    const auto text = exact(TWText::oneLine(bytes));
+    return QGuiApplication::isLeftToRight() || text.isEmpty() ? text : LeftToRightIsolate + text + PopIsolate;
 }
 
 QString shownLines(std::string_view bytes)

@@ -62,20 +62,18 @@ void TWRecordDelegate::initStyleOption(QStyleOptionViewItem* option, const QMode
         option->textElideMode = Qt::ElideMiddle;
         option->direction = Qt::LeftToRight;
         break;
+    case Kind::Choice:
+        // Leaves room for the arrow.
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->decorationPosition = QStyleOptionViewItem::Right;
+        option->decorationSize = QSize(arrowWidth(*option->widget), 1);
+        break;
     case Kind::Note:
         styleNote(*option, index.data(TWRecordModel::WarningRole).toBool());
         break;
     default:
         break;
     }
-}
-
-QSize TWRecordDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
-{
-    auto size = QStyledItemDelegate::sizeHint(option, index);
-    if (columnAt(index).kind == Kind::Choice)
-        size.rwidth() += arrowWidth(*option.widget);
-    return size;
 }
 
 void TWRecordDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
@@ -96,6 +94,8 @@ QWidget* TWRecordDelegate::createEditor(
     if (editor) {
         editor->setObjectName(column.name + "Editor");
         editor->setAccessibleName(column.title);
+        if (column.kind == Kind::Path)
+            editor->setLayoutDirection(Qt::LeftToRight);
     }
     return editor;
 }

@@ -11,7 +11,6 @@ class TWRecordDelegate final : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override;
     void paint(QPainter*, const QStyleOptionViewItem&, const QModelIndex&) const override;
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override;
     void setEditorData(QWidget* editor, const QModelIndex&) const override;

@@ -19,10 +19,11 @@ namespace {
 
 constexpr int RowPadding = 10;
 constexpr int CellPadding = 8;
+constexpr int FewestRows = 4; // the header is one of them
 constexpr int NarrowestColumn = 6; // in characters
 constexpr std::size_t TypicalPercent = 80;
 constexpr int MeasuredRows = 100;
-constexpr int NoteShare = 4; // because a note says what would be deleted, and its end gives the reason
+constexpr int NoteShare = 2; // because a note says what would be deleted, and its end gives the reason
 constexpr int MillisecondsBetweenShares = 50; // because notes arrive one by one
 
 // Accepts a drop only as a copy, because a file manager would delete the file after a move.
@@ -135,6 +136,11 @@ void TWRecordTable::finishEditing()
         setFocus();
 }
 
+QSize TWRecordTable::sizeHint() const
+{
+    return { QTableView::sizeHint().width(), FewestRows * verticalHeader()->defaultSectionSize() };
+}
+
 // While there is a current cell, Return belongs to it and does not press the sheet's default button. The base class
 // toggles a check box when the space bar is pressed.
 void TWRecordTable::keyPressEvent(QKeyEvent* event)
@@ -171,6 +177,10 @@ void TWRecordTable::resizeEvent(QResizeEvent* event)
 {
     QTableView::resizeEvent(event);
     shareWidth();
+    // A bar that appears above the table must not push the current row out of sight.
+    const auto current = visualRect(currentIndex());
+    if (current.top() >= 0 && current.bottom() < event->oldSize().height())
+        scrollTo(currentIndex());
 }
 
 TWColumnWish TWRecordTable::wish(int column) const

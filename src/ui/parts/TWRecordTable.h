@@ -44,6 +44,9 @@ public:
     // Writes what is being typed in a cell to the list.
     void finishEditing();
 
+    // Only a few rows high, so that in a low window the table shrinks before everything scrolls.
+    QSize sizeHint() const override;
+
 signals:
     // Another record is selected, or the selected one has changed.
     void selectedRecordChanged();

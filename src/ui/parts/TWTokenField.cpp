@@ -19,7 +19,9 @@ namespace {
 constexpr int Gap = 5;
 constexpr int Padding = 9; // on either side of a token's text, in pixels
 constexpr int NarrowestInput = 180;
+constexpr int FewestLines = 3;
 constexpr float TokenTint = 0.22F;
+constexpr qsizetype MostSpoken = 20; // words
 constexpr float EmptyOpacity = 0.72F;
 
 QString shown(const QString& word)
@@ -87,17 +89,23 @@ int TWTokenField::placeOfEdited(const QStringList& words) const
     return None;
 }
 
-void TWTokenField::insertWords(const TWPlacedWords& inserted)
+void TWTokenField::replaceWords(const TWPlacedWords& oldWords, const TWPlacedWords& newWords)
 {
     auto words = words_;
-    for (const auto& each : inserted)
+    for (auto left = oldWords.size(); left > 0; --left) {
+        const auto& each = oldWords[left - 1];
+        const bool inPlace = each.place < words.size() && words[each.place] == each.word;
+        if (const auto place = inPlace ? each.place : words.indexOf(each.word); place != None)
+            words.removeAt(place);
+    }
+    for (const auto& each : newWords)
         words.insert(std::min<qsizetype>(each.place, words.size()), each.word);
     setWords(words);
     emit wordsEdited();
-    if (editing_ != None || inserted.empty())
+    if (editing_ != None || newWords.empty())
         return;
-    choose(std::min(inserted.front().place, count() - 1));
-    for (const auto& each : inserted)
+    choose(std::min(newWords.front().place, count() - 1));
+    for (const auto& each : newWords)
         selected_.insert(std::min(each.place, count() - 1));
     updateDescription();
 }
@@ -173,10 +181,17 @@ void TWTokenField::insertTyped(const QStringList& words)
     std::vector<int> widths;
     for (const auto& word : words)
         widths.push_back(widthOf(word));
+    QString editedWord;
     if (edited != None) {
-        words_.removeAt(place);
+        editedWord = words_.takeAt(place);
         widths_.erase(widths_.begin() + place);
     }
+    TWPlacedWords removed;
+    if (edited != None)
+        removed.push_back({ place, editedWord });
+    TWPlacedWords inserted;
+    for (const auto& word : words)
+        inserted.push_back({ place + static_cast<int>(inserted.size()), word });
     words_ = words_.mid(0, place) + words + words_.mid(place);
     widths_.insert(widths_.begin() + place, widths.begin(), widths.end());
     wordsChanged();
@@ -184,6 +199,7 @@ void TWTokenField::insertTyped(const QStringList& words)
         reveal(layout_.box(count()));
     else
         choose(place + static_cast<int>(words.size()) - 1);
+    emit wordsReplaced(removed, inserted);
 }
 
 void TWTokenField::removeSelected()
@@ -209,7 +225,7 @@ void TWTokenField::removeSelected()
         choose(next);
     else
         backToInput();
-    emit wordsRemoved(removed);
+    emit wordsReplaced(removed, {});
 }
 
 // Called after an edit by the user, when the tokens' indexes have changed.
@@ -436,6 +452,16 @@ int TWTokenField::widthOf(const QString& word) const
     return fontMetrics().horizontalAdvance(shown(word)) + 2 * Padding;
 }
 
+QSize TWTokenField::sizeHint() const
+{
+    return { QAbstractScrollArea::sizeHint().width(), FewestLines * boxHeight() };
+}
+
+int TWTokenField::boxHeight() const
+{
+    return fontMetrics().height() + 8;
+}
+
 // Called after the words or the font have changed.
 void TWTokenField::measure()
 {
@@ -453,11 +479,10 @@ void TWTokenField::arrange()
     widths.push_back(typed);
     if (editing_ != None)
         widths[static_cast<std::size_t>(editing_)] = typed;
-    const int boxHeight = fontMetrics().height() + 8;
-    layout_.arrange(widths, { viewport()->width(), boxHeight, Gap });
+    layout_.arrange(widths, { viewport()->width(), boxHeight(), Gap });
     verticalScrollBar()->setRange(0, std::max(0, layout_.height() - viewport()->height()));
     verticalScrollBar()->setPageStep(viewport()->height());
-    verticalScrollBar()->setSingleStep(boxHeight + Gap);
+    verticalScrollBar()->setSingleStep(boxHeight() + Gap);
     placeInput();
     updateDescription();
     viewport()->update();
@@ -554,11 +579,25 @@ void TWTokenField::paintToken(QPainter& painter, int token) const
         fontMetrics().elidedText(shown(word), Qt::ElideMiddle, inner.width() + 1));
 }
 
+// Names only the first words, because a screen reader speaks them all.
+QString TWTokenField::selectionText() const
+{
+    QStringList words;
+    for (const int token : selected_) {
+        if (words.size() == MostSpoken) {
+            words.append("...");
+            break;
+        }
+        words.append(shown(words_[token]));
+    }
+    return tr("%1 words selected: %2").arg(QLocale().toString(selected_.size()), words.join(", "));
+}
+
 void TWTokenField::updateDescription()
 {
     auto description = count() == 1 ? tr("1 word") : tr("%1 words").arg(QLocale().toString(count()));
     if (selected_.size() > 1)
-        description += tr("; %1 selected").arg(QLocale().toString(selected_.size()));
+        description += "; " + selectionText();
     else if (current_ != None)
         description += tr("; selected: %1").arg(shown(words_[current_]));
     if (description == accessibleDescription())

@@ -32,14 +32,18 @@ public:
     // Keeps the word being typed or edited. If the edited token is gone, its text becomes a new word.
     void setWords(const QStringList&);
 
-    // Puts removed words back and selects them. Counts as an edit by the user.
-    void insertWords(const TWPlacedWords&);
+    // Removes and inserts words, as to undo an edit, and selects the inserted ones. Words that are no longer at their
+    // indexes are looked for. Sends only wordsEdited().
+    void replaceWords(const TWPlacedWords& oldWords, const TWPlacedWords& newWords);
 
     // Ends the word being typed or edited.
     void finishTyping();
 
     // Drops the word being typed; a token being edited keeps its old text.
     void discardTyping();
+
+    // Only a few lines high, so that in a low window the field shrinks before everything scrolls.
+    QSize sizeHint() const override;
 
     // In the viewport's coordinates.
     QRect tokenRect(int token) const;
@@ -48,8 +52,8 @@ signals:
     // The user has changed the words. Not sent by setWords().
     void wordsEdited();
 
-    // Sent after wordsEdited().
-    void wordsRemoved(const TWPlacedWords&);
+    // Sent after wordsEdited() with what the edit has replaced.
+    void wordsReplaced(const TWPlacedWords& removed, const TWPlacedWords& inserted);
 
     // The user has pressed Ctrl+Z and there is no typing to undo.
     void undoRequested();
@@ -70,12 +74,14 @@ private:
     int count() const { return static_cast<int>(words_.size()); }
     int tokenAt(const QPoint& inViewport) const;
     int widthOf(const QString& word) const;
+    int boxHeight() const;
     void measure();
     void arrange();
     void placeInput();
     void reveal(const QRect&);
     void paintToken(QPainter&, int token) const;
     void paintFrame(QPainter&, int token) const;
+    QString selectionText() const;
     void updateDescription();
 
     void splitTyped(const QString& typed);

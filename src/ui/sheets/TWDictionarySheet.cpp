@@ -1,7 +1,6 @@
 #include "ui/sheets/TWDictionarySheet.h"
 
 #include "ui/parts/TWQtText.h"
-#include "ui/parts/TWTokenField.h"
 
 #include <QLabel>
 #include <QLocale>
@@ -51,12 +50,17 @@ QWidget* TWDictionarySheet::createContent()
     layout->addLayout(below);
     connect(field_, &TWTokenField::wordsEdited, this, &TWDictionarySheet::wordsEdited);
     connect(field_, &TWTokenField::undoRequested, this, &TWDictionarySheet::undo);
-    connect(field_, &TWTokenField::wordsRemoved, this, [this](const TWPlacedWords& words) {
-        const auto text = words.size() == 1 ? tr("1 word was removed.")
-                                            : tr("%1 words were removed.").arg(QLocale().toString(words.size()));
-        offerUndo(text, [this, words] { field_->insertWords(words); });
-    });
+    connect(field_, &TWTokenField::wordsReplaced, this, &TWDictionarySheet::offerToRestore);
     return content;
+}
+
+void TWDictionarySheet::offerToRestore(const TWPlacedWords& removed, const TWPlacedWords& inserted)
+{
+    QString text; // the bar is only for words that are gone
+    if (inserted.empty())
+        text = removed.size() == 1 ? tr("1 word was removed.")
+                                   : tr("%1 words were removed.").arg(QLocale().toString(removed.size()));
+    offerUndo(text, [this, removed, inserted] { field_->replaceWords(inserted, removed); });
 }
 
 void TWDictionarySheet::createButtons()

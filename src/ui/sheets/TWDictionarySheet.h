@@ -1,10 +1,10 @@
 #pragma once
 
 #include "editors/TWDictionaryWindowController.h"
+#include "ui/parts/TWTokenField.h"
 #include "ui/sheets/TWSheet.h"
 
 class QLabel;
-class TWTokenField;
 
 // The sheet of the keyword dictionary.
 class TWDictionarySheet final : public TWSheet, private TWDictionaryView {
@@ -29,6 +29,7 @@ private:
 
     QWidget* createContent();
     void createButtons();
+    void offerToRestore(const TWPlacedWords& removed, const TWPlacedWords& inserted);
     void wordsEdited();
     void save();
     void showState();

@@ -1,15 +1,12 @@
 #include "ui/sheets/TWFilesSheet.h"
 
-#include "support/TWPath.h"
-#include "ui/parts/TWPathChooser.h"
+#include "editors/TWKeepWindowController.h"
 #include "ui/parts/TWQtText.h"
-#include "ui/parts/TWRecordPane.h"
 #include "ui/parts/TWRecordTable.h"
 
-#include <QHideEvent>
+#include <QAction>
+#include <QEvent>
 #include <QPushButton>
-#include <QShowEvent>
-#include <QToolButton>
 
 namespace {
 
@@ -38,25 +35,24 @@ QString kindLabel(std::int64_t kind)
 
 }
 
-TWFilesSheet::TWFilesSheet(TWFilesWindowController& controller, QWidget* parent)
-    : TWSheet("filesSheet", tr("Files"), parent)
+TWFilesSheet::TWFilesSheet(TWFilesWindowController& controller, TWKeepWindowController& keepList, QWidget* parent)
+    : TWRecordSheet(controller, "files", tr("Files"), parent)
     , controller_(controller)
-    , table_(new TWRecordTable(columns(), [this] { return static_cast<int>(controller_.rules().size()); }))
-    , chooser_(new TWPathChooser(this))
+    , keepList_(keepList)
 {
     setPreferredSize(SheetWidth, SheetHeight);
-    setIntroduction(
-        tr("The Files cleaner carries out every active &rule. Changes take effect immediately. OK also saves them."));
-    createContent();
-    createButtons();
-    connect(chooser_, &TWPathChooser::unreadableName, this, &TWFilesSheet::showUnreadableName);
+    setRecords(columns(),
+        { tr("The Files cleaner carries out every active &rule. Changes take effect immediately. OK also saves them."),
+            tr("Rules"), tr("No rules yet. Press + to choose a file or folder, or drop one here."), tr("Add a rule"),
+            tr("Remove the selected rule"),
+            tr("The name \"%1\" is not valid UTF-8, so a rule cannot hold it. Choose the folder around it instead.") });
+    createActions();
     controller_.setView(this);
 }
 
 TWFilesSheet::~TWFilesSheet()
 {
     controller_.setView(nullptr);
-    controller_.sheetClosed();
 }
 
 const TWFilesRule& TWFilesSheet::rule(int row) const
@@ -89,50 +85,27 @@ std::vector<TWRecordColumn> TWFilesSheet::columns()
     };
 }
 
-void TWFilesSheet::createContent()
+void TWFilesSheet::createActions()
 {
-    table_->setObjectName("filesTableView");
-    table_->setAccessibleName(tr("Rules"));
-    table_->setEmptyText(tr("No rules yet. Press + to choose a file or folder, or drop one here."));
-    pane_ = new TWRecordPane(table_, tr("Add a rule"), tr("Remove the selected rule"));
-    setContent(pane_, table_);
-    connect(pane_, &TWRecordPane::addRequested, this, [this] { controller_.add(); });
-    connect(pane_, &TWRecordPane::removeRequested, this, &TWFilesSheet::removeSelected);
-    connect(table_, &TWRecordTable::filesDropped, this, &TWFilesSheet::addDropped);
+    auto* dictionary = addButton(tr("Dictionar&y..."), QDialogButtonBox::ActionRole, "dictionaryPushButton");
+    dictionary->setAccessibleName(tr("Dictionary"));
+    dictionary->setToolTip(tr("Show and change the words that rules with keywords search for"));
+    connect(dictionary, &QPushButton::clicked, this, [this] { emit editorRequested("dictionary"); });
+    auto* keep = new QAction(tr("&Keep What This Rule Names"), &table());
+    keep->setObjectName("keepAction");
+    keep->setShortcut(Qt::CTRL | Qt::Key_K);
+    keep->setShortcutContext(Qt::WidgetShortcut);
+    connect(keep, &QAction::triggered, this, &TWFilesSheet::keepSelected);
+    table().addAction(keep);
+    table().setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
-void TWFilesSheet::createButtons()
+// The dictionary may have been changed on top of this sheet.
+void TWFilesSheet::changeEvent(QEvent* event)
 {
-    auto* ok = addButton(QDialogButtonBox::Ok, "okPushButton", tr("OK"));
-    auto* help = addButton(QDialogButtonBox::Help, "helpPushButton", tr("Help"));
-    auto* defaults = addButton(tr("Restore &Defaults..."), QDialogButtonBox::ResetRole, "restoreDefaultsPushButton");
-    defaults->setAccessibleName(tr("Restore Defaults"));
-    setDefaultButton(ok);
-    connect(ok, &QPushButton::clicked, this, [this] {
-        table_->finishEditing();
-        controller_.ok();
-    });
-    connect(help, &QPushButton::clicked, this, [this] { controller_.help(); });
-    connect(defaults, &QPushButton::clicked, this, [this] {
-        table_->finishEditing();
-        controller_.restoreDefaults();
-    });
-}
-
-void TWFilesSheet::showEvent(QShowEvent* event)
-{
-    TWSheet::showEvent(event);
-    if (event->spontaneous())
-        return;
-    setProblem(TWQtText::shown(controller_.problem()));
-    controller_.sheetOpened();
-}
-
-void TWFilesSheet::hideEvent(QHideEvent* event)
-{
-    TWSheet::hideEvent(event);
-    if (!event->spontaneous())
-        controller_.sheetClosed();
+    TWRecordSheet::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        controller_.wordsChanged();
 }
 
 void TWFilesSheet::closeSheet()
@@ -147,62 +120,60 @@ void TWFilesSheet::openHelpAnchor(const std::string& anchor)
 
 void TWFilesSheet::reloadTable()
 {
-    table_->reload();
+    reload();
 }
 
 void TWFilesSheet::notesChanged()
 {
-    table_->notesChanged();
+    table().notesChanged();
 }
 
 int TWFilesSheet::selectedRow() const
 {
-    return table_->selectedRow();
+    return table().selectedRow();
 }
 
 void TWFilesSheet::selectRow(int row)
 {
-    table_->showRow(row);
+    table().showRow(row);
 }
 
 void TWFilesSheet::choosePath(
     const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)> chosen)
 {
-    showMessage({});
-    chooser_->choose(pane_->addButton(), { TWQtText::exact(title), TWQtText::exact(prompt) }, controller_.homeFolder(),
-        std::move(chosen));
+    TWRecordSheet::choosePath(TWQtText::exact(title), TWQtText::exact(prompt), std::move(chosen));
 }
 
-void TWFilesSheet::removeSelected()
+QString TWFilesSheet::problem() const
 {
-    const int row = table_->selectedRow();
-    if (row == -1)
-        return;
+    return TWQtText::shown(controller_.problem());
+}
+
+void TWFilesSheet::addRecord()
+{
+    controller_.add();
+}
+
+void TWFilesSheet::removeRecord(int row)
+{
     const auto removed = rule(row);
     controller_.remove();
     offerUndo(tr("The rule \"%1\" was removed.").arg(TWQtText::shown(removed.description)), [this, row, removed] {
-        const int place = std::min(row, static_cast<int>(controller_.rules().size()));
+        const int place = std::min(row, controller_.recordCount());
         controller_.insertRule(place, removed);
-        table_->showRow(place);
+        table().showRow(place);
     });
 }
 
-void TWFilesSheet::addDropped(const QList<QUrl>& files)
+void TWFilesSheet::keepSelected()
 {
-    table_->finishEditing();
-    showMessage({});
-    for (const auto& file : files) {
-        if (!file.isLocalFile())
-            continue;
-        if (const auto path = TWQtText::pathBytes(file.toLocalFile()))
-            controller_.addPath(TWPath::withoutTrailingSlashes(*path));
-        else
-            showUnreadableName(file.toLocalFile());
-    }
-}
-
-void TWFilesSheet::showUnreadableName(const QString& path)
-{
-    showMessage(tr("The name \"%1\" is not valid UTF-8, so a rule cannot hold it. Choose the folder around it instead.")
-                    .arg(path));
+    const int row = table().selectedRow();
+    if (row == -1 || rule(row).filePath.empty())
+        return;
+    const auto problem = keepList_.keep(controller_.absolutePath(row));
+    if (problem.empty())
+        showNotice(tr("\"%1\" is on the keep list now.").arg(TWQtText::shown(rule(row).filePath)));
+    else
+        showMessage(TWQtText::shown(problem));
+    controller_.sheetOpened(); // the notes change
 }

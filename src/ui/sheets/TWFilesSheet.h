@@ -1,28 +1,21 @@
 #pragma once
 
 #include "editors/TWFilesWindowController.h"
-#include "ui/sheets/TWSheet.h"
+#include "ui/sheets/TWRecordSheet.h"
 
-#include <QUrl>
+class TWKeepWindowController;
 
-class TWPathChooser;
-class TWRecordPane;
-class TWRecordTable;
-struct TWRecordColumn;
-
-// The sheet of the Files editor. Edits act on the live list at once: OK saves them, closing the sheet any other way
-// keeps them in memory only.
-class TWFilesSheet final : public TWSheet, private TWFilesView {
+// The sheet of the Files editor.
+class TWFilesSheet final : public TWRecordSheet, private TWFilesView {
     Q_OBJECT
 
 public:
-    // Becomes the controller's view. The controller must outlive the sheet.
-    TWFilesSheet(TWFilesWindowController&, QWidget* parent);
+    // Becomes the controller's view. Both controllers must outlive the sheet.
+    TWFilesSheet(TWFilesWindowController&, TWKeepWindowController&, QWidget* parent);
     ~TWFilesSheet();
 
 protected:
-    void showEvent(QShowEvent*) override;
-    void hideEvent(QHideEvent*) override;
+    void changeEvent(QEvent*) override;
 
 private:
     void closeSheet() override;
@@ -34,16 +27,15 @@ private:
     void choosePath(
         const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) override;
 
-    const TWFilesRule& rule(int row) const;
+    QString problem() const override;
+    void addRecord() override;
+    void removeRecord(int row) override;
+
     std::vector<TWRecordColumn> columns();
-    void createContent();
-    void createButtons();
-    void removeSelected();
-    void addDropped(const QList<QUrl>& files);
-    void showUnreadableName(const QString& path);
+    const TWFilesRule& rule(int row) const;
+    void createActions();
+    void keepSelected();
 
     TWFilesWindowController& controller_;
-    TWRecordTable* table_;
-    TWRecordPane* pane_ = nullptr;
-    TWPathChooser* chooser_;
+    TWKeepWindowController& keepList_;
 };

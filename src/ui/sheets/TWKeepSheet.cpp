@@ -1,15 +1,10 @@
 #include "ui/sheets/TWKeepSheet.h"
 
-#include "support/TWPath.h"
 #include "ui/parts/TWPathChooser.h"
 #include "ui/parts/TWQtText.h"
-#include "ui/parts/TWRecordPane.h"
 #include "ui/parts/TWRecordTable.h"
 
-#include <QHideEvent>
-#include <QPushButton>
 #include <QShowEvent>
-#include <QToolButton>
 
 using Kind = TWKeepEntry::Kind;
 
@@ -37,25 +32,25 @@ QString kindLabel(std::int64_t kind)
 }
 
 TWKeepSheet::TWKeepSheet(TWKeepWindowController& controller, QWidget* parent)
-    : TWSheet("keepSheet", tr("Keep List"), parent)
+    : TWRecordSheet(controller, "keep", tr("Keep List"), parent)
     , controller_(controller)
-    , table_(new TWRecordTable(columns(), [this] { return static_cast<int>(controller_.entries().size()); }))
-    , chooser_(new TWPathChooser(this))
 {
     setPreferredSize(SheetWidth, SheetHeight);
-    setIntroduction(tr("What is on this &list is never deleted, whatever rule or cleaner names it, except from the "
-                       "Trash. Changes take effect immediately. OK also saves them."));
-    createContent();
-    createButtons();
-    chooser_->addEntry(tr("Enter a &Name"), [this] { addName(); });
-    connect(chooser_, &TWPathChooser::unreadableName, this, &TWKeepSheet::showUnreadableName);
+    setRecords(columns(),
+        { tr("What is on this &list is never deleted, whatever rule or cleaner names it, except from the Trash. "
+             "Changes take effect immediately. OK also saves them."),
+            tr("Keep list"),
+            tr("Nothing is kept. Press + to choose a file or folder or to enter a name, or drop a file here."),
+            tr("Add a file, a folder or a name"), tr("Remove the selected entry"),
+            tr("The name \"%1\" is not valid UTF-8, so the list cannot hold it. Keep the folder around it instead, or "
+               "enter the name with \"?\" in the place of such bytes.") });
+    chooser().addEntry(tr("Enter a &Name"), [this] { addName(); });
     controller_.setView(this);
 }
 
 TWKeepSheet::~TWKeepSheet()
 {
     controller_.setView(nullptr);
-    controller_.sheetClosed();
 }
 
 const TWKeepEntry& TWKeepSheet::entry(int row) const
@@ -82,54 +77,12 @@ std::vector<TWRecordColumn> TWKeepSheet::columns()
     };
 }
 
-void TWKeepSheet::createContent()
-{
-    table_->setObjectName("keepTableView");
-    table_->setAccessibleName(tr("Keep list"));
-    table_->setEmptyText(
-        tr("Nothing is kept. Press + to choose a file or folder or to enter a name, or drop a file here."));
-    pane_ = new TWRecordPane(table_, tr("Add a file, a folder or a name"), tr("Remove the selected entry"));
-    setContent(pane_, table_);
-    connect(pane_, &TWRecordPane::addRequested, this, &TWKeepSheet::choose);
-    connect(pane_, &TWRecordPane::removeRequested, this, &TWKeepSheet::removeSelected);
-    connect(table_, &TWRecordTable::filesDropped, this, &TWKeepSheet::addDropped);
-}
-
-void TWKeepSheet::createButtons()
-{
-    auto* ok = addButton(QDialogButtonBox::Ok, "okPushButton", tr("OK"));
-    auto* help = addButton(QDialogButtonBox::Help, "helpPushButton", tr("Help"));
-    auto* defaults = addButton(tr("Restore &Defaults..."), QDialogButtonBox::ResetRole, "restoreDefaultsPushButton");
-    defaults->setAccessibleName(tr("Restore Defaults"));
-    setDefaultButton(ok);
-    connect(ok, &QPushButton::clicked, this, [this] {
-        table_->finishEditing();
-        controller_.ok();
-    });
-    connect(help, &QPushButton::clicked, this, [this] { controller_.help(); });
-    connect(defaults, &QPushButton::clicked, this, [this] {
-        table_->finishEditing();
-        controller_.restoreDefaults();
-    });
-}
-
 void TWKeepSheet::showEvent(QShowEvent* event)
 {
-    TWSheet::showEvent(event);
-    if (event->spontaneous())
-        return;
-    showProblem();
+    TWRecordSheet::showEvent(event);
     // If the default list is missing, there is no damaged file that OK would keep.
-    if (controller_.list().problem().empty())
+    if (!event->spontaneous() && controller_.list().problem().empty())
         showMessage(TWQtText::shown(controller_.problem()));
-    controller_.sheetOpened();
-}
-
-void TWKeepSheet::hideEvent(QHideEvent* event)
-{
-    TWSheet::hideEvent(event);
-    if (!event->spontaneous())
-        controller_.sheetClosed();
 }
 
 void TWKeepSheet::closeSheet()
@@ -144,75 +97,47 @@ void TWKeepSheet::openHelpAnchor(const std::string& anchor)
 
 void TWKeepSheet::reloadTable()
 {
-    table_->reload();
-    showProblem();
+    reload();
 }
 
 void TWKeepSheet::notesChanged()
 {
-    table_->notesChanged();
+    table().notesChanged();
 }
 
 void TWKeepSheet::selectRow(int row)
 {
-    table_->showRow(row);
+    table().showRow(row);
 }
 
-void TWKeepSheet::choose()
+QString TWKeepSheet::problem() const
 {
-    showMessage({});
-    chooser_->choose(pane_->addButton(), { tr("Select a file or folder to keep"), tr("Choose") },
-        controller_.homeFolder(), [this](const std::optional<std::string>& path) {
-            if (path)
-                controller_.addPath(*path);
-        });
+    const auto& problem = controller_.list().problem();
+    return problem.empty() ? QString() : tr("%1 Until then nothing at all is deleted.").arg(TWQtText::shown(problem));
+}
+
+void TWKeepSheet::addRecord()
+{
+    choosePath(tr("Select a file or folder to keep"), tr("Choose"), [this](const std::optional<std::string>& path) {
+        if (path)
+            controller_.addPath(*path);
+    });
 }
 
 void TWKeepSheet::addName()
 {
     controller_.addEntry({ Kind::Names, "" });
-    table_->setFocus();
-    table_->edit(table_->currentIndex());
+    table().setFocus();
+    table().edit(table().currentIndex());
 }
 
-void TWKeepSheet::removeSelected()
+void TWKeepSheet::removeRecord(int row)
 {
-    const int row = table_->selectedRow();
-    if (row == -1)
-        return;
     const auto removed = controller_.entries()[static_cast<std::size_t>(row)];
     controller_.removeEntry(row);
     offerUndo(tr("The entry \"%1\" was removed.").arg(TWQtText::shown(removed.entry().text)), [this, row, removed] {
-        const int place = std::min(row, static_cast<int>(controller_.entries().size()));
+        const int place = std::min(row, controller_.recordCount());
         controller_.insertEntry(place, removed);
-        table_->showRow(place);
+        table().showRow(place);
     });
-}
-
-void TWKeepSheet::addDropped(const QList<QUrl>& files)
-{
-    table_->finishEditing();
-    showMessage({});
-    for (const auto& file : files) {
-        if (!file.isLocalFile())
-            continue;
-        if (const auto path = TWQtText::pathBytes(file.toLocalFile()))
-            controller_.addPath(TWPath::withoutTrailingSlashes(*path));
-        else
-            showUnreadableName(file.toLocalFile());
-    }
-}
-
-void TWKeepSheet::showProblem()
-{
-    const auto& problem = controller_.list().problem();
-    setProblem(
-        problem.empty() ? QString() : tr("%1 Until then nothing at all is deleted.").arg(TWQtText::shown(problem)));
-}
-
-void TWKeepSheet::showUnreadableName(const QString& path)
-{
-    showMessage(tr("The name \"%1\" is not valid UTF-8, so the list cannot hold it. Keep the folder around it instead, "
-                   "or enter the name with \"?\" in the place of such bytes.")
-                    .arg(path));
 }

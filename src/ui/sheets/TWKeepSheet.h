@@ -1,18 +1,10 @@
 #pragma once
 
 #include "editors/TWKeepWindowController.h"
-#include "ui/sheets/TWSheet.h"
+#include "ui/sheets/TWRecordSheet.h"
 
-#include <QUrl>
-
-class TWPathChooser;
-class TWRecordPane;
-class TWRecordTable;
-struct TWRecordColumn;
-
-// The sheet of the keep list. Edits act on the live list at once: OK saves them, closing the sheet any other way keeps
-// them in memory only.
-class TWKeepSheet final : public TWSheet, private TWKeepView {
+// The sheet of the keep list.
+class TWKeepSheet final : public TWRecordSheet, private TWKeepView {
     Q_OBJECT
 
 public:
@@ -22,7 +14,6 @@ public:
 
 protected:
     void showEvent(QShowEvent*) override;
-    void hideEvent(QHideEvent*) override;
 
 private:
     void closeSheet() override;
@@ -31,19 +22,13 @@ private:
     void notesChanged() override;
     void selectRow(int row) override;
 
-    const TWKeepEntry& entry(int row) const;
+    QString problem() const override;
+    void addRecord() override;
+    void removeRecord(int row) override;
+
     std::vector<TWRecordColumn> columns();
-    void createContent();
-    void createButtons();
-    void choose();
+    const TWKeepEntry& entry(int row) const;
     void addName();
-    void removeSelected();
-    void addDropped(const QList<QUrl>& files);
-    void showProblem();
-    void showUnreadableName(const QString& path);
 
     TWKeepWindowController& controller_;
-    TWRecordTable* table_;
-    TWRecordPane* pane_ = nullptr;
-    TWPathChooser* chooser_;
 };

@@ -9,12 +9,16 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 // In the tab order.
 constexpr QDialogButtonBox::ButtonRole Roles[] = {
     QDialogButtonBox::AcceptRole,
+    QDialogButtonBox::DestructiveRole,
     QDialogButtonBox::RejectRole,
+    QDialogButtonBox::ActionRole,
     QDialogButtonBox::ResetRole,
     QDialogButtonBox::HelpRole,
 };
@@ -30,6 +34,7 @@ TWSheet::TWSheet(const QString& objectName, const QString& title, QWidget* paren
     : QDialog(parent, Qt::Sheet)
     , column_(new QVBoxLayout)
     , messageBar_(new TWMessageBar(TWMessageBar::Kind::Warning, "messageBar"))
+    , noticeBar_(new TWMessageBar(TWMessageBar::Kind::Notice, "noticeBar"))
     , undoBar_(new TWMessageBar(TWMessageBar::Kind::Notice, "undoBar", tr("&Undo")))
     , buttons_(new QDialogButtonBox)
 {
@@ -40,6 +45,7 @@ TWSheet::TWSheet(const QString& objectName, const QString& title, QWidget* paren
     scrolled->setLayout(column_);
     column_->setContentsMargins(0, 0, 0, 0);
     column_->addWidget(messageBar_);
+    column_->addWidget(noticeBar_);
     column_->addWidget(undoBar_);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(new TWScrollBox(scrolled), 1);
@@ -164,7 +170,14 @@ void TWSheet::setProblem(const QString& problem)
 void TWSheet::showMessage(const QString& message)
 {
     message_ = message;
+    noticeBar_->setText({});
     showMessages();
+}
+
+void TWSheet::showNotice(const QString& notice)
+{
+    showMessage({});
+    noticeBar_->setText(notice);
 }
 
 void TWSheet::showMessages()
@@ -203,5 +216,9 @@ void TWSheet::showUndo()
 {
     if (undoSteps_.empty() && undoBar_->isAncestorOf(focusWidget()) && firstFocus_)
         firstFocus_->setFocus();
-    undoBar_->setText(undoSteps_.empty() ? QString() : undoSteps_.back().text);
+    const bool anyText
+        = std::any_of(undoSteps_.begin(), undoSteps_.end(), [](const auto& step) { return step.text != ""; });
+    const auto newest = undoSteps_.empty() ? QString() : undoSteps_.back().text;
+    undoBar_->setText(
+        anyText && newest.isEmpty() ? tr("The latest changes can be undone, one after the other.") : newest);
 }

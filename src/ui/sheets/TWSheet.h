@@ -25,6 +25,9 @@ signals:
     // The user has asked for that page of the help.
     void helpRequested(const QString& page);
 
+    // The user wants to open the sheet of that editor on top of this one.
+    void editorRequested(const char* editor);
+
 protected:
     // For the constructors of sheets. setContent() takes the content and the widget that gets the focus first; Alt with
     // the marked letter of the introduction also leads to that widget.
@@ -41,8 +44,11 @@ protected:
     void setProblem(const QString& problem);
     void showMessage(const QString& message);
 
-    // Offers to undo a deletion, with a button and Ctrl+Z, while the sheet is open. The text says what was deleted.
-    // Earlier deletions can be undone after it.
+    // Says in a bar of its own, until the next message, that something has gone well.
+    void showNotice(const QString& notice);
+
+    // Offers to undo the latest change with Ctrl+Z while the sheet is open, and earlier ones after it. The text says
+    // what was deleted; if it is not "", the bar with the button to undo appears.
     void offerUndo(const QString& text, std::function<void()> undo);
     void undo();
     void forgetUndo();
@@ -65,6 +71,7 @@ private:
 
     QVBoxLayout* column_; // everything except the buttons
     TWMessageBar* messageBar_;
+    TWMessageBar* noticeBar_;
     TWMessageBar* undoBar_;
     QDialogButtonBox* buttons_;
     QWidget* firstFocus_ = nullptr;

@@ -15,6 +15,12 @@ std::unique_ptr<TWSheet> make(TWEditors& editors, QWidget* window)
     return std::make_unique<Sheet>(editors.get<Controller>(), window);
 }
 
+std::unique_ptr<TWSheet> makeFiles(TWEditors& editors, QWidget* window)
+{
+    return std::make_unique<TWFilesSheet>(
+        editors.get<TWFilesWindowController>(), editors.get<TWKeepWindowController>(), window);
+}
+
 std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
 {
     return std::make_unique<TWDictionarySheet>(editors.dictionary(), window);
@@ -22,7 +28,7 @@ std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
 
 // In the order of the Edit menu.
 constexpr TWSheetRow Rows[] = {
-    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."), make<TWFilesSheet, TWFilesWindowController> },
+    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."), makeFiles },
     { "keep", QT_TRANSLATE_NOOP("TWSheetTable", "Keep &List..."), make<TWKeepSheet, TWKeepWindowController> },
     { "dictionary", QT_TRANSLATE_NOOP("TWSheetTable", "&Keyword Dictionary..."), makeDictionary },
 };

@@ -60,8 +60,8 @@ TWCleanerRowView::TWCleanerRowView(
     editButton_->setSizePolicy(policy);
     editButton_->setVisible(editable == Editable::Yes);
     editButton_->setAutoDefault(true); // so that Return presses it instead of Clean
-    for (QWidget* child : std::initializer_list<QWidget*>{ icon_, checkBox_, line_ })
-        child->setEnabled(row.available);
+    icon_->setEnabled(row.available);
+    checkBox_->setEnabled(row.available);
     layOut();
     showLight(TWLight::Off);
     connect(checkBox_, &QCheckBox::clicked, this, &TWCleanerRowView::checked);
@@ -81,7 +81,7 @@ void TWCleanerRowView::layOut()
     texts->addLayout(lineLayout);
 
     auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(0, 0, FocusRoom, 0);
     layout->setSpacing(10);
     layout->addWidget(icon_);
     layout->addLayout(texts, 1);

@@ -26,6 +26,9 @@ class TWCleanerRowView final : public QWidget {
 public:
     enum class Editable { No, Yes };
 
+    // Pixels between the Edit button and the end of the row, where the frame of a focused button is drawn.
+    static constexpr int FocusRoom = 3;
+
     TWCleanerRowView(const TWCleanerRow&, Editable, const TWLightIcons&, QWidget* parent);
 
     // Call this once the icons of the lights are loaded. The cleaner's icon comes from the icon theme, or from the

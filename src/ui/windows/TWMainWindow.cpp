@@ -1,5 +1,6 @@
 #include "ui/windows/TWMainWindow.h"
 
+#include "support/TWText.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWScrollBox.h"
@@ -25,8 +26,8 @@ constexpr auto RunningText = "If you stop now, nothing further is started. The i
 constexpr auto StopAndQuit = "Stop and Quit";
 constexpr auto KeepCleaning = "Keep Cleaning";
 constexpr auto UnsavedTitle = "Some changes are not saved.";
-constexpr auto UnsavedText
-    = "They have been in use until now. If they are not saved, Tidewell forgets them when it quits.";
+constexpr auto UnsavedText = "Changed: %@. The changes have been in use until now. If they are not saved, Tidewell "
+                             "forgets them when it quits.";
 constexpr auto SaveAndQuit = "Save and Quit";
 constexpr auto QuitWithoutSaving = "Quit Without Saving";
 constexpr auto Cancel = "Cancel";
@@ -54,6 +55,7 @@ constexpr int WidestRow = 110; // in characters; in a wider row the parts would 
 TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     : delegate_(delegate)
     , messageBar_(new TWMessageBar(TWMessageBar::Kind::Warning, "messageBar"))
+    , unsavedBar_(new TWMessageBar(TWMessageBar::Kind::Notice, "unsavedBar", tr("Save &Now")))
     , lines_(delegate.cleanerContext(), delegate.settingsSources(),
           [this](int position, const std::string& line) {
               rows_[static_cast<std::size_t>(position)]->setLine(TWQtText::shown(line));
@@ -66,7 +68,7 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     auto* column = new QWidget;
     column->setMaximumWidth(WidestRow * fontMetrics().averageCharWidth());
     auto* columnLayout = new QVBoxLayout(column);
-    columnLayout->setContentsMargins(Margin, Margin, Margin, Margin);
+    columnLayout->setContentsMargins(Margin, Margin, Margin - TWCleanerRowView::FocusRoom, Margin);
     columnLayout->setSpacing(2 * RowSpacing);
     columnLayout->addWidget(new TWScrollBox(createRows()), 1);
     columnLayout->addLayout(createButtons());
@@ -111,6 +113,8 @@ QWidget* TWMainWindow::createRows()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(RowSpacing);
     column->addWidget(messageBar_);
+    column->addWidget(unsavedBar_);
+    connect(unsavedBar_, &TWMessageBar::pressed, this, &TWMainWindow::saveNow);
     for (const auto& cleaner : TWCleanerTable()) {
         const auto editable
             = TWSheetNamed(cleaner.editor) ? TWCleanerRowView::Editable::Yes : TWCleanerRowView::Editable::No;
@@ -130,10 +134,10 @@ QLayout* TWMainWindow::createButtons()
     stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
     cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
     cleanButton_->setDefault(true);
-    auto* previewButton = createButton(tr("Pre&view..."), "previewButton", tr("Show what Clean would delete"));
+    auto* previewButton = createButton(tr("Previe&w..."), "previewButton", tr("Show what Clean would delete"));
     previewButton->setAutoDefault(true); // so that Return presses it instead of Clean
     connect(previewButton, &QPushButton::clicked, this, &TWMainWindow::previewRequested);
-    resultsButton_ = createButton(tr("&Results"), "resultsButton", tr("Show the results"));
+    resultsButton_ = createButton(tr("Res&ults"), "resultsButton", tr("Show the results"));
     resultsButton_->hide();
     sentence_ = new QLabel;
     sentence_->setObjectName("outcomeLabel");
@@ -143,6 +147,7 @@ QLayout* TWMainWindow::createButtons()
     connect(cleanButton_, &QPushButton::clicked, this, &TWMainWindow::clean);
     connect(stopButton_, &QPushButton::clicked, this, &TWMainWindow::stop);
     auto* buttons = new QHBoxLayout;
+    buttons->setContentsMargins(0, 0, TWCleanerRowView::FocusRoom, 0);
     buttons->setSpacing(RowSpacing);
     buttons->addWidget(sentence_, 1);
     buttons->addWidget(resultsButton_);
@@ -248,6 +253,7 @@ void TWMainWindow::refresh()
     for (std::size_t position = 0; position < table.size(); ++position)
         rows_[position]->setChecked(table[position].available && delegate_.settings().boolean(table[position].key));
     showProblems();
+    showUnsaved();
     if (painted_ && !delegate_.running())
         lines_.refresh();
 }
@@ -272,7 +278,23 @@ void TWMainWindow::showProblems()
     for (const auto& problem : problems)
         lines.append(TWQtText::shown(problem));
     lines.removeAll(QString());
-    messageBar_->setText(lines.join('\n'));
+    showInBar(*messageBar_, lines.join('\n'));
+}
+
+void TWMainWindow::showUnsaved()
+{
+    const auto titles = titlesOfEdits();
+    const auto unsaved = tr("Not saved, but in use until you quit: %1.").arg(TWQtText::exact(titles));
+    showInBar(*unsavedBar_, titles.empty() ? QString() : unsaved);
+}
+
+// The window grows with a bar that appears, so that no row is pushed out of sight.
+void TWMainWindow::showInBar(TWMessageBar& bar, const QString& text)
+{
+    const bool appears = bar.isHidden() && !text.isEmpty();
+    bar.setText(text);
+    if (appears && isVisible() && !isMaximized())
+        resize(TWFitToScreen(*this, size() + QSize(0, bar.sizeHint().height() + RowSpacing)));
 }
 
 void TWMainWindow::clean()
@@ -385,8 +407,7 @@ void TWMainWindow::closeIfEnded()
 void TWMainWindow::closeEvent(QCloseEvent* event)
 {
     event->ignore();
-    const bool nothingToAsk = !delegate_.running() && editorsWithEdits().empty();
-    if (closing_ == Closing::Now || (closing_ == Closing::No && nothingToAsk)) {
+    if (closing_ == Closing::Now || (closing_ == Closing::No && canQuitSilently())) {
         event->accept();
         emit quitRequested();
     } else if (closing_ != Closing::No) {
@@ -399,17 +420,22 @@ void TWMainWindow::closeEvent(QCloseEvent* event)
                 closeIfEnded();
             });
     } else {
-        askBeforeClosing(
-            { UnsavedTitle, UnsavedText, SaveAndQuit, Cancel, TWConfirming::IsHarmless, QuitWithoutSaving },
+        askBeforeClosing({ UnsavedTitle, TWText::fill(UnsavedText, { titlesOfEdits() }), SaveAndQuit, Cancel,
+                             TWConfirming::IsHarmless, QuitWithoutSaving },
             [this](TWAnswer answer) {
                 const auto problem = answer == TWAnswer::Default ? saveEdits() : "";
                 closing_ = problem.empty() ? Closing::Now : Closing::No;
                 if (problem.empty())
                     close();
                 else
-                    delegate_.platform().alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
+                    showNotSaved(problem);
             });
     }
+}
+
+bool TWMainWindow::canQuitSilently() const
+{
+    return !delegate_.running() && editorsWithEdits().empty();
 }
 
 std::vector<TWEditor*> TWMainWindow::editorsWithEdits() const
@@ -417,6 +443,15 @@ std::vector<TWEditor*> TWMainWindow::editorsWithEdits() const
     auto editors = delegate_.editors().all();
     std::erase_if(editors, [](const auto* editor) { return !editor->hasUnsavedEdits(); });
     return editors;
+}
+
+// "the dictionary, the Files rules"
+std::string TWMainWindow::titlesOfEdits() const
+{
+    std::string titles;
+    for (const auto* editor : editorsWithEdits())
+        titles += (titles.empty() ? "" : ", ") + std::string(editor->title());
+    return titles;
 }
 
 // "" or one line for each list that could not be saved.
@@ -428,6 +463,18 @@ std::string TWMainWindow::saveEdits()
             problems += (problems.empty() ? "" : "\n") + problem;
     }
     return problems;
+}
+
+void TWMainWindow::saveNow()
+{
+    if (const auto problem = saveEdits(); !problem.empty())
+        showNotSaved(problem);
+    refresh();
+}
+
+void TWMainWindow::showNotSaved(const std::string& problem)
+{
+    delegate_.platform().alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
 }
 
 void TWMainWindow::askBeforeClosing(const TWAlert& question, std::function<void(TWAnswer)> answered)

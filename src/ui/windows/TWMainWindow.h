@@ -26,6 +26,9 @@ public:
     // Updates the check boxes, lines and problems from the settings and lists.
     void refresh();
 
+    // False while cleaning is going on or there are edits that are not saved.
+    bool canQuitSilently() const;
+
     // Does the same as the Clean button.
     void clean();
 
@@ -77,7 +80,12 @@ private:
     void showProblems();
     void stop();
     void closeIfEnded();
+    void showUnsaved();
+    void showInBar(TWMessageBar&, const QString& text);
+    void saveNow();
+    void showNotSaved(const std::string& problem);
     std::vector<TWEditor*> editorsWithEdits() const;
+    std::string titlesOfEdits() const;
     std::string saveEdits();
 
     // The call is made unless the user presses the alternate button, which keeps the window open.
@@ -86,6 +94,7 @@ private:
     TWTidewellAppDelegate& delegate_;
     TWLightIcons lightIcons_;
     TWMessageBar* messageBar_;
+    TWMessageBar* unsavedBar_;
     std::vector<TWCleanerRowView*> rows_; // owned by the window
     QPushButton* cleanButton_ = nullptr;
     QPushButton* stopButton_ = nullptr;

@@ -9,6 +9,7 @@
 #include "ui/windows/TWResultsWindow.h"
 
 #include <QApplication>
+#include <QSessionManager>
 
 namespace {
 
@@ -29,6 +30,12 @@ TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& al
     QObject::connect(&mainWindow_, &TWMainWindow::previewRequested, &mainWindow_, [this] { showPreview(); });
     QObject::connect(&mainWindow_, &TWMainWindow::helpRequested, &mainWindow_, [this] { showHelp(HelpIndex); });
     QObject::connect(&mainWindow_, &TWMainWindow::quitRequested, &mainWindow_, [this] { terminate(); });
+    QObject::connect(qApp, &QGuiApplication::commitDataRequest, &mainWindow_, [this](QSessionManager& manager) {
+        if (!askedBeforeEnd() || !manager.allowsInteraction())
+            return;
+        manager.release();
+        manager.cancel();
+    });
     delegate_.setViews(&mainWindow_, this);
 }
 
@@ -43,6 +50,15 @@ void TWWindowSession::clean()
     mainWindow_.clean();
 }
 
+bool TWWindowSession::askedBeforeEnd()
+{
+    if (mainWindow_.canQuitSilently())
+        return false;
+    activate();
+    mainWindow_.close();
+    return true;
+}
+
 TWSheet* TWWindowSession::sheet(const char* editor)
 {
     if (const auto made = sheets_.find(editor); made != sheets_.end())
@@ -55,6 +71,7 @@ TWSheet* TWWindowSession::sheet(const char* editor)
     QObject::connect(sheet.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
     QObject::connect(sheet.get(), &TWSheet::helpRequested, &mainWindow_,
         [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
+    QObject::connect(sheet.get(), &TWSheet::editorRequested, &mainWindow_, [this](const char* other) { edit(other); });
     return sheets_.emplace(editor, std::move(sheet)).first->second.get();
 }
 
@@ -78,8 +95,10 @@ void TWWindowSession::showPreview()
 
 void TWWindowSession::showHelp(const std::string& page)
 {
-    if (!helpWindow_)
+    if (!helpWindow_) {
         helpWindow_ = std::make_unique<TWHelpWindow>(delegate_.platform().bundle);
+        nameSandbox(*helpWindow_);
+    }
     helpWindow_->openAnchor(page);
 }
 

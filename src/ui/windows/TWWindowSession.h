@@ -24,6 +24,10 @@ public:
     // Brings the main window forward and starts a run.
     void clean();
 
+    // If something would be lost by quitting, asks the user as closing the main window does, and returns true. The
+    // program quits once the user has agreed.
+    bool askedBeforeEnd();
+
     // The sheet of the editor with that name; nullptr if it has none.
     TWSheet* sheet(const char* editor);
 

@@ -1,0 +1,138 @@
+#include "ui/sheets/TWRecordSheet.h"
+
+#include "editors/TWRecordEditor.h"
+#include "support/TWPath.h"
+#include "ui/parts/TWPathChooser.h"
+#include "ui/parts/TWQtText.h"
+#include "ui/parts/TWRecordPane.h"
+#include "ui/parts/TWRecordTable.h"
+
+#include <QHideEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QShowEvent>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+TWRecordSheet::TWRecordSheet(TWRecordEditor& editor, const QString& name, const QString& title, QWidget* parent)
+    : TWSheet(name + "Sheet", title, parent)
+    , editor_(editor)
+    , name_(name)
+    , chooser_(new TWPathChooser(this))
+    , unsaved_(new QLabel(tr("Not saved; in use until Tidewell quits.")))
+{
+}
+
+void TWRecordSheet::setRecords(std::vector<TWRecordColumn> columns, Texts texts)
+{
+    texts_ = std::move(texts);
+    table_ = new TWRecordTable(std::move(columns), [this] { return editor_.recordCount(); });
+    pane_ = new TWRecordPane(table_, texts_.add, texts_.remove);
+    setIntroduction(texts_.introduction);
+    createContent();
+    createButtons();
+}
+
+TWRecordSheet::~TWRecordSheet()
+{
+    editor_.sheetClosed();
+}
+
+void TWRecordSheet::createContent()
+{
+    table_->setObjectName(name_ + "TableView");
+    table_->setAccessibleName(texts_.records);
+    table_->setEmptyText(texts_.empty);
+    unsaved_->setObjectName("unsavedLabel");
+    unsaved_->setAlignment(Qt::AlignTrailing | Qt::AlignVCenter);
+    // Keeps its place while it is hidden, so that nothing moves at the first edit.
+    auto policy = unsaved_->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    unsaved_->setSizePolicy(policy);
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(pane_, 1);
+    layout->addWidget(unsaved_);
+    setContent(content, table_);
+    connect(pane_, &TWRecordPane::addRequested, this, &TWRecordSheet::addRecord);
+    connect(pane_, &TWRecordPane::removeRequested, this, [this] {
+        if (table_->selectedRow() != -1)
+            removeRecord(table_->selectedRow());
+    });
+    connect(table_, &TWRecordTable::filesDropped, this, &TWRecordSheet::addDropped);
+    connect(table_, &TWRecordTable::selectedRecordChanged, this, &TWRecordSheet::showUnsaved);
+    connect(chooser_, &TWPathChooser::unreadableName, this, &TWRecordSheet::showUnreadableName);
+}
+
+void TWRecordSheet::createButtons()
+{
+    auto* ok = addButton(QDialogButtonBox::Ok, "okPushButton", tr("OK"));
+    auto* help = addButton(QDialogButtonBox::Help, "helpPushButton", tr("Help"));
+    auto* defaults = addButton(tr("Restore &Defaults..."), QDialogButtonBox::ResetRole, "restoreDefaultsPushButton");
+    defaults->setAccessibleName(tr("Restore Defaults"));
+    setDefaultButton(ok);
+    connect(ok, &QPushButton::clicked, this, [this] {
+        table_->finishEditing();
+        editor_.ok();
+    });
+    connect(help, &QPushButton::clicked, this, [this] { editor_.help(); });
+    connect(defaults, &QPushButton::clicked, this, [this] {
+        table_->finishEditing();
+        editor_.restoreDefaults();
+    });
+}
+
+void TWRecordSheet::showEvent(QShowEvent* event)
+{
+    TWSheet::showEvent(event);
+    if (event->spontaneous())
+        return;
+    setProblem(problem());
+    showUnsaved();
+    editor_.sheetOpened();
+}
+
+void TWRecordSheet::hideEvent(QHideEvent* event)
+{
+    TWSheet::hideEvent(event);
+    if (!event->spontaneous())
+        editor_.sheetClosed();
+}
+
+void TWRecordSheet::choosePath(
+    const QString& title, const QString& button, std::function<void(std::optional<std::string>)> chosen)
+{
+    showMessage({});
+    chooser_->choose(pane_->addButton(), { title, button }, editor_.homeFolder(), std::move(chosen));
+}
+
+void TWRecordSheet::reload()
+{
+    table_->reload();
+    setProblem(problem());
+}
+
+void TWRecordSheet::addDropped(const QList<QUrl>& files)
+{
+    table_->finishEditing();
+    showMessage({});
+    for (const auto& file : files) {
+        if (!file.isLocalFile())
+            continue;
+        if (const auto path = TWQtText::pathBytes(file.toLocalFile()))
+            editor_.addPath(TWPath::withoutTrailingSlashes(*path));
+        else
+            showUnreadableName(file.toLocalFile());
+    }
+}
+
+void TWRecordSheet::showUnreadableName(const QString& path)
+{
+    showMessage(texts_.unreadableName.arg(path));
+}
+
+void TWRecordSheet::showUnsaved()
+{
+    unsaved_->setVisible(editor_.hasUnsavedEdits());
+}

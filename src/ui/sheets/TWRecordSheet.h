@@ -1,0 +1,70 @@
+#pragma once
+
+#include "ui/parts/TWRecordColumn.h"
+#include "ui/sheets/TWSheet.h"
+
+#include <QUrl>
+
+class QLabel;
+class TWPathChooser;
+class TWRecordEditor;
+class TWRecordPane;
+class TWRecordTable;
+
+// The base class of the sheets that edit a list of records in a table. Edits act on the live list at once: OK saves
+// them, closing the sheet any other way keeps them in memory only, and a line below the table says so.
+class TWRecordSheet : public TWSheet {
+    Q_OBJECT
+
+protected:
+    struct Texts {
+        QString introduction;
+        QString records; // the accessible name of the table
+        QString empty; // shown in a table without records
+        QString add; // the tooltip of +
+        QString remove; // the tooltip of −
+        QString unreadableName; // shown if the name of a file, %1, is not valid UTF-8
+    };
+
+    // The editor must outlive the sheet. The name "files" makes the object names "filesSheet" and "filesTableView".
+    TWRecordSheet(TWRecordEditor&, const QString& name, const QString& title, QWidget* parent);
+    ~TWRecordSheet();
+
+    // Call this once in the constructor. It makes everything in the sheet.
+    void setRecords(std::vector<TWRecordColumn>, Texts);
+
+    // What the bar says as long as the list has a problem, or "".
+    virtual QString problem() const = 0;
+
+    // The user wants to add a record or to remove the one in that row.
+    virtual void addRecord() = 0;
+    virtual void removeRecord(int row) = 0;
+
+    // Lets the user choose a file or folder to add.
+    void choosePath(
+        const QString& title, const QString& button, std::function<void(std::optional<std::string>)> chosen);
+
+    // Call this after the list has changed in any way.
+    void reload();
+
+    TWRecordTable& table() const { return *table_; }
+    TWPathChooser& chooser() const { return *chooser_; }
+
+    void showEvent(QShowEvent*) override;
+    void hideEvent(QHideEvent*) override;
+
+private:
+    void createContent();
+    void createButtons();
+    void addDropped(const QList<QUrl>& files);
+    void showUnreadableName(const QString& path);
+    void showUnsaved();
+
+    TWRecordEditor& editor_;
+    const QString name_;
+    Texts texts_;
+    TWRecordTable* table_ = nullptr;
+    TWRecordPane* pane_ = nullptr;
+    TWPathChooser* chooser_;
+    QLabel* unsaved_; // visible while the list is not saved
+};
