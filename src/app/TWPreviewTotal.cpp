@@ -82,7 +82,7 @@ private:
                 continue;
             const auto parent = parents_.find(share.plan->realPath(items[index]));
             if (parent != parents_.end())
-                covers_.try_emplace(*parent, share.cleaner, static_cast<std::uint32_t>(index));
+                covers_.try_emplace(*parent, TWPreviewRow{ share.cleaner, static_cast<std::uint32_t>(index) });
         }
     }
 

@@ -16,7 +16,11 @@ struct TWPreviewRow {
     std::uint32_t cleaner = 0; // index into TWPreview::cleaners()
     std::uint32_t item = 0; // of its plan
 
-    friend auto operator<=>(const TWPreviewRow&, const TWPreviewRow&) = default;
+    friend bool operator==(const TWPreviewRow&, const TWPreviewRow&) = default;
+    friend auto operator<=>(const TWPreviewRow& a, const TWPreviewRow& b)
+    {
+        return std::pair(a.cleaner, a.item) <=> std::pair(b.cleaner, b.item);
+    }
 };
 
 // An item that is not ticked but would be deleted all the same.

@@ -76,6 +76,7 @@ TEST_F(TWPreviewRowsTest, SortsByBytesSizeAndAgeWithTiesInTheOrderOfARun)
 TEST_F(TWPreviewRowsTest, ShowsOnlyWhatIsWished)
 {
     EXPECT_EQ(found({ .text = "/X" }), (Lines{ "/b/x", "/a/X", "/a/x/y" })) << "across folder and name";
+    EXPECT_EQ(found({ .text = "//" }), Lines{});
     EXPECT_EQ(found({ .cleaner = 2 }), (Lines{ "/a-", "/a/x/y" }));
     EXPECT_EQ(found({ .cleaner = 0, .begin = 1, .end = 3 }), Lines{ "/a/\xFF" });
     EXPECT_EQ(found({ .about = { "/a/x", "/b" } }), (Lines{ "/b/x", "/a/x/y" }));

@@ -65,8 +65,8 @@ TWContentsDialog::TWContentsDialog(
     connect(up_, &QPushButton::clicked, this, &TWContentsDialog::up);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     auto* footer = new QHBoxLayout;
-    footer->addWidget(spinner_);
     footer->addWidget(sentence_, 1);
+    footer->addWidget(spinner_);
     footer->addWidget(buttons);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(pathLabel_);

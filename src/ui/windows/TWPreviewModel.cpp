@@ -29,15 +29,17 @@ constexpr const char* Fates[] = {
 constexpr auto Unknown = "\u2026";
 constexpr qint64 NanosecondsPerSecond = 1'000'000'000;
 
-// The largest unit of which an age has at least one comes first that fits.
+constexpr qint64 Day = 86'400; // in seconds
+
+// An age is shown in the first of these units of which it has at least one.
 struct Unit {
     qint64 seconds;
     const char* text;
 };
 constexpr Unit Units[] = {
-    { 365 * 86'400, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 y") },
-    { 30 * 86'400, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 mo") },
-    { 86'400, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 d") },
+    { 365 * Day, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 y") },
+    { 30 * Day, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 mo") },
+    { Day, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 d") },
     { 3'600, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 h") },
     { 60, QT_TRANSLATE_NOOP("TWPreviewModel", "%1 min") },
 };
