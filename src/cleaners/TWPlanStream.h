@@ -19,12 +19,16 @@ public:
         , stream_(
               runLoop, PartsPerTurn, std::move(work), [this](TWPlan part) { take(std::move(part)); }, [this] { end(); })
     {
+        plan_.items.reserve(RoomForItems);
     }
 
     static constexpr std::size_t PartSize = 1000;
 
 private:
     static constexpr std::size_t PartsPerTurn = 8;
+
+    // Takes addresses, but no memory before there are items. A vector that has to grow copies all items in one turn.
+    static constexpr std::size_t RoomForItems = 1'100'000;
 
     void take(TWPlan part)
     {
