@@ -10,6 +10,7 @@
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
+#include "platform/qt/TWQtFileManager.h"
 #include "platform/qt/TWQtRunLoop.h"
 #include "ui/windows/TWResultsWindow.h"
 
@@ -88,10 +89,12 @@ int main(int count, char** arguments)
 
     const auto targets = entriesOf(fileSystem, arguments[2]);
     Queue queue(tools, targets);
+    TWQtFileManager fileManager({});
     std::unique_ptr<TWResultsWindow> window;
     if (showing) {
-        window = std::make_unique<TWResultsWindow>(
-            queue.messages(), QString::fromStdString(places.resources + "/icons"), "/");
+        window = std::make_unique<TWResultsWindow>(queue.messages(),
+            TWResultsActions::Context{ runLoop, fileSystem, places, fileManager, {} },
+            QString::fromStdString(places.resources + "/icons"), "/");
         window->show();
         QCoreApplication::processEvents();
     }
