@@ -42,3 +42,6 @@ void TWQtApplicationService::ActivateAction(
     if (action == "clean")
         answers_.clean();
 }
+
+// One moc file per class, so that notifier.so gets this class only if it needs it.
+#include <moc_TWQtApplicationService.cpp>

@@ -47,3 +47,6 @@ void TWQtFileManager::call(const char* method, const std::string& path, const st
         done(!watcher->isError() || openDocument_(QUrl::fromEncoded(address(folder))));
     });
 }
+
+// One moc file per class, so that notifier.so gets this class only if it needs it.
+#include <moc_TWQtFileManager.cpp>

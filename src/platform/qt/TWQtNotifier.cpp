@@ -64,3 +64,6 @@ uint TWQtNotifier::latestIdentifier() const
     const QDBusPendingReply<uint> reply = *latest_;
     return reply.isFinished() && reply.isValid() ? reply.value() : 0;
 }
+
+// One moc file per class, so that notifier.so gets this class only if it needs it.
+#include <moc_TWQtNotifier.cpp>
