@@ -17,6 +17,8 @@ constexpr auto AllRefused = "%@ refused: %@";
 constexpr auto WarningAndItems = "%@; %@";
 
 constexpr TWRunLoop::Duration WatchInterval{ 2000 };
+constexpr TWRunLoop::Duration ShortestAge{ 10'000 }; // of lines that are determined again
+constexpr int AgePerEffort = 50;
 
 bool looksAlike(const TWFileLook& one, const TWFileLook& other)
 {
@@ -65,11 +67,18 @@ TWCleanerLines::TWCleanerLines(const TWCleanerContext& cleaners, const TWSetting
 void TWCleanerLines::refresh()
 {
     summarizer_.reset();
-    waiting_.resize(TWCleanerCount);
-    std::iota(waiting_.begin(), waiting_.end(), 0);
+    begin();
     watching_ = cleaners_.deletion.runLoop.every(WatchInterval, [this] { watch(); });
     // Several calls within one turn cause one refresh.
     next_ = cleaners_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { summarizeNext(); });
+}
+
+void TWCleanerLines::begin()
+{
+    again_.reset();
+    begun_ = cleaners_.deletion.runLoop.now();
+    waiting_.resize(TWCleanerCount);
+    std::iota(waiting_.begin(), waiting_.end(), 0);
 }
 
 std::optional<TWCleanerLines::Sum> TWCleanerLines::sum(const std::array<bool, TWCleanerCount>& chosen) const
@@ -92,6 +101,7 @@ void TWCleanerLines::pause()
     summarizer_.reset();
     next_.reset();
     watching_.reset();
+    again_.reset();
 }
 
 TWFileLook TWCleanerLines::lookAtWatched(int position) const
@@ -123,6 +133,18 @@ void TWCleanerLines::summarizeNext()
         else
             changed_(position, ComesLater);
     }
+    if (!summarizer_ && !again_)
+        beginAgainLater();
+}
+
+void TWCleanerLines::beginAgainLater()
+{
+    auto& runLoop = cleaners_.deletion.runLoop;
+    const auto taken = std::chrono::ceil<TWRunLoop::Duration>(runLoop.now() - begun_);
+    again_ = runLoop.after(std::max(ShortestAge, AgePerEffort * taken), [this] {
+        begin();
+        summarizeNext();
+    });
 }
 
 void TWCleanerLines::summarize(int position)

@@ -7,7 +7,8 @@
 
 // Determines, for each cleaner's row, the line that says what the cleaner would do now. It plans the cleaners in the
 // background, one after another, and plans one again when the folder that its row watches has changed: it looks at that
-// folder, without listing it, every two seconds. Main thread.
+// folder, without listing it, every two seconds. Plans all of them again now and then, so rarely that this takes a
+// fiftieth of the time. Main thread.
 class TWCleanerLines final {
 public:
     using Changed = std::function<void(int position, const std::string& line)>;
@@ -34,7 +35,9 @@ public:
     void pause();
 
 private:
+    void begin();
     void summarizeNext();
+    void beginAgainLater();
     void summarize(int position);
     void watch();
     TWFileLook lookAtWatched(int position) const;
@@ -49,4 +52,6 @@ private:
     std::unique_ptr<TWPlanSummarizer> summarizer_;
     std::unique_ptr<TWRunLoopHandle> next_;
     std::unique_ptr<TWRunLoopHandle> watching_;
+    TWRunLoop::Clock::time_point begun_; // the latest planning of all cleaners
+    std::unique_ptr<TWRunLoopHandle> again_;
 };

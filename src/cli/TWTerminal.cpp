@@ -26,11 +26,12 @@ bool wantsColours()
     return isatty(STDOUT_FILENO) && !std::getenv("NO_COLOR");
 }
 
-// On a terminal that can redraw a line.
+// On a terminal that can redraw a line. Lines that go elsewhere must not come between the progress on it.
 bool redrawsOn(TWOutputFormat format)
 {
     const char* terminal = std::getenv("TERM");
-    return format == TWOutputFormat::Lines && isatty(STDERR_FILENO) && terminal && std::string_view(terminal) != "dumb";
+    return format == TWOutputFormat::Lines && isatty(STDERR_FILENO) && isatty(STDOUT_FILENO) && terminal
+        && std::string_view(terminal) != "dumb";
 }
 
 // In characters.

@@ -81,12 +81,14 @@ TEST_F(TWLinuxProcessLauncherTest, AChildGetsACleanWorld)
     sigfillset(&signals);
     sigprocmask(SIG_BLOCK, &signals, &before);
     const auto oldPipe = std::signal(SIGPIPE, SIG_IGN);
-    const auto world = runShell("/usr/bin/env; readlink /proc/self/fd/0; grep -E 'Sig(Blk|Ign)' /proc/self/status");
+    const auto world = runShell("/usr/bin/env; readlink /proc/self/fd/0; grep -E 'Sig(Blk|Ign)' /proc/self/status; "
+                                "read -r a b c d group e < /proc/$$/stat; test $group = $$ && echo own group");
     std::signal(SIGPIPE, oldPipe);
     sigprocmask(SIG_SETMASK, &before, nullptr);
     unsetenv("LC_ALL");
     EXPECT_NE(world.output.find("LC_ALL=C\n"), std::string::npos);
     EXPECT_EQ(world.output.find("SECRET"), std::string::npos);
+    EXPECT_TRUE(world.output.ends_with("own group\n")) << "so that Ctrl+C does not reach it";
     EXPECT_NE(world.output.find("/dev/null\nSigBlk:\t0000000000000000\n"), std::string::npos) << world.output;
     const auto ignored = std::stoull(world.output.substr(world.output.find("SigIgn:") + 7), nullptr, 16);
     EXPECT_EQ(ignored & 0x7FFF'FFFF, 0U) << "of the signals that a program can set";

@@ -105,6 +105,11 @@ TEST_F(TWMainWindowTest, RowsStayFreshAndWarnOfShortWordsAndEditsThatAreNotSaved
     child<QPushButton>(*window, "unsavedBarButton")->click();
     EXPECT_EQ(unsaved(), "");
     EXPECT_TRUE(window->canQuitSilently());
+
+    const auto before = line("files");
+    machine.root.write("home/secret", "");
+    machine.runLoop.advance(11s);
+    EXPECT_NE(line("files"), before);
 }
 
 TEST_F(TWMainWindowTest, TheDictionaryOpensOnTopOfTheFilesRules)

@@ -77,7 +77,10 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, co
     for (const int signal : { SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP })
         sigaddset(&signals, signal);
     posix_spawnattr_setsigdefault(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    // A process group of its own: Ctrl+C at a terminal must not end the child before Tidewell knows that it is to stop,
+    // because Tidewell would go on with the next item.
+    posix_spawnattr_setpgroup(&attributes, 0);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
 
     const int error = posix_spawn(&process, path.c_str(), &actions, &attributes, words.data(), environment);
     posix_spawnattr_destroy(&attributes);

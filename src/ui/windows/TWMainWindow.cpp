@@ -40,6 +40,7 @@ constexpr const char* Outcomes[] = {
     QT_TRANSLATE_NOOP("TWMainWindow", "Cleaning is done."),
     QT_TRANSLATE_NOOP("TWMainWindow", "At least one cleaner failed."),
 };
+constexpr auto NoneOn = QT_TRANSLATE_NOOP("TWMainWindow", "No cleaner is switched on.");
 constexpr auto Stopped = QT_TRANSLATE_NOOP("TWMainWindow", "Cleaning was stopped.");
 
 constexpr const char* LightFiles[]
@@ -227,6 +228,8 @@ void TWMainWindow::changeEvent(QEvent* event)
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         refresh();
+    if (event->type() == QEvent::WindowStateChange && isMinimized())
+        lines_.pause();
 }
 
 // Return presses Clean, like a dialog's default button.
@@ -263,9 +266,22 @@ void TWMainWindow::switchCleaner(TWKey key, bool on)
     delegate_.settings().set(key, on);
     unsavedSettings_ = delegate_.settings().userDefaults().synchronize();
     showProblems();
+    forgetEnd();
+}
+
+void TWMainWindow::forgetEnd()
+{
+    if (delegate_.running())
+        return;
     endShown_ = false;
     resultsButton_->hide();
     showSum();
+}
+
+void TWMainWindow::listsEdited()
+{
+    forgetEnd();
+    refresh();
 }
 
 void TWMainWindow::showProblems()
@@ -359,7 +375,7 @@ void TWMainWindow::cleaningEnded(TWRunOutcome outcome)
 {
     const bool stopped = stopped_ && outcome == TWRunOutcome::Failed;
     const auto end = tr(stopped ? Stopped : Outcomes[static_cast<int>(outcome)]);
-    endShown_ = true;
+    endShown_ = outcome != TWRunOutcome::NothingRun;
     emit progressEnded();
     resultsButton_->setVisible(outcome != TWRunOutcome::NothingRun);
     announce(brought_.empty() ? end : end + ' ' + TWQtText::exact(brought_));
@@ -389,7 +405,10 @@ void TWMainWindow::showSum()
     const auto chosen = checked();
     const bool any = std::find(chosen.begin(), chosen.end(), true) != chosen.end();
     const auto sum = lines_.sum(chosen);
-    say(any && sum ? TWQtText::exact(sum->text()) : "");
+    if (!any)
+        say(tr(NoneOn));
+    else
+        say(sum ? TWQtText::exact(sum->text()) : "");
 }
 
 // Also lets a screen reader say the sentence.

@@ -29,6 +29,9 @@ public:
     // False while cleaning is going on or there are edits that are not saved.
     bool canQuitSilently() const;
 
+    // The same after lists may have been edited. What Clean would do now takes the place of how the latest run ended.
+    void listsEdited();
+
     // Does the same as the Clean button.
     void clean();
 
@@ -80,6 +83,7 @@ private:
     void say(const QString& sentence);
     void announce(const QString& outcome);
     void showSum();
+    void forgetEnd();
     void switchCleaner(TWKey, bool on);
     void showProblems();
     void stop();

@@ -71,7 +71,7 @@ TWSheet* TWWindowSession::sheet(const char* editor)
         return nullptr;
     auto sheet = row->make(delegate_.editors(), &mainWindow_);
     nameSandbox(*sheet);
-    QObject::connect(sheet.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.refresh(); });
+    QObject::connect(sheet.get(), &QDialog::finished, &mainWindow_, [this] { mainWindow_.listsEdited(); });
     QObject::connect(sheet.get(), &TWSheet::helpRequested, &mainWindow_,
         [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
     QObject::connect(sheet.get(), &TWSheet::editorRequested, &mainWindow_, [this](const char* other) { edit(other); });
