@@ -130,7 +130,9 @@ std::string filesStatus(const TWSettingsSources& sources)
     const auto on = std::count_if(rules.begin(), rules.end(), [](const auto& rule) { return rule.active; });
     const auto status
         = rules.empty() ? NoRules : TWText::fill(RulesOn, { std::to_string(on), std::to_string(rules.size()) });
-    return files.hasUnsavedEdits() ? TWText::fill(NotSaved, { status }) : status;
+    const bool unsaved
+        = files.hasUnsavedEdits() || (searchesForWords(sources) && sources.editors->dictionary().hasUnsavedEdits());
+    return unsaved ? TWText::fill(NotSaved, { status }) : status;
 }
 
 std::string filesWarning(const TWSettingsSources& sources)

@@ -7,7 +7,10 @@
 #include "support/TWText.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
+#include <poll.h>
+#include <unistd.h>
 
 namespace {
 
@@ -27,6 +30,7 @@ constexpr auto SumAndRefused = "%@, %@ would be deleted; %@ would be refused.\n"
 
 constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
 constexpr std::size_t ItemsPerTurn = 500; // so that the command can be interrupted between them
+constexpr TWRunLoop::Duration WhileReaderIsBusy{ 20 };
 
 std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
 {
@@ -80,18 +84,38 @@ private:
 
     void printSome()
     {
+        if (!out_.empty()) {
+            writeSome();
+            return;
+        }
         std::size_t printed = 0;
         while (printed < ItemsPerTurn && printNext())
             ++printed;
-        const bool atEnd = printed < ItemsPerTurn && preview_->ended();
-        if (atEnd)
+        atEnd_ = printed < ItemsPerTurn && preview_->ended();
+        if (atEnd_)
             addSum();
         std::fputs(err_.c_str(), stderr);
-        outputWritten_ = TWWriteToOutput(out_);
-        out_.clear();
         err_.clear();
-        finished_ = atEnd || !outputWritten_;
-        if (printed == ItemsPerTurn && !finished_)
+        moreToPrint_ = printed == ItemsPerTurn;
+        writeSome();
+    }
+
+    // Never waits for the reader, so that the command can be interrupted meanwhile. A pipe that is ready takes
+    // PIPE_BUF bytes.
+    void writeSome()
+    {
+        pollfd output{ STDOUT_FILENO, POLLOUT, 0 };
+        std::size_t written = 0;
+        while (outputWritten_ && written < out_.size() && poll(&output, 1, 0) == 1) {
+            outputWritten_ = TWWriteToOutput(out_.substr(written, PIPE_BUF));
+            written += PIPE_BUF;
+        }
+        out_.erase(0, written);
+        if (!outputWritten_ || out_.empty())
+            finished_ = atEnd_ || !outputWritten_;
+        if (!out_.empty() && outputWritten_)
+            next_ = runLoop_.after(WhileReaderIsBusy, [this] { printSome(); });
+        else if (moreToPrint_ && !finished_)
             printLater();
     }
 
@@ -164,13 +188,15 @@ private:
     TWRunLoop& runLoop_;
     const TWOutputFormat format_;
     const TWPreview* preview_ = nullptr;
+    bool atEnd_ = false; // everything is in out_
+    bool moreToPrint_ = false; // is known already
     bool finished_ = false;
     bool outputWritten_ = true;
     std::size_t cleaner_ = 0; // being printed
     bool begun_ = false; // its heading is printed
     std::size_t item_ = 0; // of the cleaner, the next to print
     std::optional<std::uint32_t> rule_; // whose heading was printed last
-    std::string out_; // of this turn
+    std::string out_; // not written yet
     std::string err_;
     std::unique_ptr<TWRunLoopHandle> next_;
 };
