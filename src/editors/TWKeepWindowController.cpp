@@ -5,6 +5,7 @@
 #include "support/TWText.h"
 
 #include <algorithm>
+#include <set>
 
 namespace {
 
@@ -17,7 +18,9 @@ constexpr auto NotText
       "its name with \"?\" in the place of such bytes.";
 constexpr auto InTrash = "\"%@\" lies in the Trash, where nothing is kept. Please restore it first.";
 constexpr auto DefaultsTitle = "Do you want to go back to the default keep list?";
-constexpr auto DefaultsText = "Entries that you have added are removed from the list. This cannot be undone.";
+constexpr auto DefaultsText
+    = "Entries that you have added are removed from the list, and stay in force until you press OK. This "
+      "cannot be undone.";
 constexpr auto Restore = "Restore";
 constexpr auto Cancel = "Cancel";
 constexpr auto NotAppliedTitle = "The default keep list could not be restored.";
@@ -38,11 +41,20 @@ TWKeepWindowController::TWKeepWindowController(const TWEditorContext& context, c
         defaultsProblem_.clear(); // because a saved list needs no defaults
         listChanged();
     });
+    context.deletion.guard.setBeforeRules([this] { takeUpFile(); });
+}
+
+TWKeepWindowController::~TWKeepWindowController()
+{
+    context_.deletion.guard.setBeforeRules(nullptr);
 }
 
 void TWKeepWindowController::awakeFromNib(TWLaunchKind)
 {
+    seen_ = context_.deletion.fileSystem.look(file(), TWLinkAtEnd::Follow);
     const auto state = list_.load();
+    saved_ = entries();
+    fileUnreadable_ = false;
     if (state == TWListState::Missing && list_.read(defaultsPath()).state != TWListState::Saved)
         defaultsProblem_ = TWText::fill(NoDefaults, { defaultsPath() });
     handToGuard();
@@ -170,8 +182,10 @@ void TWKeepWindowController::change(int row, TWKeepEntry entry)
 std::string TWKeepWindowController::write()
 {
     auto problem = list_.write();
-    if (problem.empty())
+    if (problem.empty()) {
         defaultsProblem_.clear();
+        noteSaved();
+    }
     handToGuard();
     return problem;
 }
@@ -221,12 +235,56 @@ void TWKeepWindowController::findNotes()
     finding_ = context_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { notes_.find(entries()); });
 }
 
+std::vector<TWKeepRecord> TWKeepWindowController::inForce()
+{
+    takeUpFile();
+    return savedAndLive();
+}
+
+std::vector<TWKeepRecord> TWKeepWindowController::savedAndLive() const
+{
+    auto all = saved_;
+    if (entries() == saved_)
+        return all;
+    std::set<std::pair<TWKeepEntry::Kind, std::string_view>> known;
+    for (const auto& record : saved_)
+        known.emplace(record.entry().kind, record.entry().text);
+    for (const auto& record : entries()) {
+        if (!known.contains({ record.entry().kind, record.entry().text }))
+            all.push_back(record);
+    }
+    return all;
+}
+
+void TWKeepWindowController::noteSaved()
+{
+    saved_ = entries();
+    seen_ = context_.deletion.fileSystem.look(file(), TWLinkAtEnd::Follow);
+    fileUnreadable_ = false;
+}
+
+// Reads the file again if it has changed since. The live list stays as it is. If the file has been removed, its entries
+// stay in force as well.
+void TWKeepWindowController::takeUpFile()
+{
+    const auto look = context_.deletion.fileSystem.look(file(), TWLinkAtEnd::Follow);
+    if (look.presence == seen_.presence && look.facts.identity == seen_.facts.identity
+        && look.facts.changed == seen_.facts.changed)
+        return;
+    seen_ = look;
+    auto read = list_.read(file());
+    fileUnreadable_ = !read.problem.empty();
+    if (read.state == TWListState::Saved)
+        saved_ = std::move(read.records);
+    handToGuard();
+}
+
 void TWKeepWindowController::handToGuard()
 {
     TWKeepList entries;
-    if (problem().empty()) {
+    if (problem().empty() && !fileUnreadable_) {
         entries.emplace();
-        for (const auto& record : list_.records())
+        for (const auto& record : savedAndLive())
             entries->push_back(record.entry());
     }
     context_.deletion.guard.setKeepList(std::move(entries));

@@ -38,7 +38,7 @@ TWKeepSheet::TWKeepSheet(TWKeepWindowController& controller, QWidget* parent)
     setPreferredSize(SheetWidth, SheetHeight);
     setRecords(columns(),
         { tr("What is on this &list is never deleted, whatever rule or cleaner names it, except from the Trash. "
-             "Changes take effect immediately. OK also saves them."),
+             "Added entries count at once. Removed and changed entries stay in force until you press OK."),
             tr("Keep list"),
             tr("Nothing is kept. Press + to choose a file or folder or to enter a name, or drop a file here."),
             tr("Add a file, a folder or a name"), tr("Remove the selected entry"),
