@@ -1,4 +1,4 @@
-#include "support/TWNamePattern.h"
+#include "support/TWNamePatterns.h"
 
 #include <gtest/gtest.h>
 
@@ -31,10 +31,13 @@ TEST(TWNamePatternTest, MatchesWholeNamesByteByByte)
     };
     for (const auto& row : rows) {
         const TWNamePattern pattern(row.pattern);
+        TWNamePatterns patterns;
+        for (const auto* each : { "other", "*other", "other*", row.pattern, row.pattern })
+            patterns.add(each);
         for (const auto& name : row.matching)
-            EXPECT_TRUE(pattern.matches(name)) << row.pattern << " " << name;
+            EXPECT_TRUE(pattern.matches(name) && patterns.match(name)) << row.pattern << " " << name;
         for (const auto& name : row.others)
-            EXPECT_FALSE(pattern.matches(name)) << row.pattern << " " << name;
+            EXPECT_FALSE(pattern.matches(name) || patterns.match(name)) << row.pattern << " " << name;
     }
     // Takes forever if each "*" is tried with each length.
     std::string stars;
