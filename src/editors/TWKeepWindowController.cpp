@@ -12,6 +12,8 @@ namespace {
 constexpr auto FileName = "KeepList.plist";
 constexpr auto HelpAnchor = "Keep";
 constexpr auto NoDefaults = "The default keep list \"%@\" could not be read. Please install Tidewell again.";
+constexpr auto NothingDeleted = "%@ Until then nothing is deleted. To save a new list, open Edit > Keep List... in the "
+                                "window and press OK.";
 constexpr auto NotSavedTitle = "The keep list could not be saved.";
 constexpr auto NotText
     = "\"%@\" cannot be kept in a list, because it is not valid UTF-8. Keep the folder around it, or "
@@ -145,8 +147,8 @@ std::string TWKeepWindowController::keep(const std::string& path)
 {
     const auto& fileSystem = context_.deletion.fileSystem;
     const auto real = fileSystem.realPath(path);
-    const auto trash = fileSystem.realPath(context_.deletion.places.trash, TWLinkAtEnd::Follow);
-    if (real && trash && TWPath::isAtOrBelow(*real, *trash))
+    const auto trash = TWKeepRules::trash(context_.deletion.places, fileSystem);
+    if (real && !trash.empty() && TWPath::isAtOrBelow(*real, trash))
         return TWText::fill(InTrash, { TWText::oneLine(path) });
     return save(entryFor(path));
 }
@@ -211,7 +213,7 @@ TWKeepNote TWKeepWindowController::note(int row) const
 
 std::string TWKeepWindowController::problem() const
 {
-    return list_.problem().empty() ? defaultsProblem_ : list_.problem();
+    return list_.problem().empty() ? defaultsProblem_ : TWText::fill(NothingDeleted, { list_.problem() });
 }
 
 std::string TWKeepWindowController::defaultsPath() const

@@ -39,6 +39,10 @@ TEST(TWNamePatternTest, MatchesWholeNamesByteByByte)
         for (const auto& name : row.others)
             EXPECT_FALSE(pattern.matches(name) || patterns.match(name)) << row.pattern << " " << name;
     }
+    for (const auto* doubtful : { "[\u00e4\u00f6].kdbx", "[z-a]*", "a[!bz-a]", "[]-!]" })
+        EXPECT_TRUE(TWNamePattern(doubtful).hasDoubtfulSet()) << doubtful;
+    for (const auto* clear : { "\u00e4*", "[a-z][!0-9_]", "[]-]", "[z-a", "[a-a-]" })
+        EXPECT_FALSE(TWNamePattern(clear).hasDoubtfulSet()) << clear;
     // Takes forever if each "*" is tried with each length.
     std::string stars;
     for (int count = 0; count < 60; ++count)

@@ -113,7 +113,11 @@ void TWKeepSheet::selectRow(int row)
 QString TWKeepSheet::problem() const
 {
     const auto& problem = controller_.list().problem();
-    return problem.empty() ? QString() : tr("%1 Until then nothing at all is deleted.").arg(TWQtText::shown(problem));
+    if (problem.empty())
+        return {};
+    return tr("%1 The entries below are the default ones; your own are not shown. Until you press OK, which puts the "
+              "entries below in force, nothing at all is deleted.")
+        .arg(TWQtText::shown(problem));
 }
 
 void TWKeepSheet::addRecord()
