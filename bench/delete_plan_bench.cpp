@@ -3,6 +3,7 @@
 // memory FOLDER     plans to delete every entry of the folder: number of items, then bytes an item beyond its name
 // guard FOLDER      looks at every entry and asks the deletion rules about it: milliseconds per 100,000
 // keep FOLDER       the same with 1,000 paths in that folder on the keep list
+// patterns FOLDER   the same with 1,000 names on the keep list
 // looks FOLDER      nothing but one fstatat() for each entry: milliseconds per 100,000
 // realpaths FOLDER  nothing but one realpath() for each entry: milliseconds per 100,000
 // run               empties the Trash of the home: longest turn of the event loop in milliseconds
@@ -185,6 +186,14 @@ void fillKeepList(World& world, const std::string& folder)
     world.guard.setKeepList(std::move(list));
 }
 
+void fillKeepListWithNames(World& world)
+{
+    TWKeepList list(std::in_place);
+    for (int number = 0; number < 1000; ++number)
+        list->push_back({ TWKeepEntry::Kind::Names, "*.kept" + std::to_string(number) });
+    world.guard.setKeepList(std::move(list));
+}
+
 // Does what the background work of a cleaner does.
 void judge(World& world, const std::string& folder)
 {
@@ -304,6 +313,9 @@ int main(int count, char** arguments)
         judge(*world, where);
     else if (mode == "keep" && !where.empty()) {
         fillKeepList(*world, where);
+        judge(*world, where);
+    } else if (mode == "patterns" && !where.empty()) {
+        fillKeepListWithNames(*world);
         judge(*world, where);
     } else if (mode == "looks" && !where.empty())
         looks(where);

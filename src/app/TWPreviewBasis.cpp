@@ -7,5 +7,5 @@ TWPreviewBasis TWPreviewBasis::now(TWTidewellAppDelegate& delegate)
 {
     auto& editors = delegate.editors();
     return { delegate.switchedOn(), editors.get<TWFilesWindowController>().rules(),
-        editors.dictionary().wordDictionary(), editors.get<TWKeepWindowController>().entries() };
+        editors.dictionary().wordDictionary(), editors.get<TWKeepWindowController>().inForce() };
 }

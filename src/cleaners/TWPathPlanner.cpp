@@ -53,8 +53,12 @@ bool TWPathPlanner::lookAtEntries(
         });
         if (cancellation.cancelled())
             return false;
-        for (std::size_t index = 0; index < count; ++index)
+        for (std::size_t index = 0; index < count; ++index) {
+            // A keep list with slow patterns can take long for each entry.
+            if (cancellation.cancelled())
+                return false;
             seen(entries[start + index].name, looks[index]);
+        }
     }
     return true;
 }
@@ -68,8 +72,9 @@ TWPlannedItem& TWPathPlanner::add(TWPlan& plan, const Folder& folder, std::strin
     item.facts = look.facts;
     item.folder = static_cast<std::uint32_t>(plan.folders.size() - 1);
     auto objection = rules_->objection(folder.judged, item.name, look);
-    if (objection.empty() && rules_->mustLookInside(folder.judged, look))
-        objection = rules_->objectionInside(fileSystem_, folder.judged, item.name, look, cancellation);
+    constexpr auto Names = TWDeletionRules::Search::Names;
+    if (objection.empty() && rules_->mustLookInside(folder.judged, look, Names))
+        objection = rules_->objectionInside(folder.judged, item.name, look, Names, cancellation);
     plan.object(item, objection);
     return item;
 }

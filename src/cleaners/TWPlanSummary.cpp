@@ -6,6 +6,7 @@
 namespace {
 
 constexpr auto ItemsAndSize = "%@, %@";
+constexpr auto SeveralReasons = "see Preview.";
 
 TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, const TWCancellation& cancellation)
 {
@@ -21,6 +22,8 @@ TWPlanSummary summaryOf(const TWPlan& plan, const TWFileSystem& fileSystem, cons
         if (item.objection) {
             if (summary.refused++ == 0)
                 summary.objection = item.objection;
+            else if (summary.objection != item.objection)
+                summary.objection = SeveralReasons;
             continue;
         }
         ++summary.items;

@@ -8,7 +8,7 @@ struct TWPlanSummary {
     std::uint64_t items = 0; // items that would be deleted, without quiet and refused ones
     std::uint64_t bytes = 0; // space on disk that everything takes
     std::uint64_t refused = 0; // items that the deletion rules refuse
-    TWObjection objection; // the reason for the first refused item
+    TWObjection objection; // the reason; "see Preview." if they were refused for different ones
     std::optional<std::string> failure; // if set, the job would fail with this text and delete nothing
     std::string remark; // the first line that the planning reported
     bool incomplete = false; // something could not be read

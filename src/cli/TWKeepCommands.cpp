@@ -18,6 +18,13 @@ constexpr auto InsidePattern
 constexpr auto HasMistake = "The entry %@.\n";
 constexpr auto NoSuchEntry = "There is no entry %@. Try \"tidewell keep list\".\n";
 
+constexpr auto KeptNames = "Kept: everything with a name like \"%@\".";
+constexpr auto KeptInside = "Kept: \"%@\" with everything in it.";
+constexpr auto KeptItem = "Kept: \"%@\".";
+constexpr auto KeptFolder
+    = "Kept: \"%@\" itself. What is in it can still be deleted; add it with --inside to keep that too.";
+constexpr auto MissingNow = " It does not exist now.";
+
 constexpr auto PathName = "PATH";
 constexpr auto InsideName = "--inside";
 constexpr auto PatternName = "--pattern";
@@ -58,6 +65,9 @@ std::string entryLine(const TWKeepEntry& entry, std::size_t number)
 
 TWCommandResult list(const TWCommandContext& context, const TWInvocation& invocation)
 {
+    // The defaults that stand in for a damaged list are not in force. What is wrong is said for every command.
+    if (!editorOf(context).problem().empty())
+        return { TWStatus::Failure, "", "" };
     const auto records = editorOf(context).list().saved();
     std::string out;
     for (std::size_t index = 0; index < records.size(); ++index) {
@@ -77,6 +87,18 @@ std::string readPath(const TWCommandContext& context, const std::string& given, 
     return meant.problem;
 }
 
+std::string addedText(const TWCommandContext& context, const TWKeepEntry& entry)
+{
+    const auto shown = TWText::oneLine(entry.text);
+    if (entry.kind == Kind::Names)
+        return TWText::fill(KeptNames, { shown });
+    const auto look = context.host.fileSystem().look(context.places.standardize(entry.text));
+    const auto missing = look.presence == TWPresence::Gone ? MissingNow : "";
+    if (entry.kind == Kind::FolderWithContents)
+        return TWText::fill(KeptInside, { shown }) + missing;
+    return TWText::fill(look.isFolder() ? KeptFolder : KeptItem, { shown }) + missing;
+}
+
 TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocation)
 {
     const bool isPattern = invocation.has(PatternName);
@@ -92,7 +114,12 @@ TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocat
     }
     if (const auto mistake = entry.mistake(); !mistake.empty())
         return TWWrongUse(TWText::fill(HasMistake, { mistake }));
-    return TWSaved(editorOf(context).save(entry));
+    if (const auto doubt = entry.doubt(); !doubt.empty())
+        return TWWrongUse(TWText::fill(HasMistake, { doubt }));
+    auto result = TWSaved(editorOf(context).save(entry));
+    if (result.status == TWStatus::Success && !invocation.json)
+        result.out = addedText(context, entry) + "\n";
+    return result;
 }
 
 TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invocation)

@@ -11,6 +11,8 @@ TWDeletionGuard::TWDeletionGuard(
 
 std::shared_ptr<const TWDeletionRules> TWDeletionGuard::rules()
 {
+    if (beforeRules_)
+        beforeRules_();
     const auto mountPoints = mountTable_.mountPoints();
     if (!rules_ || mountPoints != mountPoints_) {
         mountPoints_ = mountPoints;

@@ -37,7 +37,9 @@ constexpr const char* SystemFolders[]
 
 TWDeletionRules::TWDeletionRules(const TWPlaces& places, const TWFileSystem& fileSystem, const std::string& dataFolder,
     std::shared_ptr<const TWMountPoints> mountPoints, const TWKeepList& keepList)
-    : keepRules_(places, fileSystem, keepList)
+    : fileSystem_(fileSystem)
+    , places_(places)
+    , keepList_(keepList)
     , mountPoints_(std::move(mountPoints))
     , sandboxed_(places.sandboxed())
 {
@@ -100,6 +102,15 @@ void TWDeletionRules::protectSeen(const TWFileLook& look, const std::string& pat
         known.below = protection.below;
 }
 
+const TWKeepRules& TWDeletionRules::keepRules() const
+{
+    std::call_once(prepared_, [this] {
+        keepRules_ = std::make_unique<const TWKeepRules>(places_, fileSystem_, keepList_);
+        isPrepared_ = true;
+    });
+    return *keepRules_;
+}
+
 TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder, std::string realPath) const
 {
     Folder judged{ std::move(realPath), nullptr, true, {} };
@@ -109,7 +120,7 @@ TWDeletionRules::Folder TWDeletionRules::judgeFolder(const TWHeldFolder& folder,
         judged.objection = CannotTell;
         return judged;
     }
-    judged.kept = keepRules_.judgeFolder(chain, judged.realPath);
+    judged.kept = keepRules().judgeFolder(chain, judged.realPath);
     judged.objection = objectionToChain(chain);
     for (const auto& [path, protection] : unseen_) {
         if (!judged.objection && protection.below && TWPath::isAtOrBelow(judged.realPath, path))
@@ -147,18 +158,18 @@ TWObjection TWDeletionRules::objection(const Folder& folder, std::string_view na
 {
     if (const auto* reason = fixedObjection(folder, name, look))
         return reason;
-    return keepRules_.objection(folder.kept, name, look);
+    return keepRules().objection(folder.kept, name, look);
 }
 
-bool TWDeletionRules::mustLookInside(const Folder& folder, const TWFileLook& look) const
+bool TWDeletionRules::mustLookInside(const Folder& folder, const TWFileLook& look, Search search) const
 {
-    return keepRules_.mustLookInside(folder.kept, look);
+    return keepRules().mustLookInside(folder.kept, look, search);
 }
 
-TWObjection TWDeletionRules::objectionInside(const TWFileSystem& fileSystem, const Folder& folder,
-    std::string_view name, const TWFileLook& look, const TWCancellation& cancellation) const
+TWObjection TWDeletionRules::objectionInside(const Folder& folder, std::string_view name, const TWFileLook& look,
+    Search search, const TWCancellation& cancellation) const
 {
-    return keepRules_.objectionInside(fileSystem, TWPath::join(folder.realPath, name), look, cancellation);
+    return keepRules().objectionInside(TWPath::join(folder.realPath, name), look, search, cancellation);
 }
 
 TWDeletionRules::Reason TWDeletionRules::fixedObjection(

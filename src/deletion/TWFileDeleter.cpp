@@ -26,6 +26,8 @@ constexpr std::size_t MostToolLines = 20;
 // Our srm begins lines that are not about failures with this.
 constexpr std::string_view NoteMark = "srm: note: ";
 
+constexpr auto Search = TWDeletionRules::Search::NamesAndMoved;
+
 struct ModeRow {
     TWSecureMode mode;
     const char* option; // nullptr if the tool is run without one
@@ -114,17 +116,22 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     return rowFor(mode).label;
 }
 
-// Starts the child if the target may be deleted. If the rules have to know what lies below it, searches it first and
-// then asks everything again, because it may have changed in the meantime.
+// Starts the child if the target may be deleted. A kept path may be on a disk that does not answer, so new rules look
+// at them in the background. If the rules have to know what lies below it, searches it first and then asks everything
+// again, because it may have changed in the meantime.
 void TWFileDeleter::begin()
 {
+    if (auto rules = tools_.guard.rules(); !rules->isPrepared()) {
+        prepare(std::move(rules));
+        return;
+    }
     TWReportLine problem("");
     auto opened = openFolder(problem);
     if (!opened) {
         refuse(std::move(problem));
         return;
     }
-    if (opened->rules->mustLookInside(opened->judged, opened->look) && !isSearched(*opened)) {
+    if (opened->rules->mustLookInside(opened->judged, opened->look, Search) && !isSearched(*opened)) {
         search(*opened);
         return;
     }
@@ -140,15 +147,25 @@ bool TWFileDeleter::isSearched(const Opened& opened) const
     return opened.rules == searchedBy_ && opened.look.facts.identity == searchedFolder_;
 }
 
+void TWFileDeleter::prepare(std::shared_ptr<const TWDeletionRules> rules)
+{
+    searching_ = std::make_unique<TWBackgroundStream<TWObjection>>(
+        tools_.runLoop, 1,
+        [rules = std::move(rules)](auto& sink) {
+            rules->prepare();
+            sink.put("");
+        },
+        [this](const TWObjection& objection) { searched(objection); }, [] {});
+}
+
 void TWFileDeleter::search(const Opened& opened)
 {
     searchedBy_ = opened.rules;
     searchedFolder_ = opened.look.facts.identity;
     searching_ = std::make_unique<TWBackgroundStream<TWObjection>>(
         tools_.runLoop, 1,
-        [rules = opened.rules, judged = opened.judged, name = std::string(target_.name), look = opened.look,
-            &fileSystem = tools_.fileSystem](
-            auto& sink) { sink.put(rules->objectionInside(fileSystem, judged, name, look, sink.cancellation())); },
+        [rules = opened.rules, judged = opened.judged, name = std::string(target_.name), look = opened.look](
+            auto& sink) { sink.put(rules->objectionInside(judged, name, look, Search, sink.cancellation())); },
         [this](const TWObjection& objection) { searched(objection); }, [] {});
 }
 

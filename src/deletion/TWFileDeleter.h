@@ -90,6 +90,7 @@ private:
     void begin();
     bool isSearched(const Opened&) const;
     std::optional<Opened> openFolder(TWReportLine& problem);
+    void prepare(std::shared_ptr<const TWDeletionRules>);
     void search(const Opened&);
     void searched(const TWObjection&);
     void refuse(TWReportLine problem);
@@ -110,7 +111,7 @@ private:
     std::unique_ptr<TWHeldFolder> changingFolder_; // in which the child deletes, if there is a check
     TWFileFacts folderBefore_; // its facts before the child was launched
     std::string launchPath_;
-    std::unique_ptr<TWBackgroundStream<TWObjection>> searching_; // below the target
+    std::unique_ptr<TWBackgroundStream<TWObjection>> searching_; // for kept paths, or below the target
     std::shared_ptr<const TWDeletionRules> searchedBy_; // the rules that the latest search asked
     TWFileIdentity searchedFolder_; // in the latest search
     std::unique_ptr<TWChildProcess> task_;

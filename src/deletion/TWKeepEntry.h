@@ -19,6 +19,9 @@ struct TWKeepEntry {
     // Returns a short clause why the entry keeps nothing, such as "has no path", or "".
     std::string mistake() const;
 
+    // Returns a short clause why the entry may not keep what the user means, or "".
+    std::string doubt() const;
+
     friend bool operator==(const TWKeepEntry&, const TWKeepEntry&) = default;
 };
 

@@ -18,8 +18,10 @@ constexpr auto HoldsKept = "it holds \"%@\", which is on the keep list.";
 constexpr auto NameKept = "names like \"%@\" are on the keep list.";
 constexpr auto InsideNameKept = "it lies in \"%@\", and names like \"%@\" are on the keep list.";
 constexpr auto HoldsNameKept = "it holds \"%@\", and names like \"%@\" are on the keep list.";
-constexpr auto NotSearched = "it holds \"%@\", which could not be searched for names on the keep list (%@).";
-constexpr auto NotSearchedToTheEnd = "it could not be searched for names on the keep list.";
+constexpr auto HoldsMoved = "it holds \"%@\", which is on the keep list and has been moved.";
+constexpr auto NotSearchedItself = "it could not be searched for what is on the keep list (%@).";
+constexpr auto NotSearched = "it holds \"%@\", which could not be searched for what is on the keep list (%@).";
+constexpr auto NotSearchedToTheEnd = "it could not be searched for what is on the keep list.";
 
 // What is kept of a tree, and where; at most one of the two.
 struct Found {
@@ -31,37 +33,47 @@ struct Found {
 }
 
 TWKeepRules::TWKeepRules(const TWPlaces& places, const TWFileSystem& fileSystem, const TWKeepList& list)
-    : list_(list)
+    : fileSystem_(fileSystem)
+    , list_(list)
 {
     if (!list_ || list_->empty())
         return;
-    const auto trash = fileSystem.realPath(places.trash, TWLinkAtEnd::Follow);
-    const auto home = fileSystem.realPath(places.home, TWLinkAtEnd::Follow);
-    // A Trash that leads to the home folder or above it must not switch the keep list off.
-    if (trash && home && !TWPath::isAtOrBelow(*home, *trash)) {
-        trash_ = *trash;
+    trash_ = trash(places, fileSystem);
+    if (!trash_.empty())
         trashIdentity_ = fileSystem.look(trash_).facts.identity;
-    }
     for (const auto& entry : *list_) {
         if (!entry.mistake().empty())
             continue;
         if (entry.kind == TWKeepEntry::Kind::Names) {
-            patterns_.emplace_back(entry.text);
+            patterns_.add(entry.text);
             continue;
         }
         // If a ".." follows a link, the path has two meanings: both are kept.
         const auto standardized = places.standardize(entry.text);
         const auto expanded = places.expand(entry.text);
-        keepPath(fileSystem, entry, standardized);
+        keepPath(entry, standardized);
         if (expanded.find("/..") != std::string::npos)
-            keepPath(fileSystem, entry, expanded);
+            keepPath(entry, expanded);
+    }
+    for (const auto& [path, place] : places_) {
+        if (place.itself && place.look.isThere())
+            kept_.push_back(&place);
     }
 }
 
-void TWKeepRules::keepPath(const TWFileSystem& fileSystem, const TWKeepEntry& entry, const std::string& path)
+std::string TWKeepRules::trash(const TWPlaces& places, const TWFileSystem& fileSystem)
 {
-    const auto look = [&](const std::string& reached) { return place(fileSystem, reached).look; };
-    auto steps = TWPathSteps(fileSystem, path, look);
+    if (!fileSystem.look(places.trash).isFolder() || !fileSystem.look(TWPath::join(places.trash, "files")).isFolder())
+        return "";
+    const auto trash = fileSystem.realPath(places.trash, TWLinkAtEnd::Follow);
+    const auto home = fileSystem.realPath(places.home, TWLinkAtEnd::Follow);
+    return trash && home && !TWPath::isAtOrBelow(*home, *trash) ? *trash : "";
+}
+
+void TWKeepRules::keepPath(const TWKeepEntry& entry, const std::string& path)
+{
+    const auto look = [&](const std::string& reached) { return place(reached).look; };
+    auto steps = TWPathSteps(fileSystem_, path, look);
     const auto inTrash
         = [this](const TWPathStep& step) { return !trash_.empty() && TWPath::isAtOrBelow(step.path, trash_); };
     // What is in the Trash is not kept, and neither is the way to it.
@@ -70,7 +82,7 @@ void TWKeepRules::keepPath(const TWFileSystem& fileSystem, const TWKeepEntry& en
     for (const auto& step : steps) {
         if (inTrash(step))
             continue;
-        auto& found = place(fileSystem, step.path);
+        auto& found = place(step.path);
         auto& keeper = step.last ? found.itself : found.inside;
         keeper = keeper ? keeper : &entry;
         if (step.last && entry.kind == TWKeepEntry::Kind::FolderWithContents && !found.below)
@@ -79,13 +91,14 @@ void TWKeepRules::keepPath(const TWFileSystem& fileSystem, const TWKeepEntry& en
 }
 
 // Looks at each path once: most kept paths have their first folders in common.
-TWKeepRules::Place& TWKeepRules::place(const TWFileSystem& fileSystem, const std::string& path)
+TWKeepRules::Place& TWKeepRules::place(const std::string& path)
 {
     const auto [found, isNew] = places_.try_emplace(path);
     auto& place = found->second;
     if (!isNew)
         return place;
-    place.look = fileSystem.look(path);
+    place.path = &found->first;
+    place.look = fileSystem_.look(path);
     if (place.look.isThere())
         known_[place.look.facts.identity].push_back(&place);
     // The way to a path begins at "/", so its parent folder is known.
@@ -152,27 +165,40 @@ std::string TWKeepRules::objectionToNames(const std::string& realPath) const
 {
     for (std::string_view path = realPath; path.size() > 1 && !patterns_.empty(); path = TWPath::parent(path)) {
         const auto name = TWPath::lastComponent(path);
-        if (const auto* pattern = patternFor(name))
+        if (const auto* pattern = patterns_.match(name))
             return TWText::fill(InsideNameKept, { name, pattern->text() });
     }
     return "";
 }
 
-const TWNamePattern* TWKeepRules::patternFor(std::string_view name) const
-{
-    const auto found = std::find_if(
-        patterns_.begin(), patterns_.end(), [&](const TWNamePattern& pattern) { return pattern.matches(name); });
-    return found == patterns_.end() ? nullptr : &*found;
-}
-
-std::string TWKeepRules::objectionToPlace(const Place& place, const TWFileLook& look)
+std::string TWKeepRules::objectionToPlace(const Place& place, const TWFileLook& look) const
 {
     if (place.itself)
         return TWText::fill(Kept, { place.itself->text });
-    // A file that has taken the place of a folder holds nothing.
-    if (place.inside && look.isThere() && (look.isFolder() || look.facts.kind == TWFileKind::Link))
+    if (!place.inside || !look.isThere())
+        return "";
+    if (look.facts.kind == TWFileKind::Link)
         return TWText::fill(HoldsKept, { place.inside->text });
-    return "";
+    // A file that has taken the place of a folder holds nothing.
+    const auto* held = look.isFolder() ? existsBelow(place) : nullptr;
+    return held ? TWText::fill(HoldsKept, { held->text }) : "";
+}
+
+// Returns the entry of something kept below that exists now or existed when the rules were made, or nullptr. A kept
+// path at which there was never anything must not stop the deletion of the folder that it would be in.
+const TWKeepEntry* TWKeepRules::existsBelow(const Place& place) const
+{
+    for (const auto& [name, child] : place.entries) {
+        if (child->look.presence == TWPresence::Gone && fileSystem_.look(*child->path).presence == TWPresence::Gone)
+            continue;
+        if (child->itself)
+            return child->itself;
+        if (child->look.facts.kind == TWFileKind::Link && child->inside)
+            return child->inside;
+        if (const auto* held = existsBelow(*child))
+            return held;
+    }
+    return nullptr;
 }
 
 std::string TWKeepRules::objection(const Folder& folder, std::string_view name, const TWFileLook& look) const
@@ -193,7 +219,7 @@ std::string TWKeepRules::objection(const Folder& folder, std::string_view name, 
                 return text;
         }
     }
-    const auto* pattern = patternFor(name);
+    const auto* pattern = patterns_.match(name);
     return pattern ? TWText::fill(NameKept, { pattern->text() }) : "";
 }
 
@@ -202,17 +228,32 @@ bool TWKeepRules::isTrash(const TWFileLook& look) const
     return !trash_.empty() && look.isThere() && look.facts.identity == trashIdentity_;
 }
 
-bool TWKeepRules::mustLookInside(const Folder& folder, const TWFileLook& look) const
+bool TWKeepRules::mustLookInside(const Folder& folder, const TWFileLook& look, Search search) const
 {
-    return !patterns_.empty() && !folder.inTrash && look.isFolder() && !isTrash(look);
+    const bool searches = !patterns_.empty() || (search == Search::NamesAndMoved && !kept_.empty());
+    return searches && !folder.inTrash && look.isFolder() && !isTrash(look);
 }
 
-// Looks for names that are kept, everywhere but in the Trash. Stops entering folders once it has found one.
-class TWKeepRules::Search final : public TWTreeVisitor<Found> {
+// The identities of what was at kept places and is not there any more.
+TWKeepRules::Identities TWKeepRules::moved() const
+{
+    Identities moved;
+    for (const auto* place : kept_) {
+        const auto now = fileSystem_.look(*place->path);
+        if (!now.isThere() || now.facts.identity != place->look.facts.identity)
+            moved.insert(place->look.facts.identity);
+    }
+    return moved;
+}
+
+// Looks for what is kept, everywhere but in the Trash. Stops entering folders once it has found something.
+class TWKeepRules::Searcher final : public TWTreeVisitor<Found> {
 public:
-    Search(const TWKeepRules& rules, const TWFileLook& root)
+    Searcher(const TWKeepRules& rules, const TWFileLook& root, const std::string& rootPath, const Identities& moved)
         : rules_(rules)
         , root_(root.facts.identity)
+        , rootPath_(rootPath)
+        , moved_(moved)
     {
     }
 
@@ -232,21 +273,32 @@ public:
             = TWPath::lastComponent(rules_.trash_) == entry.name && folder.pathOf(entry) == rules_.trash_;
         if (isTrash)
             return TWWalkStep::PassOver;
-        const auto* pattern = rules_.patternFor(entry.name);
-        if (!pattern)
+        if (const auto* pattern = rules_.patterns_.match(entry.name))
+            say(found, TWText::fill(HoldsNameKept, { entry.name, pattern->text() }));
+        else if (!moved_.empty() && !isElsewhere(folder.folder().look(entry)))
+            say(found, TWText::fill(HoldsMoved, { entry.name }));
+        else
             return TWWalkStep::Enter;
-        say(found, TWText::fill(HoldsNameKept, { entry.name, pattern->text() }));
         return TWWalkStep::PassOver;
     }
 
     void notEntered(std::size_t, const std::string& path, int error, Found& found) const override
     {
         // What has been deleted in the meantime holds nothing.
-        if (error != ENOENT)
+        if (error == ENOENT)
+            return;
+        if (path == rootPath_)
+            say(found, TWText::fill(NotSearchedItself, { TWErrorText(error) }));
+        else
             say(found, TWText::fill(NotSearched, { TWPath::lastComponent(path), TWErrorText(error) }));
     }
 
 private:
+    bool isElsewhere(const TWFileLook& look) const
+    {
+        return look.presence == TWPresence::Gone || (look.isThere() && !moved_.contains(look.facts.identity));
+    }
+
     void say(Found& found, std::string objection) const
     {
         found.objection = std::move(objection);
@@ -255,17 +307,23 @@ private:
 
     const TWKeepRules& rules_;
     const TWFileIdentity root_;
+    const std::string& rootPath_;
+    const Identities& moved_;
     mutable std::atomic<bool> done_{ false };
 };
 
-std::string TWKeepRules::objectionInside(const TWFileSystem& fileSystem, const std::string& realPath,
-    const TWFileLook& look, const TWCancellation& cancellation) const
+std::string TWKeepRules::objectionInside(
+    const std::string& realPath, const TWFileLook& look, Search search, const TWCancellation& cancellation) const
 {
+    const auto movedAway = search == Search::NamesAndMoved ? moved() : Identities();
+    if (patterns_.empty() && movedAway.empty())
+        return "";
     std::string objection;
     const auto receive = [&](Found found) {
         if (objection.empty())
             objection = std::move(found.objection);
     };
-    const auto end = TWWalkTrees<Found>(fileSystem, { { realPath } }, Search(*this, look), receive, cancellation);
+    const Searcher searcher(*this, look, realPath, movedAway);
+    const auto end = TWWalkTrees<Found>(fileSystem_, { { realPath } }, searcher, receive, cancellation);
     return objection.empty() && end != TWWalkEnd::Complete ? NotSearchedToTheEnd : objection;
 }

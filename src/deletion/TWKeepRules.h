@@ -4,13 +4,16 @@
 #include "platform/TWFileSystem.h"
 #include "platform/TWPlaces.h"
 #include "platform/TWRunLoop.h"
-#include "support/TWNamePattern.h"
+#include "support/TWNamePatterns.h"
 
+#include <map>
 #include <unordered_map>
+#include <unordered_set>
 
 // What the keep list says about paths that are to be deleted. A kept path is known by its text, so that it stays kept
 // if another file takes its place, and by device and inode, whatever path, link or bind mount leads to it. What lies in
-// the Trash has been thrown away already and is never kept. Does not change; any thread may ask it.
+// the Trash has been thrown away already and is never kept. Does not change; any thread may ask it. The file system
+// must outlive it.
 //
 // An objection is a clause for the user that names the entry, or "".
 class TWKeepRules final {
@@ -21,6 +24,10 @@ public:
     TWKeepRules(const TWPlaces&, const TWFileSystem&, const TWKeepList&);
     TWKeepRules(const TWKeepRules&) = delete;
     TWKeepRules& operator=(const TWKeepRules&) = delete;
+
+    // The real path of the Trash, or "" if nothing is exempt from the keep list: the Trash or its "files" is missing or
+    // a symbolic link, which could lead to documents, or it holds the home folder.
+    static std::string trash(const TWPlaces&, const TWFileSystem&);
 
     // What the keep list says about a parent folder. Must not outlive the rules.
     struct Folder {
@@ -35,39 +42,48 @@ public:
     // Whether an entry of such a folder is kept, lies in something kept or holds a kept path. Does not look below it.
     std::string objection(const Folder&, std::string_view name, const TWFileLook&) const;
 
-    // Whether an entry without an objection may hold something whose name is kept, so that objectionInside() has to be
-    // asked. Never if no names are kept.
-    bool mustLookInside(const Folder&, const TWFileLook&) const;
+    // What a search below a folder looks for: for a plan names that are kept, and right before a deletion also kept
+    // files and folders that have left their places since these rules were made, perhaps for that folder.
+    enum class Search : std::uint8_t { Names, NamesAndMoved };
 
-    // Searches the folder at the real path, which must still be the one that was looked at, for names that are kept.
-    // Takes as long as reading the whole tree. Objects also if part of it cannot be read, or when cancelled.
-    std::string objectionInside(
-        const TWFileSystem&, const std::string& realPath, const TWFileLook&, const TWCancellation&) const;
+    // Whether an entry without an objection may hold what is searched for, so that objectionInside() has to be asked.
+    bool mustLookInside(const Folder&, const TWFileLook&, Search) const;
+
+    // Searches the folder at the real path, which must still be the one that was looked at. Takes as long as reading
+    // the whole tree, unless only what has moved matters and nothing has. Objects also if part of it cannot be read, or
+    // when cancelled.
+    std::string objectionInside(const std::string& realPath, const TWFileLook&, Search, const TWCancellation&) const;
 
 private:
     // A path that is kept, or leads to one that is.
     struct Place {
+        const std::string* path = nullptr; // its key in places_
         TWFileLook look;
         const TWKeepEntry* itself = nullptr; // keeps it
         const TWKeepEntry* below = nullptr; // keeps everything below it
         const TWKeepEntry* inside = nullptr; // is somewhere below it or, if it is a link, behind it
-        std::unordered_map<std::string_view, const Place*> entries; // of those places that lie right in it, by name
+        std::map<std::string_view, const Place*> entries; // of those places that lie right in it, by name
     };
 
-    void keepPath(const TWFileSystem&, const TWKeepEntry&, const std::string& path);
-    Place& place(const TWFileSystem&, const std::string& path);
+    using Identities = std::unordered_set<TWFileIdentity>;
+
+    void keepPath(const TWKeepEntry&, const std::string& path);
+    Place& place(const std::string& path);
     bool isInTrash(const std::vector<TWAncestor>& chain, const std::string& realPath) const;
     bool isTrash(const TWFileLook&) const;
     std::string objectionToChain(const std::vector<TWAncestor>& chain, const std::string& realPath) const;
     std::string objectionToNames(const std::string& realPath) const;
-    static std::string objectionToPlace(const Place&, const TWFileLook&);
-    const TWNamePattern* patternFor(std::string_view name) const;
-    class Search;
+    std::string objectionToPlace(const Place&, const TWFileLook&) const;
+    const TWKeepEntry* existsBelow(const Place&) const;
+    Identities moved() const;
+    class Searcher;
 
+    const TWFileSystem& fileSystem_;
     const TWKeepList list_;
-    std::vector<TWNamePattern> patterns_;
+    TWNamePatterns patterns_;
     std::unordered_map<std::string, Place> places_; // by real path; the addresses of keys and places never change
     std::unordered_map<TWFileIdentity, std::vector<const Place*>> known_; // those of places_ that exist
-    std::string trash_; // its real path; "" if it does not exist or holds the home folder
+    std::vector<const Place*> kept_; // those of places_ that exist and are kept themselves
+    std::string trash_; // see trash()
     TWFileIdentity trashIdentity_;
 };

@@ -5,6 +5,7 @@
 namespace {
 
 constexpr auto KeepsNothing = "Keeps nothing: the entry %@.";
+constexpr auto Doubtful = "May not keep what you mean: the entry %@.";
 constexpr auto Missing = "Does not exist now";
 constexpr auto NotLookedAt = "Could not be looked at: %@";
 
@@ -73,6 +74,8 @@ TWKeepNote TWKeepNotes::note(const TWKeepEntry& entry) const
 {
     if (const auto mistake = entry.mistake(); !mistake.empty())
         return { TWText::fill(KeepsNothing, { mistake }), true };
+    if (const auto doubt = entry.doubt(); !doubt.empty())
+        return { TWText::fill(Doubtful, { doubt }), true };
     const auto found = found_.find(entry.text);
     return isPath(entry) && found != found_.end() ? found->second : TWKeepNote();
 }

@@ -5,19 +5,24 @@
 #include "support/TWText.h"
 
 #include <algorithm>
+#include <set>
 
 namespace {
 
 constexpr auto FileName = "KeepList.plist";
 constexpr auto HelpAnchor = "Keep";
 constexpr auto NoDefaults = "The default keep list \"%@\" could not be read. Please install Tidewell again.";
+constexpr auto NothingDeleted = "%@ Until then nothing is deleted. To save a new list, open Edit > Keep List... in the "
+                                "window and press OK.";
 constexpr auto NotSavedTitle = "The keep list could not be saved.";
 constexpr auto NotText
     = "\"%@\" cannot be kept in a list, because it is not valid UTF-8. Keep the folder around it, or "
       "its name with \"?\" in the place of such bytes.";
 constexpr auto InTrash = "\"%@\" lies in the Trash, where nothing is kept. Please restore it first.";
 constexpr auto DefaultsTitle = "Do you want to go back to the default keep list?";
-constexpr auto DefaultsText = "Entries that you have added are removed from the list. This cannot be undone.";
+constexpr auto DefaultsText
+    = "Entries that you have added are removed from the list, and stay in force until you press OK. This "
+      "cannot be undone.";
 constexpr auto Restore = "Restore";
 constexpr auto Cancel = "Cancel";
 constexpr auto NotAppliedTitle = "The default keep list could not be restored.";
@@ -38,11 +43,20 @@ TWKeepWindowController::TWKeepWindowController(const TWEditorContext& context, c
         defaultsProblem_.clear(); // because a saved list needs no defaults
         listChanged();
     });
+    context.deletion.guard.setBeforeRules([this] { takeUpFile(); });
+}
+
+TWKeepWindowController::~TWKeepWindowController()
+{
+    context_.deletion.guard.setBeforeRules(nullptr);
 }
 
 void TWKeepWindowController::awakeFromNib(TWLaunchKind)
 {
+    seen_ = context_.deletion.fileSystem.look(file(), TWLinkAtEnd::Follow);
     const auto state = list_.load();
+    saved_ = entries();
+    fileUnreadable_ = false;
     if (state == TWListState::Missing && list_.read(defaultsPath()).state != TWListState::Saved)
         defaultsProblem_ = TWText::fill(NoDefaults, { defaultsPath() });
     handToGuard();
@@ -133,8 +147,8 @@ std::string TWKeepWindowController::keep(const std::string& path)
 {
     const auto& fileSystem = context_.deletion.fileSystem;
     const auto real = fileSystem.realPath(path);
-    const auto trash = fileSystem.realPath(context_.deletion.places.trash, TWLinkAtEnd::Follow);
-    if (real && trash && TWPath::isAtOrBelow(*real, *trash))
+    const auto trash = TWKeepRules::trash(context_.deletion.places, fileSystem);
+    if (real && !trash.empty() && TWPath::isAtOrBelow(*real, trash))
         return TWText::fill(InTrash, { TWText::oneLine(path) });
     return save(entryFor(path));
 }
@@ -170,8 +184,10 @@ void TWKeepWindowController::change(int row, TWKeepEntry entry)
 std::string TWKeepWindowController::write()
 {
     auto problem = list_.write();
-    if (problem.empty())
+    if (problem.empty()) {
         defaultsProblem_.clear();
+        noteSaved();
+    }
     handToGuard();
     return problem;
 }
@@ -197,7 +213,7 @@ TWKeepNote TWKeepWindowController::note(int row) const
 
 std::string TWKeepWindowController::problem() const
 {
-    return list_.problem().empty() ? defaultsProblem_ : list_.problem();
+    return list_.problem().empty() ? defaultsProblem_ : TWText::fill(NothingDeleted, { list_.problem() });
 }
 
 std::string TWKeepWindowController::defaultsPath() const
@@ -221,12 +237,56 @@ void TWKeepWindowController::findNotes()
     finding_ = context_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { notes_.find(entries()); });
 }
 
+std::vector<TWKeepRecord> TWKeepWindowController::inForce()
+{
+    takeUpFile();
+    return savedAndLive();
+}
+
+std::vector<TWKeepRecord> TWKeepWindowController::savedAndLive() const
+{
+    auto all = saved_;
+    if (entries() == saved_)
+        return all;
+    std::set<std::pair<TWKeepEntry::Kind, std::string_view>> known;
+    for (const auto& record : saved_)
+        known.emplace(record.entry().kind, record.entry().text);
+    for (const auto& record : entries()) {
+        if (!known.contains({ record.entry().kind, record.entry().text }))
+            all.push_back(record);
+    }
+    return all;
+}
+
+void TWKeepWindowController::noteSaved()
+{
+    saved_ = entries();
+    seen_ = context_.deletion.fileSystem.look(file(), TWLinkAtEnd::Follow);
+    fileUnreadable_ = false;
+}
+
+// Reads the file again if it has changed since. The live list stays as it is. If the file has been removed, its entries
+// stay in force as well.
+void TWKeepWindowController::takeUpFile()
+{
+    const auto look = context_.deletion.fileSystem.look(file(), TWLinkAtEnd::Follow);
+    if (look.presence == seen_.presence && look.facts.identity == seen_.facts.identity
+        && look.facts.changed == seen_.facts.changed)
+        return;
+    seen_ = look;
+    auto read = list_.read(file());
+    fileUnreadable_ = !read.problem.empty();
+    if (read.state == TWListState::Saved)
+        saved_ = std::move(read.records);
+    handToGuard();
+}
+
 void TWKeepWindowController::handToGuard()
 {
     TWKeepList entries;
-    if (problem().empty()) {
+    if (problem().empty() && !fileUnreadable_) {
         entries.emplace();
-        for (const auto& record : list_.records())
+        for (const auto& record : savedAndLive())
             entries->push_back(record.entry());
     }
     context_.deletion.guard.setKeepList(std::move(entries));

@@ -23,12 +23,14 @@ protected:
     ~TWKeepView() = default;
 };
 
-// Owns the keep list and hands it to the deletion guard after every change, saved or not. Until a list is saved, the
-// shipped one is in force; a saved list is the whole truth. While the saved list cannot be read, the guard refuses
-// everything. Main thread.
+// Owns the keep list and hands it to the deletion guard. What is added is in force at once; what is removed or changed
+// stays in force until it is saved, so that a mistyped edit never deletes anything. Until a list is saved, the shipped
+// one is in force; a saved list is the whole truth. While the saved list cannot be read, the guard refuses everything.
+// If another process or the user changes the file, the guard learns that before the next path. Main thread.
 class TWKeepWindowController final : public TWRecordEditor {
 public:
     TWKeepWindowController(const TWEditorContext&, const TWDictionaryWindowController&);
+    ~TWKeepWindowController();
 
     void setView(TWKeepView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
@@ -38,7 +40,10 @@ public:
 
     const std::vector<TWKeepRecord>& entries() const { return list_.records(); }
 
-    // Changes the live list: in force at once, saved by write().
+    // What the guard keeps now: the entries in the file, then those of the live list that are not saved.
+    std::vector<TWKeepRecord> inForce();
+
+    // Changes the live list, which write() saves.
     void edit(const std::function<void(std::vector<TWKeepRecord>&)>& change);
 
     // For commands, which change the saved list and then the live one with changeSaved() or changeSavedRow().
@@ -93,12 +98,18 @@ private:
     void change(int row, TWKeepEntry);
     void listChanged();
     void findNotes();
+    std::vector<TWKeepRecord> savedAndLive() const;
+    void noteSaved();
+    void takeUpFile();
     void handToGuard();
 
     TWEditorContext context_;
     TWKeepView* view_ = nullptr;
     TWRecordList<TWKeepRecord> list_;
     std::string defaultsProblem_;
+    std::vector<TWKeepRecord> saved_; // what the file held when it was last read, or what stands in for it
+    TWFileLook seen_; // the file at that time
+    bool fileUnreadable_ = false; // the file has been damaged since it was loaded
     bool sheetIsOpen_ = false;
     TWKeepNotes notes_;
     std::unique_ptr<TWRunLoopHandle> finding_; // begins on the next turn

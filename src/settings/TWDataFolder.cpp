@@ -10,8 +10,8 @@
 namespace {
 
 constexpr auto Unreadable
-    = "The list \"%@\" could not be read (%@). It is left untouched until a new list is saved, and "
-      "is then kept beside it; please repair it, or move it away to start anew.";
+    = "The list \"%@\" could not be read (%@). Please repair the file or move it away. If you save a new list "
+      "instead, the damaged file is kept beside it under another name.";
 constexpr auto NoList = "it does not hold a list";
 constexpr auto Dangling = "it is a link to something that is not there now";
 constexpr auto NotSaved = "The list \"%@\" could not be saved (%@). The file on disk is as it was; please make room or "

@@ -1,5 +1,7 @@
 #include "support/TWNamePattern.h"
 
+#include <algorithm>
+
 namespace {
 
 // The length of the bracket expression at the beginning of the pattern, or 0 if there is none.
@@ -20,6 +22,20 @@ bool isMember(std::string_view members, unsigned char byte)
         const auto low = static_cast<unsigned char>(members.front());
         const auto high = isRange ? static_cast<unsigned char>(members[2]) : low;
         if (low <= byte && byte <= high)
+            return true;
+        members.remove_prefix(isRange ? 3 : 1);
+    }
+    return false;
+}
+
+bool isDoubtful(std::string_view members)
+{
+    const auto isHigh = [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; };
+    if (std::any_of(members.begin(), members.end(), isHigh))
+        return true;
+    while (!members.empty()) {
+        const bool isRange = members.size() >= 3 && members[1] == '-';
+        if (isRange && members[2] < members[0])
             return true;
         members.remove_prefix(isRange ? 3 : 1);
     }
@@ -67,4 +83,19 @@ bool TWNamePattern::matches(std::string_view name) const
         }
     }
     return pattern.find_first_not_of('*') == std::string_view::npos;
+}
+
+bool TWNamePattern::hasDoubtfulSet() const
+{
+    std::string_view rest = text_;
+    while (!rest.empty()) {
+        const auto length = bracketLength(rest);
+        if (length > 0) {
+            const std::size_t first = rest[1] == '!' ? 2 : 1;
+            if (isDoubtful(rest.substr(first, length - 1 - first)))
+                return true;
+        }
+        rest.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return false;
 }

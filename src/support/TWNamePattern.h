@@ -18,6 +18,10 @@ public:
     // Whether it matches the whole name. Names and patterns may hold any bytes.
     bool matches(std::string_view name) const;
 
+    // Whether a set in it can hardly mean what it says: it holds a range that goes backwards or a byte of 0x80 or more,
+    // that is part of a character such as an "a" with dots.
+    bool hasDoubtfulSet() const;
+
 private:
     std::string text_;
 };

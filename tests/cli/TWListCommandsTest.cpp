@@ -33,9 +33,9 @@ TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
         { "settings", "set", "TrashCleaner", "maybe" }, { "settings", "set", "AutoQuitMode", "99999999999" },
         { "words", "add", "\xff" }, { "files", "add", "" }, { "files", "add", "x", "--what", "nonsense" },
         { "keep", "add" }, { "keep", "add", "x", "--pattern", "y" }, { "keep", "add", "--pattern", "y", "--inside" },
-        { "keep", "add", "--pattern", "a/b" }, { "keep", "add", "" }, { "keep", "remove", "99" },
-        { "files", "remove", "0" }, { "files", "off", "99999999999999999999" }, { "files", "off", "4000" },
-        { "demo", home_ } };
+        { "keep", "add", "--pattern", "a/b" }, { "keep", "add", "--pattern", "[z-a]" }, { "keep", "add", "" },
+        { "keep", "remove", "99" }, { "files", "remove", "0" }, { "files", "off", "99999999999999999999" },
+        { "files", "off", "4000" }, { "demo", home_ } };
     folder_.write("home/not empty", "");
     for (const auto& words : table)
         expectRefused(run(words), words.back());
@@ -91,9 +91,11 @@ TEST_F(TWListCommandsTest, WhatIsOnTheKeepListStaysAndADamagedListStopsEveryClea
     EXPECT_EQ(run({ "clean", "--only", "files" }).status, 1) << "the defaults count before a list is saved";
     EXPECT_TRUE(folder_.exists("home/.ssh/key") && !folder_.exists("home/notes"));
     while (run({ "keep", "remove", "1" }).status == 0) { }
-    out({ "keep", "add", home_ + "/.ssh/" });
-    out({ "keep", "add", "$XDG_DATA_HOME/x", "--inside" });
-    out({ "keep", "add", "--pattern", "[a,b]" });
+    EXPECT_EQ(out({ "keep", "add", home_ + "/.ssh/" }),
+        "Kept: \"~/.ssh\" itself. What is in it can still be deleted; add it with --inside to keep that too.\n");
+    EXPECT_EQ(out({ "keep", "add", "$XDG_DATA_HOME/x", "--inside" }),
+        "Kept: \"$XDG_DATA_HOME/x\" with everything in it. It does not exist now.\n");
+    EXPECT_EQ(out({ "keep", "add", "--pattern", "[a,b]" }), "Kept: everything with a name like \"[a,b]\".\n");
     EXPECT_EQ(out({ "keep", "list" }), "1   path     ~/.ssh\n2   inside   $XDG_DATA_HOME/x\n3   pattern  [a,b]\n");
     EXPECT_EQ(out({ "keep", "list", "--json" }),
         "{\"Path\":\"~/.ssh\",\"Inside\":false}\n{\"Path\":\"$XDG_DATA_HOME/x\",\"Inside\":true}\n"
@@ -107,6 +109,8 @@ TEST_F(TWListCommandsTest, WhatIsOnTheKeepListStaysAndADamagedListStopsEveryClea
     EXPECT_EQ(refused.out, "");
     EXPECT_NE(refused.err.find(keepList), std::string::npos) << refused.err;
     EXPECT_TRUE(folder_.exists("home" + std::string(Trash) + "/files/b"));
+    const auto listed = run({ "keep", "list" });
+    EXPECT_EQ(std::to_string(listed.status) + listed.out, "1") << "the defaults are not in force";
     EXPECT_EQ(folder_.read(keepList), "damaged");
 }
 

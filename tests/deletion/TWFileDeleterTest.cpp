@@ -88,6 +88,7 @@ TEST_F(TWFileDeleterTest, SearchesAFolderForKeptNamesBeforeTheChildStarts)
     guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Names, "*.kdbx" } }));
     std::filesystem::rename(parent, root.path("home/moved"));
     root.write("home/folder/a.kdbx", "");
+    guard.rules()->prepare();
     deleteFile(root.path("home/moved"));
     runLoop.turn(0ms); // the search comes to its end
     std::filesystem::remove(root.path("home/moved/inner"));
@@ -100,6 +101,22 @@ TEST_F(TWFileDeleterTest, SearchesAFolderForKeptNamesBeforeTheChildStarts)
     deleteFile(root.path("home/moved"), TWPlainDelete, TWWaiting::UntilDone);
     EXPECT_EQ(launcher.records, Lines{ "/bin/rm -rf ROOT/home/./moved" });
     EXPECT_EQ(doneCalls, 3);
+}
+
+TEST_F(TWFileDeleterTest, WhatIsKeptAndWasMovedIntoTheFolderStaysThere)
+{
+    root.write("home/folder/inner/x", "");
+    root.write("home/kept/x", "");
+    guard.setKeepList(TWKeepList({ { TWKeepEntry::Kind::Path, "~/kept" } }));
+    deleteFile(root.path("home/folder/inner"));
+    EXPECT_TRUE(launcher.records.empty()) << "looks at kept paths, but not on the main thread";
+    runLoop.runUntilIdle();
+    EXPECT_EQ(launcher.records.size(), 1U);
+    std::filesystem::rename(root.path("home/kept"), root.path("home/folder/kept"));
+    deleteFile(root.path("home/folder"));
+    runLoop.runUntilIdle();
+    EXPECT_EQ(launcher.records.size(), 1U);
+    EXPECT_NE(deleter.report().problems.at(0).text.find("has been moved."), std::string::npos);
 }
 
 TEST_F(TWFileDeleterTest, TheSearchCanBeEndedOrDestroyed)

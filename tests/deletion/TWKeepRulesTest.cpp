@@ -58,7 +58,7 @@ TEST_F(TWKeepRulesTest, AKeptPathIsKnownByItsTextAndByWhatIsThere)
     root.write("disk/tool", "");
     root.folder("home/x/y");
     guard.setKeepList(TWKeepList({ { Path, "~/docs/tax" }, { Path, "~/bin/tool" }, { FolderWithContents, "~/a/b/c" },
-        { Path, "~/docs/../z" }, { Path, "relative" }, { Path, "" }, { Names, "" } }));
+        { Path, "~/docs/../z" }, { Path, "~/x/y/later" }, { Path, "relative" }, { Path, "" }, { Names, "" } }));
     constexpr auto Tax = R"(it is on the keep list ("~/docs/tax").)";
     constexpr auto Tool = R"(it is on the keep list ("~/bin/tool").)";
     const auto expectAll = [&] {
@@ -75,7 +75,9 @@ TEST_F(TWKeepRulesTest, AKeptPathIsKnownByItsTextAndByWhatIsThere)
     std::filesystem::rename(root.path("disk/docs/new"), root.path("disk/docs/tax"));
     expectAll();
     root.write("home/a/b/c/d/e", "");
-    expect({ { "a", R"(it holds "~/a/b/c", which is on the keep list.)" },
+    root.write("home/x/y/later", "");
+    expect({ { "x", R"(it holds "~/x/y/later", which is on the keep list.)" },
+        { "a", R"(it holds "~/a/b/c", which is on the keep list.)" },
         { "a/b/c", R"(it is on the keep list ("~/a/b/c").)" },
         { "a/b/c/d/e", R"(it lies in "~/a/b/c", which is on the keep list.)" }, { "a/b/d", "" } });
     std::filesystem::rename(root.path("disk/tool"), root.path("disk/renamed"));
@@ -92,7 +94,7 @@ TEST_F(TWKeepRulesTest, ABindMountIsNoWayAround)
     guard.setKeepList(TWKeepList({ { FolderWithContents, root.path("disk/keys/private") },
         { Path, root.path("disk/tax") }, { Path, alias + "/same" } }));
     ASSERT_TRUE(TWPrivateMounts::bind(root.path("disk"), alias));
-    guard.rules();
+    guard.rules()->prepare();
     root.write("disk/new", "");
     std::filesystem::rename(root.path("disk/new"), root.path("disk/tax"));
     root.write("disk/same", "");
@@ -104,7 +106,7 @@ TEST_F(TWKeepRulesTest, ABindMountIsNoWayAround)
     root.folder("disk/outer/mounted");
     ASSERT_TRUE(TWPrivateMounts::bind(root.path("disk/keys"), root.path("disk/outer/mounted")));
     EXPECT_EQ(objectionTo(root.path("disk/outer"), guard),
-        R"(it holds "mounted", which could not be searched for names on the keep list (Invalid cross-device link).)");
+        R"(it holds "mounted", which could not be searched for what is on the keep list (Invalid cross-device link).)");
     EXPECT_TRUE(TWPrivateMounts::detach(root.path("disk/outer/mounted")));
     EXPECT_TRUE(TWPrivateMounts::detach(alias));
 }
@@ -121,18 +123,45 @@ TEST_F(TWKeepRulesTest, AnotherFolderAndAnEndedSearchTellNothing)
     const auto another = fileSystem.look(locked);
     TWCancellation cancelled;
     cancelled.cancel();
-    constexpr auto NotToTheEnd = "it could not be searched for names on the keep list.";
-    EXPECT_EQ(rules->objectionInside(fileSystem, judged, "folder", another, {}), NotToTheEnd);
-    EXPECT_EQ(rules->objectionInside(fileSystem, judged, "folder", home->look("folder"), cancelled), NotToTheEnd);
+    constexpr auto NotToTheEnd = "it could not be searched for what is on the keep list.";
+    constexpr auto Search = TWDeletionRules::Search::Names;
+    EXPECT_EQ(rules->objectionInside(judged, "folder", another, Search, {}), NotToTheEnd);
+    EXPECT_EQ(rules->objectionInside(judged, "folder", home->look("folder"), Search, cancelled), NotToTheEnd);
 }
 
-// A Trash that leads to the home folder must not switch the list off.
-TEST_F(TWKeepRulesTest, ATrashThatHoldsTheHomeIsNoTrash)
+// A Trash that leads to the home folder or to documents must not switch the list off.
+TEST_F(TWKeepRulesTest, ATrashThatLeadsElsewhereIsNoTrash)
 {
     root.write("home/key", "");
-    root.link("home/.local/share/Trash", root.path());
-    guard.setKeepList(TWKeepList({ { Path, "~/key" } }));
-    expect({ { "key", R"(it is on the keep list ("~/key").)" } });
+    root.write("home/docs/files/key", "");
+    const std::string trash = "home/.local/share/Trash";
+    const auto expectKept = [&] {
+        guard.setKeepList(TWKeepList({ { Path, "~/key" }, { Names, "files" } }));
+        expect({ { "key", R"(it is on the keep list ("~/key").)" },
+            { "docs/files/key", R"(it lies in "files", and names like "files" are on the keep list.)" } });
+    };
+    for (const auto& target : { root.path(), root.path("home/docs") }) {
+        root.link(trash, target);
+        expectKept();
+        std::filesystem::remove(root.path(trash));
+    }
+    root.folder(trash);
+    root.link(trash + "/files", root.path("home/docs/files"));
+    expectKept();
+}
+
+TEST_F(TWKeepRulesTest, WhatHasLeftItsKeptPlaceIsFoundWhereItIsNow)
+{
+    root.write("home/kept/a", "");
+    root.write("home/key", "");
+    root.write("home/old/x/y", "");
+    root.write("home/free/x/y", "");
+    guard.setKeepList(TWKeepList({ { FolderWithContents, "~/kept" }, { Path, "~/key" } }));
+    expect({ { "old", "" } });
+    std::filesystem::rename(root.path("home/kept"), root.path("home/old/x/moved"));
+    expect({ { "old", R"(it holds "moved", which is on the keep list and has been moved.)" }, { "free", "" } });
+    std::filesystem::rename(root.path("home/key"), root.path("home/free/x/key"));
+    expect({ { "free", R"(it holds "key", which is on the keep list and has been moved.)" } });
 }
 
 }

@@ -49,7 +49,10 @@ TEST_F(TWKeepWindowControllerTest, TheDefaultsAreInForceUntilAListIsSavedAndThen
     load();
     EXPECT_EQ(kept() + controller->problem(), "a");
     controller->edit([](Records& records) { records.emplace_back(TWKeepEntry{ FolderWithContents, "~/b" }); });
-    EXPECT_EQ(kept(), "ab") << "unsaved edits are in force";
+    EXPECT_EQ(kept(), "ab") << "unsaved additions are in force";
+    controller->setText(0, "a");
+    EXPECT_EQ(kept(), "ab") << "a mistyped entry must not weaken the saved one";
+    controller->setText(0, "~/a");
     // As a command does while edits are not saved.
     EXPECT_EQ(*controller->list().changeSaved([](Records& records) {
         records = { TWKeepRecord({ Names, "c" }) };
@@ -59,7 +62,9 @@ TEST_F(TWKeepWindowControllerTest, TheDefaultsAreInForceUntilAListIsSavedAndThen
     EXPECT_EQ(kept(), "c");
     EXPECT_EQ(controller->entries().size(), 1U);
     controller->edit([](Records& records) { records.clear(); });
-    EXPECT_EQ(kept() + controller->write(), "");
+    EXPECT_EQ(kept(), "c") << "removed, but not saved yet";
+    EXPECT_EQ(controller->write(), "");
+    EXPECT_EQ(kept(), "");
     load();
     EXPECT_TRUE(controller->entries().empty()) << "a default that was removed never comes back";
     EXPECT_EQ(kept(), "");
@@ -87,6 +92,20 @@ TEST_F(TWKeepWindowControllerTest, OnePathIsKeptAtOnceAndSavedWithoutTheEdits)
     const auto before = root.read(Saved);
     EXPECT_EQ(controller->keep(places.home + "/b"), controller->problem());
     EXPECT_EQ(root.read(Saved), before) << "what it would keep must not be replaced by the defaults";
+}
+
+// As by another process during a run.
+TEST_F(TWKeepWindowControllerTest, AFileThatHasChangedCountsForTheNextPath)
+{
+    load();
+    controller->edit([](Records& records) { records.emplace_back(TWKeepEntry{ Names, "c" }); });
+    write(Saved, "<dict><key>Path</key><string>~/b</string></dict>");
+    EXPECT_EQ(kept(), "abc");
+    EXPECT_EQ(controller->entries().size(), 2U) << "the sheet shows what it has shown";
+    write(Saved, "damaged");
+    EXPECT_EQ(kept(), Unreadable);
+    write(Saved, "<dict><key>Path</key><string>~/b</string></dict>");
+    EXPECT_EQ(kept(), "abc");
 }
 
 TEST_F(TWKeepWindowControllerTest, WhileTheListCannotBeReadEverythingIsRefused)

@@ -59,8 +59,9 @@ struct TWFakeMachine {
         const auto judged = rules->judgeFolder(*folder, planned.folder->realPath);
         const auto look = folder->look(name);
         auto objection = rules->objection(judged, name, look);
-        if (objection.empty() && rules->mustLookInside(judged, look))
-            objection = rules->objectionInside(fileSystem, judged, name, look, {});
+        constexpr auto Search = TWDeletionRules::Search::NamesAndMoved;
+        if (objection.empty() && rules->mustLookInside(judged, look, Search))
+            objection = rules->objectionInside(judged, name, look, Search, {});
         return objection;
     }
 

@@ -1,4 +1,4 @@
-#include "support/TWNamePattern.h"
+#include "support/TWNamePatterns.h"
 
 #include <gtest/gtest.h>
 
@@ -31,11 +31,18 @@ TEST(TWNamePatternTest, MatchesWholeNamesByteByByte)
     };
     for (const auto& row : rows) {
         const TWNamePattern pattern(row.pattern);
+        TWNamePatterns patterns;
+        for (const auto* each : { "other", "*other", "other*", row.pattern, row.pattern })
+            patterns.add(each);
         for (const auto& name : row.matching)
-            EXPECT_TRUE(pattern.matches(name)) << row.pattern << " " << name;
+            EXPECT_TRUE(pattern.matches(name) && patterns.match(name)) << row.pattern << " " << name;
         for (const auto& name : row.others)
-            EXPECT_FALSE(pattern.matches(name)) << row.pattern << " " << name;
+            EXPECT_FALSE(pattern.matches(name) || patterns.match(name)) << row.pattern << " " << name;
     }
+    for (const auto* doubtful : { "[\u00e4\u00f6].kdbx", "[z-a]*", "a[!bz-a]", "[]-!]" })
+        EXPECT_TRUE(TWNamePattern(doubtful).hasDoubtfulSet()) << doubtful;
+    for (const auto* clear : { "\u00e4*", "[a-z][!0-9_]", "[]-]", "[z-a", "[a-a-]" })
+        EXPECT_FALSE(TWNamePattern(clear).hasDoubtfulSet()) << clear;
     // Takes forever if each "*" is tried with each length.
     std::string stars;
     for (int count = 0; count < 60; ++count)

@@ -38,7 +38,7 @@ TWKeepSheet::TWKeepSheet(TWKeepWindowController& controller, QWidget* parent)
     setPreferredSize(SheetWidth, SheetHeight);
     setRecords(columns(),
         { tr("What is on this &list is never deleted, whatever rule or cleaner names it, except from the Trash. "
-             "Changes take effect immediately. OK also saves them."),
+             "Added entries count at once. Removed and changed entries stay in force until you press OK."),
             tr("Keep list"),
             tr("Nothing is kept. Press + to choose a file or folder or to enter a name, or drop a file here."),
             tr("Add a file, a folder or a name"), tr("Remove the selected entry"),
@@ -113,7 +113,11 @@ void TWKeepSheet::selectRow(int row)
 QString TWKeepSheet::problem() const
 {
     const auto& problem = controller_.list().problem();
-    return problem.empty() ? QString() : tr("%1 Until then nothing at all is deleted.").arg(TWQtText::shown(problem));
+    if (problem.empty())
+        return {};
+    return tr("%1 The entries below are the default ones; your own are not shown. Until you press OK, which puts the "
+              "entries below in force, nothing at all is deleted.")
+        .arg(TWQtText::shown(problem));
 }
 
 void TWKeepSheet::addRecord()

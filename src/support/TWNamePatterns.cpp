@@ -1,0 +1,51 @@
+#include "support/TWNamePatterns.h"
+
+namespace {
+
+constexpr std::string_view Special = "*?[]";
+
+}
+
+void TWNamePatterns::add(const std::string& pattern)
+{
+    const auto index = patterns_.size();
+    patterns_.emplace_back(pattern);
+    const auto last = pattern.find_last_of(Special);
+    const auto end = last == std::string::npos ? pattern : pattern.substr(last + 1);
+    const auto beginning = pattern.substr(0, pattern.find_first_of(Special));
+    if (!end.empty())
+        byEnd_[end.size()][end].push_back(index);
+    else if (!beginning.empty())
+        byBeginning_[beginning.size()][beginning].push_back(index);
+    else
+        others_.push_back(index);
+}
+
+const TWNamePattern* TWNamePatterns::match(std::string_view name) const
+{
+    auto best = patterns_.size();
+    for (const auto& [length, byText] : byEnd_) {
+        if (length > name.size())
+            break;
+        if (const auto found = byText.find(name.substr(name.size() - length)); found != byText.end())
+            compare(found->second, name, best);
+    }
+    for (const auto& [length, byText] : byBeginning_) {
+        if (length > name.size())
+            break;
+        if (const auto found = byText.find(name.substr(0, length)); found != byText.end())
+            compare(found->second, name, best);
+    }
+    compare(others_, name, best);
+    return best < patterns_.size() ? &patterns_[best] : nullptr;
+}
+
+void TWNamePatterns::compare(const Indexes& indexes, std::string_view name, std::size_t& best) const
+{
+    for (const auto index : indexes) {
+        if (index >= best)
+            return;
+        if (patterns_[index].matches(name))
+            best = index;
+    }
+}
