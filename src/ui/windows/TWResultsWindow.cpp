@@ -6,6 +6,7 @@
 #include "ui/windows/TWResultsFilterBar.h"
 #include "ui/windows/TWResultsModel.h"
 
+#include <QApplication>
 #include <QAction>
 #include <QClipboard>
 #include <QFileDialog>
@@ -161,7 +162,13 @@ void TWResultsWindow::createActions()
     addWindowAction(tr("&Previous Failure"), { QKeySequence(Qt::SHIFT | Qt::Key_F4) },
         [this] { showFailure(Direction::Previous); });
     addWindowAction(tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(); });
-    addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] { close(); });
+    addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] {
+        // Escape in an open list closes only the list.
+        if (auto* popup = QApplication::activePopupWidget())
+            popup->close();
+        else
+            close();
+    });
 }
 
 void TWResultsWindow::addWindowAction(
