@@ -44,6 +44,7 @@ constexpr auto RunGoesOn = "A cleaning run is going on.";
 constexpr auto NoneLookedAt = "The preview was stopped before a cleaner was complete. Press Refresh.";
 constexpr auto NothingTicked = "Nothing is ticked.";
 constexpr auto StoppedFirst = "Stopped before anything was found.";
+constexpr auto NoneComplete = "Stopped before a cleaner was complete. Nothing would be deleted.";
 constexpr auto NotLookedAtWhy = "Stays: the preview was stopped before this cleaner was complete";
 constexpr auto ShownOf = " The table shows %@ of %@.";
 
@@ -421,11 +422,11 @@ std::string TWPreviewWindowController::sentence() const
         return progress();
     if (cleaned_ != 0)
         return TWText::fill(CleanStarted, { moment(cleaned_, std::time(nullptr)) });
+    if (!anyLookedAt())
+        return anyFound() ? NoneComplete : StoppedFirst;
     const auto& total = preview_->total();
     const auto size = TWText::size(total.bytes);
     const auto refused = TWText::number(total.refused);
-    if (total.items == 0 && total.refused == 0 && !leftOut().empty())
-        return (anyLookedAt() ? Nothing : StoppedFirst) + leftOut();
     if (total.items == 0)
         return (total.refused == 0 ? Nothing : TWText::fill(OnlyRefused, { refused })) + leftOut() + shownOf();
     return (total.refused == 0 ? TWText::fill(WouldBeDeleted, { items(total.items), size })
@@ -440,6 +441,11 @@ std::string TWPreviewWindowController::shownOf() const
     return rows_.finding() || counts_->outdated() || rows_.size() == items
         ? ""
         : TWText::fill(ShownOf, { TWText::number(rows_.size()), TWText::number(items) });
+}
+
+bool TWPreviewWindowController::anyFound() const
+{
+    return std::ranges::any_of(preview_->cleaners(), [](const auto& each) { return each->itemsFound() > 0; });
 }
 
 bool TWPreviewWindowController::anyLookedAt() const
@@ -477,13 +483,11 @@ std::string TWPreviewWindowController::emptyText() const
     if (busy())
         return Looking;
     std::string lines;
-    bool any = false;
     for (const auto& each : preview_->cleaners()) {
-        any = any || each->itemsFound() > 0;
         if (each->isPlanned() && each->plan()->items.empty() && !each->plan()->failure)
             addLine(lines, each->row().title, each->row().nothing);
     }
-    if (any)
+    if (anyFound())
         return NoMatch;
     if (!lines.empty())
         return lines;

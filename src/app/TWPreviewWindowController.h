@@ -127,6 +127,7 @@ private:
     std::string progress() const;
     std::string leftOut() const;
     std::string shownOf() const;
+    bool anyFound() const;
     bool anyLookedAt() const;
 
     TWTidewellAppDelegate& delegate_;
