@@ -6,8 +6,8 @@
 #include "ui/windows/TWResultsFilterBar.h"
 #include "ui/windows/TWResultsModel.h"
 
-#include <QApplication>
 #include <QAction>
+#include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
 #include <QGuiApplication>
