@@ -234,6 +234,9 @@ void TWPreviewWindowController::tick(std::span<const TWPreviewRow> rows, TWTick 
 {
     if (!canChange())
         return;
+    const auto refused = [this](auto row) { return fate(row) == TWPreviewFate::Refused; };
+    if (std::ranges::all_of(rows, refused))
+        return;
     preview_->setTicked(rows, tick);
     ticked();
 }

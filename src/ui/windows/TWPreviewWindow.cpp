@@ -198,6 +198,7 @@ void TWPreviewWindow::createColumns()
     header.setSelectionModel(new QItemSelectionModel(model_, &header));
     table_->viewport()->installEventFilter(this);
     table_->installEventFilter(this);
+    connect(table_->verticalScrollBar(), &QScrollBar::valueChanged, this, &TWPreviewWindow::fitReasons);
 }
 
 int TWPreviewWindow::sharedWidth() const
@@ -210,10 +211,11 @@ int TWPreviewWindow::sharedWidth() const
 void TWPreviewWindow::fitReasons()
 {
     const QAbstractItemView& table = *table_; // QTableView hides sizeHintForColumn()
-    const int needed = std::max(
-        table.sizeHintForColumn(TWPreviewModel::Why), table_->horizontalHeader()->sectionSizeHint(TWPreviewModel::Why));
+    widestReason_ = std::max({ widestReason_, table.sizeHintForColumn(TWPreviewModel::Why),
+        table_->horizontalHeader()->sectionSizeHint(TWPreviewModel::Why) });
     fitting_ = true;
-    table_->setColumnWidth(TWPreviewModel::Why, std::min(needed + ReasonPadding, qRound(reasonShare_ * sharedWidth())));
+    table_->setColumnWidth(
+        TWPreviewModel::Why, std::min(widestReason_ + ReasonPadding, qRound(reasonShare_ * sharedWidth())));
     fitting_ = false;
 }
 
@@ -411,6 +413,7 @@ void TWPreviewWindow::changeEvent(QEvent* event)
 void TWPreviewWindow::previewReplaced()
 {
     current_.reset();
+    widestReason_ = 0;
     message_->setText({});
     notice_->setText({});
     tree_->replace();
@@ -444,6 +447,7 @@ void TWPreviewWindow::previewChanged()
 {
     tree_->renew();
     table_->viewport()->update();
+    fitReasons();
     showState();
     showDetail();
 }

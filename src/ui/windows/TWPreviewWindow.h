@@ -105,6 +105,7 @@ private:
     QAction* toggleAction_ = nullptr;
     QAction* keepAction_ = nullptr;
     double reasonShare_ = 0; // the most of the width that paths and reasons share
+    int widestReason_ = 0; // of those that have been on screen, in pixels
     bool fitting_ = false; // the window itself changes the width of the reasons
     bool sorted_ = false; // the rows that are being found are those of another order
     bool closing_ = false; // the user has agreed to lose the ticks
