@@ -63,6 +63,7 @@ public:
     bool hasProblem() const;
 
     std::string rule(const TWPlannedItem& item) const { return reasons_.rule(item); }
+    std::string ruleName(const TWPlannedItem& item) const { return reasons_.ruleName(item); }
     std::string word(const TWPlannedItem& item) const { return reasons_.word(item); }
 
     // Why a run would leave the item alone, or "".

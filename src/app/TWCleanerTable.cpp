@@ -17,8 +17,9 @@ constexpr auto NotSaved = "%@, not saved";
 constexpr auto InTheTrash = "it is in the Trash";
 
 // By kind of rule, in the order of TWWhatToDelete.
-constexpr const char* RuleTexts[] = { "rule %@: %@", "rule %@: contents of %@", "rule %@: names with a word in %@",
-    "rule %@: names with a word in and below %@" };
+constexpr const char* RuleTexts[]
+    = { "%@", "contents of %@", "names with a word in %@", "names with a word in and below %@" };
+constexpr auto NumberedRule = "rule %@: %@";
 
 std::string noText(const TWSettingsSources&)
 {
@@ -147,7 +148,9 @@ TWPlanReasons filesReasons(const TWSettingsSources& sources)
     for (const auto& rule : sources.editors->get<TWFilesWindowController>().rules()) {
         const auto kind = static_cast<std::size_t>(rule.whatToDelete);
         const auto* text = kind < std::size(RuleTexts) ? RuleTexts[kind] : RuleTexts[TWItemItself];
-        reasons.rules.push_back(TWText::fill(text, { std::to_string(reasons.rules.size() + 1), rule.filePath }));
+        const auto effect = TWText::fill(text, { rule.filePath });
+        reasons.rules.push_back(TWText::fill(NumberedRule, { std::to_string(reasons.rules.size() + 1), effect }));
+        reasons.names.push_back(rule.description.empty() ? effect : rule.description);
     }
     reasons.words = sources.editors->dictionary().wordDictionary();
     return reasons;

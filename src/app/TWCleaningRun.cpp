@@ -142,6 +142,8 @@ void TWCleaningRun::runFirstCleaner()
     if (showsResults(AtStart))
         context_.windows.bringToFront(TWWindow::Results);
     running_ = true;
+    if (began_)
+        began_();
     currentCleanerIndex_ = 0;
     if (context_.view.showsProgress())
         watchProgress();

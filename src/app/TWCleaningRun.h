@@ -50,6 +50,9 @@ public:
     // has been going on, and starts. If the warnings are not confirmed, calls ended with NothingRun.
     void startInPlace(std::function<void()> replace);
 
+    // Called once when the warnings are confirmed and the first cleaner is about to run.
+    void setBegan(std::function<void()> began) { began_ = std::move(began); }
+
     // Ends the run: begins nothing further, ends and checks what was begun, and reports the closing line.
     void stop();
 
@@ -96,6 +99,7 @@ private:
     const std::function<void(TWRunOutcome)> ended_;
     std::vector<std::unique_ptr<TWCleaner>> cleanerArray_;
     bool allSuccess_ = true;
+    std::function<void()> began_;
     bool asking_ = false;
     bool running_ = false;
     bool stopping_ = false;

@@ -1,6 +1,5 @@
 #include "app/TWFolderListing.h"
 
-#include "platform/TWTreeSizes.h"
 #include "support/TWPath.h"
 
 #include <algorithm>
@@ -46,7 +45,7 @@ public:
 private:
     Entry look(const TWOpenFolder& folder, const TWFolderEntry& entry)
     {
-        Entry listed{ std::string(entry.name), folder.look(entry), {} };
+        Entry listed{ std::string(entry.name), folder.look(entry), {}, false };
         if (listed.look.isFolder()) {
             folders_.push_back(index_);
             paths_.push_back(TWPath::join(path_, entry.name));
@@ -63,7 +62,7 @@ private:
             [this](std::size_t first, std::span<const TWTreeSize> sizes) {
                 Part part;
                 for (const auto& size : sizes)
-                    part.sizes.emplace_back(folders_[first++], size.bytes);
+                    part.sizes.emplace_back(folders_[first++], size);
                 sink_.put(std::move(part));
             });
     }
@@ -94,8 +93,10 @@ void TWFolderListing::take(Part part)
 {
     if (!part.entries.empty())
         entries_ = std::move(part.entries);
-    for (const auto& [index, bytes] : part.sizes)
-        entries_[index].bytes = bytes;
+    for (const auto& [index, size] : part.sizes) {
+        entries_[index].bytes = size.bytes;
+        entries_[index].tooSmall = size.unknown > 0;
+    }
     left_ += part.left;
     error_ = part.error != 0 ? part.error : error_;
     notifyLater();

@@ -2,6 +2,7 @@
 
 #include "platform/TWBackgroundStream.h"
 #include "platform/TWFileSystem.h"
+#include "platform/TWTreeSizes.h"
 
 // What is right inside a folder, with the sizes of its subfolders. Read in the background; follows no symbolic link and
 // changes nothing. Main thread. Destroying it, which is allowed inside its calls, ends the work without a further call.
@@ -11,6 +12,7 @@ public:
         std::string name; // bytes
         TWFileLook look;
         std::optional<std::uint64_t> bytes; // space on disk, with everything inside; nothing while it is not known
+        bool tooSmall = false; // something inside could not be read
     };
 
     static constexpr std::size_t MostEntries = 5000; // the first ones by name
@@ -27,7 +29,7 @@ public:
 private:
     struct Part {
         std::vector<Entry> entries; // all of them, or none
-        std::vector<std::pair<std::size_t, std::uint64_t>> sizes; // of entries, by their index
+        std::vector<std::pair<std::size_t, TWTreeSize>> sizes; // of entries, by their index
         std::size_t left = 0;
         int error = 0;
     };

@@ -19,6 +19,11 @@ std::string TWPlanReasons::rule(const TWPlannedItem& item) const
     return item.rule == TWNone ? other : textAt(rules, item.rule);
 }
 
+std::string TWPlanReasons::ruleName(const TWPlannedItem& item) const
+{
+    return item.rule == TWNone ? other : textAt(names, item.rule);
+}
+
 std::string TWPlanReasons::word(const TWPlannedItem& item) const
 {
     return textAt(words, item.word);

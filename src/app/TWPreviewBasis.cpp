@@ -7,5 +7,7 @@ TWPreviewBasis TWPreviewBasis::now(TWTidewellAppDelegate& delegate)
 {
     auto& editors = delegate.editors();
     return { delegate.switchedOn(), editors.get<TWFilesWindowController>().rules(),
-        editors.dictionary().wordDictionary(), editors.get<TWKeepWindowController>().inForce() };
+        editors.dictionary().wordDictionary(), editors.get<TWKeepWindowController>().inForce(),
+        delegate.settings().boolean(TWKey::SecurelyDeleteFiles),
+        delegate.settings().integer(TWKey::SecurelyDeleteFilesMode) };
 }

@@ -4,12 +4,14 @@
 #include "cleaners/TWFilesRule.h"
 #include "editors/TWKeepRecord.h"
 
-// The switches and lists that a preview is made from. Copied, so that a later change of them can be noticed.
+// The switches, settings and lists that a preview is made from. Copied, so that a later change of them can be noticed.
 struct TWPreviewBasis {
     TWRunChoice switchedOn{};
     std::vector<TWFilesRule> rules;
     std::vector<std::string> words;
     std::vector<TWKeepRecord> kept;
+    bool deletesSecurely = false;
+    std::int64_t secureMode = 0;
 
     static TWPreviewBasis now(TWTidewellAppDelegate&);
 

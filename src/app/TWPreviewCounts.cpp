@@ -20,7 +20,9 @@ std::vector<TWPreviewCount> countGroups(
             const bool refused = !share.plan->wouldDelete(item);
             ++count.items;
             count.refused += refused;
-            count.ticked += !refused && !share.unticked[index];
+            if (refused || share.unticked[index])
+                continue;
+            ++count.ticked;
             count.bytes += index < share.sized ? (*share.bytes)[index] : 0;
         }
     }

@@ -8,7 +8,7 @@ struct TWPreviewCount {
     std::uint64_t items = 0;
     std::uint64_t refused = 0; // of these
     std::uint64_t ticked = 0; // of those that are not refused
-    std::uint64_t bytes = 0; // space on disk, as far as it is known
+    std::uint64_t bytes = 0; // space on disk of the ticked ones, as far as it is known
 
     TWPreviewCount& operator+=(const TWPreviewCount&);
 

@@ -8,9 +8,10 @@
 // thread. Destroying it ends the work without a call; the file is then written or left as it was.
 class TWPreviewExport final {
 public:
-    // ended is called once, on a later turn, with 0 or the errno.
-    TWPreviewExport(TWRunLoop&, const TWOwnFiles&, const TWPreview&, std::vector<TWPreviewRow>, const std::string& path,
-        std::function<void(int error)> ended);
+    // kept are those rows, sorted, that stay because they were put on the keep list. ended is called once, on a later
+    // turn, with 0 or the errno.
+    TWPreviewExport(TWRunLoop&, const TWOwnFiles&, const TWPreview&, std::vector<TWPreviewRow>,
+        std::vector<TWPreviewRow> kept, const std::string& path, std::function<void(int error)> ended);
 
 private:
     std::unique_ptr<TWBackgroundStream<int>> writing_;

@@ -74,6 +74,7 @@ private:
             return true;
         const bool stays = !share.plan->wouldDelete(share.plan->items[row.item])
             || std::ranges::binary_search(source_.kept, row)
+            || std::ranges::find(source_.notLookedAt, row.cleaner) != source_.notLookedAt.end()
             || (share.unticked[row.item]
                 && !std::ranges::binary_search(*source_.overlaps, row, {}, &TWPreviewOverlap::row));
         return stays == (wish_.shown == TWPreviewShown::WouldStay);

@@ -26,7 +26,8 @@ struct TWPreviewWish {
 struct TWPreviewSource {
     std::vector<TWPreviewShare> shares;
     std::shared_ptr<const std::vector<TWPreviewOverlap>> overlaps;
-    std::vector<TWPreviewRow> kept; // stay because they were put on the keep list since; sorted
+    std::vector<TWPreviewRow> kept{}; // stay because they were put on the keep list since; sorted
+    std::vector<std::uint32_t> notLookedAt{}; // cleaners that stay out, because a stop left them incomplete
 };
 
 // The rows of the preview that are wished for, without quiet items. Rows that are alike in the wished order stand in

@@ -1,6 +1,7 @@
 #include "app/TWPreviewWindowController.h"
 
 #include "editors/TWKeepWindowController.h"
+#include "support/TWPath.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -9,12 +10,16 @@
 namespace {
 
 constexpr auto WithWord = "%@, the word \"%@\"";
+constexpr auto TrashFolder = "Trash/";
 constexpr auto KeptNow = "Kept from now on";
 constexpr auto HoldsKept = "Stays, because something in it is kept from now on";
-constexpr auto StillDeleted = "Still deleted by %@";
-constexpr auto StillDeletedWith = "Still deleted with %@ (%@)";
+constexpr auto StillDeleted = "Still deleted by the rule \"%@\"";
+constexpr auto StillDeletedWith = "Still deleted with %@ (rule \"%@\")";
 constexpr auto RefusedBecause = "Refused: %@";
 constexpr auto TooManyToKeep = "Only 100 items can be kept at once. Select fewer, or keep the folder around them.";
+constexpr auto AllKept
+    = "Kept from now on: %@. To take items off the keep list again, choose Keep List in the main window's menu Edit.";
+constexpr auto SomeKept = "Kept from now on: %@ of %@. %@";
 constexpr auto NoCleaner = "No cleaner is switched on. Check at least one in the main window, then press F5 here.";
 constexpr auto Looking = "Looking for what would be deleted...";
 constexpr auto Found = "%@: %@ found...";
@@ -28,8 +33,23 @@ constexpr auto CleanerLine = "%@: %@";
 constexpr auto WouldFail = "would fail: %@";
 constexpr auto NoMatch = "No item matches the filter.";
 constexpr auto SizesTooSmall = "Something inside the folders could not be read, so some sizes are too small.";
-constexpr auto Cleaned = "This preview was made at %@ and has been cleaned since.";
-constexpr auto Outdated = "This preview was made at %@. The switches or lists have changed since.";
+constexpr auto Cleaned = "This preview was made %@ and has been cleaned since.";
+constexpr auto CleanStarted = "Clean was started from this preview %@.";
+constexpr auto Outdated
+    = "This preview was made %@. The switches, settings or lists have changed since. Press Refresh before Clean.";
+constexpr auto Old = "This preview was made %@. Press Refresh to see what would be deleted now.";
+constexpr auto StillMaking = "The preview is not complete yet.";
+constexpr auto QuestionOpen = "A question in the main window waits for an answer.";
+constexpr auto RunGoesOn = "A cleaning run is going on.";
+constexpr auto NoneLookedAt = "The preview was stopped before a cleaner was complete. Press Refresh.";
+constexpr auto NothingTicked = "Nothing is ticked.";
+constexpr auto StoppedFirst = "Stopped before anything was found.";
+constexpr auto NoneComplete = "Stopped before a cleaner was complete. Nothing would be deleted.";
+constexpr auto NotLookedAtWhy = "Stays: the preview was stopped before this cleaner was complete";
+constexpr auto ShownOf = " The table shows %@ of %@.";
+
+constexpr std::time_t OldAge = 3600; // in seconds
+constexpr TWRunLoop::Duration BetweenLooks{ 500 };
 constexpr auto NotExported = "\"%@\" could not be saved (%@). Please choose another folder.";
 
 void addLine(std::string& lines, const char* title, const std::string& text)
@@ -38,13 +58,23 @@ void addLine(std::string& lines, const char* title, const std::string& text)
         lines += (lines.empty() ? "" : "\n") + TWText::fill(CleanerLine, { title, text });
 }
 
-std::string timeOfDay(std::time_t time)
+std::string timeText(std::time_t time, const char* format)
 {
     std::tm parts{};
-    char text[16] = "";
+    char text[32] = "";
     if (localtime_r(&time, &parts))
-        std::strftime(text, sizeof text, "%H:%M", &parts);
+        std::strftime(text, sizeof text, format, &parts);
     return text;
+}
+
+std::time_t dayBefore(std::time_t time)
+{
+    std::tm parts{};
+    if (!localtime_r(&time, &parts))
+        return time;
+    --parts.tm_mday;
+    parts.tm_isdst = -1;
+    return std::mktime(&parts);
 }
 
 std::string items(std::uint64_t count)
@@ -70,6 +100,8 @@ TWPreviewWindowController::~TWPreviewWindowController() = default;
 void TWPreviewWindowController::refresh()
 {
     close();
+    life_ = std::make_shared<const int>(0);
+    looking_ = delegate_.platform().runLoop.every(BetweenLooks, [this] { look(); });
     basis_ = TWPreviewBasis::now(delegate_);
     made_ = std::time(nullptr);
     wish_.cleaner.reset();
@@ -90,9 +122,13 @@ void TWPreviewWindowController::close()
     kept_.clear();
     counts_.reset();
     preview_.reset();
+    looking_.reset();
+    life_.reset();
+    state_.clear();
     plans_ = 0;
-    cleaned_ = false;
+    cleaned_ = 0;
     stopped_ = false;
+    ticksChanged_ = false;
     if (view_)
         view_->previewReplaced();
 }
@@ -109,9 +145,22 @@ void TWPreviewWindowController::clean()
 {
     if (!canClean())
         return;
-    delegate_.cleanPreview(*preview_);
-    cleaned_ = cleaned_ || delegate_.running();
+    delegate_.cleanPreview(*preview_, [this, life = std::weak_ptr(life_)] {
+        if (life.expired())
+            return;
+        cleaned_ = std::time(nullptr);
+        ticksChanged_ = false;
+        notify();
+    });
     notify();
+}
+
+// Runs begin and end, and settings change, without a call to this class.
+void TWPreviewWindowController::look()
+{
+    auto state = obstacle() + '\n' + notice();
+    if (std::exchange(state_, std::move(state)) != state_)
+        notify();
 }
 
 void TWPreviewWindowController::setWish(const TWPreviewWish& wish)
@@ -145,7 +194,12 @@ void TWPreviewWindowController::findRows()
 
 TWPreviewSource TWPreviewWindowController::source() const
 {
-    return { preview_->shares(), preview_->total().overlaps, kept_ };
+    TWPreviewSource source{ preview_->shares(), preview_->total().overlaps, kept_, {} };
+    for (std::uint32_t cleaner = 0; cleaner < preview_->cleaners().size(); ++cleaner) {
+        if (!isLookedAt(cleaner))
+            source.notLookedAt.push_back(cleaner);
+    }
+    return source;
 }
 
 void TWPreviewWindowController::previewChanged()
@@ -154,8 +208,10 @@ void TWPreviewWindowController::previewChanged()
     std::size_t plans = 0;
     for (const auto& each : preview_->cleaners())
         plans += (each->plan() != nullptr) + each->isPlanned();
-    if (std::exchange(plans_, plans) != plans)
+    if (std::exchange(plans_, plans) != plans) {
         findRows();
+        findKept();
+    }
     notify();
 }
 
@@ -163,7 +219,7 @@ void TWPreviewWindowController::previewChanged()
 void TWPreviewWindowController::previewEnded()
 {
     counts_->renew();
-    if (wish_.order == TWPreviewOrder::Size)
+    if (wish_.order == TWPreviewOrder::Size || stopped_)
         findRows();
     notify();
 }
@@ -176,24 +232,34 @@ void TWPreviewWindowController::notify()
 
 void TWPreviewWindowController::tick(std::span<const TWPreviewRow> rows, TWTick tick)
 {
+    if (!canChange())
+        return;
+    const auto refused = [this](auto row) { return fate(row) == TWPreviewFate::Refused; };
+    if (std::ranges::all_of(rows, refused))
+        return;
     preview_->setTicked(rows, tick);
     ticked();
 }
 
 void TWPreviewWindowController::tick(std::size_t cleaner, const TWCleanerPreview::Group& group, TWTick tick)
 {
+    if (!canChange())
+        return;
     preview_->setTicked(cleaner, group, tick);
     ticked();
 }
 
 void TWPreviewWindowController::tick(std::size_t cleaner, TWTick tick)
 {
+    if (!canChange())
+        return;
     preview_->setAllTicked(cleaner, tick);
     ticked();
 }
 
 void TWPreviewWindowController::ticked()
 {
+    ticksChanged_ = true;
     preview_->setTicked(kept_, TWTick::Off);
     counts_->renew();
     notify();
@@ -205,24 +271,50 @@ void TWPreviewWindowController::tickAll(TWTick each)
         tick(cleaner, each);
 }
 
+bool TWPreviewWindowController::canKeep(TWPreviewRow row) const
+{
+    const auto path = cleaner(row).plan()->path(item(row));
+    return fate(row) != TWPreviewFate::Kept && !TWPath::isAtOrBelow(path, delegate_.platform().places.trash);
+}
+
+bool TWPreviewWindowController::canKeepAny(const std::vector<TWPreviewRow>& rows) const
+{
+    return rows.size() > MostKeptAtOnce || std::ranges::any_of(rows, [this](auto row) { return canKeep(row); });
+}
+
 std::string TWPreviewWindowController::keep(const std::vector<TWPreviewRow>& rows)
 {
+    if (!canChange())
+        return QuestionOpen;
     if (rows.size() > MostKeptAtOnce)
         return TooManyToKeep;
-    const bool current = basis_ == TWPreviewBasis::now(delegate_);
+    const bool current = isCurrent();
     std::string problem;
+    std::size_t kept = 0;
     for (const auto& row : rows) {
-        problem = delegate_.editors().get<TWKeepWindowController>().keep(cleaner(row).plan()->path(item(row)));
-        if (!problem.empty())
-            break;
+        const auto path = cleaner(row).plan()->path(item(row));
+        const auto reason = delegate_.editors().get<TWKeepWindowController>().keep(path);
+        if (!reason.empty()) {
+            problem = reason;
+            continue;
+        }
+        ++kept;
         keptWish_.about.push_back(realPath(row));
         takeKept({ row });
     }
     if (current)
         basis_ = TWPreviewBasis::now(delegate_);
+    findKept();
+    if (problem.empty())
+        return TWText::fill(AllKept, { items(kept) });
+    return kept == 0 ? problem : TWText::fill(SomeKept, { TWText::number(kept), items(rows.size()), problem });
+}
+
+// Looks again when more items are known: a folder around a kept item may come later than the item.
+void TWPreviewWindowController::findKept()
+{
     if (!keptWish_.about.empty())
         keptRows_.find(source(), keptWish_);
-    return problem;
 }
 
 void TWPreviewWindowController::takeKept(const std::vector<TWPreviewRow>& rows)
@@ -232,7 +324,9 @@ void TWPreviewWindowController::takeKept(const std::vector<TWPreviewRow>& rows)
     std::vector<TWPreviewRow> added;
     std::ranges::set_difference(rows, kept_, std::back_inserter(added));
     kept_ = std::move(all);
-    tick(added, TWTick::Off);
+    preview_->setTicked(added, TWTick::Off);
+    counts_->renew();
+    notify();
 }
 
 void TWPreviewWindowController::exportRows(
@@ -241,8 +335,8 @@ void TWPreviewWindowController::exportRows(
     if (!preview_)
         return;
     const auto& platform = delegate_.platform();
-    export_ = std::make_unique<TWPreviewExport>(
-        platform.runLoop, platform.ownFiles, *preview_, rows_.all(), path, [path, ended = std::move(ended)](int error) {
+    export_ = std::make_unique<TWPreviewExport>(platform.runLoop, platform.ownFiles, *preview_, rows_.all(), kept_,
+        path, [path, ended = std::move(ended)](int error) {
             ended(error == 0 ? "" : TWText::fill(NotExported, { path, TWErrorText(error) }));
         });
 }
@@ -257,9 +351,22 @@ std::string TWPreviewWindowController::path(TWPreviewRow row) const
     return delegate_.platform().places.abbreviate(cleaner(row).plan()->path(item(row)));
 }
 
+std::string TWPreviewWindowController::shortPath(TWPreviewRow row) const
+{
+    const auto full = path(row);
+    const auto& places = delegate_.platform().places;
+    const auto files = places.abbreviate(places.trash) + "/files/";
+    return full.starts_with(files) ? TrashFolder + full.substr(files.size()) : full;
+}
+
 std::string TWPreviewWindowController::realPath(TWPreviewRow row) const
 {
     return cleaner(row).plan()->realPath(item(row));
+}
+
+bool TWPreviewWindowController::isLookedAt(std::size_t cleaner) const
+{
+    return !preview_->ended() || preview_->cleaners()[cleaner]->isComplete();
 }
 
 TWPreviewFate TWPreviewWindowController::fate(TWPreviewRow row) const
@@ -268,6 +375,8 @@ TWPreviewFate TWPreviewWindowController::fate(TWPreviewRow row) const
         return TWPreviewFate::Refused;
     if (std::ranges::binary_search(kept_, row))
         return TWPreviewFate::Kept;
+    if (!isLookedAt(row.cleaner))
+        return TWPreviewFate::NotLookedAt;
     if (cleaner(row).isTicked(row.item))
         return TWPreviewFate::Deleted;
     return preview_->deleter(row) ? TWPreviewFate::DeletedAnyway : TWPreviewFate::Unticked;
@@ -288,6 +397,8 @@ std::string TWPreviewWindowController::why(TWPreviewRow row) const
     const auto fate = this->fate(row);
     if (fate == TWPreviewFate::Refused)
         return TWText::fill(RefusedBecause, { cleaner(row).refusal(item(row)) });
+    if (fate == TWPreviewFate::NotLookedAt)
+        return NotLookedAtWhy;
     if (fate == TWPreviewFate::Kept) {
         const auto& paths = keptWish_.about;
         const auto own = realPath(row);
@@ -297,12 +408,12 @@ std::string TWPreviewWindowController::why(TWPreviewRow row) const
     }
     if (fate == TWPreviewFate::DeletedAnyway) {
         const auto by = *preview_->deleter(row);
-        const auto rule = cleaner(by).rule(item(by));
+        const auto rule = cleaner(by).ruleName(item(by));
         return realPath(by) == realPath(row) ? TWText::fill(StillDeleted, { rule })
                                              : TWText::fill(StillDeletedWith, { path(by), rule });
     }
     const auto matched = word(row);
-    const auto rule = cleaner(row).rule(item(row));
+    const auto rule = cleaner(row).ruleName(item(row));
     return matched.empty() ? rule : TWText::fill(WithWord, { rule, matched });
 }
 
@@ -312,14 +423,37 @@ std::string TWPreviewWindowController::sentence() const
         return "";
     if (!preview_->ended())
         return progress();
+    if (cleaned_ != 0)
+        return TWText::fill(CleanStarted, { moment(cleaned_, std::time(nullptr)) });
+    if (!anyLookedAt())
+        return anyFound() ? NoneComplete : StoppedFirst;
     const auto& total = preview_->total();
     const auto size = TWText::size(total.bytes);
     const auto refused = TWText::number(total.refused);
     if (total.items == 0)
-        return (total.refused == 0 ? Nothing : TWText::fill(OnlyRefused, { refused })) + leftOut();
+        return (total.refused == 0 ? Nothing : TWText::fill(OnlyRefused, { refused })) + leftOut() + shownOf();
     return (total.refused == 0 ? TWText::fill(WouldBeDeleted, { items(total.items), size })
                                : TWText::fill(AndRefused, { items(total.items), size, refused }))
-        + leftOut();
+        + leftOut() + shownOf();
+}
+
+// Nothing if the table shows every item.
+std::string TWPreviewWindowController::shownOf() const
+{
+    const auto items = counts_->all().items;
+    return rows_.finding() || counts_->outdated() || rows_.size() == items
+        ? ""
+        : TWText::fill(ShownOf, { TWText::number(rows_.size()), TWText::number(items) });
+}
+
+bool TWPreviewWindowController::anyFound() const
+{
+    return std::ranges::any_of(preview_->cleaners(), [](const auto& each) { return each->itemsFound() > 0; });
+}
+
+bool TWPreviewWindowController::anyLookedAt() const
+{
+    return std::ranges::any_of(preview_->cleaners(), [](const auto& each) { return each->isComplete(); });
 }
 
 std::string TWPreviewWindowController::progress() const
@@ -352,13 +486,15 @@ std::string TWPreviewWindowController::emptyText() const
     if (busy())
         return Looking;
     std::string lines;
-    bool any = false;
     for (const auto& each : preview_->cleaners()) {
-        any = any || each->itemsFound() > 0;
         if (each->isPlanned() && each->plan()->items.empty() && !each->plan()->failure)
             addLine(lines, each->row().title, each->row().nothing);
     }
-    return any ? NoMatch : lines.empty() ? Nothing : lines;
+    if (anyFound())
+        return NoMatch;
+    if (!lines.empty())
+        return lines;
+    return anyLookedAt() ? Nothing : StoppedFirst;
 }
 
 std::string TWPreviewWindowController::warnings() const
@@ -379,7 +515,38 @@ std::string TWPreviewWindowController::notice() const
 {
     if (!preview_)
         return "";
-    if (cleaned_)
-        return TWText::fill(Cleaned, { timeOfDay(made_) });
-    return basis_ == TWPreviewBasis::now(delegate_) ? "" : TWText::fill(Outdated, { timeOfDay(made_) });
+    const auto now = std::time(nullptr);
+    const auto made = moment(made_, now);
+    if (cleaned_ != 0)
+        return TWText::fill(Cleaned, { made });
+    if (!isCurrent())
+        return TWText::fill(Outdated, { made });
+    return now - made_ < OldAge ? "" : TWText::fill(Old, { made });
+}
+
+std::string TWPreviewWindowController::obstacle() const
+{
+    if (!preview_ || preview_->cleaners().empty())
+        return NoCleaner;
+    if (!preview_->ended())
+        return StillMaking;
+    if (delegate_.asking())
+        return QuestionOpen;
+    if (delegate_.running())
+        return RunGoesOn;
+    if (cleaned_ != 0 || !isCurrent())
+        return notice();
+    if (!anyLookedAt())
+        return NoneLookedAt;
+    const auto jobs = preview_->jobs();
+    return std::ranges::any_of(jobs, [](const auto& job) { return job.plan != nullptr; }) ? "" : NothingTicked;
+}
+
+std::string TWPreviewWindowController::moment(std::time_t time, std::time_t now)
+{
+    const auto day = timeText(time, "%Y-%m-%d");
+    const auto clock = timeText(time, "at %H:%M");
+    if (day == timeText(now, "%Y-%m-%d"))
+        return clock;
+    return (day == timeText(dayBefore(now), "%Y-%m-%d") ? "yesterday " : "on " + day + " ") + clock;
 }

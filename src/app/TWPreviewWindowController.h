@@ -27,6 +27,7 @@ enum class TWPreviewFate {
     Unticked, // stays
     Kept, // stays: it has been put on the keep list, or something in it has
     Refused, // stays
+    NotLookedAt, // stays, because the preview was stopped before its cleaner was complete
 };
 
 // The preview's window without its widgets: makes previews of the cleaners that are switched on, finds the rows to
@@ -43,8 +44,14 @@ public:
     void close(); // drops the preview
     void stop();
 
-    // Carries out what is ticked. The preview stays.
+    // Carries out what is ticked, if canClean() holds at this moment. The preview stays.
     void clean();
+
+    // Clean has been carried out from this preview, so that it does not say any more what would be deleted.
+    bool cleaned() const { return cleaned_ != 0; }
+
+    // The user has ticked or unticked something since refresh().
+    bool ticksChanged() const { return ticksChanged_; }
 
     const TWPreview* preview() const { return preview_.get(); }
     const TWPreviewRows& rows() const { return rows_; }
@@ -64,8 +71,12 @@ public:
     void tick(std::size_t cleaner, TWTick);
     void tickAll(TWTick);
 
-    // Puts the items on the keep list, which is saved at once, and unticks them with all rows that stay because of
-    // that. Returns "" or one line why the rest of them is not kept.
+    // False for what is kept already, and for items in the Trash, which the keep list does not hold.
+    bool canKeep(TWPreviewRow) const;
+    bool canKeepAny(const std::vector<TWPreviewRow>&) const; // true for too many rows, so that keep() can say so
+
+    // Puts those of the items on the keep list that can be kept, saves it at once, and unticks them with all rows that
+    // stay because of that. Returns one line about all of them.
     static constexpr std::size_t MostKeptAtOnce = 100;
     std::string keep(const std::vector<TWPreviewRow>&);
 
@@ -74,41 +85,61 @@ public:
 
     const TWPlannedItem& item(TWPreviewRow) const;
     std::string path(TWPreviewRow) const; // for display; bytes
+    std::string shortPath(TWPreviewRow) const; // the same with "Trash" in place of the folder of the Trash
     std::string realPath(TWPreviewRow) const;
     TWPreviewFate fate(TWPreviewRow) const;
     std::optional<std::uint64_t> bytes(TWPreviewRow) const; // nothing while it is not known
     std::string word(TWPreviewRow) const; // that matched, or ""
     std::string why(TWPreviewRow) const; // which rule and word, or why it stays
 
-    // False while the preview is being made, because a cleaner takes part only if it is complete.
-    bool canClean() const { return preview_ && preview_->ended(); }
+    // One line why the preview cannot be carried out now, or "". Compares lists.
+    std::string obstacle() const;
+    bool canClean() const { return obstacle().empty(); }
+
+    // False while a question about a run is open: the run would not follow a change of ticks.
+    bool canChange() const { return preview_ && !delegate_.asking(); }
+
     bool busy() const { return preview_ && (!preview_->ended() || rows_.finding()); }
 
     std::string sentence() const; // "512 items, 3.4 GB would be deleted; 3 refused."
     std::string emptyText() const; // why no row is shown
     std::string warnings() const; // lines about the cleaners, or ""
 
-    // One line if the preview is out of date, or "". Compares lists, so ask when the window is activated.
+    // One line if the preview is out of date, or "". Compares lists.
     std::string notice() const;
+
+    // "at 14:02", "yesterday at 14:02", "on 2026-11-20 at 14:02".
+    static std::string moment(std::time_t, std::time_t now);
 
 private:
     void previewChanged() override;
     void previewEnded() override;
     void findRows();
     void ticked();
+    void findKept();
+    void look();
+    bool isLookedAt(std::size_t cleaner) const;
+    bool isCurrent() const { return basis_ == TWPreviewBasis::now(delegate_); }
     void takeKept(const std::vector<TWPreviewRow>&);
     TWPreviewSource source() const;
     const TWCleanerPreview& cleaner(TWPreviewRow row) const { return *preview_->cleaners()[row.cleaner]; }
     void notify();
     std::string progress() const;
     std::string leftOut() const;
+    std::string shownOf() const;
+    bool anyFound() const;
+    bool anyLookedAt() const;
 
     TWTidewellAppDelegate& delegate_;
     TWPreviewView* view_ = nullptr;
     TWPreviewBasis basis_;
     std::time_t made_ = 0;
-    bool cleaned_ = false;
+    std::time_t cleaned_ = 0; // when a run of the preview began; 0 if none has
     bool stopped_ = false;
+    bool ticksChanged_ = false;
+    std::string state_; // of the buttons and the notice, when it was looked at last
+    std::unique_ptr<TWRunLoopHandle> looking_;
+    std::shared_ptr<const int> life_; // expires with the preview
     std::unique_ptr<TWPreview> preview_;
     std::unique_ptr<TWPreviewCounts> counts_;
     TWPreviewWish wish_;

@@ -79,14 +79,14 @@ void TWTidewellAppDelegate::clean(const TWRunChoice& checked)
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
 }
 
-void TWTidewellAppDelegate::cleanPreview(const TWPreview& preview)
+void TWTidewellAppDelegate::cleanPreview(const TWPreview& preview, std::function<void()> began)
 {
     auto jobs = preview.jobs();
     TWRunChoice choice{};
     for (std::size_t position = 0; position < choice.size(); ++position)
         choice[position] = jobs[position].plan != nullptr;
     if (anyOf(choice))
-        startRun(choice, std::move(jobs), TWCleaningRun::Ending::AsSettingsSay);
+        startRun(choice, std::move(jobs), TWCleaningRun::Ending::AsSettingsSay, std::move(began));
     else
         refuse({ NothingTickedTitle, NothingTickedText, OK, "" });
 }
@@ -99,10 +99,10 @@ void TWTidewellAppDelegate::cleanForCommand(const TWRunChoice& choice)
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
 }
 
-void TWTidewellAppDelegate::startRun(
-    const TWRunChoice& choice, std::optional<TWPlannedJobs> jobs, TWCleaningRun::Ending ending)
+void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, std::optional<TWPlannedJobs> jobs,
+    TWCleaningRun::Ending ending, std::function<void()> began)
 {
-    if (refusing_ || next_ || (current_ && current_->asking()))
+    if (asking())
         return;
     if (const auto problem = editors_.get<TWKeepWindowController>().problem(); !problem.empty()) {
         refuse({ NoKeepListTitle, problem, OK, "" });
@@ -119,6 +119,7 @@ void TWTidewellAppDelegate::startRun(
     // If settings are lost, the defaults may delete more than the user wanted, or less securely.
     auto run = std::make_unique<TWCleaningRun>(context, choice, std::move(jobs), ending, lock, problems(),
         platform_.userDefaults.problem(), [this](TWRunOutcome outcome) { runEnded(outcome); });
+    run->setBegan(std::move(began));
     if (!running()) {
         current_ = std::move(run);
         current_->start();

@@ -38,8 +38,9 @@ public:
     void clean(const TWRunChoice& checked);
 
     // Like clean(), but carries out what is ticked in the preview and nothing else, whatever the settings and lists say
-    // by now. An item that has changed since the preview is left alone. If nothing is ticked, nothing is run.
-    void cleanPreview(const TWPreview&);
+    // by now. An item that has changed since the preview is left alone. If nothing is ticked, nothing is run. began is
+    // called when the run begins, which may be inside this call, after a question, or never.
+    void cleanPreview(const TWPreview&, std::function<void()> began = nullptr);
 
     // The same as clean() for a command: runs the chosen cleaners, whatever the settings say.
     void cleanForCommand(const TWRunChoice&);
@@ -49,6 +50,9 @@ public:
     void stop();
 
     bool running() const { return current_ && current_->running(); }
+
+    // True while a question or an alert about a new run is open. No run can be started meanwhile.
+    bool asking() const { return refusing_ || next_ || (current_ && current_->asking()); }
 
     // The cleaners that are switched on in the settings.
     TWRunChoice switchedOn() const;
@@ -72,7 +76,8 @@ private:
     void stampUUID();
     void greet();
 
-    void startRun(const TWRunChoice&, std::optional<TWPlannedJobs>, TWCleaningRun::Ending);
+    void startRun(
+        const TWRunChoice&, std::optional<TWPlannedJobs>, TWCleaningRun::Ending, std::function<void()> began = nullptr);
     std::optional<TWAlert> lockCleaning(std::shared_ptr<TWHeldLock>&);
     void refuse(const TWAlert&);
     void runEnded(TWRunOutcome);

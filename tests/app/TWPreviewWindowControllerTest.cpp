@@ -130,7 +130,7 @@ protected:
         root.write("home/folder/kept/inside", "x");
         root.write("home/folder/other", "x");
         for (const auto* path : { "~/folder", "~/folder/kept", "~/folder/kept", "~/folder/other" })
-            files().addRule({ true, "", path, TWItemItself });
+            files().addRule({ true, files().rules().size() == 3 ? "Mine" : "", path, TWItemItself });
         controller.refresh();
         runLoop.advance(1s);
     }
@@ -160,10 +160,10 @@ TEST_F(TWPreviewWindowControllerTest, SaysWhatDeletesAnUntickedItemAllTheSame)
     EXPECT_EQ(fates(), std::vector(4, Deleted));
     untick(1);
     EXPECT_EQ(fates(), (std::vector{ Deleted, DeletedAnyway, Deleted, Deleted }));
-    EXPECT_EQ(why(1), "Still deleted with ~/folder (rule 2: ~/folder)");
+    EXPECT_EQ(why(1), "Still deleted with ~/folder (rule \"~/folder\")");
     untick(0);
     EXPECT_EQ(fates(), (std::vector{ Unticked, DeletedAnyway, Deleted, Deleted }));
-    EXPECT_EQ(why(1), "Still deleted by rule 4: ~/folder/kept");
+    EXPECT_EQ(why(1), "Still deleted by the rule \"Mine\"");
     EXPECT_EQ(controller.counts().all().ticked, 2U);
     untick(2);
     EXPECT_EQ(fates(), (std::vector{ Unticked, Unticked, Unticked, Deleted }));
@@ -174,7 +174,7 @@ TEST_F(TWPreviewWindowControllerTest, SaysWhatDeletesAnUntickedItemAllTheSame)
 
 TEST_F(TWPreviewWindowControllerTest, KeepsWithEverythingThatStaysBecauseOfIt)
 {
-    EXPECT_EQ(controller.keep({ controller.rows()[1] }), "");
+    EXPECT_TRUE(controller.keep({ controller.rows()[1] }).starts_with("Kept from now on: 1 item."));
     runLoop.advance(1s);
     EXPECT_EQ(fates(), (std::vector{ Kept, Kept, Kept, Deleted }));
     EXPECT_EQ(why(0), "Stays, because something in it is kept from now on");
@@ -193,7 +193,78 @@ TEST_F(TWPreviewWindowControllerTest, KeepsWithEverythingThatStaysBecauseOfIt)
     root.write("home/.local/share/Trash/files/a", "x");
     controller.refresh();
     runLoop.advance(1s);
-    EXPECT_NE(controller.keep({ controller.rows()[0] }).find("in the Trash"), std::string::npos);
+    EXPECT_TRUE(!controller.canKeep(controller.rows()[0]) && controller.canKeep(controller.rows()[3]));
+    const auto both = controller.keep({ controller.rows()[0], controller.rows()[1] });
+    EXPECT_TRUE(both.starts_with("Kept from now on: 1 of 2 items.") && both.find("in the Trash") != std::string::npos);
+    EXPECT_EQ(controller.shortPath(controller.rows()[0]), "Trash/a");
+}
+
+TEST_F(TWPreviewWindowControllerTest, KeepsWhatComesAfterTheKeptItem)
+{
+    for (int number = 0; number < 10'000; ++number)
+        root.write("home/many/" + std::to_string(number), "");
+    files().addRule({ true, "", "~/many", TWFolderContents });
+    files().addRule({ true, "", "~/folder/other", TWItemItself });
+    controller.refresh();
+    while (!controller.preview()->cleaners()[0]->plan())
+        runLoop.turn(0ms);
+    ASSERT_FALSE(controller.preview()->cleaners()[0]->isPlanned());
+    controller.keep({ TWPreviewRow() });
+    runLoop.advance(1s);
+    ASSERT_EQ(fates().size(), 10'005U);
+    EXPECT_EQ(fates().back(), Kept);
+}
+
+TEST_F(TWPreviewWindowControllerTest, CleansOnceAndOnlyWhatIsStillSwitchedOn)
+{
+    const auto refuses = [&](const char* reason) {
+        controller.clean();
+        runLoop.advance(1s);
+        return controller.obstacle().find(reason) != std::string::npos && root.exists("home/folder/other");
+    };
+    delegate->settings().set(TWKey::FilesCleaner, false);
+    EXPECT_TRUE(refuses("have changed since")) << "Clean itself looks, before the window has shown it";
+    delegate->settings().set(TWKey::FilesCleaner, true);
+    delegate->settings().set(TWKey::SecurelyDeleteFiles, true);
+    EXPECT_TRUE(refuses("have changed since"));
+    delegate->settings().set(TWKey::SecurelyDeleteFiles, false);
+    EXPECT_TRUE(controller.canClean());
+    controller.tickAll(TWTick::Off);
+    runLoop.advance(1s);
+    EXPECT_TRUE(refuses("Nothing is ticked"));
+    controller.tickAll(TWTick::On);
+    EXPECT_TRUE(controller.ticksChanged());
+    controller.clean();
+    EXPECT_FALSE(controller.canClean()) << "a run goes on";
+    runLoop.advance(1s);
+    EXPECT_TRUE(!root.exists("home/folder") && controller.cleaned() && !controller.canClean());
+    EXPECT_TRUE(controller.sentence().starts_with("Clean was started from this preview at "));
+}
+
+TEST_F(TWPreviewWindowControllerTest, IsCleanedOnlyWhenTheQuestionIsConfirmed)
+{
+    files().setWhatToDelete(3, TWItemsWithKeywordsDeep);
+    delegate->editors().dictionary().setWordDictionary({});
+    controller.refresh();
+    runLoop.advance(1s);
+    alerts.leavesOpen = true;
+    for (const auto answer : { TWAnswer::Alternate, TWAnswer::Default }) {
+        controller.clean();
+        ASSERT_EQ(alerts.open.size(), 1U);
+        EXPECT_TRUE(!controller.canClean() && !controller.canChange() && !controller.cleaned());
+        alerts.answer(answer);
+        runLoop.advance(1s);
+        EXPECT_EQ(controller.cleaned(), answer == TWAnswer::Default);
+    }
+}
+
+TEST(TWPreviewMoment, NamesTheDayUnlessItIsToday)
+{
+    std::tm parts{ .tm_min = 2, .tm_hour = 14, .tm_mday = 1, .tm_mon = 2, .tm_year = 126, .tm_isdst = -1 };
+    const auto time = std::mktime(&parts);
+    EXPECT_EQ(TWPreviewWindowController::moment(time, time + 3600), "at 14:02");
+    EXPECT_EQ(TWPreviewWindowController::moment(time, time + 15 * 3600), "yesterday at 14:02");
+    EXPECT_EQ(TWPreviewWindowController::moment(time, time + 60 * 3600), "on 2026-03-01 at 14:02");
 }
 
 TEST_F(TWPreviewWindowControllerTest, LeavesOutWhatAStopLeftIncomplete)
@@ -202,8 +273,19 @@ TEST_F(TWPreviewWindowControllerTest, LeavesOutWhatAStopLeftIncomplete)
     EXPECT_FALSE(controller.canClean());
     controller.stop();
     runLoop.advance(1s);
-    EXPECT_TRUE(controller.canClean());
-    EXPECT_EQ(controller.sentence(), "Nothing would be deleted. Stopped: Files would not be cleaned.");
+    EXPECT_FALSE(controller.canClean());
+    EXPECT_EQ(controller.sentence(), "Stopped before anything was found.");
+    EXPECT_EQ(controller.emptyText(), "Stopped before anything was found.");
+    controller.refresh();
+    while (!controller.preview()->cleaners()[0]->isPlanned())
+        runLoop.turn(0ms);
+    controller.stop();
+    runLoop.advance(1s);
+    EXPECT_EQ(fates(), std::vector(4, NotLookedAt));
+    EXPECT_TRUE(controller.sentence().starts_with("Stopped before a cleaner was complete."));
+    controller.setWish({ .shown = TWPreviewShown::WouldBeDeleted });
+    runLoop.advance(1s);
+    EXPECT_EQ(controller.rows().size(), 0U);
     controller.clean();
     runLoop.advance(1s);
     EXPECT_TRUE(root.exists("home/folder/other"));

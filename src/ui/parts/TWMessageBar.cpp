@@ -29,6 +29,8 @@ TWMessageBar::TWMessageBar(Kind kind, const QString& objectName, const QString& 
     text_->setWordWrap(true);
     text_->setTextFormat(Qt::PlainText);
     text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    // A long name without blanks must not make the window wider than the screen.
+    text_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* layout = new QHBoxLayout(this);
     if (kind == Kind::Warning)
         layout->addWidget(warningIcon(*style()), 0, Qt::AlignTop);

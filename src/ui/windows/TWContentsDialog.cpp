@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStyle>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -19,6 +20,10 @@ namespace {
 constexpr auto NotRead = QT_TRANSLATE_NOOP("TWContentsDialog", "The folder could not be read (%1).");
 constexpr auto Empty = QT_TRANSLATE_NOOP("TWContentsDialog", "The folder is empty.");
 constexpr auto More = QT_TRANSLATE_NOOP("TWContentsDialog", "%1, and %2 more that are not shown");
+constexpr auto AtLeast = QT_TRANSLATE_NOOP("TWContentsDialog", "at least %1");
+constexpr auto SomeUnknown = QT_TRANSLATE_NOOP(
+    "TWContentsDialog", "%1. Something inside could not be read, so that some sizes are too small.");
+constexpr auto TitleInSandbox = QT_TRANSLATE_NOOP("TWContentsDialog", "Contents (Sandbox %1)");
 constexpr auto Unknown = "\u2026";
 
 enum Column { Name, Size };
@@ -27,11 +32,12 @@ constexpr QSize Preferred(520, 360); // in pixels
 
 }
 
-TWContentsDialog::TWContentsDialog(
-    TWRunLoop& runLoop, const TWFileSystem& fileSystem, const std::string& realPath, QWidget* parent)
+TWContentsDialog::TWContentsDialog(TWRunLoop& runLoop, const TWFileSystem& fileSystem, const TWPlaces& places,
+    const std::string& realPath, QWidget* parent)
     : QDialog(parent)
     , runLoop_(runLoop)
     , fileSystem_(fileSystem)
+    , places_(places)
     , first_(realPath)
     , pathLabel_(new QLabel)
     , entries_(new QTreeWidget)
@@ -39,7 +45,7 @@ TWContentsDialog::TWContentsDialog(
     , spinner_(new TWSpinner(fontMetrics().height(), this))
 {
     setObjectName("contentsDialog");
-    setWindowTitle(tr("Contents"));
+    setWindowTitle(places.sandboxed() ? tr(TitleInSandbox).arg(TWQtText::shown(places.sandboxRoot)) : tr("Contents"));
     pathLabel_->setTextFormat(Qt::PlainText);
     pathLabel_->setWordWrap(true);
     pathLabel_->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -53,6 +59,7 @@ TWContentsDialog::TWContentsDialog(
     entries_->header()->setSectionResizeMode(Name, QHeaderView::Stretch);
     connect(entries_, &QTreeWidget::itemActivated, this, &TWContentsDialog::openCurrent);
     sentence_->setObjectName("contentsLabel");
+    sentence_->setWordWrap(true);
 
     auto* buttons = new QDialogButtonBox;
     up_ = buttons->addButton(tr("&Up"), QDialogButtonBox::ActionRole);
@@ -61,8 +68,13 @@ TWContentsDialog::TWContentsDialog(
     for (auto* button : { up_, close }) {
         button->setAutoDefault(false);
         button->setAccessibleName(QString(button->text()).remove('&'));
+        for (const auto key : { Qt::Key_Return, Qt::Key_Enter })
+            connect(new QShortcut(key, button, nullptr, nullptr, Qt::WidgetShortcut), &QShortcut::activated, button,
+                &QPushButton::click);
     }
     connect(up_, &QPushButton::clicked, this, &TWContentsDialog::up);
+    for (const auto key : { QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) })
+        connect(new QShortcut(key, this), &QShortcut::activated, up_, &QPushButton::click);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     auto* footer = new QHBoxLayout;
     footer->addWidget(sentence_, 1);
@@ -80,7 +92,7 @@ TWContentsDialog::TWContentsDialog(
 void TWContentsDialog::list(const std::string& path)
 {
     path_ = path;
-    pathLabel_->setText(TWQtText::shown(path));
+    pathLabel_->setText(TWQtText::shown(places_.abbreviate(path)));
     up_->setEnabled(path_ != first_);
     entries_->clear();
     spinner_->start();
@@ -90,6 +102,7 @@ void TWContentsDialog::list(const std::string& path)
 void TWContentsDialog::showEntries()
 {
     const auto& found = listing_->entries();
+    bool unknown = false;
     for (std::size_t index = 0; index < found.size(); ++index) {
         auto* line = entries_->topLevelItem(static_cast<int>(index));
         if (!line) {
@@ -100,7 +113,9 @@ void TWContentsDialog::showEntries()
             line->setTextAlignment(Size, Qt::AlignRight | Qt::AlignVCenter);
         }
         const auto& bytes = found[index].bytes;
-        line->setText(Size, bytes ? TWQtText::exact(TWText::size(*bytes)) : QString(Unknown));
+        const auto size = bytes ? TWQtText::exact(TWText::size(*bytes)) : QString(Unknown);
+        line->setText(Size, found[index].tooSmall ? tr(AtLeast).arg(size) : size);
+        unknown = unknown || found[index].tooSmall;
     }
     if (!entries_->currentItem())
         entries_->setCurrentItem(entries_->topLevelItem(0));
@@ -111,6 +126,8 @@ void TWContentsDialog::showEntries()
         sentence_->setText(tr(NotRead).arg(TWQtText::exact(TWErrorText(listing_->error()))));
     else if (listing_->left() != 0)
         sentence_->setText(tr(More).arg(count, TWQtText::exact(TWText::number(listing_->left()))));
+    else if (unknown)
+        sentence_->setText(tr(SomeUnknown).arg(count));
     else
         sentence_->setText(found.empty() && listing_->ended() ? tr(Empty) : count);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/TWFolderListing.h"
+#include "platform/TWPlaces.h"
 
 #include <QDialog>
 
@@ -15,8 +16,9 @@ class TWContentsDialog final : public QDialog {
     Q_OBJECT
 
 public:
-    // No component of the path may be a symbolic link. The file system must outlive the run loop's background work.
-    TWContentsDialog(TWRunLoop&, const TWFileSystem&, const std::string& realPath, QWidget* parent);
+    // No component of the path may be a symbolic link. The file system and the places must outlive the dialog and the
+    // run loop's background work.
+    TWContentsDialog(TWRunLoop&, const TWFileSystem&, const TWPlaces&, const std::string& realPath, QWidget* parent);
 
 private:
     void list(const std::string& path);
@@ -26,6 +28,7 @@ private:
 
     TWRunLoop& runLoop_;
     const TWFileSystem& fileSystem_;
+    const TWPlaces& places_;
     const std::string first_; // the folder in which it began
     std::string path_;
     std::unique_ptr<TWFolderListing> listing_;

@@ -6,6 +6,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int MarkWidth = 2; // in pixels
@@ -18,15 +20,28 @@ QRect textRect(const QStyleOptionViewItem& option)
     return style->subElementRect(QStyle::SE_ItemViewItemText, &option, option.widget).adjusted(margin, 0, -margin, 0);
 }
 
+// Shortens the name around the word, which stays readable.
+QString elidedName(const QString& name, const QString& word, const QFontMetrics& metrics, int width)
+{
+    const auto at = word.isEmpty() ? -1 : name.indexOf(word, 0, Qt::CaseInsensitive);
+    if (at == -1 || metrics.horizontalAdvance(name) <= width)
+        return metrics.elidedText(name, Qt::ElideMiddle, width);
+    const auto found = name.mid(at, word.size());
+    const int left = std::max(0, width - metrics.horizontalAdvance(found));
+    const auto before = metrics.elidedText(name.left(at), Qt::ElideMiddle, left / 2);
+    const auto after = name.mid(at + word.size());
+    return before + found + metrics.elidedText(after, Qt::ElideMiddle, left - metrics.horizontalAdvance(before));
+}
+
 // Shortens the folders before the name, and the name only if it does not fit alone.
-QString elidedPath(const QString& path, const QFontMetrics& metrics, int width)
+QString elidedPath(const QString& path, const QString& word, const QFontMetrics& metrics, int width)
 {
     if (metrics.horizontalAdvance(path) <= width)
         return path;
     const auto name = path.mid(path.lastIndexOf('/', -2));
     const int left = width - metrics.horizontalAdvance(name);
     const auto folders = metrics.elidedText(path.left(path.size() - name.size()), Qt::ElideMiddle, left);
-    return folders.isEmpty() ? metrics.elidedText(name.mid(1), Qt::ElideMiddle, width) : folders + name;
+    return folders.isEmpty() ? elidedName(name.mid(1), word, metrics, width) : folders + name;
 }
 
 }
@@ -38,7 +53,8 @@ void TWPreviewCellDelegate::initStyleOption(QStyleOptionViewItem* option, const 
     if (index.column() == TWPreviewModel::Path) {
         // A path is written from left to right in every language; otherwise its first slash would move to its end.
         option->direction = Qt::LeftToRight;
-        option->text = elidedPath(option->text, option->fontMetrics, textRect(*option).width());
+        const auto word = index.data(TWPreviewModel::WordRole).toString();
+        option->text = elidedPath(option->text, word, option->fontMetrics, textRect(*option).width());
         TWCheckBox::showFrame(option->palette);
     } else if (index.data(TWPreviewModel::WarningRole).toBool()) {
         TWCellStyle::showWarning(*option);
@@ -57,7 +73,7 @@ void TWPreviewCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem&
         TWCellStyle::drawFocus(*painter, option);
 }
 
-// Underlines the word where it stands in the name. It may be cut off there; the reason beside it names it, too.
+// Underlines the word where it stands in the name. The reason beside it names it, too.
 void TWPreviewCellDelegate::markWord(QPainter& painter, const QStyleOptionViewItem& option, const QString& word)
 {
     const auto place = textRect(option);

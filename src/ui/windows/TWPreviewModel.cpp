@@ -24,6 +24,7 @@ constexpr const char* Fates[] = {
     QT_TRANSLATE_NOOP("TWPreviewModel", "Not ticked: %1"),
     QT_TRANSLATE_NOOP("TWPreviewModel", "Kept: %1"),
     QT_TRANSLATE_NOOP("TWPreviewModel", "Refused: %1"),
+    QT_TRANSLATE_NOOP("TWPreviewModel", "Not looked at to the end: %1"),
 };
 
 constexpr auto Unknown = "\u2026";
@@ -59,7 +60,6 @@ void TWPreviewModel::rowsReplaced()
 {
     beginResetModel();
     rows_ = static_cast<int>(controller_.rows().size());
-    now_ = QDateTime::currentSecsSinceEpoch();
     endResetModel();
 }
 
@@ -124,7 +124,7 @@ QVariant TWPreviewModel::text(TWPreviewRow row, int column) const
 {
     switch (column) {
     case Path:
-        return TWQtText::shown(controller_.path(row));
+        return TWQtText::shown(controller_.shortPath(row));
     case Size: {
         const auto bytes = controller_.bytes(row);
         if (controller_.fate(row) == TWPreviewFate::Refused)
@@ -143,9 +143,10 @@ QString TWPreviewModel::age(TWPreviewRow row) const
     const auto modified = controller_.item(row).facts.modified / NanosecondsPerSecond;
     if (modified == 0)
         return {}; // nothing was found at the path
+    const auto age = QDateTime::currentSecsSinceEpoch() - modified;
     for (const auto& unit : Units) {
-        if (now_ - modified >= unit.seconds)
-            return tr(unit.text).arg(QLocale().toString((now_ - modified) / unit.seconds));
+        if (age >= unit.seconds)
+            return tr(unit.text).arg(QLocale().toString(age / unit.seconds));
     }
     return tr(Now);
 }

@@ -41,5 +41,4 @@ private:
     const QIcon folder_;
     const QIcon file_;
     int rows_ = 0;
-    qint64 now_ = 0; // when the rows came, in seconds since 1970
 };

@@ -1,6 +1,7 @@
 #include "ui/windows/TWPreviewTree.h"
 
 #include "support/TWText.h"
+#include "ui/parts/TWCellStyle.h"
 #include "ui/parts/TWCheckBox.h"
 #include "ui/parts/TWQtText.h"
 
@@ -23,6 +24,8 @@ constexpr int None = -1;
 constexpr int RowPadding = 6;
 constexpr int Indentation = 14; // in pixels
 constexpr int NarrowestWithSizes = 44; // in characters
+constexpr int ItemsWidth = 10;
+constexpr int SizeWidth = 11;
 
 }
 
@@ -43,9 +46,9 @@ TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* par
     setTextElideMode(Qt::ElideMiddle);
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(Name, QHeaderView::Stretch);
-    header()->setSectionResizeMode(Items, QHeaderView::ResizeToContents);
-    header()->setSectionResizeMode(Size, QHeaderView::ResizeToContents);
-    header()->setMinimumSectionSize(fontMetrics().averageCharWidth() * 6);
+    // Measuring the contents would take seconds with thousands of rules.
+    header()->resizeSection(Items, ItemsWidth * fontMetrics().averageCharWidth());
+    header()->resizeSection(Size, SizeWidth * fontMetrics().averageCharWidth());
     connect(this, &QTreeWidget::currentItemChanged, this, [this](const auto* line) { choose(line); });
     connect(this, &QTreeWidget::itemChanged, this, [this](const auto* line, int column) {
         if (column == Name)
@@ -57,6 +60,16 @@ void TWPreviewTree::initViewItemOption(QStyleOptionViewItem* option) const
 {
     QTreeWidget::initViewItemOption(option);
     TWCheckBox::showFrame(option->palette);
+}
+
+void TWPreviewTree::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    QTreeWidget::drawRow(painter, option, index);
+    if (!hasFocus() || index.row() != currentIndex().row() || index.parent() != currentIndex().parent())
+        return;
+    auto full = option;
+    full.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
+    TWCellStyle::drawFocus(*painter, full);
 }
 
 // In a narrow tree the names of the rules need the room.
@@ -73,17 +86,21 @@ void TWPreviewTree::replace()
     const auto* preview = controller_.preview();
     if (!preview || preview->cleaners().empty())
         return;
-    auto* all = addLine(invisibleRootItem(), TWQtText::bytes(tr(All)), None, None);
-    for (std::size_t cleaner = 0; cleaner < preview->cleaners().size(); ++cleaner)
-        addLine(all, preview->cleaners()[cleaner]->row().title, static_cast<int>(cleaner), None)->setExpanded(true);
+    auto* all = newLine(TWQtText::bytes(tr(All)), None, None);
+    addTopLevelItem(all);
+    for (std::size_t cleaner = 0; cleaner < preview->cleaners().size(); ++cleaner) {
+        auto* line = newLine(preview->cleaners()[cleaner]->row().title, static_cast<int>(cleaner), None);
+        all->addChild(line);
+        line->setExpanded(true);
+    }
     all->setExpanded(true);
     setCurrentItem(all);
     renew();
 }
 
-QTreeWidgetItem* TWPreviewTree::addLine(QTreeWidgetItem* parent, const std::string& name, int cleaner, int group)
+QTreeWidgetItem* TWPreviewTree::newLine(const std::string& name, int cleaner, int group) const
 {
-    auto* line = new QTreeWidgetItem(parent);
+    auto* line = new QTreeWidgetItem;
     line->setText(Name, TWQtText::shown(name));
     line->setToolTip(Name, TWQtText::toolTip(name));
     line->setData(Name, CleanerRole, cleaner);
@@ -112,6 +129,10 @@ void TWPreviewTree::renew()
         show(*line, controller_.counts().of(cleaner));
     }
     show(*all, controller_.counts().all());
+    // An item that several rules name counts once here, as in the window's sentence.
+    const auto& total = controller_.preview()->total();
+    if (controller_.preview()->ended())
+        showNumbers(*all, total.items, total.bytes);
 }
 
 // A cleaner without rules needs no line for the only reason of its items.
@@ -120,32 +141,48 @@ void TWPreviewTree::addGroups(QTreeWidgetItem& line, const TWCleanerPreview& pre
     const auto& groups = preview.groups();
     if (groups.size() == 1 && groups.front().rule == TWNone)
         return;
+    QList<QTreeWidgetItem*> added;
     for (auto group = line.childCount(); group < static_cast<int>(groups.size()); ++group) {
         const auto& first = preview.plan()->items[groups[static_cast<std::size_t>(group)].begin];
-        auto* added = addLine(&line, preview.rule(first), cleaner, group);
-        added->setFlags(added->flags() & ~Qt::ItemIsUserCheckable);
+        added.append(newLine(preview.ruleName(first), cleaner, group));
+        added.back()->setFlags(added.back()->flags() & ~Qt::ItemIsUserCheckable);
     }
+    line.addChildren(added); // at once, because the tree lays itself out for each call
     if (!preview.isPlanned())
         return; // more items of a rule may follow, so that it cannot be ticked or unticked yet
     for (int group = 0; group < line.childCount(); ++group) {
         auto& child = *line.child(group);
-        if (!(child.flags() & Qt::ItemIsUserCheckable))
+        const auto count = controller_.counts().of(static_cast<std::size_t>(cleaner), static_cast<std::size_t>(group));
+        const bool refused = count.items > 0 && count.items == count.refused;
+        if (!refused && !(child.flags() & Qt::ItemIsUserCheckable))
             child.setFlags(child.flags() | Qt::ItemIsUserCheckable);
     }
 }
 
-// A check box stays as the user has set it until everything is counted. A line of which all items are refused has none.
+void TWPreviewTree::showNumbers(QTreeWidgetItem& line, std::uint64_t items, std::uint64_t bytes)
+{
+    const auto set = [&line](int column, const QString& text) {
+        if (line.text(column) != text)
+            line.setText(column, text);
+    };
+    set(Items, TWQtText::exact(TWText::number(items)));
+    set(Size, items > 0 ? TWQtText::exact(TWText::size(bytes)) : QString());
+}
+
+// A check box stays as the user has set it until everything is counted. Where all items are refused it stays empty and
+// cannot be ticked.
 void TWPreviewTree::show(QTreeWidgetItem& line, const TWPreviewCount& count)
 {
-    line.setText(Items, TWQtText::exact(TWText::number(count.items)));
-    line.setText(Size, count.items > count.refused ? TWQtText::exact(TWText::size(count.bytes)) : QString());
-    if (count.items > 0 && count.items == count.refused)
-        line.setData(Name, Qt::CheckStateRole, {});
-    else if (count.items > 0 && !controller_.counts().outdated())
-        line.setCheckState(Name,
-            count.allTicked()        ? Qt::Checked
-                : count.noneTicked() ? Qt::Unchecked
-                                     : Qt::PartiallyChecked);
+    const bool all = line.data(Name, CleanerRole) == None;
+    if (!all || !controller_.preview()->ended())
+        showNumbers(line, count.ticked, count.bytes);
+    if (count.items == 0 || controller_.counts().outdated())
+        return;
+    if (count.items == count.refused && line.flags() & Qt::ItemIsUserCheckable)
+        line.setFlags(line.flags() & ~Qt::ItemIsUserCheckable);
+    const auto state = count.allTicked() ? Qt::Checked : count.noneTicked() ? Qt::Unchecked : Qt::PartiallyChecked;
+    if (line.checkState(Name) != state)
+        line.setCheckState(Name, state);
 }
 
 void TWPreviewTree::choose(const QTreeWidgetItem* line)

@@ -4,8 +4,8 @@
 
 #include <QTreeWidget>
 
-// The cleaners of a preview and their rules, with check boxes, numbers of items and sizes. The first line stands for
-// all of them.
+// The cleaners of a preview and their rules, with check boxes, numbers of items that would be deleted and their sizes.
+// The first line stands for all of them.
 class TWPreviewTree final : public QTreeWidget {
     Q_OBJECT
 
@@ -20,6 +20,7 @@ public:
 
 protected:
     void initViewItemOption(QStyleOptionViewItem*) const override;
+    void drawRow(QPainter*, const QStyleOptionViewItem&, const QModelIndex&) const override;
     void resizeEvent(QResizeEvent*) override;
 
 signals:
@@ -27,9 +28,10 @@ signals:
     void chosen(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group);
 
 private:
-    QTreeWidgetItem* addLine(QTreeWidgetItem* parent, const std::string& name, int cleaner, int group);
+    QTreeWidgetItem* newLine(const std::string& name, int cleaner, int group) const;
     void addGroups(QTreeWidgetItem& line, const TWCleanerPreview&, int cleaner);
     void show(QTreeWidgetItem&, const TWPreviewCount&);
+    static void showNumbers(QTreeWidgetItem&, std::uint64_t items, std::uint64_t bytes);
     void choose(const QTreeWidgetItem*);
     void tick(const QTreeWidgetItem&);
 

@@ -1,5 +1,6 @@
 #include "ui/windows/TWPreviewWindow.h"
 
+#include "support/TWText.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWQuietLabel.h"
@@ -11,16 +12,23 @@
 #include "ui/windows/TWPreviewTree.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QEvent>
 #include <QFileDialog>
+#include <QFocusFrame>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QSplitter>
+#include <QStyle>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -31,8 +39,15 @@ namespace {
 constexpr auto HelpPage = "Preview";
 constexpr auto SuggestedName = QT_TRANSLATE_NOOP("TWPreviewWindow", "Tidewell Preview.csv");
 constexpr auto Detail = QT_TRANSLATE_NOOP("TWPreviewWindow", "%1 \u2014 %2");
-constexpr auto KeptNow = QT_TRANSLATE_NOOP("TWPreviewWindow",
-    "Kept from now on. To take items off the keep list again, choose Keep List in the main window's menu Edit.");
+constexpr auto CleanItems = QT_TRANSLATE_NOOP("TWPreviewWindow", "&Clean %1");
+constexpr auto Clean = QT_TRANSLATE_NOOP("TWPreviewWindow", "&Clean");
+constexpr auto KeepHint
+    = QT_TRANSLATE_NOOP("TWPreviewWindow", "Never delete the selected items: puts them on the keep list");
+constexpr auto NoKeepHint = QT_TRANSLATE_NOOP(
+    "TWPreviewWindow", "Select items to keep. What is in the Trash, or kept already, cannot be put on the keep list.");
+constexpr auto LoseTicks = QT_TRANSLATE_NOOP("TWPreviewWindow", "Close the preview?");
+constexpr auto LoseTicksText = QT_TRANSLATE_NOOP(
+    "TWPreviewWindow", "You have changed ticks. They hold for this preview only and are lost when it is closed.");
 constexpr auto Exported = QT_TRANSLATE_NOOP("TWPreviewWindow", "The items that the table shows were saved in \"%1\".");
 constexpr auto NotUTF8
     = QT_TRANSLATE_NOOP("TWPreviewWindow", "A file with this name cannot be written here. Please choose another one.");
@@ -40,6 +55,7 @@ constexpr auto NotUTF8
 constexpr QSize Preferred(980, 600); // in pixels
 constexpr int TreePercent = 33; // of the window's width
 constexpr double ReasonShare = 0.45; // of the width that paths and reasons share
+constexpr int ReasonPadding = 8;
 constexpr int RowPadding = 8;
 constexpr int IconSize = 16;
 constexpr int SizeWidth = 10; // in characters
@@ -76,14 +92,19 @@ TWPreviewWindow::TWPreviewWindow(TWTidewellAppDelegate& delegate)
     createActions();
     connect(notice_, &TWMessageBar::pressed, this, [this] { controller_.refresh(); });
     connect(tree_, &TWPreviewTree::chosen, this, &TWPreviewWindow::limit);
-    resize(TWFitToScreen(*this, Preferred));
+    setGeometry(QStyle::alignedRect(
+        layoutDirection(), Qt::AlignCenter, TWFitToScreen(*this, Preferred), screen()->availableGeometry()));
+    focusFrame_ = new QFocusFrame(this);
+    connect(qApp, &QApplication::focusChanged, this, &TWPreviewWindow::showFocus);
     const int treeWidth = width() * TreePercent / 100;
     splitter->setSizes({ treeWidth, width() - treeWidth });
     controller_.setView(this);
 }
 
+// The focus changes once more when the base class deletes the widgets.
 TWPreviewWindow::~TWPreviewWindow()
 {
+    disconnect(qApp, nullptr, this, nullptr);
     controller_.setView(nullptr);
 }
 
@@ -102,7 +123,6 @@ QWidget* TWPreviewWindow::createRight()
     shown_->addItems({ tr("All"), tr("Would Be Deleted"), tr("Would Stay") }); // in the order of TWPreviewShown
     connect(shown_, &QComboBox::currentIndexChanged, this, &TWPreviewWindow::filter);
     keepButton_ = createButton(tr("&Keep"), "keepButton", tr("Put the selected items on the keep list"));
-    keepButton_->setToolTip(tr("Never delete the selected items: puts them on the keep list"));
     connect(keepButton_, &QPushButton::clicked, this, &TWPreviewWindow::keepSelected);
     createTable();
     detail_ = new TWQuietLabel(right);
@@ -165,17 +185,20 @@ void TWPreviewWindow::createColumns()
     header.resizeSection(TWPreviewModel::Size, SizeWidth * fontMetrics().averageCharWidth());
     header.resizeSection(TWPreviewModel::Age, AgeWidth * fontMetrics().averageCharWidth());
     header.setSectionsClickable(true);
-    header.setSortIndicator(TWPreviewModel::Why, Qt::AscendingOrder);
+    header.setSortIndicator(-1, Qt::AscendingOrder);
+    header.setResizeContentsPrecision(0); // measures only the rows on screen
     header.setSortIndicatorShown(true);
     connect(&header, &QHeaderView::sortIndicatorChanged, this, &TWPreviewWindow::sort);
     reasonShare_ = ReasonShare;
     connect(&header, &QHeaderView::sectionResized, this, [this](int column, int, int width) {
-        if (column == TWPreviewModel::Why && sharedWidth() > 0)
+        if (column == TWPreviewModel::Why && !fitting_ && sharedWidth() > 0)
             reasonShare_ = double(width) / sharedWidth();
     });
     // The header would ask row by row whether a whole column is selected.
     header.setSelectionModel(new QItemSelectionModel(model_, &header));
     table_->viewport()->installEventFilter(this);
+    table_->installEventFilter(this);
+    connect(table_->verticalScrollBar(), &QScrollBar::valueChanged, this, &TWPreviewWindow::fitReasons);
 }
 
 int TWPreviewWindow::sharedWidth() const
@@ -184,12 +207,43 @@ int TWPreviewWindow::sharedWidth() const
         - table_->columnWidth(TWPreviewModel::Age);
 }
 
-// Paths and reasons keep their shares of the width.
+// Reasons take what they need, but not more than their share; paths take the rest.
+void TWPreviewWindow::fitReasons()
+{
+    const QAbstractItemView& table = *table_; // QTableView hides sizeHintForColumn()
+    widestReason_ = std::max({ widestReason_, table.sizeHintForColumn(TWPreviewModel::Why),
+        table_->horizontalHeader()->sectionSizeHint(TWPreviewModel::Why) });
+    fitting_ = true;
+    table_->setColumnWidth(
+        TWPreviewModel::Why, std::min(widestReason_ + ReasonPadding, qRound(reasonShare_ * sharedWidth())));
+    fitting_ = false;
+}
+
 bool TWPreviewWindow::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::Resize)
-        table_->setColumnWidth(TWPreviewModel::Why, qRound(reasonShare_ * sharedWidth()));
-    return QWidget::eventFilter(watched, event);
+    if (watched == table_->viewport() && event->type() == QEvent::Resize)
+        fitReasons();
+    if (watched != table_ || event->type() != QEvent::KeyPress)
+        return QWidget::eventFilter(watched, event);
+    // In a table these keys would go to the first and last column.
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    const bool home = key.key() == Qt::Key_Home;
+    if ((!home && key.key() != Qt::Key_End) || key.modifiers() != Qt::NoModifier)
+        return QWidget::eventFilter(watched, event);
+    goTo(home ? 0 : model_->rowCount() - 1);
+    return true;
+}
+
+void TWPreviewWindow::goTo(int row)
+{
+    if (const auto index = model_->index(row, 0); index.isValid())
+        table_->setCurrentIndex(index);
+}
+
+// The frame shows which button has the focus, which styles hardly do.
+void TWPreviewWindow::showFocus()
+{
+    focusFrame_->setWidget(qobject_cast<QPushButton*>(focusWidget()));
 }
 
 QLayout* TWPreviewWindow::createFooter()
@@ -203,12 +257,15 @@ QLayout* TWPreviewWindow::createFooter()
     exportButton_ = createButton(tr("&Export..."), "exportButton", tr("Save the items that are shown in a file"));
     auto* closeButton = createButton(tr("C&lose"), "closeButton", tr("Close"));
     cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Delete what is ticked"));
+    helpButton_ = createButton(tr("&Help"), "helpButton", tr("Help"));
+    connect(helpButton_, &QPushButton::clicked, this, [this] { emit helpRequested(HelpPage); });
     connect(stopButton_, &QPushButton::clicked, this, [this] { controller_.stop(); });
     connect(exportButton_, &QPushButton::clicked, this, &TWPreviewWindow::exportAs);
     connect(closeButton, &QPushButton::clicked, this, &QWidget::close);
     connect(cleanButton_, &QPushButton::clicked, this, &TWPreviewWindow::clean);
 
     auto* footer = new QHBoxLayout;
+    footer->addWidget(helpButton_);
     footer->addWidget(sentence_, 1);
     footer->addWidget(spinner_);
     for (auto* button : { stopButton_, exportButton_, closeButton, cleanButton_ })
@@ -226,10 +283,12 @@ QPushButton* TWPreviewWindow::createButton(const QString& text, const char* name
 
 void TWPreviewWindow::createActions()
 {
-    addTableAction("toggleAction", tr("&Tick or Untick"), { Qt::Key_Space }, &TWPreviewWindow::toggleSelected);
+    toggleAction_
+        = addTableAction("toggleAction", tr("&Tick or Untick"), { Qt::Key_Space }, &TWPreviewWindow::toggleSelected);
     contentsAction_ = addTableAction(
         "contentsAction", tr("&Show Contents"), { Qt::Key_Return, Qt::Key_Enter }, &TWPreviewWindow::showContents);
-    addTableAction("keepAction", tr("&Keep for Ever"), { Qt::CTRL | Qt::Key_K }, &TWPreviewWindow::keepSelected);
+    keepAction_
+        = addTableAction("keepAction", tr("&Keep for Ever"), { Qt::CTRL | Qt::Key_K }, &TWPreviewWindow::keepSelected);
     auto* sortAction = new QAction(tr("S&ort By"), this);
     sortAction->setMenu(createSortMenu());
     table_->addAction(sortAction);
@@ -237,8 +296,9 @@ void TWPreviewWindow::createActions()
     connect(table_, &QTableView::doubleClicked, this, &TWPreviewWindow::showContents);
     addWindowAction(tr("&Refresh"), { QKeySequence(Qt::Key_F5) }, [this] { controller_.refresh(); });
     addWindowAction(tr("&Filter"), { QKeySequence::Find }, [this] { filterText_->setFocus(); });
-    addWindowAction(tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(HelpPage); });
-    addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] { close(); });
+    addWindowAction(tr("&Help..."), { QKeySequence::HelpContents }, [this] { emit helpRequested(HelpPage); });
+    addWindowAction(tr("&Close"), { QKeySequence::Close }, [this] { close(); });
+    addWindowAction(tr("Cancel"), { QKeySequence::Cancel }, [this] { escape(); });
 }
 
 // For the keyboard, which does not reach the table's header.
@@ -288,21 +348,72 @@ void TWPreviewWindow::showEvent(QShowEvent* event)
 
 void TWPreviewWindow::closeEvent(QCloseEvent* event)
 {
+    if (controller_.ticksChanged() && !closing_) {
+        event->ignore();
+        confirmClose();
+        return;
+    }
+    closing_ = false;
     QWidget::closeEvent(event);
     controller_.close();
+    clearFilter();
 }
 
-// The lists may have been changed in another window.
+void TWPreviewWindow::confirmClose()
+{
+    auto* box = new QMessageBox(
+        QMessageBox::Question, windowTitle(), tr(LoseTicks), QMessageBox::Close | QMessageBox::Cancel, this);
+    box->setObjectName("closeMessageBox");
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setInformativeText(tr(LoseTicksText));
+    box->setDefaultButton(QMessageBox::Cancel);
+    box->setEscapeButton(QMessageBox::Cancel);
+    connect(box, &QMessageBox::finished, this, [this](int button) {
+        closing_ = button == QMessageBox::Close;
+        if (closing_)
+            close();
+    });
+    box->open();
+}
+
+// Leaves one thing after the other: an open list, the filter, the window.
+void TWPreviewWindow::escape()
+{
+    if (auto* popup = QApplication::activePopupWidget())
+        popup->close();
+    else if (!filterText_->text().isEmpty() || shown_->currentIndex() != 0)
+        clearFilter();
+    else
+        close();
+}
+
+void TWPreviewWindow::clearFilter()
+{
+    shown_->hidePopup();
+    const QSignalBlocker textBlocker(filterText_);
+    const QSignalBlocker shownBlocker(shown_);
+    filterText_->clear();
+    shown_->setCurrentIndex(0);
+    filter();
+}
+
+void TWPreviewWindow::renewIfCleaned()
+{
+    if (controller_.cleaned())
+        controller_.refresh();
+}
+
 void TWPreviewWindow::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        notice_->setText(TWQtText::shown(controller_.notice()));
+        showState(); // the lists may have been changed in another window
 }
 
 void TWPreviewWindow::previewReplaced()
 {
     current_.reset();
+    widestReason_ = 0;
     message_->setText({});
     notice_->setText({});
     tree_->replace();
@@ -320,10 +431,14 @@ void TWPreviewWindow::rowsReplaced()
     const auto index = model_->index(found ? static_cast<int>(position) : 0, 0);
     if (index.isValid())
         table_->setCurrentIndex(index);
-    if (std::exchange(wished_, false))
+    const bool wished = std::exchange(wished_, false);
+    if (std::exchange(sorted_, false))
+        table_->scrollToTop();
+    else if (wished)
         table_->scrollTo(index);
     else
         table_->verticalScrollBar()->setValue(scrolled);
+    fitReasons();
     showSelection();
     showState();
 }
@@ -332,6 +447,7 @@ void TWPreviewWindow::previewChanged()
 {
     tree_->renew();
     table_->viewport()->update();
+    fitReasons();
     showState();
     showDetail();
 }
@@ -350,12 +466,29 @@ void TWPreviewWindow::showState()
     const bool filling = controller_.preview() && !controller_.preview()->ended();
     stopButton_->setVisible(filling);
     exportButton_->setEnabled(!empty);
-    cleanButton_->setEnabled(controller_.canClean() && !controller_.preview()->cleaners().empty());
+    notice_->setText(TWQtText::shown(controller_.notice()));
+    const auto obstacle = controller_.obstacle();
+    cleanButton_->setEnabled(obstacle.empty());
+    cleanButton_->setToolTip(TWQtText::toolTip(obstacle));
+    const auto items = filling || !controller_.preview() ? 0 : controller_.preview()->total().items;
+    cleanButton_->setText(
+        items == 0 ? tr(Clean) : tr(CleanItems).arg(TWQtText::exact(TWText::count(items, "Item", "Items"))));
+    showKeep();
+}
+
+void TWPreviewWindow::showKeep()
+{
+    const bool selected = table_->selectionModel()->hasSelection();
+    const bool keeps = selected && controller_.canChange() && controller_.canKeepAny(selectedRows());
+    keepButton_->setEnabled(keeps);
+    keepButton_->setToolTip(tr(keeps ? KeepHint : NoKeepHint));
+    keepAction_->setEnabled(keeps);
+    toggleAction_->setEnabled(selected && controller_.canChange());
 }
 
 void TWPreviewWindow::showSelection()
 {
-    keepButton_->setEnabled(table_->selectionModel()->hasSelection());
+    showKeep();
     const auto current = table_->currentIndex();
     contentsAction_->setEnabled(
         current.isValid() && controller_.item(model_->rowAt(current)).facts.kind == TWFileKind::Folder);
@@ -376,6 +509,7 @@ void TWPreviewWindow::showDetail()
 void TWPreviewWindow::limit(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group)
 {
     wished_ = true;
+    message_->setText({});
     controller_.limit(cleaner, group);
 }
 
@@ -392,6 +526,7 @@ void TWPreviewWindow::sort(int column, Qt::SortOrder order)
 {
     auto wanted = controller_.wish();
     wanted.order = Orders[column];
+    sorted_ = true;
     wanted.direction = order == Qt::AscendingOrder ? TWPreviewDirection::Ascending : TWPreviewDirection::Descending;
     wish(wanted);
 }
@@ -420,6 +555,7 @@ void TWPreviewWindow::toggleSelected()
         return;
     const auto current = table_->currentIndex();
     const auto decisive = current.isValid() ? model_->rowAt(current) : rows.front();
+    message_->setText({});
     controller_.tick(rows, controller_.fate(decisive) == TWPreviewFate::Deleted ? TWTick::Off : TWTick::On);
 }
 
@@ -428,8 +564,8 @@ void TWPreviewWindow::keepSelected()
     const auto rows = selectedRows();
     if (rows.empty())
         return;
-    const auto problem = controller_.keep(rows);
-    message_->setText(problem.empty() ? tr(KeptNow) : TWQtText::shown(problem));
+    if (controller_.canKeepAny(rows))
+        message_->setText(TWQtText::shown(controller_.keep(rows)));
 }
 
 void TWPreviewWindow::showContents()
@@ -439,7 +575,7 @@ void TWPreviewWindow::showContents()
         return;
     const auto& platform = delegate_.platform();
     auto* dialog = new TWContentsDialog(
-        platform.runLoop, platform.fileSystem, controller_.realPath(model_->rowAt(current)), this);
+        platform.runLoop, platform.fileSystem, platform.places, controller_.realPath(model_->rowAt(current)), this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->open();
 }
@@ -447,9 +583,10 @@ void TWPreviewWindow::showContents()
 void TWPreviewWindow::clean()
 {
     message_->setText({});
-    emit aboutToClean();
+    if (controller_.canClean())
+        emit aboutToClean();
     controller_.clean();
-    notice_->setText(TWQtText::shown(controller_.notice()));
+    showState();
 }
 
 void TWPreviewWindow::exportAs()

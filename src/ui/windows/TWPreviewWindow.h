@@ -6,6 +6,7 @@
 
 class QAction;
 class QComboBox;
+class QFocusFrame;
 class QLabel;
 class QLayout;
 class QLineEdit;
@@ -28,6 +29,9 @@ public:
     explicit TWPreviewWindow(TWTidewellAppDelegate&);
     ~TWPreviewWindow();
 
+    // Makes a new preview if the shown one has been cleaned.
+    void renewIfCleaned();
+
 signals:
     // The user has pressed Clean; the run begins when this signal has been handled.
     void aboutToClean();
@@ -48,6 +52,7 @@ private:
     void createTable();
     void createColumns();
     int sharedWidth() const;
+    void fitReasons();
     QLayout* createFooter();
     QPushButton* createButton(const QString& text, const char* name, const QString& accessibleName);
     void createActions();
@@ -62,11 +67,17 @@ private:
     void showState();
     void showDetail();
     void showSelection();
+    void showKeep();
     std::vector<TWPreviewRow> selectedRows() const;
     void toggleSelected();
     void keepSelected();
     void showContents();
     void clean();
+    void showFocus();
+    void escape();
+    void clearFilter();
+    void confirmClose();
+    void goTo(int row);
     void exportAs();
 
     TWTidewellAppDelegate& delegate_;
@@ -89,6 +100,14 @@ private:
     QPushButton* cleanButton_ = nullptr;
     QAction* contentsAction_ = nullptr;
     std::optional<TWPreviewRow> current_; // the table's current row
-    double reasonShare_ = 0; // of the width that paths and reasons share
+    QPushButton* helpButton_ = nullptr;
+    QFocusFrame* focusFrame_ = nullptr;
+    QAction* toggleAction_ = nullptr;
+    QAction* keepAction_ = nullptr;
+    double reasonShare_ = 0; // the most of the width that paths and reasons share
+    int widestReason_ = 0; // of those that have been on screen, in pixels
+    bool fitting_ = false; // the window itself changes the width of the reasons
+    bool sorted_ = false; // the rows that are being found are those of another order
+    bool closing_ = false; // the user has agreed to lose the ticks
     bool wished_ = false; // the user has asked for the rows that are being found
 };

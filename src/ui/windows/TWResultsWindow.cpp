@@ -7,6 +7,7 @@
 #include "ui/windows/TWResultsModel.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
 #include <QGuiApplication>
@@ -161,7 +162,13 @@ void TWResultsWindow::createActions()
     addWindowAction(tr("&Previous Failure"), { QKeySequence(Qt::SHIFT | Qt::Key_F4) },
         [this] { showFailure(Direction::Previous); });
     addWindowAction(tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(); });
-    addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] { close(); });
+    addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] {
+        // Escape in an open list closes only the list.
+        if (auto* popup = QApplication::activePopupWidget())
+            popup->close();
+        else
+            close();
+    });
 }
 
 void TWResultsWindow::addWindowAction(

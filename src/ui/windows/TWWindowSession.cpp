@@ -93,6 +93,7 @@ void TWWindowSession::showPreview()
         QObject::connect(previewWindow_.get(), &TWPreviewWindow::helpRequested, &mainWindow_,
             [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
     }
+    previewWindow_->renewIfCleaned();
     bringToFront(*previewWindow_);
 }
 
