@@ -58,7 +58,13 @@ void TWCleanerPreview::measure(TWPlan plan)
     unticked_.resize(itemsFound_, allUnticked_);
     sizes_ = std::make_unique<TWPlanSizes>(
         context_.deletion.runLoop, context_.deletion.fileSystem, plan_,
-        [plan = plan_](std::size_t item) { return plan->wouldDelete(plan->items[item]); }, changed_,
+        [plan = plan_](const TWCancellation&) {
+            std::vector<bool> counts;
+            for (const auto& item : plan->items)
+                counts.push_back(plan->wouldDelete(item));
+            return counts;
+        },
+        changed_,
         [this] {
             isComplete_ = true;
             const auto call = ended_;
@@ -107,16 +113,30 @@ TWPlannedJob TWCleanerPreview::job() const
     return job;
 }
 
-// A cleaner that found nothing takes part, to say so; one of which every item was unticked does not.
+void TWCleanerPreview::expectFolders(TWPreviewCheck& check) const
+{
+    for (const auto& folder : sizes_->folders()) {
+        if (isTicked(folder.item))
+            check.expectFolder(plan_->realPath(plan_->items[folder.item]), folder.print);
+    }
+}
+
+// A cleaner that found nothing to delete takes part, to say so; one of which everything that would be deleted was
+// unticked does not.
 bool TWCleanerPreview::takesPart() const
 {
+    bool anyTicked = false;
     bool empty = true;
+    bool deletes = false;
     for (std::size_t index = 0; index < plan_->items.size(); ++index) {
         if (plan_->items[index].quiet)
             continue;
-        if (isTicked(index))
+        const bool wouldDelete = plan_->wouldDelete(plan_->items[index]);
+        if (wouldDelete && isTicked(index))
             return true;
+        anyTicked = anyTicked || isTicked(index);
+        deletes = deletes || wouldDelete;
         empty = false;
     }
-    return empty && !allUnticked_;
+    return !deletes && (anyTicked || (empty && !allUnticked_));
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/TWCleanerTable.h"
-#include "app/TWPreviewTotal.h"
 #include "cleaners/TWPlanSizes.h"
+#include "cleaners/TWPreviewTotal.h"
 
 enum class TWTick { Off, On };
 
@@ -84,6 +84,9 @@ public:
 
     // What is ticked; without a plan if nothing is, or if the preview is not complete.
     TWPlannedJob job() const;
+
+    // Tells the check what was found in the folders that are ticked. Only for a complete preview.
+    void expectFolders(TWPreviewCheck&) const;
 
 private:
     void findGroups(const TWPlan&);

@@ -41,11 +41,12 @@ std::string dateText()
 
 }
 
-TWCleaningRun::TWCleaningRun(const Context& context, const TWRunChoice& choice, std::optional<TWPlannedJobs> jobs,
-    Ending ending, std::shared_ptr<TWHeldLock> lock, std::vector<std::string> problems, std::string warning,
+TWCleaningRun::TWCleaningRun(const Context& context, const TWRunChoice& choice, TWPlannedJobsSource jobs, Ending ending,
+    std::shared_ptr<TWHeldLock> lock, std::vector<std::string> problems, std::string warning,
     std::function<void(TWRunOutcome)> ended)
     : context_(context)
-    , jobs_(std::move(jobs))
+    , source_(std::move(jobs))
+    , jobs_(source_ ? source_() : std::nullopt)
     , ending_(ending)
     , lock_(std::move(lock))
     , problems_(std::move(problems))
@@ -113,11 +114,26 @@ void TWCleaningRun::confirmWarnings(std::function<void()> confirmed)
             if (life.expired())
                 return;
             asking_ = false;
-            if (answer == TWAnswer::Default)
+            if (answer == TWAnswer::Default && takeLatestJobs())
                 confirmed();
             else
                 finish(TWRunOutcome::NothingRun);
         });
+}
+
+// False if nothing is left to do. Only the warnings of the first jobs were confirmed.
+bool TWCleaningRun::takeLatestJobs()
+{
+    if (!source_)
+        return true;
+    jobs_ = source_();
+    bool any = false;
+    for (std::size_t position = 0; jobs_ && position < cleanerArray_.size(); ++position) {
+        auto& cleaner = *cleanerArray_[position];
+        cleaner.setIsActive(cleaner.isActive() && (*jobs_)[position].plan);
+        any = any || cleaner.isActive();
+    }
+    return any;
 }
 
 std::string TWCleaningRun::warnings()
@@ -242,6 +258,9 @@ void TWCleaningRun::endRun()
 {
     running_ = false;
     progress_.reset();
+    const auto next = cleanerArray_.begin() + currentCleanerIndex_ + 1;
+    const auto active = std::count_if(next, cleanerArray_.end(), [](const auto& each) { return each->isActive(); });
+    outcome_.notStarted = static_cast<std::uint64_t>(active);
     addMessage(TWText::fill(DoneCleaning, { dateText() }));
     if (showsResults(AtEnd))
         context_.windows.bringToFront(TWWindow::Results);

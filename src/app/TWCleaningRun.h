@@ -14,6 +14,9 @@ using TWRunChoice = std::array<bool, TWCleanerCount>;
 // What a run of plans carries out, by position. A cleaner without a plan does not take part.
 using TWPlannedJobs = std::array<TWPlannedJob, TWCleanerCount>;
 
+// Gives the jobs as they are now; nothing if there are none any more.
+using TWPlannedJobsSource = std::function<std::optional<TWPlannedJobs>()>;
+
 // One press of Clean, from the warnings to the closing line. It owns its cleaners, the question and the lock.
 // Destroying it ends it, with its child process, without a further call. Main thread.
 class TWCleaningRun final : private TWCleanerDelegate {
@@ -35,12 +38,13 @@ public:
         TWApplicationWindows& windows;
     };
 
-    // With jobs, every cleaner that takes part carries out its job; without, it makes its plan when its turn comes.
+    // With a source of jobs, every cleaner that takes part carries out its job; without (nullptr), it makes its plan
+    // when its turn comes. The source is asked again after the user has confirmed the warnings, because the user may
+    // have changed the jobs in the meantime; a cleaner that had none at first still takes no part.
     // problems are lines about settings and lists that could not be read; warning is a text that the user must confirm,
     // or "". ended is called once, as the last call, unless the run is destroyed before.
-    TWCleaningRun(const Context&, const TWRunChoice&, std::optional<TWPlannedJobs> jobs, Ending,
-        std::shared_ptr<TWHeldLock>, std::vector<std::string> problems, std::string warning,
-        std::function<void(TWRunOutcome)> ended);
+    TWCleaningRun(const Context&, const TWRunChoice&, TWPlannedJobsSource jobs, Ending, std::shared_ptr<TWHeldLock>,
+        std::vector<std::string> problems, std::string warning, std::function<void(TWRunOutcome)> ended);
     ~TWCleaningRun();
 
     // Clears the results, asks the user to confirm the warnings if there are any, and runs the cleaners.
@@ -73,6 +77,7 @@ private:
     void createCleaners(const TWRunChoice&);
     void showBeginning();
     void confirmWarnings(std::function<void()> confirmed);
+    bool takeLatestJobs();
     std::string warnings();
     std::string warningOf(std::size_t position);
     void runFirstCleaner();
@@ -91,6 +96,7 @@ private:
     const std::shared_ptr<const int> life_
         = std::make_shared<const int>(0); // expires with this object, because an answer may arrive after its end
     Context context_;
+    const TWPlannedJobsSource source_;
     std::optional<TWPlannedJobs> jobs_;
     const Ending ending_;
     std::shared_ptr<TWHeldLock> lock_;

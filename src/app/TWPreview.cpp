@@ -145,6 +145,13 @@ TWPlannedJobs TWPreview::jobs() const
         auto& job = jobs[static_cast<std::size_t>(cleaner->position())];
         job = cleaner->job();
         job.check = check;
+        if (job.plan)
+            cleaner->expectFolders(*check);
     }
     return jobs;
+}
+
+TWPlannedJobsSource TWPreview::jobsSource() const
+{
+    return [this, life = std::weak_ptr(life_)] { return life.expired() ? std::nullopt : std::optional(jobs()); };
 }

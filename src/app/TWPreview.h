@@ -56,6 +56,9 @@ public:
     // What a run of the preview carries out: the cleaners with anything ticked.
     TWPlannedJobs jobs() const;
 
+    // Gives jobs() as long as the preview exists.
+    TWPlannedJobsSource jobsSource() const;
+
 private:
     void startNext();
     void addUpLater();
@@ -63,6 +66,7 @@ private:
     void takeTotal(const TWPreviewTotal&);
     void notifyLater();
 
+    const std::shared_ptr<const int> life_ = std::make_shared<const int>(0); // expires with this object
     const TWCleanerContext context_;
     const TWSettingsSources sources_;
     TWPreviewDelegate& delegate_;

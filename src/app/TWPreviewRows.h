@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/TWPreviewTotal.h"
+#include "cleaners/TWPreviewTotal.h"
 #include "platform/TWBackgroundStream.h"
 
 // Plan means in the order of a run, so that the items of a rule stand side by side.

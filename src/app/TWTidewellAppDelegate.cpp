@@ -13,6 +13,8 @@ constexpr auto NoCleanerText
       "that you would like to use.";
 constexpr auto NothingTickedTitle = "Nothing is ticked.";
 constexpr auto NothingTickedText = "Tick at least one item of the preview for Tidewell to delete.";
+constexpr auto RunningTitle = "A cleaning is running.";
+constexpr auto RunningText = "Please wait until it is done, or stop it, then clean from the preview.";
 constexpr auto NoKeepListTitle = "The keep list could not be read, so nothing was deleted.";
 constexpr auto BusyTitle = "Another cleaning is running.";
 constexpr auto BusyText
@@ -74,19 +76,23 @@ void TWTidewellAppDelegate::clean(const TWRunChoice& checked)
 {
     // The check boxes decide whether there is a run, the settings decide which cleaners take part.
     if (anyOf(checked))
-        startRun(switchedOn(), std::nullopt, TWCleaningRun::Ending::AsSettingsSay);
+        startRun(switchedOn(), nullptr, TWCleaningRun::Ending::AsSettingsSay);
     else
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
 }
 
 void TWTidewellAppDelegate::cleanPreview(const TWPreview& preview, std::function<void()> began)
 {
-    auto jobs = preview.jobs();
+    if (running()) {
+        refuse({ RunningTitle, RunningText, OK, "" });
+        return;
+    }
+    const auto jobs = preview.jobs();
     TWRunChoice choice{};
     for (std::size_t position = 0; position < choice.size(); ++position)
         choice[position] = jobs[position].plan != nullptr;
     if (anyOf(choice))
-        startRun(choice, std::move(jobs), TWCleaningRun::Ending::AsSettingsSay, std::move(began));
+        startRun(choice, preview.jobsSource(), TWCleaningRun::Ending::AsSettingsSay, std::move(began));
     else
         refuse({ NothingTickedTitle, NothingTickedText, OK, "" });
 }
@@ -94,13 +100,13 @@ void TWTidewellAppDelegate::cleanPreview(const TWPreview& preview, std::function
 void TWTidewellAppDelegate::cleanForCommand(const TWRunChoice& choice)
 {
     if (anyOf(choice))
-        startRun(choice, std::nullopt, TWCleaningRun::Ending::OfCommand);
+        startRun(choice, nullptr, TWCleaningRun::Ending::OfCommand);
     else
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
 }
 
-void TWTidewellAppDelegate::startRun(const TWRunChoice& choice, std::optional<TWPlannedJobs> jobs,
-    TWCleaningRun::Ending ending, std::function<void()> began)
+void TWTidewellAppDelegate::startRun(
+    const TWRunChoice& choice, TWPlannedJobsSource jobs, TWCleaningRun::Ending ending, std::function<void()> began)
 {
     if (asking())
         return;

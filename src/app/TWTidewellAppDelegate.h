@@ -38,8 +38,11 @@ public:
     void clean(const TWRunChoice& checked);
 
     // Like clean(), but carries out what is ticked in the preview and nothing else, whatever the settings and lists say
-    // by now. An item that has changed since the preview is left alone. If nothing is ticked, nothing is run. began is
-    // called when the run begins, which may be inside this call, after a question, or never.
+    // Like clean(), but carries out what is ticked in the preview and nothing else, whatever the settings and lists say
+    // by now; but what is to be overwritten today is overwritten. An item that has changed since the preview is left
+    // alone. Nothing is run if nothing is ticked, or while another run is going on. What is ticked when the user has
+    // confirmed the warnings counts; a preview that is destroyed before is not carried out. began is called when the
+    // run begins, which may be inside this call, after a question, or never.
     void cleanPreview(const TWPreview&, std::function<void()> began = nullptr);
 
     // The same as clean() for a command: runs the chosen cleaners, whatever the settings say.
@@ -77,7 +80,7 @@ private:
     void greet();
 
     void startRun(
-        const TWRunChoice&, std::optional<TWPlannedJobs>, TWCleaningRun::Ending, std::function<void()> began = nullptr);
+        const TWRunChoice&, TWPlannedJobsSource, TWCleaningRun::Ending, std::function<void()> began = nullptr);
     std::optional<TWAlert> lockCleaning(std::shared_ptr<TWHeldLock>&);
     void refuse(const TWAlert&);
     void runEnded(TWRunOutcome);

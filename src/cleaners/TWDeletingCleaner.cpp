@@ -1,5 +1,8 @@
 #include "cleaners/TWDeletingCleaner.h"
 
+#include "cleaners/TWPreviewTotal.h"
+
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -9,6 +12,13 @@ constexpr TWRunLoop::Duration HeadStart{ 300 };
 
 // After a preview there may be more by now than it showed.
 constexpr auto PreviewSuccess = "Everything that was ticked in the preview is gone.";
+
+// Every mode that is none of the others overwrites most often.
+TWSecureMode stronger(TWSecureMode one, TWSecureMode other)
+{
+    const auto strength = [](TWSecureMode mode) { return mode < TWPlainDelete || mode > 2 ? 2 : mode; };
+    return strength(one) < strength(other) ? other : one;
+}
 
 }
 
@@ -36,9 +46,11 @@ void TWDeletingCleaner::deletePlanned(const TWPlannedJob& planned)
         finish(Outcome::Failure, *plan.failure);
         return;
     }
-    secureMode_ = plan.secureMode;
+    // Whoever has switched on secure deletion since the preview relies on it.
+    secureMode_ = planned.check ? stronger(plan.secureMode, secureModeNow()) : plan.secureMode;
     authorization_ = plan.authorization;
     complete_ = !plan.incomplete;
+    plan_ = planned.plan;
     check_ = planned.check;
     fileDeleteQueue_ = makeQueue(TWFileDeleteQueue::Announcing::EveryPath);
     addToQueues(planned);
@@ -82,7 +94,12 @@ void TWDeletingCleaner::measure(const TWPlannedJob& planned)
     headStart_ = runLoop().after(HeadStart, [this] { beginDeleting(); });
     sizes_ = std::make_unique<TWPlanSizes>(
         runLoop(), tools_.fileSystem, planned.plan,
-        [planned](std::size_t item) { return !planned.plan->items[item].quiet && planned.isTicked(item); }, [] {},
+        [planned](const TWCancellation& cancellation) {
+            auto unticked = planned.unticked;
+            unticked.resize(planned.plan->items.size());
+            return TWItemsThatCount({ planned.plan, nullptr, std::move(unticked), 0, 0 }, cancellation);
+        },
+        [] {},
         [this] {
             if (!headStart_)
                 return;
@@ -94,6 +111,13 @@ void TWDeletingCleaner::measure(const TWPlannedJob& planned)
 std::uint64_t TWDeletingCleaner::bytes(std::size_t position) const
 {
     return sizes_ && isMeasured(position) ? (*sizes_->bytes())[queued_[position]] : 0;
+}
+
+std::uint64_t TWDeletingCleaner::sharedBytes(std::size_t position) const
+{
+    const auto& folders = sizes_->folders();
+    const auto found = std::ranges::lower_bound(folders, queued_[position], {}, &TWPlanSizes::Folder::item);
+    return found != folders.end() && found->item == queued_[position] ? found->shared : 0;
 }
 
 void TWDeletingCleaner::beginDeleting()
@@ -120,17 +144,37 @@ TWProgress TWDeletingCleaner::performed() const
     return progress;
 }
 
-// Counts the space of an item only if it is certainly gone.
+// Counts only space that this job has certainly freed.
 void TWDeletingCleaner::addUpOutcome()
 {
     outcome_ = {};
     outcome_.measured = measuredInTime_;
+    Names names;
     for (std::size_t position = 0; position < queued_.size(); ++position) {
         const bool gone = fileDeleteQueue_->isGone(position);
         ++(gone ? outcome_.gone : outcome_.left);
-        if (gone)
-            outcome_.bytes += bytes(position);
+        if (gone && fileDeleteQueue_->isDeleted(position))
+            addUpFreed(position, names);
     }
+}
+
+// The space of a file is free only when its last name is gone.
+void TWDeletingCleaner::addUpFreed(std::size_t position, Names& names)
+{
+    if (!sizes_ || !isMeasured(position))
+        return;
+    if (!sizes_->counts(queued_[position])) {
+        // It is in the size of the folder around it, which may have stayed.
+        outcome_.measured = outcome_.measured && outcome_.left == 0;
+        return;
+    }
+    const auto& facts = plan_->items[queued_[position]].facts;
+    const bool allNames
+        = facts.kind == TWFileKind::Folder || facts.links <= 1 || ++names[facts.identity] == facts.links;
+    const auto shared = sharedBytes(position);
+    if (allNames)
+        outcome_.bytes += bytes(position) - shared;
+    outcome_.measured = outcome_.measured && shared == 0;
 }
 
 std::unique_ptr<TWFileDeleteQueue> TWDeletingCleaner::makeQueue(TWFileDeleteQueue::Announcing announcing)
@@ -229,6 +273,7 @@ void TWDeletingCleaner::dropJob()
 {
     headStart_.reset();
     sizes_.reset();
+    plan_.reset();
     queued_.clear();
     addedUp_ = 0;
     bytesDone_ = 0;

@@ -4,6 +4,8 @@
 #include "cleaners/TWPlanSizes.h"
 #include "deletion/TWFileDeleteQueue.h"
 
+#include <unordered_map>
+
 // A cleaner whose job is to delete paths: the items of the plan through one queue and then, if the plan has quiet
 // items, those through a second one that announces nothing. Main thread.
 class TWDeletingCleaner : public TWCleaner, private TWFileDeleteQueueDelegate {
@@ -31,10 +33,16 @@ protected:
         return [](const std::string&) { return true; };
     }
 
+    // How today's settings say that files are deleted.
+    virtual TWSecureMode secureModeNow() const = 0;
+
     const TWDeletionTools& tools() const { return tools_; }
     TWFileDeleteQueue* fileDeleteQueue() { return fileDeleteQueue_.get(); }
 
 private:
+    // Files with several names: how many of them are deleted.
+    using Names = std::unordered_map<TWFileIdentity, std::uint32_t>;
+
     // A quiet item on its way to the second queue.
     struct Follower {
         TWDeletionTarget target;
@@ -55,6 +63,8 @@ private:
     void measure(const TWPlannedJob&);
     bool isMeasured(std::size_t position) const { return queued_[position] < sizes_->known(); }
     std::uint64_t bytes(std::size_t position) const; // 0 if not known
+    std::uint64_t sharedBytes(std::size_t position) const;
+    void addUpFreed(std::size_t position, Names&);
     void beginDeleting();
     void addUpOutcome();
     void verifyQueue();
@@ -69,6 +79,7 @@ private:
     bool complete_ = true; // everything was looked at and is gone, as far as is known by now
     std::shared_ptr<TWPreviewCheck> check_; // nullptr if the job made its own plan
     TWOutcome outcome_; // of the latest job
+    std::shared_ptr<const TWPlan> plan_; // of the latest job
     std::vector<std::size_t> queued_; // the items in the queue, by position there
     std::unique_ptr<TWPlanSizes> sizes_; // if the job is measured
     std::unique_ptr<TWRunLoopHandle> headStart_; // of the measuring; deleting begins at its end

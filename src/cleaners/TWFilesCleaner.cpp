@@ -40,11 +40,15 @@ std::string TWFilesCleaner::validate()
     return message;
 }
 
+TWSecureMode TWFilesCleaner::secureModeNow() const
+{
+    return info_.securelyDeleteFiles ? info_.securelyDeleteFilesMode : TWPlainDelete;
+}
+
 std::unique_ptr<TWRunLoopHandle> TWFilesCleaner::makePlan(PlanGrown grown, PlanMade made) const
 {
     TWPlan beginning;
-    if (info_.securelyDeleteFiles)
-        beginning.secureMode = info_.securelyDeleteFilesMode;
+    beginning.secureMode = secureModeNow();
     beginning.authorization = info_.useAuthorization;
     for (const auto& problem : info_.problems) {
         if (problem.empty())

@@ -30,6 +30,7 @@ public:
     void cancel();
 
 private:
+    TWSecureMode secureModeNow() const override;
     std::vector<std::string> wordDictionary() const override { return info_.wordDictionary; }
 
     TWFilesCleanerInfo info_;

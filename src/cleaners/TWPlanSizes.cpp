@@ -1,7 +1,5 @@
 #include "cleaners/TWPlanSizes.h"
 
-#include "platform/TWTreeSizes.h"
-
 #include <algorithm>
 
 namespace {
@@ -13,7 +11,9 @@ constexpr std::size_t SizesPerTurn = 4;
 
 // Of the next items.
 struct TWPlanSizes::Sizes {
+    std::vector<bool> counted; // of all items; only the first ones have it
     std::vector<std::uint64_t> bytes;
+    std::vector<Folder> folders;
     std::uint64_t unreadable = 0;
     std::uint64_t vanished = 0; // folders
 };
@@ -24,7 +24,7 @@ public:
     Measurement(
         const TWPlan& plan, const Counts& counts, const TWFileSystem& fileSystem, TWBackgroundStream<Sizes>::Sink& sink)
         : plan_(plan)
-        , counts_(counts)
+        , counts_(counts(sink.cancellation()))
         , fileSystem_(fileSystem)
         , sink_(sink)
     {
@@ -32,6 +32,7 @@ public:
 
     void measure()
     {
+        sizes_.counted = counts_;
         while (done_ < plan_.items.size() && !sink_.cancellation().cancelled())
             measureItems(std::min(done_ + ItemsTogether, plan_.items.size()));
     }
@@ -42,7 +43,7 @@ private:
         std::vector<std::string> paths;
         std::vector<std::size_t> folders;
         for (auto index = done_; index < end; ++index) {
-            if (plan_.items[index].facts.kind != TWFileKind::Folder || !counts_(index))
+            if (plan_.items[index].facts.kind != TWFileKind::Folder || !counts_[index])
                 continue;
             paths.push_back(plan_.realPath(plan_.items[index]));
             folders.push_back(index);
@@ -63,13 +64,14 @@ private:
     void addItemsUntil(std::size_t end)
     {
         for (; done_ < end; ++done_)
-            sizes_.bytes.push_back(counts_(done_) ? plan_.items[done_].facts.bytes : 0);
+            sizes_.bytes.push_back(counts_[done_] ? plan_.items[done_].facts.bytes : 0);
     }
 
     void addFolder(std::size_t index, const TWTreeSize& size)
     {
         addItemsUntil(index);
         sizes_.bytes.push_back(size.bytes);
+        sizes_.folders.push_back({ index, size.shared, size.print });
         sizes_.unreadable += size.unknown;
         sizes_.vanished += size.items == 0;
         ++done_;
@@ -78,7 +80,7 @@ private:
     void put() { sink_.put(std::exchange(sizes_, Sizes())); }
 
     const TWPlan& plan_;
-    const Counts& counts_;
+    const std::vector<bool> counts_; // by item
     const TWFileSystem& fileSystem_;
     TWBackgroundStream<Sizes>::Sink& sink_;
     Sizes sizes_; // not put yet
@@ -93,8 +95,8 @@ TWPlanSizes::TWPlanSizes(TWRunLoop& runLoop, const TWFileSystem& fileSystem, con
         runLoop, SizesPerTurn,
         [plan, counts = std::move(counts), &fileSystem](
             auto& sink) { Measurement(*plan, counts, fileSystem, sink).measure(); },
-        [this, grown = std::move(grown)](const Sizes& sizes) {
-            take(sizes);
+        [this, grown = std::move(grown)](Sizes sizes) {
+            take(std::move(sizes));
             const auto call = grown; // which may destroy this
             call();
         },
@@ -105,8 +107,11 @@ TWPlanSizes::TWPlanSizes(TWRunLoop& runLoop, const TWFileSystem& fileSystem, con
         });
 }
 
-void TWPlanSizes::take(const Sizes& sizes)
+void TWPlanSizes::take(Sizes sizes)
 {
+    if (counted_.empty())
+        counted_ = std::move(sizes.counted);
+    folders_.insert(folders_.end(), sizes.folders.begin(), sizes.folders.end());
     bytes_->insert(bytes_->end(), sizes.bytes.begin(), sizes.bytes.end());
     for (const auto bytes : sizes.bytes)
         total_ += bytes;

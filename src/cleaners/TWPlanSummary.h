@@ -5,8 +5,8 @@
 
 // The numbers of a plan, for one line beside a rule or a cleaner.
 struct TWPlanSummary {
-    std::uint64_t items = 0; // items that would be deleted, without quiet and refused ones
-    std::uint64_t bytes = 0; // space on disk that everything takes
+    std::uint64_t items = 0; // items that would be deleted, without quiet and refused ones; counted as in a preview
+    std::uint64_t bytes = 0; // space on disk that they take
     std::uint64_t refused = 0; // items that the deletion rules refuse
     TWObjection objection; // the reason; "see Preview." if they were refused for different ones
     std::optional<std::string> failure; // if set, the job would fail with this text and delete nothing

@@ -18,6 +18,7 @@ constexpr auto Freed = "Freed %@.";
 constexpr auto FreedAtLeast = "Freed at least %@.";
 constexpr auto Deleted = "Deleted %@.";
 constexpr auto Stayed = "%@ %@ stayed.";
+constexpr auto NotStarted = "%@ %@ not started.";
 constexpr auto NothingDeleted = "Nothing was deleted.";
 
 constexpr auto FirstEstimate = 2s; // before that it would jump about
@@ -80,6 +81,7 @@ TWOutcome& TWOutcome::operator+=(const TWOutcome& other)
     measured = (measured || gone == 0) && (other.measured || other.gone == 0);
     gone += other.gone;
     left += other.left;
+    notStarted += other.notStarted;
     bytes += other.bytes;
     return *this;
 }
@@ -91,5 +93,9 @@ std::string TWOutcome::text() const
         text = TWText::fill(Deleted, { TWText::count(gone, "item", "items") });
     else if (gone > 0)
         text = TWText::fill(measured ? Freed : FreedAtLeast, { TWText::size(bytes) });
-    return left == 0 ? text : TWText::fill(Stayed, { text, TWText::count(left, "item", "items") });
+    if (left > 0)
+        text = TWText::fill(Stayed, { text, TWText::count(left, "item", "items") });
+    if (notStarted > 0)
+        text = TWText::fill(NotStarted, { text, TWText::count(notStarted, "cleaner was", "cleaners were") });
+    return text;
 }

@@ -27,7 +27,8 @@ struct TWOutcome {
     std::uint64_t gone = 0; // items
     std::uint64_t left = 0;
     std::uint64_t bytes = 0; // space on disk that those took that are gone
-    bool measured = false; // all of those
+    std::uint64_t notStarted = 0; // cleaners whose turn did not come
+    bool measured = false; // all of those bytes are counted
 
     TWOutcome& operator+=(const TWOutcome&);
 

@@ -139,11 +139,16 @@ TWTrashCleaner::TWTrashCleaner(const TWCleanerContext& context)
 {
 }
 
+TWSecureMode TWTrashCleaner::secureModeNow() const
+{
+    return settings_.boolean(TWKey::SecurelyDeleteFiles) ? settings_.integer(TWKey::SecurelyDeleteFilesMode)
+                                                         : TWPlainDelete;
+}
+
 std::unique_ptr<TWRunLoopHandle> TWTrashCleaner::makePlan(PlanGrown grown, PlanMade made) const
 {
     TWPlan beginning;
-    if (settings_.boolean(TWKey::SecurelyDeleteFiles))
-        beginning.secureMode = settings_.integer(TWKey::SecurelyDeleteFilesMode);
+    beginning.secureMode = secureModeNow();
     if (settings_.boolean(TWKey::UseAuthorization))
         beginning.authorization = TWAuthorization::Yes;
     tools().guard.renew();

@@ -17,6 +17,7 @@ public:
     std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown, PlanMade) const override;
 
 private:
+    TWSecureMode secureModeNow() const override;
     FollowerTest followerTest() const override;
 
     const TWSettings& settings_;

@@ -303,6 +303,14 @@ void TWFileDeleteQueue::distrustFailedOverwriting()
     }
 }
 
+bool TWFileDeleteQueue::isDeleted(std::size_t index) const
+{
+    if (outcomes_.at(index) != Outcome::Gone)
+        return false;
+    const auto found = reports_.find(index);
+    return found == reports_.end() || (found->second.toolSucceeded && !found->second.missing);
+}
+
 bool TWFileDeleteQueue::isNotable(std::size_t index) const
 {
     if (outcomes_[index] != Outcome::Gone)

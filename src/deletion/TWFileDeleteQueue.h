@@ -55,6 +55,9 @@ public:
         return outcomes_.at(index) == Outcome::Gone || outcomes_.at(index) == Outcome::Vanished;
     }
 
+    // After verification: whether it is gone because this queue has deleted it, and not for another reason.
+    bool isDeleted(std::size_t index) const;
+
     // Ends the running child. Kept on purpose: the queue then goes on with its next path.
     void terminate();
 

@@ -14,6 +14,7 @@ constexpr auto Refused = "Refused to delete \"%@\": %@";
 constexpr auto FolderNotOpened = "\"%@\" was left alone, because its folder cannot be opened any more (%@).";
 constexpr auto FolderChanged = "\"%@\" was left alone, because its folder is another one than when it was looked at.";
 constexpr auto ChangedSincePreview = "\"%@\" was left alone, because it has changed since the preview.";
+constexpr auto RefusedInPreview = "\"%@\" was left alone, because the preview showed it as refused.";
 constexpr auto Ended = "\"%@\" was left alone, because the deletion was ended.";
 constexpr auto NotStarted
     = "The deletion tool %@ could not be started (%@). Please install Tidewell and the package coreutils again.";
@@ -108,6 +109,7 @@ std::string TWFileDeleter::deleteFileWithoutAuthorization(
     report_ = {};
     target_ = target;
     mode_ = mode;
+    isCompared_ = false;
     begin();
     auto& runLoop = tools_.runLoop;
     const std::weak_ptr<const int> life = life_;
@@ -135,11 +137,37 @@ void TWFileDeleter::begin()
         search(*opened);
         return;
     }
-    if (previewCheck_)
-        folderBefore_ = opened->folder->look(".").facts;
+    if (mustCompare(opened->look)) {
+        compare();
+        return;
+    }
     launch(*opened->folder, std::string(target_.name), mode_);
-    if (previewCheck_)
-        changingFolder_ = std::move(opened->folder);
+}
+
+bool TWFileDeleter::mustCompare(const TWFileLook& look) const
+{
+    return previewCheck_ && look.isFolder() && !isCompared_;
+}
+
+// What lies deep inside a folder leaves no trace in the folder itself.
+void TWFileDeleter::compare()
+{
+    comparing_ = std::make_unique<TWBackgroundStream<TWTreeSizes>>(
+        tools_.runLoop, 1,
+        [path = target_.realPath(), &fileSystem = tools_.fileSystem](
+            auto& sink) { sink.put(TWAddUpTrees(fileSystem, { path }, sink.cancellation())); },
+        [this](const TWTreeSizes& found) { compared(found); }, [] {});
+}
+
+void TWFileDeleter::compared(const TWTreeSizes& found)
+{
+    comparing_.reset();
+    isCompared_ = found.end == TWWalkEnd::Complete
+        && previewCheck_->isFolderUnchanged(target_.realPath(), found.sizes.front().print);
+    if (isCompared_)
+        begin();
+    else
+        refuse(TWReportLine::about(ChangedSincePreview, { target_.path() }));
 }
 
 bool TWFileDeleter::isSearched(const Opened& opened) const
@@ -214,19 +242,23 @@ std::optional<TWFileDeleter::Opened> TWFileDeleter::openFolder(TWReportLine& pro
         problem = TWReportLine::about(Refused, { path, objection });
         return std::nullopt;
     }
-    if (previewCheck_ && !isAsPreviewed(target, look)) {
-        problem = TWReportLine::about(ChangedSincePreview, { path });
+    if (const auto change = changeSincePreview(look); !change.empty()) {
+        problem = TWReportLine::about(change, { path });
         return std::nullopt;
     }
     return Opened{ std::move(folder), std::move(rules), std::move(judged), look };
 }
 
-// What has disappeared since is no danger; the check afterwards reports it.
-bool TWFileDeleter::isAsPreviewed(const TWDeletionTarget& target, const TWFileLook& look) const
+// The text that says why the target must stay, or "". What has disappeared since is no danger; the check afterwards
+// reports it.
+std::string_view TWFileDeleter::changeSincePreview(const TWFileLook& look) const
 {
-    if (!target.seen)
-        return false;
-    return look.presence == TWPresence::Gone || previewCheck_->isUnchanged(*target.seen, look.facts);
+    if (!previewCheck_)
+        return {};
+    if (!target_.seen)
+        return RefusedInPreview;
+    const bool fits = look.presence == TWPresence::Gone || previewCheck_->isUnchanged(*target_.seen, look.facts);
+    return fits ? std::string_view() : ChangedSincePreview;
 }
 
 void TWFileDeleter::launch(const TWHeldFolder& folder, const std::string& name, TWSecureMode mode)
@@ -245,8 +277,9 @@ void TWFileDeleter::launch(const TWHeldFolder& folder, const std::string& name, 
 
 void TWFileDeleter::terminate()
 {
-    if (searching_) {
+    if (searching_ || comparing_) {
         searching_.reset();
+        comparing_.reset();
         refuse(TWReportLine::about(Ended, { target_.path() }));
     }
     if (!task_)
@@ -260,17 +293,18 @@ void TWFileDeleter::terminate()
 
 void TWFileDeleter::doneRunning(const TWTermination& termination)
 {
-    noteOwnChange();
     const bool missing = report_.missing;
     report_ = reportOn(termination, launchPath_);
     report_.missing = missing;
+    noteOwnDeletion();
     finish();
 }
 
-void TWFileDeleter::noteOwnChange()
+// After a tool that failed nobody knows what it has deleted, so the folders around the target count as changed.
+void TWFileDeleter::noteOwnDeletion()
 {
-    if (previewCheck_)
-        previewCheck_->noteOwnChange(folderBefore_, changingFolder_->look(".").facts);
+    if (previewCheck_ && target_.seen && report_.toolSucceeded && !report_.missing)
+        previewCheck_->noteOwnDeletion(target_.realPath(), *target_.seen);
 }
 
 // The delegate may destroy this object in its call.
@@ -279,7 +313,6 @@ void TWFileDeleter::finish()
     patience_.reset();
     task_.reset();
     refusal_.reset();
-    changingFolder_.reset();
     target_ = {};
     searchedBy_.reset();
     deleting_ = false;

@@ -66,10 +66,12 @@ public:
     // Differs on purpose: the child starts inside the parent folder that the target names, which is compared by device
     // and inode, and gets "./NAME" instead of the path. If that folder has been replaced in the meantime or the guard
     // refuses the path, no child is started; the delegate is told on a later turn, as after any other deletion. If the
-    // guard has to know what lies below the path, that is searched in the background before the child is started.
+    // guard has to know what lies below the path, that is searched in the background before the child is started. With
+    // a preview check, a folder is compared there with what the preview found in it.
     std::string deleteFile(const TWDeletionTarget&, TWSecureMode, TWWaiting, TWAuthorization);
 
-    // Ends the running child, or the search before it; fileDeleterDone() follows as usual. Otherwise does nothing.
+    // Ends the running child, or the background work before it; fileDeleterDone() follows as usual. Otherwise does
+    // nothing.
     void terminate();
 
     bool deleting() const { return deleting_; }
@@ -86,16 +88,19 @@ private:
     };
 
     std::string deleteFileWithoutAuthorization(const TWDeletionTarget&, TWSecureMode, TWWaiting);
-    bool isAsPreviewed(const TWDeletionTarget&, const TWFileLook&) const;
+    std::string_view changeSincePreview(const TWFileLook&) const;
     void begin();
     bool isSearched(const Opened&) const;
     std::optional<Opened> openFolder(TWReportLine& problem);
     void prepare(std::shared_ptr<const TWDeletionRules>);
     void search(const Opened&);
     void searched(const TWObjection&);
+    bool mustCompare(const TWFileLook&) const;
+    void compare();
+    void compared(const TWTreeSizes&);
     void refuse(TWReportLine problem);
     void launch(const TWHeldFolder&, const std::string& name, TWSecureMode);
-    void noteOwnChange();
+    void noteOwnDeletion();
     void doneRunning(const TWTermination&);
     void finish();
 
@@ -108,8 +113,8 @@ private:
     TWSecureMode mode_ = TWPlainDelete;
     TWDeletionReport report_;
     std::shared_ptr<TWPreviewCheck> previewCheck_;
-    std::unique_ptr<TWHeldFolder> changingFolder_; // in which the child deletes, if there is a check
-    TWFileFacts folderBefore_; // its facts before the child was launched
+    std::unique_ptr<TWBackgroundStream<TWTreeSizes>> comparing_; // the target with what the preview found in it
+    bool isCompared_ = false; // the target is as the preview found it
     std::string launchPath_;
     std::unique_ptr<TWBackgroundStream<TWObjection>> searching_; // for kept paths, or below the target
     std::shared_ptr<const TWDeletionRules> searchedBy_; // the rules that the latest search asked

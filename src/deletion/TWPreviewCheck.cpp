@@ -4,22 +4,45 @@ bool TWPreviewCheck::isUnchanged(const TWFileFacts& seen, const TWFileFacts& now
 {
     if (now.identity != seen.identity || now.kind != seen.kind)
         return false;
-    if (now.kind == TWFileKind::Folder) {
-        const auto own = folders_.find(now.identity);
-        return now.changed == seen.changed
-            || (own != folders_.end() && own->second.first == seen.changed && own->second.last == now.changed);
-    }
+    if (now.kind == TWFileKind::Folder)
+        return true;
     // Deleting another of its names changes a file's change time, but not its contents.
-    const bool sameTime = seen.links > 1 ? now.modified == seen.modified : now.changed == seen.changed;
+    const bool lostName = now.links < seen.links && mayHaveDeletedNameOf(now.identity);
+    const bool sameTime = now.changed == seen.changed || (lostName && now.modified == seen.modified);
     return sameTime && now.size == seen.size;
 }
 
-void TWPreviewCheck::noteOwnChange(const TWFileFacts& before, const TWFileFacts& after)
+bool TWPreviewCheck::mayHaveDeletedNameOf(const TWFileIdentity& file) const
 {
-    auto& own = folders_.try_emplace(before.identity, OwnChanges{ before.changed, before.changed }).first->second;
-    if (own.last != before.changed)
-        own.first = before.changed; // somebody else has changed it in between
-    own.last = after.changed;
+    return deletedSharedFolder_ || deletedNames_.contains(file);
+}
+
+bool TWPreviewCheck::isFolderUnchanged(const std::string& realPath, const TWTreePrint& now) const
+{
+    const auto found = expected_.find(realPath);
+    if (found == expected_.end())
+        return false;
+    const bool lostNames = deletedSharedFolder_ || !deletedNames_.empty();
+    return now.exact == found->second.exact || (lostNames && now.contents == found->second.contents);
+}
+
+void TWPreviewCheck::noteOwnDeletion(const std::string& realPath, const TWFileFacts& seen)
+{
+    TWTreePrint print;
+    if (const auto found = expected_.find(realPath); seen.kind == TWFileKind::Folder && found != expected_.end()) {
+        print = found->second;
+        deletedSharedFolder_ = deletedSharedFolder_ || print.severalNames;
+    } else {
+        print.add(seen);
+        if (print.severalNames)
+            deletedNames_.insert(seen.identity);
+    }
+    if (expected_.empty())
+        return;
+    for (auto end = realPath.rfind('/'); end != 0 && end != std::string::npos; end = realPath.rfind('/', end - 1)) {
+        if (const auto around = expected_.find(realPath.substr(0, end)); around != expected_.end())
+            around->second -= print;
+    }
 }
 
 void TWPreviewCheck::noteDeleted(const Paths& folders)

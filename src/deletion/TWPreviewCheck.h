@@ -1,23 +1,30 @@
 #pragma once
 
-#include "platform/TWFileSystem.h"
+#include "platform/TWTreeSizes.h"
 
 #include <memory>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
 
-// Tells during a run whether things are still as its preview saw them. A deletion changes the parent folder, and that
-// folder may be an item of the same run, so the check remembers the run's own changes. It also knows which folders the
-// run has deleted, because one cleaner may have planned what went with the folder of another. Main thread.
+// Tells during a run whether things are still as its preview saw them. Knows what the run itself has deleted: that
+// changes the folders around it, which may be items of the same run, and the other names of a file. It also knows
+// which folders the run has deleted, because one cleaner may have planned what went with the folder of another. Main
+// thread.
 class TWPreviewCheck final {
 public:
-    // False if it is another file or folder now, or has been changed by anybody but this run.
+    // What the preview found in a folder that the run is to delete. The first call for a path counts.
+    void expectFolder(const std::string& realPath, const TWTreePrint& print) { expected_.try_emplace(realPath, print); }
+
+    // False if it is another file or folder now, or a file that anybody but this run has changed. Of a folder, only
+    // isFolderUnchanged() tells whether something in it has changed.
     bool isUnchanged(const TWFileFacts& seen, const TWFileFacts& now) const;
 
-    // The facts of a folder directly before and after a deletion in it. What another program changes in the folder
-    // during the deletion cannot be told from the deletion.
-    void noteOwnChange(const TWFileFacts& before, const TWFileFacts& after);
+    // Whether the folder holds what the preview found in it, less what this run has deleted.
+    bool isFolderUnchanged(const std::string& realPath, const TWTreePrint& now) const;
+
+    // The run has deleted what was found unchanged at the path.
+    void noteOwnDeletion(const std::string& realPath, const TWFileFacts& seen);
 
     using Paths = std::unordered_set<std::string>;
 
@@ -26,12 +33,10 @@ public:
     const std::shared_ptr<const Paths>& deletedFolders() const { return deletedFolders_; }
 
 private:
-    // Between these two times of its last change only the run has changed a folder.
-    struct OwnChanges {
-        std::int64_t first = 0;
-        std::int64_t last = 0;
-    };
+    bool mayHaveDeletedNameOf(const TWFileIdentity& file) const;
 
-    std::unordered_map<TWFileIdentity, OwnChanges> folders_;
+    std::unordered_map<std::string, TWTreePrint> expected_; // by real path, less what the run has deleted
+    std::unordered_set<TWFileIdentity> deletedNames_; // files of which the run has deleted a name, but not the last one
+    bool deletedSharedFolder_ = false; // it has deleted a folder with such names in it
     std::shared_ptr<const Paths> deletedFolders_ = std::make_shared<const Paths>(); // replaced, never changed
 };

@@ -1,16 +1,32 @@
 #include "platform/TWTreeSizes.h"
 
 #include <cerrno>
-#include <unordered_set>
+#include <unordered_map>
 #include <utility>
 
 namespace {
+
+constexpr std::uint64_t UnknownEntry = 0x9E3779B97F4A7C15U;
+
+// Spreads every bit of the value over the whole result, so that sums of results hardly ever agree by accident.
+std::uint64_t mixed(std::uint64_t value)
+{
+    value = (value ^ (value >> 30U)) * 0xBF58476D1CE4E5B9U;
+    value = (value ^ (value >> 27U)) * 0x94D049BB133111EBU;
+    return value ^ (value >> 31U);
+}
+
+std::uint64_t mixed(std::uint64_t before, std::uint64_t value)
+{
+    return mixed(mixed(before) + UnknownEntry + value);
+}
 
 // The part of one tree that one thread has added up.
 struct Part {
     struct File {
         std::uint64_t inode;
         std::uint64_t bytes;
+        std::uint32_t links;
     };
 
     std::size_t tree = 0;
@@ -31,12 +47,20 @@ public:
     {
         auto& part = of(tree);
         ++part.size.items;
+        part.size.print.add(facts);
         if (facts.kind == TWFileKind::Folder || facts.links <= 1) {
             part.size.bytes += facts.bytes;
             return;
         }
-        part.withSeveralNames.push_back({ facts.identity.inode, facts.bytes });
+        part.withSeveralNames.push_back({ facts.identity.inode, facts.bytes, facts.links });
         ++filesWithSeveralNames_;
+    }
+
+    void countUnknown(std::size_t tree)
+    {
+        auto& size = of(tree).size;
+        ++size.unknown;
+        size.print.addUnknown();
     }
 
     std::size_t size() const { return parts_.size() + filesWithSeveralNames_; }
@@ -54,7 +78,7 @@ public:
         if (found.isThere())
             parts.count(root, found.facts);
         else if (found.presence == TWPresence::Unknown)
-            ++parts.of(root).size.unknown;
+            parts.countUnknown(root);
         return found.isFolder() ? TWWalkStep::Enter : TWWalkStep::PassOver;
     }
 
@@ -63,11 +87,13 @@ public:
         const auto found = folder.folder().look(entry);
         if (!found.isThere()) {
             if (found.presence == TWPresence::Unknown)
-                ++parts.of(folder.root()).size.unknown;
+                parts.countUnknown(folder.root());
             return TWWalkStep::PassOver;
         }
         if (found.facts.identity.device != folder.device()) {
-            ++parts.of(folder.root()).size.items;
+            auto& size = parts.of(folder.root()).size;
+            ++size.items;
+            size.print.add(found.facts);
             return TWWalkStep::PassOver;
         }
         parts.count(folder.root(), found.facts);
@@ -78,7 +104,7 @@ public:
     {
         // What is mounted inside does not belong to the tree, and what has been deleted in the meantime takes no space.
         if (error != EXDEV && error != ENOENT)
-            ++parts.of(root).size.unknown;
+            parts.countUnknown(root);
     }
 };
 
@@ -99,10 +125,9 @@ public:
         size.items += part.size.items;
         size.bytes += part.size.bytes;
         size.unknown += part.size.unknown;
-        for (const auto& file : part.withSeveralNames) {
-            if (counted_.insert(file.inode).second)
-                size.bytes += file.bytes;
-        }
+        size.print += part.size.print;
+        for (const auto& file : part.withSeveralNames)
+            addName(size, file);
     }
 
     // The trees before end are final.
@@ -115,13 +140,60 @@ public:
     void tellBeforeCurrent() { tell(tree_); }
 
 private:
+    void addName(TWTreeSize& size, const Part::File& file)
+    {
+        const auto names = ++counted_[file.inode];
+        if (names == 1) {
+            size.bytes += file.bytes;
+            size.shared += file.bytes;
+        }
+        if (names == file.links)
+            size.shared -= file.bytes;
+    }
+
     std::vector<TWTreeSize>& sizes_;
     const TWTreesSized& sized_;
     std::size_t told_ = 0; // trees
     std::size_t tree_ = 0;
-    std::unordered_set<std::uint64_t> counted_; // inodes of files with several hard links
+    std::unordered_map<std::uint64_t, std::uint32_t> counted_; // names met, by inode, of files with several hard links
 };
 
+}
+
+void TWTreePrint::add(const TWFileFacts& facts)
+{
+    const auto entry
+        = mixed(mixed(facts.identity.device, facts.identity.inode), static_cast<std::uint64_t>(facts.kind));
+    if (facts.kind == TWFileKind::Folder) {
+        exact += entry;
+        contents += entry;
+        return;
+    }
+    const auto sized = mixed(entry, facts.size);
+    exact += mixed(sized, static_cast<std::uint64_t>(facts.changed));
+    contents += mixed(sized, static_cast<std::uint64_t>(facts.modified));
+    severalNames = severalNames || facts.links > 1;
+}
+
+void TWTreePrint::addUnknown()
+{
+    exact += UnknownEntry;
+    contents += UnknownEntry;
+}
+
+TWTreePrint& TWTreePrint::operator+=(const TWTreePrint& other)
+{
+    exact += other.exact;
+    contents += other.contents;
+    severalNames = severalNames || other.severalNames;
+    return *this;
+}
+
+TWTreePrint& TWTreePrint::operator-=(const TWTreePrint& other)
+{
+    exact -= other.exact;
+    contents -= other.contents;
+    return *this;
 }
 
 TWTreeSize TWTreeSizes::total() const

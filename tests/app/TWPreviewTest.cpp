@@ -1,6 +1,7 @@
 #include "app/TWPreview.h"
 
 #include "builders/TWHostileTree.h"
+#include "cleaners/TWPlanSummary.h"
 #include "editors/TWFilesWindowController.h"
 #include "fakes/TWFakeApplication.h"
 
@@ -275,9 +276,11 @@ TEST_F(TWPreviewTest, ShowsTheFirstItemsEarlyAndKeepsTheirTicks)
 TEST_F(TWPreviewTest, ARunOfItLeavesAloneWhatHasChangedSince)
 {
     const std::string folder = "home/.local/share/Trash/files/";
-    for (const auto* name : { "same", "written", "replaced", "retyped", "touched", "vanished", "mounted" })
+    for (const auto* name : { "same", "written", "replaced", "retyped", "touched", "vanished", "mounted", "named" })
         trash(name);
     root.write(folder + "grown/inside", "x");
+    root.write(folder + "deep/inner/inside", "x");
+    std::filesystem::create_hard_link(root.path(folder + "named"), root.path("home/name"));
     chosen[Files] = false;
     mountTable.points.push_back(places.trash + "/files/mounted");
     makeAll();
@@ -290,14 +293,22 @@ TEST_F(TWPreviewTest, ARunOfItLeavesAloneWhatHasChangedSince)
     chmod(root.path(folder + "touched").c_str(), 0400);
     std::filesystem::remove(root.path(folder + "vanished"));
     root.write(folder + "grown/later", "x");
+    root.write(folder + "deep/inner/later", "x");
+    const auto modified = std::filesystem::last_write_time(root.path("home/name"));
+    root.write("home/name", "y");
+    std::filesystem::last_write_time(root.path("home/name"), modified);
     mountTable.points.pop_back();
     trash("late");
     auto lines = cleanPreview();
     Lines expected{ "  \u2022 \"ROOT/" + folder
             + "vanished\" was gone before its turn came; if it was moved, it still exists.",
         NotAllTrash };
-    for (const auto* name : { "written", "replaced", "retyped", "touched", "grown", "mounted" }) {
-        expected.push_back(leftAlone("ROOT/" + folder + name));
+    for (const std::string name :
+        { "written", "replaced", "retyped", "touched", "grown", "deep", "named", "mounted" }) {
+        const auto path = "ROOT/" + folder + name;
+        expected.push_back(name == "mounted"
+                ? "  \u2022 \"" + path + "\" was left alone, because the preview showed it as refused."
+                : leftAlone(path));
         expected.push_back("  \u2022 Could not delete ROOT/" + folder + name);
         EXPECT_TRUE(root.exists(folder + name)) << name;
     }
@@ -329,6 +340,17 @@ TEST_F(TWPreviewTest, ARunOfItIsNotMisledByItsOwnDeletions)
     root.write("home/folder/late", "x");
     EXPECT_EQ(cleanPreview().front(), leftAlone("ROOT/home/folder"));
     EXPECT_TRUE(!root.exists("home/folder/a") && root.exists("home/folder/late"));
+
+    // So is one that comes while something else in the folder is deleted.
+    root.write("home/F/slow/file", "x");
+    addRule("~/F/slow");
+    addRule("~/F");
+    makeAll();
+    files().setActive(1, false);
+    launcher.atLaunch = [this] { root.write("home/F/new", "x"); };
+    EXPECT_EQ(cleanPreview().front(), leftAlone("ROOT/home/F"));
+    EXPECT_TRUE(!root.exists("home/F/slow") && root.exists("home/F/new"));
+    launcher.atLaunch = [] {};
 
     // What goes with a folder that an earlier cleaner deletes is gone, unless the folder was moved away before.
     addRule("~/.local/share/Trash/files/d", TWFolderContents);
@@ -393,4 +415,78 @@ TEST_F(TWPreviewTest, WarningsFailuresAndWhatCannotBeReadAreThoseOfTheRun)
     EXPECT_EQ(alerts.alerts.back().text, cleaner.warning()) << "what the preview warned about, not the list of today";
     EXPECT_NE(cleaner.warning(), "");
     EXPECT_TRUE(root.exists("home/here"));
+}
+
+TEST_F(TWPreviewTest, ARunOfItSaysOnlyWhatItHasFreedItself)
+{
+    root.write("home/d/sub/big", std::string(50'000, 'x'));
+    root.write("home/d/file", "x");
+    std::filesystem::create_hard_link(root.write("home/d/name", "x"), root.path("home/name"));
+    addRule("~/d/sub");
+    addRule("~/d/sub/big");
+    addRule("~/d", TWFolderContents);
+    view.measures = true;
+    makeAll();
+    const auto free = preview->total().bytes - fileSystem.look(root.path("home/name")).facts.bytes;
+    TWPlanSummary summary;
+    auto cleaner = TWCleanerTable()[Files].make(delegate->cleanerContext());
+    TWCleanerTable()[Files].giveInfo(*cleaner, delegate->settingsSources());
+    const TWPlanSummarizer summarizer(
+        std::move(cleaner), runLoop, fileSystem, [&](const TWPlanSummary& made) { summary = made; });
+    runLoop.runUntilIdle();
+    EXPECT_EQ(std::pair(summary.items, summary.bytes), std::pair(preview->total().items, preview->total().bytes));
+    cleanPreview();
+    EXPECT_EQ(view.freed.bytes, free);
+    EXPECT_FALSE(root.exists("home/d/name"));
+    cleanPreview();
+    EXPECT_EQ(view.freed.bytes, 0U) << "everything was gone before";
+}
+
+TEST_F(TWPreviewTest, ARunOfItHeedsWhatTheUserHasChosenMeanwhile)
+{
+    const auto kept = trash("kept");
+    trash("gone");
+    addRule("~/words", TWItemsWithKeywords); // warns, because there are no words
+    root.folder("home/words");
+    makeAll();
+    alerts.leavesOpen = true;
+    delegate->cleanPreview(*preview);
+    preview->setTicked(0, item(0, kept), TWTick::Off);
+    delegate->settings().set(TWKey::SecurelyDeleteFiles, true);
+    alerts.answer(TWAnswer::Default);
+    runLoop.advance(1s);
+    EXPECT_TRUE(std::filesystem::exists(kept) && !root.exists("home/.local/share/Trash/files/gone"));
+    EXPECT_TRUE(launcher.records.at(0).starts_with(places.srm)) << launcher.records.at(0);
+
+    launcher.ending = TWRecordingLauncher::Ending::ByTest;
+    trash("later");
+    makeAll();
+    delegate->cleanPreview(*preview);
+    preview.reset();
+    alerts.answer(TWAnswer::Default);
+    runLoop.advance(1s);
+    EXPECT_TRUE(std::filesystem::exists(kept) && !delegate->running()) << "the preview is gone";
+
+    // A run is never replaced by one of a preview, and says what it has not begun.
+    alerts.leavesOpen = false;
+    makeAll();
+    delegate->cleanPreview(*preview);
+    runLoop.advance(1s);
+    delegate->cleanPreview(*preview);
+    EXPECT_EQ(alerts.alerts.back().title, "A cleaning is running.");
+    delegate->stop();
+    launcher.endAll();
+    runLoop.advance(1s);
+    EXPECT_EQ(view.freed.notStarted, 1U);
+
+    // What stays anyway is nothing to run.
+    mountTable.points.push_back(kept);
+    trash("last");
+    chosen[Files] = false;
+    makeAll();
+    for (std::size_t each = 0; each < preview->cleaners()[0]->plan()->items.size(); ++each) {
+        if (preview->cleaners()[0]->plan()->wouldDelete(preview->cleaners()[0]->plan()->items[each]))
+            preview->setTicked(0, each, TWTick::Off);
+    }
+    EXPECT_FALSE(preview->jobs()[Trash].plan);
 }

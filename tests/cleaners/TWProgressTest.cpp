@@ -23,12 +23,12 @@ TEST(TWProgressTest, TextsSayNoMoreThanIsKnown)
 
     TWOutcome outcome;
     EXPECT_EQ(outcome.text(), "Nothing was deleted.");
-    outcome += TWOutcome{ 0, 2, 0, false };
-    outcome += TWOutcome{ 3, 0, 31'200'000, true };
+    outcome += TWOutcome{ 0, 2, 0, 0, false };
+    outcome += TWOutcome{ 3, 0, 31'200'000, 0, true };
     EXPECT_EQ(outcome.text(), "Freed 31.2 MB. 2 items stayed.");
-    outcome += TWOutcome{ 1, 0, 0, false };
+    outcome += TWOutcome{ 1, 0, 0, 0, false };
     EXPECT_EQ(outcome.text(), "Freed at least 31.2 MB. 2 items stayed.");
-    EXPECT_EQ((TWOutcome{ 1, 1, 0, true }.text()), "Deleted 1 item. 1 item stayed.");
+    EXPECT_EQ((TWOutcome{ 1, 1, 0, 2, true }.text()), "Deleted 1 item. 1 item stayed. 2 cleaners were not started.");
 }
 
 using TWMeasuredJobTest = TWCleanerTest<TWTrashCleaner>;

@@ -9,7 +9,11 @@
 struct TWFakeApplicationView final : TWRunView, TWApplicationWindows {
     std::set<TWWindow> keyWindows;
     std::vector<std::string> lines;
+    bool measures = false;
+    TWOutcome freed; // by the latest run
 
+    bool showsProgress() const override { return measures; }
+    void showOutcome(const TWOutcome& given) override { freed = given; }
     void showLight(int position, TWLight light) override
     {
         const char* names[] = { "off", "yellow", "green", "red", "stopped" };

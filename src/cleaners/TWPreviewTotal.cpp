@@ -1,4 +1,4 @@
-#include "app/TWPreviewTotal.h"
+#include "cleaners/TWPreviewTotal.h"
 
 #include "platform/TWRunLoop.h"
 
@@ -150,4 +150,17 @@ TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>& shares, const T
     }
     total.overlaps = findOverlaps(shares, overlaps, cancellation);
     return total;
+}
+
+std::vector<bool> TWItemsThatCount(const TWPreviewShare& share, const TWCancellation& cancellation)
+{
+    const auto& plan = *share.plan;
+    std::vector<bool> count(plan.items.size());
+    Overlaps overlaps({ share }, cancellation);
+    for (std::uint32_t index = 0; index < count.size() && !cancellation.cancelled(); ++index) {
+        const auto& item = plan.items[index];
+        count[index] = wouldBeDeleted(share, index)
+            && !overlaps.isRepeated(*plan.folders[item.folder], item.name, { share.cleaner, index });
+    }
+    return count;
 }

@@ -41,3 +41,7 @@ struct TWPreviewTotal {
 // Adds up what is ticked. An item that several rules or cleaners name, or that lies in a folder that would be deleted,
 // counts once; so does a file with several names. Stops early when cancelled. Any thread.
 TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>&, const TWCancellation&);
+
+// By item: false for one that would not be deleted, or that TWAddUpPreview() leaves out because another item of the
+// same plan deletes it as well. Any thread.
+std::vector<bool> TWItemsThatCount(const TWPreviewShare&, const TWCancellation&);
