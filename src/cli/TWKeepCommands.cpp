@@ -68,7 +68,7 @@ TWCommandResult list(const TWCommandContext& context, const TWInvocation& invoca
     // The defaults that stand in for a damaged list are not in force. What is wrong is said for every command.
     if (!editorOf(context).problem().empty())
         return { TWStatus::Failure, "", "" };
-    const auto records = editorOf(context).list().saved();
+    const auto& records = editorOf(context).entries();
     std::string out;
     for (std::size_t index = 0; index < records.size(); ++index) {
         const auto& entry = records[index].entry();

@@ -112,7 +112,7 @@ TEST_F(TWKeepSheetTest, SaysThatADamagedListStopsEverythingUntilItIsReplaced)
     world.root.write(Saved, "<plist><array><dict/></array></plist>");
     world.editors.awakeFromNib(TWLaunchKind::Command);
     open();
-    EXPECT_NE(message().find("nothing at all is deleted."), std::string::npos);
+    EXPECT_NE(message().find("your own are not shown."), std::string::npos);
     press("okPushButton");
     EXPECT_EQ(keep.problem(), "");
     EXPECT_NE(world.root.read(Saved).find("~/.ssh"), std::string::npos);

@@ -4,6 +4,7 @@
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWRecordTable.h"
 
+#include <QLabel>
 #include <QShowEvent>
 
 using Kind = TWKeepEntry::Kind;
@@ -44,6 +45,8 @@ TWKeepSheet::TWKeepSheet(TWKeepWindowController& controller, QWidget* parent)
             tr("Add a file, a folder or a name"), tr("Remove the selected entry"),
             tr("The name \"%1\" is not valid UTF-8, so the list cannot hold it. Keep the folder around it instead, or "
                "enter the name with \"?\" in the place of such bytes.") });
+    // Unlike in the other sheets, not every edit is in use.
+    findChild<QLabel*>("unsavedLabel")->setText(tr("Not saved; removed entries stay in force until you press OK."));
     chooser().addEntry(tr("Enter a &Name"), [this] { addName(); });
     controller_.setView(this);
 }
