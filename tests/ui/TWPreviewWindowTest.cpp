@@ -5,6 +5,7 @@
 #include "ui/windows/TWQtAlerts.h"
 #include "ui/windows/TWWindowSession.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
@@ -174,7 +175,7 @@ TEST_F(TWPreviewWindowTest, EscapeLeavesListThenFilterThenAsksAboutTicks)
     auto* shown = child<QComboBox>(*window, "shownComboBox");
     shown->showPopup();
     ASSERT_TRUE(QApplication::activePopupWidget());
-    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+    QTest::keyClick(shown->view(), Qt::Key_Escape);
     EXPECT_FALSE(QApplication::activePopupWidget());
     EXPECT_TRUE(window->isVisible());
     auto* filter = child<QLineEdit>(*window, "filterLineEdit");

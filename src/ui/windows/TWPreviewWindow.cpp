@@ -298,7 +298,6 @@ void TWPreviewWindow::createActions()
     addWindowAction(tr("&Filter"), { QKeySequence::Find }, [this] { filterText_->setFocus(); });
     addWindowAction(tr("&Help..."), { QKeySequence::HelpContents }, [this] { emit helpRequested(HelpPage); });
     addWindowAction(tr("&Close"), { QKeySequence::Close }, [this] { close(); });
-    addWindowAction(tr("Cancel"), { QKeySequence::Cancel }, [this] { escape(); });
 }
 
 // For the keyboard, which does not reach the table's header.
@@ -376,11 +375,12 @@ void TWPreviewWindow::confirmClose()
     box->open();
 }
 
-// Leaves one thing after the other: an open list, the filter, the window.
-void TWPreviewWindow::escape()
+// Escape clears the filter, then closes the window. It is no shortcut: an open list hides itself before shortcuts are
+// looked for, so that Escape in the list would close the window as well.
+void TWPreviewWindow::keyPressEvent(QKeyEvent* event)
 {
-    if (auto* popup = QApplication::activePopupWidget())
-        popup->close();
+    if (!event->matches(QKeySequence::Cancel))
+        QWidget::keyPressEvent(event);
     else if (!filterText_->text().isEmpty() || shown_->currentIndex() != 0)
         clearFilter();
     else

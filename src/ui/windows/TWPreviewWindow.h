@@ -41,6 +41,7 @@ protected:
     void showEvent(QShowEvent*) override;
     void closeEvent(QCloseEvent*) override;
     void changeEvent(QEvent*) override;
+    void keyPressEvent(QKeyEvent*) override;
     bool eventFilter(QObject*, QEvent*) override;
 
 private:
@@ -74,7 +75,6 @@ private:
     void showContents();
     void clean();
     void showFocus();
-    void escape();
     void clearFilter();
     void confirmClose();
     void goTo(int row);

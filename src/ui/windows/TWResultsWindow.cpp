@@ -7,12 +7,12 @@
 #include "ui/windows/TWResultsModel.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -162,13 +162,7 @@ void TWResultsWindow::createActions()
     addWindowAction(tr("&Previous Failure"), { QKeySequence(Qt::SHIFT | Qt::Key_F4) },
         [this] { showFailure(Direction::Previous); });
     addWindowAction(tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(); });
-    addWindowAction(tr("&Close"), { QKeySequence::Close, QKeySequence::Cancel }, [this] {
-        // Escape in an open list closes only the list.
-        if (auto* popup = QApplication::activePopupWidget())
-            popup->close();
-        else
-            close();
-    });
+    addWindowAction(tr("&Close"), { QKeySequence::Close }, [this] { close(); });
 }
 
 void TWResultsWindow::addWindowAction(
@@ -406,4 +400,13 @@ QString TWResultsWindow::save(const QString& path) const
 QString TWResultsWindow::lineAt(int row) const
 {
     return table_->model()->index(row, TWResultsModel::LineColumn).data().toString();
+}
+
+// No shortcut: an open list hides itself before shortcuts are looked for, so that Escape in it would close the window.
+void TWResultsWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Cancel))
+        close();
+    else
+        QWidget::keyPressEvent(event);
 }

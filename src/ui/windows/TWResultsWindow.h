@@ -37,6 +37,9 @@ public:
 signals:
     void helpRequested();
 
+protected:
+    void keyPressEvent(QKeyEvent*) override;
+
 private:
     enum class Direction { Next, Previous };
 
