@@ -94,7 +94,7 @@ std::string trashFolder(const TWSettingsSources& sources)
 
 TWPlanReasons trashReasons(const TWSettingsSources&)
 {
-    return { InTheTrash, {}, {} };
+    return { InTheTrash, {}, {}, {} };
 }
 
 bool searchesForWords(const TWSettingsSources& sources)

@@ -260,7 +260,13 @@ TEST_F(TWPreviewWindowControllerTest, IsCleanedOnlyWhenTheQuestionIsConfirmed)
 
 TEST(TWPreviewMoment, NamesTheDayUnlessItIsToday)
 {
-    std::tm parts{ .tm_min = 2, .tm_hour = 14, .tm_mday = 1, .tm_mon = 2, .tm_year = 126, .tm_isdst = -1 };
+    std::tm parts{};
+    parts.tm_min = 2;
+    parts.tm_hour = 14;
+    parts.tm_mday = 1;
+    parts.tm_mon = 2;
+    parts.tm_year = 126;
+    parts.tm_isdst = -1;
     const auto time = std::mktime(&parts);
     EXPECT_EQ(TWPreviewWindowController::moment(time, time + 3600), "at 14:02");
     EXPECT_EQ(TWPreviewWindowController::moment(time, time + 15 * 3600), "yesterday at 14:02");

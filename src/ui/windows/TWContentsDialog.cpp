@@ -73,7 +73,7 @@ TWContentsDialog::TWContentsDialog(TWRunLoop& runLoop, const TWFileSystem& fileS
                 &QPushButton::click);
     }
     connect(up_, &QPushButton::clicked, this, &TWContentsDialog::up);
-    for (const auto key : { QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) })
+    for (const auto& key : { QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) })
         connect(new QShortcut(key, this), &QShortcut::activated, up_, &QPushButton::click);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     auto* footer = new QHBoxLayout;
