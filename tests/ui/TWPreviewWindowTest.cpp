@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -198,14 +199,14 @@ TEST_F(TWPreviewWindowTest, EscapeLeavesListThenFilterThenAsksAboutTicks)
     }
 }
 
-TEST_F(TWPreviewWindowTest, OpensWithAThousandRulesSoon)
+TEST_F(TWPreviewWindowTest, ShowsAThousandRulesWithoutMeasuringEach)
 {
     auto& files = delegate.editors().get<TWFilesWindowController>();
     for (int rule = 0; rule < 1000; ++rule)
         files.addRule({ true, "", "~/folder/" + std::string(rule % 2 == 0 ? "a" : "b"), TWItemItself });
-    const auto begin = std::chrono::steady_clock::now();
     open({ TWKey::FilesCleaner });
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s) << "measuring each line would take minutes";
+    for (int column = 0; column < tree->columnCount(); ++column)
+        EXPECT_NE(tree->header()->sectionResizeMode(column), QHeaderView::ResizeToContents) << "takes minutes";
     EXPECT_EQ(tree->topLevelItem(0)->child(0)->childCount(), 1003);
 }
 
