@@ -28,7 +28,7 @@ TWCommandResult runHere(const TWWorld& world, const TWInvocation& invocation, in
 {
     QCoreApplication application(argumentCount, arguments);
     TWSystem system(world, std::make_unique<TWPluggedNotifier>(world.places.notifier));
-    TWTerminal terminal(invocation.json ? TWOutputFormat::JSON : TWOutputFormat::Lines);
+    TWTerminal terminal(invocation.json ? TWOutputFormat::JSON : TWOutputFormat::Lines, system.runLoop());
     TWTidewellAppDelegate delegate(system.platform(terminal), TWLaunchKind::Command);
     terminal.attach(delegate);
     delegate.prepareForCommand();

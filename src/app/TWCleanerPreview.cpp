@@ -56,16 +56,8 @@ void TWCleanerPreview::measure(TWPlan plan)
     groups_ = std::exchange(foundGroups_, {});
     isPlanned_ = true;
     unticked_.resize(itemsFound_, allUnticked_);
-    sizes_ = std::make_unique<TWPlanSizes>(
-        context_.deletion.runLoop, context_.deletion.fileSystem, plan_,
-        [plan = plan_](const TWCancellation&) {
-            std::vector<bool> counts;
-            for (const auto& item : plan->items)
-                counts.push_back(plan->wouldDelete(item));
-            return counts;
-        },
-        changed_,
-        [this] {
+    sizes_ = std::make_unique<TWPlanSizes>(context_.deletion.runLoop, context_.deletion.fileSystem, plan_,
+        TWPlanSizes::wouldBeDeleted(plan_), changed_, [this] {
             isComplete_ = true;
             const auto call = ended_;
             call();
@@ -84,6 +76,7 @@ bool TWCleanerPreview::hasProblem() const
 void TWCleanerPreview::setTicked(std::size_t item, TWTick tick)
 {
     unticked_[item] = tick == TWTick::Off;
+    takesPart_.reset();
 }
 
 void TWCleanerPreview::setTicked(const Group& group, TWTick tick)
@@ -93,23 +86,27 @@ void TWCleanerPreview::setTicked(const Group& group, TWTick tick)
     const auto begin = unticked_.begin();
     std::fill(begin + static_cast<std::ptrdiff_t>(group.begin), begin + static_cast<std::ptrdiff_t>(group.end),
         tick == TWTick::Off);
+    takesPart_.reset();
 }
 
 void TWCleanerPreview::setAllTicked(TWTick tick)
 {
     allUnticked_ = tick == TWTick::Off;
     unticked_.assign(unticked_.size(), allUnticked_);
+    takesPart_.reset();
 }
 
+// What the preview showed as refused stays out, even if it would not be refused any more.
 TWPlannedJob TWCleanerPreview::job() const
 {
     TWPlannedJob job;
-    if (!isComplete_ || !takesPart())
-        return job;
     job.plan = plan_;
     job.warning = warning_;
-    if (std::find(unticked_.begin(), unticked_.end(), true) != unticked_.end())
-        job.unticked = unticked_;
+    job.unticked = unticked_;
+    for (std::size_t index = 0; index < plan_->items.size(); ++index) {
+        if (!plan_->wouldDelete(plan_->items[index]))
+            job.unticked[index] = true;
+    }
     return job;
 }
 
@@ -121,22 +118,25 @@ void TWCleanerPreview::expectFolders(TWPreviewCheck& check) const
     }
 }
 
-// A cleaner that found nothing to delete takes part, to say so; one of which everything that would be deleted was
-// unticked does not.
 bool TWCleanerPreview::takesPart() const
 {
-    bool anyTicked = false;
-    bool empty = true;
+    if (isComplete_ && !takesPart_)
+        takesPart_ = findWhetherItTakesPart();
+    return takesPart_.value_or(false);
+}
+
+bool TWCleanerPreview::findWhetherItTakesPart() const
+{
     bool deletes = false;
+    bool empty = true;
     for (std::size_t index = 0; index < plan_->items.size(); ++index) {
         if (plan_->items[index].quiet)
             continue;
         const bool wouldDelete = plan_->wouldDelete(plan_->items[index]);
         if (wouldDelete && isTicked(index))
             return true;
-        anyTicked = anyTicked || isTicked(index);
         deletes = deletes || wouldDelete;
         empty = false;
     }
-    return !deletes && (anyTicked || (empty && !allUnticked_));
+    return !deletes && !allUnticked_ && (empty || plan_->failure || plan_->incomplete);
 }

@@ -82,17 +82,22 @@ public:
     // The texts of rule() and word(). They stay as they were at start().
     const TWPlanReasons& reasons() const { return reasons_; }
 
-    // What is ticked; without a plan if nothing is, or if the preview is not complete.
+    // False if nothing is to be carried out: the preview is not complete, or everything that would be deleted is
+    // unticked. A cleaner that found nothing, would fail or could not read something takes part, to say so, unless
+    // everything of it was unticked at once.
+    bool takesPart() const;
+
+    // What is ticked and would not be refused. Call this and expectFolders() only if the cleaner takes part.
     TWPlannedJob job() const;
 
-    // Tells the check what was found in the folders that are ticked. Only for a complete preview.
+    // Tells the check what was found in the folders that are ticked.
     void expectFolders(TWPreviewCheck&) const;
 
 private:
     void findGroups(const TWPlan&);
     void showFirstItems(const TWPlan& soFar);
     void measure(TWPlan);
-    bool takesPart() const;
+    bool findWhetherItTakesPart() const;
 
     const int position_;
     const TWCleanerContext context_;
@@ -109,6 +114,7 @@ private:
     bool isComplete_ = false;
     bool allUnticked_ = false; // decides for items that are not known yet, and for a plan without items
     std::vector<bool> unticked_; // by item
+    mutable std::optional<bool> takesPart_; // nothing before it is asked for and after a change of ticks
     std::unique_ptr<TWRunLoopHandle> planning_;
     std::unique_ptr<TWPlanSizes> sizes_; // once there is the whole plan
     std::shared_ptr<const std::vector<std::uint64_t>> bytes_

@@ -260,6 +260,7 @@ void TWCleaningRun::endRun()
     progress_.reset();
     const auto next = cleanerArray_.begin() + currentCleanerIndex_ + 1;
     const auto active = std::count_if(next, cleanerArray_.end(), [](const auto& each) { return each->isActive(); });
+    outcome_.stopped = stopping_;
     outcome_.notStarted = static_cast<std::uint64_t>(active);
     addMessage(TWText::fill(DoneCleaning, { dateText() }));
     if (showsResults(AtEnd))

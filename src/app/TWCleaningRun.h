@@ -8,8 +8,15 @@
 #include "platform/TWLock.h"
 #include "platform/TWNotifier.h"
 
+#include <algorithm>
+
 // The cleaners that take part in a run, by position.
 using TWRunChoice = std::array<bool, TWCleanerCount>;
+
+inline bool TWIsAnyChosen(const TWRunChoice& choice)
+{
+    return std::ranges::find(choice, true) != choice.end();
+}
 
 // What a run of plans carries out, by position. A cleaner without a plan does not take part.
 using TWPlannedJobs = std::array<TWPlannedJob, TWCleanerCount>;

@@ -137,16 +137,25 @@ void TWPreview::notifyLater()
     });
 }
 
+TWRunChoice TWPreview::choice() const
+{
+    TWRunChoice choice{};
+    for (const auto& cleaner : cleaners_)
+        choice[static_cast<std::size_t>(cleaner->position())] = cleaner->takesPart();
+    return choice;
+}
+
 TWPlannedJobs TWPreview::jobs() const
 {
     TWPlannedJobs jobs;
     const auto check = std::make_shared<TWPreviewCheck>();
     for (const auto& cleaner : cleaners_) {
+        if (!cleaner->takesPart())
+            continue;
         auto& job = jobs[static_cast<std::size_t>(cleaner->position())];
         job = cleaner->job();
         job.check = check;
-        if (job.plan)
-            cleaner->expectFolders(*check);
+        cleaner->expectFolders(*check);
     }
     return jobs;
 }

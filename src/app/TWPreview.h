@@ -53,7 +53,10 @@ public:
     // change of ticks until previewChanged().
     const TWPreviewRow* deleter(TWPreviewRow) const;
 
-    // What a run of the preview carries out: the cleaners with anything ticked.
+    // The cleaners that take part in a run of the preview.
+    TWRunChoice choice() const;
+
+    // What that run carries out.
     TWPlannedJobs jobs() const;
 
     // Gives jobs() as long as the preview exists.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/TWPreview.h"
+#include "app/TWPreviewSource.h"
 #include "platform/TWOwnFiles.h"
 
 // Writes rows of a preview to a file as comma-separated values for a spreadsheet, in the background: a line of titles
@@ -8,10 +9,9 @@
 // thread. Destroying it ends the work without a call; the file is then written or left as it was.
 class TWPreviewExport final {
 public:
-    // kept are those rows, sorted, that stay because they were put on the keep list. ended is called once, on a later
-    // turn, with 0 or the errno.
-    TWPreviewExport(TWRunLoop&, const TWOwnFiles&, const TWPreview&, std::vector<TWPreviewRow>,
-        std::vector<TWPreviewRow> kept, const std::string& path, std::function<void(int error)> ended);
+    // The source is that of the preview. ended is called once, on a later turn, with 0 or the errno.
+    TWPreviewExport(TWRunLoop&, const TWOwnFiles&, const TWPreview&, TWPreviewSource, std::vector<TWPreviewRow>,
+        const std::string& path, std::function<void(int error)> ended);
 
 private:
     std::unique_ptr<TWBackgroundStream<int>> writing_;

@@ -63,21 +63,18 @@ private:
         const auto end = std::min(wish_.end, share.plan->items.size());
         for (std::size_t index = wish_.begin; index < end && !cancellation_.cancelled(); ++index) {
             const TWPreviewRow row{ share.cleaner, static_cast<std::uint32_t>(index) };
-            if (!share.plan->items[index].quiet && isShown(share, row) && isWished(*share.plan, index))
+            if (!share.plan->items[index].quiet && isShown(row) && isWished(*share.plan, index))
                 rows_.push_back(row);
         }
     }
 
-    bool isShown(const TWPreviewShare& share, TWPreviewRow row) const
+    bool isShown(TWPreviewRow row) const
     {
         if (wish_.shown == TWPreviewShown::All)
             return true;
-        const bool stays = !share.plan->wouldDelete(share.plan->items[row.item])
-            || std::ranges::binary_search(source_.kept, row)
-            || std::ranges::find(source_.notLookedAt, row.cleaner) != source_.notLookedAt.end()
-            || (share.unticked[row.item]
-                && !std::ranges::binary_search(*source_.overlaps, row, {}, &TWPreviewOverlap::row));
-        return stays == (wish_.shown == TWPreviewShown::WouldStay);
+        const auto fate = source_.fate(row);
+        const bool goes = fate == TWPreviewFate::Deleted || fate == TWPreviewFate::DeletedAnyway;
+        return goes == (wish_.shown == TWPreviewShown::WouldBeDeleted);
     }
 
     bool isWished(const TWPlan& plan, std::size_t index)
@@ -93,11 +90,6 @@ private:
         return std::ranges::any_of(wish_.about, [this](const auto& about) {
             return TWPath::isAtOrBelow(path_, about) || TWPath::isAtOrBelow(about, path_);
         });
-    }
-
-    const TWPreviewShare& shareOf(TWPreviewRow row) const
-    {
-        return *std::ranges::find(source_.shares, row.cleaner, &TWPreviewShare::cleaner);
     }
 
     void sort()
@@ -125,7 +117,7 @@ private:
         for (const auto& row : rows_) {
             if (cancellation_.cancelled())
                 break;
-            const auto& plan = *shareOf(row).plan;
+            const auto& plan = *source_.share(row).plan;
             copyPath(plan, plan.items[row.item], path_);
             if (first.empty())
                 first = path_;
@@ -139,7 +131,7 @@ private:
 
     std::uint64_t key(TWPreviewRow row, std::size_t common)
     {
-        const auto& share = shareOf(row);
+        const auto& share = source_.share(row);
         const auto& item = share.plan->items[row.item];
         if (wish_.order == TWPreviewOrder::Size)
             return row.item < share.sized ? (*share.bytes)[row.item] : 0;
@@ -156,8 +148,8 @@ private:
     {
         if (a.key != b.key || wish_.order != TWPreviewOrder::Path)
             return a.key < b.key;
-        const auto& planA = *shareOf(a.row).plan;
-        const auto& planB = *shareOf(b.row).plan;
+        const auto& planA = *source_.share(a.row).plan;
+        const auto& planB = *source_.share(b.row).plan;
         const auto& itemA = planA.items[a.row.item];
         const auto& itemB = planB.items[b.row.item];
         if (&planA == &planB && itemA.folder == itemB.folder)

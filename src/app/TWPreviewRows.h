@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cleaners/TWPreviewTotal.h"
+#include "app/TWPreviewSource.h"
 #include "platform/TWBackgroundStream.h"
 
 // Plan means in the order of a run, so that the items of a rule stand side by side.
@@ -20,14 +20,6 @@ struct TWPreviewWish {
     std::vector<std::string> about{}; // only what is at, below or around one of these real paths; empty for everything
 
     friend bool operator==(const TWPreviewWish&, const TWPreviewWish&) = default;
-};
-
-// A preview as it is at one moment, for work on another thread.
-struct TWPreviewSource {
-    std::vector<TWPreviewShare> shares;
-    std::shared_ptr<const std::vector<TWPreviewOverlap>> overlaps;
-    std::vector<TWPreviewRow> kept{}; // stay because they were put on the keep list since; sorted
-    std::vector<std::uint32_t> notLookedAt{}; // cleaners that stay out, because a stop left them incomplete
 };
 
 // The rows of the preview that are wished for, without quiet items. Rows that are alike in the wished order stand in

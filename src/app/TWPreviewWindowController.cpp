@@ -58,15 +58,6 @@ void addLine(std::string& lines, const char* title, const std::string& text)
         lines += (lines.empty() ? "" : "\n") + TWText::fill(CleanerLine, { title, text });
 }
 
-std::string timeText(std::time_t time, const char* format)
-{
-    std::tm parts{};
-    char text[32] = "";
-    if (localtime_r(&time, &parts))
-        std::strftime(text, sizeof text, format, &parts);
-    return text;
-}
-
 std::time_t dayBefore(std::time_t time)
 {
     std::tm parts{};
@@ -103,6 +94,7 @@ void TWPreviewWindowController::refresh()
     life_ = std::make_shared<const int>(0);
     looking_ = delegate_.platform().runLoop.every(BetweenLooks, [this] { look(); });
     basis_ = TWPreviewBasis::now(delegate_);
+    current_ = true;
     made_ = std::time(nullptr);
     wish_.cleaner.reset();
     group_.reset();
@@ -143,6 +135,7 @@ void TWPreviewWindowController::stop()
 
 void TWPreviewWindowController::clean()
 {
+    compare();
     if (!canClean())
         return;
     delegate_.cleanPreview(*preview_, [this, life = std::weak_ptr(life_)] {
@@ -158,9 +151,16 @@ void TWPreviewWindowController::clean()
 // Runs begin and end, and settings change, without a call to this class.
 void TWPreviewWindowController::look()
 {
+    compare();
     auto state = obstacle() + '\n' + notice();
     if (std::exchange(state_, std::move(state)) != state_)
         notify();
+}
+
+// Copies and compares lists, so the window does not ask for it whenever it draws.
+void TWPreviewWindowController::compare()
+{
+    current_ = basis_ == TWPreviewBasis::now(delegate_);
 }
 
 void TWPreviewWindowController::setWish(const TWPreviewWish& wish)
@@ -288,7 +288,7 @@ std::string TWPreviewWindowController::keep(const std::vector<TWPreviewRow>& row
         return QuestionOpen;
     if (rows.size() > MostKeptAtOnce)
         return TooManyToKeep;
-    const bool current = isCurrent();
+    compare();
     std::string problem;
     std::size_t kept = 0;
     for (const auto& row : rows) {
@@ -302,7 +302,7 @@ std::string TWPreviewWindowController::keep(const std::vector<TWPreviewRow>& row
         keptWish_.about.push_back(realPath(row));
         takeKept({ row });
     }
-    if (current)
+    if (current_)
         basis_ = TWPreviewBasis::now(delegate_);
     findKept();
     if (problem.empty())
@@ -335,7 +335,7 @@ void TWPreviewWindowController::exportRows(
     if (!preview_)
         return;
     const auto& platform = delegate_.platform();
-    export_ = std::make_unique<TWPreviewExport>(platform.runLoop, platform.ownFiles, *preview_, rows_.all(), kept_,
+    export_ = std::make_unique<TWPreviewExport>(platform.runLoop, platform.ownFiles, *preview_, source(), rows_.all(),
         path, [path, ended = std::move(ended)](int error) {
             ended(error == 0 ? "" : TWText::fill(NotExported, { path, TWErrorText(error) }));
         });
@@ -371,15 +371,12 @@ bool TWPreviewWindowController::isLookedAt(std::size_t cleaner) const
 
 TWPreviewFate TWPreviewWindowController::fate(TWPreviewRow row) const
 {
-    if (!cleaner(row).plan()->wouldDelete(item(row)))
-        return TWPreviewFate::Refused;
-    if (std::ranges::binary_search(kept_, row))
-        return TWPreviewFate::Kept;
-    if (!isLookedAt(row.cleaner))
-        return TWPreviewFate::NotLookedAt;
-    if (cleaner(row).isTicked(row.item))
-        return TWPreviewFate::Deleted;
-    return preview_->deleter(row) ? TWPreviewFate::DeletedAnyway : TWPreviewFate::Unticked;
+    return TWPreviewRowState{ .refused = !cleaner(row).plan()->wouldDelete(item(row)),
+        .kept = std::ranges::binary_search(kept_, row),
+        .lookedAt = isLookedAt(row.cleaner),
+        .ticked = cleaner(row).isTicked(row.item),
+        .deletedWithAnother = preview_->deleter(row) != nullptr }
+        .fate();
 }
 
 std::optional<std::uint64_t> TWPreviewWindowController::bytes(TWPreviewRow row) const
@@ -519,7 +516,7 @@ std::string TWPreviewWindowController::notice() const
     const auto made = moment(made_, now);
     if (cleaned_ != 0)
         return TWText::fill(Cleaned, { made });
-    if (!isCurrent())
+    if (!current_)
         return TWText::fill(Outdated, { made });
     return now - made_ < OldAge ? "" : TWText::fill(Old, { made });
 }
@@ -534,19 +531,18 @@ std::string TWPreviewWindowController::obstacle() const
         return QuestionOpen;
     if (delegate_.running())
         return RunGoesOn;
-    if (cleaned_ != 0 || !isCurrent())
+    if (cleaned_ != 0 || !current_)
         return notice();
     if (!anyLookedAt())
         return NoneLookedAt;
-    const auto jobs = preview_->jobs();
-    return std::ranges::any_of(jobs, [](const auto& job) { return job.plan != nullptr; }) ? "" : NothingTicked;
+    return TWIsAnyChosen(preview_->choice()) ? "" : NothingTicked;
 }
 
 std::string TWPreviewWindowController::moment(std::time_t time, std::time_t now)
 {
-    const auto day = timeText(time, "%Y-%m-%d");
-    const auto clock = timeText(time, "at %H:%M");
-    if (day == timeText(now, "%Y-%m-%d"))
+    const auto day = TWText::localTime(time, "%Y-%m-%d");
+    const auto clock = TWText::localTime(time, "at %H:%M");
+    if (day == TWText::localTime(now, "%Y-%m-%d"))
         return clock;
-    return (day == timeText(dayBefore(now), "%Y-%m-%d") ? "yesterday " : "on " + day + " ") + clock;
+    return (day == TWText::localTime(dayBefore(now), "%Y-%m-%d") ? "yesterday " : "on " + day + " ") + clock;
 }

@@ -20,16 +20,6 @@ protected:
     ~TWPreviewView() = default;
 };
 
-// What happens to a row if the preview is carried out.
-enum class TWPreviewFate {
-    Deleted,
-    DeletedAnyway, // although it is not ticked, because another item deletes it
-    Unticked, // stays
-    Kept, // stays: it has been put on the keep list, or something in it has
-    Refused, // stays
-    NotLookedAt, // stays, because the preview was stopped before its cleaner was complete
-};
-
 // The preview's window without its widgets: makes previews of the cleaners that are switched on, finds the rows to
 // show, carries the preview out. Rows and groups are those of preview(), which exists from refresh() to close(). Main
 // thread.
@@ -92,7 +82,8 @@ public:
     std::string word(TWPreviewRow) const; // that matched, or ""
     std::string why(TWPreviewRow) const; // which rule and word, or why it stays
 
-    // One line why the preview cannot be carried out now, or "". Compares lists.
+    // One line why the preview cannot be carried out, or "". Changes of switches, settings and lists are noticed within
+    // half a second, and by clean() at once.
     std::string obstacle() const;
     bool canClean() const { return obstacle().empty(); }
 
@@ -105,7 +96,7 @@ public:
     std::string emptyText() const; // why no row is shown
     std::string warnings() const; // lines about the cleaners, or ""
 
-    // One line if the preview is out of date, or "". Compares lists.
+    // One line if the preview is out of date, or "". Notices changes like obstacle().
     std::string notice() const;
 
     // "at 14:02", "yesterday at 14:02", "on 2026-11-20 at 14:02".
@@ -118,8 +109,8 @@ private:
     void ticked();
     void findKept();
     void look();
+    void compare();
     bool isLookedAt(std::size_t cleaner) const;
-    bool isCurrent() const { return basis_ == TWPreviewBasis::now(delegate_); }
     void takeKept(const std::vector<TWPreviewRow>&);
     TWPreviewSource source() const;
     const TWCleanerPreview& cleaner(TWPreviewRow row) const { return *preview_->cleaners()[row.cleaner]; }
@@ -133,6 +124,7 @@ private:
     TWTidewellAppDelegate& delegate_;
     TWPreviewView* view_ = nullptr;
     TWPreviewBasis basis_;
+    bool current_ = true; // nothing differed from the basis when it was compared last
     std::time_t made_ = 0;
     std::time_t cleaned_ = 0; // when a run of the preview began; 0 if none has
     bool stopped_ = false;

@@ -27,11 +27,6 @@ constexpr auto OK = "OK";
 
 constexpr auto LockFile = ".cleaning.lock";
 
-bool anyOf(const TWRunChoice& choice)
-{
-    return std::any_of(choice.begin(), choice.end(), [](bool chosen) { return chosen; });
-}
-
 }
 
 TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunchKind kind)
@@ -75,7 +70,7 @@ TWRunChoice TWTidewellAppDelegate::switchedOn() const
 void TWTidewellAppDelegate::clean(const TWRunChoice& checked)
 {
     // The check boxes decide whether there is a run, the settings decide which cleaners take part.
-    if (anyOf(checked))
+    if (TWIsAnyChosen(checked))
         startRun(switchedOn(), nullptr, TWCleaningRun::Ending::AsSettingsSay);
     else
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });
@@ -87,11 +82,8 @@ void TWTidewellAppDelegate::cleanPreview(const TWPreview& preview, std::function
         refuse({ RunningTitle, RunningText, OK, "" });
         return;
     }
-    const auto jobs = preview.jobs();
-    TWRunChoice choice{};
-    for (std::size_t position = 0; position < choice.size(); ++position)
-        choice[position] = jobs[position].plan != nullptr;
-    if (anyOf(choice))
+    const auto choice = preview.choice();
+    if (TWIsAnyChosen(choice))
         startRun(choice, preview.jobsSource(), TWCleaningRun::Ending::AsSettingsSay, std::move(began));
     else
         refuse({ NothingTickedTitle, NothingTickedText, OK, "" });
@@ -99,7 +91,7 @@ void TWTidewellAppDelegate::cleanPreview(const TWPreview& preview, std::function
 
 void TWTidewellAppDelegate::cleanForCommand(const TWRunChoice& choice)
 {
-    if (anyOf(choice))
+    if (TWIsAnyChosen(choice))
         startRun(choice, nullptr, TWCleaningRun::Ending::OfCommand);
     else
         refuse({ NoCleanerTitle, NoCleanerText, OK, "" });

@@ -38,7 +38,6 @@ public:
     void clean(const TWRunChoice& checked);
 
     // Like clean(), but carries out what is ticked in the preview and nothing else, whatever the settings and lists say
-    // Like clean(), but carries out what is ticked in the preview and nothing else, whatever the settings and lists say
     // by now; but what is to be overwritten today is overwritten. An item that has changed since the preview is left
     // alone. Nothing is run if nothing is ticked, or while another run is going on. What is ticked when the user has
     // confirmed the warnings counts; a preview that is destroyed before is not carried out. began is called when the

@@ -73,12 +73,12 @@ void TWDeletingCleaner::addToQueues(const TWPlannedJob& planned)
         const bool ticked = planned.isTicked(index);
         positions.push_back(targets.size());
         if (!item.quiet && ticked) {
-            targets.push_back(planned.target(item));
+            targets.push_back(TWPlan::target(planned.plan, item));
             queued_.push_back(index);
         } else if (item.quiet && ticked && item.owner == TWNone) {
-            followers_.push_back({ planned.target(item), std::nullopt });
+            followers_.push_back({ TWPlan::target(planned.plan, item), std::nullopt });
         } else if (item.quiet && ticked && planned.isTicked(item.owner)) {
-            followers_.push_back({ planned.target(item), positions[item.owner] });
+            followers_.push_back({ TWPlan::target(planned.plan, item), positions[item.owner] });
         }
     }
     fileDeleteQueue_->addFilesFromArray(std::move(targets));

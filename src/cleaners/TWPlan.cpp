@@ -98,11 +98,3 @@ std::string TWPlan::realPath(const TWPlannedItem& item) const
     return item.folder == TWNone ? std::string(item.name)
                                  : TWDeletionTarget{ folders[item.folder], item.name }.realPath();
 }
-
-TWDeletionTarget TWPlannedJob::target(const TWPlannedItem& item) const
-{
-    auto target = TWPlan::target(plan, item);
-    if (check && item.objection)
-        target.seen = nullptr;
-    return target;
-}

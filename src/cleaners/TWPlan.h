@@ -72,7 +72,7 @@ private:
 };
 
 // What a cleaner's job carries out: a plan that was made just now, or one that a preview has shown, less what the user
-// has unticked there.
+// has unticked there and what it has shown as refused.
 struct TWPlannedJob {
     std::shared_ptr<const TWPlan> plan;
     std::vector<bool> unticked; // by item; empty if everything is carried out
@@ -80,8 +80,4 @@ struct TWPlannedJob {
     std::string warning; // what validate() said when a preview made the plan
 
     bool isTicked(std::size_t item) const { return unticked.empty() || !unticked[item]; }
-
-    // The item as something to delete. An item that the preview showed as refused has no facts that could be compared,
-    // so it stays even if it would not be refused any more.
-    TWDeletionTarget target(const TWPlannedItem&) const;
 };

@@ -87,6 +87,16 @@ private:
     std::size_t done_ = 0; // items
 };
 
+TWPlanSizes::Counts TWPlanSizes::wouldBeDeleted(std::shared_ptr<const TWPlan> plan)
+{
+    return [plan = std::move(plan)](const TWCancellation&) {
+        std::vector<bool> counts;
+        for (const auto& item : plan->items)
+            counts.push_back(plan->wouldDelete(item));
+        return counts;
+    };
+}
+
 TWPlanSizes::TWPlanSizes(TWRunLoop& runLoop, const TWFileSystem& fileSystem, const std::shared_ptr<const TWPlan>& plan,
     Counts counts, std::function<void()> grown, std::function<void()> ended)
 {

@@ -11,6 +11,9 @@ public:
     // Says by item which ones count; the others get no size. Called once, on another thread.
     using Counts = std::function<std::vector<bool>(const TWCancellation&)>;
 
+    // The items that a job would delete.
+    static Counts wouldBeDeleted(std::shared_ptr<const TWPlan>);
+
     // What was found in a folder that counts.
     struct Folder {
         std::size_t item = 0;

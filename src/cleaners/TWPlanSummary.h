@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cleaners/TWCleaner.h"
-#include "platform/TWBackgroundStream.h"
+#include "cleaners/TWPlanSizes.h"
 
 // The numbers of a plan, for one line beside a rule or a cleaner.
 struct TWPlanSummary {
@@ -26,11 +26,13 @@ public:
 
 private:
     void measure(TWPlan);
+    void addUp(const std::shared_ptr<const TWPlan>&);
 
     TWRunLoop& runLoop_;
     const TWFileSystem& fileSystem_;
     const std::function<void(const TWPlanSummary&)> made_;
     const std::unique_ptr<TWCleaner> cleaner_;
     std::unique_ptr<TWRunLoopHandle> planning_;
-    std::unique_ptr<TWBackgroundStream<TWPlanSummary>> measuring_;
+    std::unique_ptr<TWPlanSizes> sizes_;
+    std::unique_ptr<TWBackgroundStream<TWPlanSummary>> addingUp_;
 };

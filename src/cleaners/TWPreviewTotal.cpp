@@ -7,9 +7,14 @@
 
 namespace {
 
+bool canBeTicked(const TWPreviewShare& share, std::size_t item)
+{
+    return !share.plan->items[item].quiet && share.plan->wouldDelete(share.plan->items[item]);
+}
+
 bool wouldBeDeleted(const TWPreviewShare& share, std::size_t item)
 {
-    return !share.plan->items[item].quiet && !share.unticked[item] && share.plan->wouldDelete(share.plan->items[item]);
+    return !share.unticked[item] && canBeTicked(share, item);
 }
 
 // Calls the function with the path and each path above it, the innermost first, until it returns false.
@@ -118,7 +123,7 @@ std::shared_ptr<const std::vector<TWPreviewOverlap>> findOverlaps(
         const auto& items = share.plan->items;
         for (std::uint32_t index = 0; index < items.size() && !cancellation.cancelled(); ++index) {
             const auto& item = items[index];
-            if (!share.unticked[index] || item.quiet || !share.plan->wouldDelete(item))
+            if (!share.unticked[index] || !canBeTicked(share, index))
                 continue;
             if (const auto* by = overlaps.deleter(*share.plan->folders[item.folder], item.name))
                 found.push_back({ { share.cleaner, index }, *by });

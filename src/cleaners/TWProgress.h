@@ -29,6 +29,7 @@ struct TWOutcome {
     std::uint64_t bytes = 0; // space on disk that those took that are gone
     std::uint64_t notStarted = 0; // cleaners whose turn did not come
     bool measured = false; // all of those bytes are counted
+    bool stopped = false; // by the user
 
     TWOutcome& operator+=(const TWOutcome&);
 

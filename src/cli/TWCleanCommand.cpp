@@ -12,6 +12,7 @@ constexpr auto Only = "--only";
 constexpr auto Yes = "--yes";
 
 constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
+constexpr TWRunLoop::Duration PatienceWithReader{ 1000 }; // after an interruption
 
 std::string cleanerNames()
 {
@@ -96,5 +97,12 @@ TWCommandResult TWRunCleaners(const TWCommandContext& context, const TWRunChoice
     while (!terminal.outcome())
         runLoop.turn(LongestTurn);
     delegate.resultsWindowController().flush();
+    bool givenUp = false;
+    std::unique_ptr<TWRunLoopHandle> patience;
+    while (!terminal.printed() && !givenUp) {
+        if (interrupted && !patience)
+            patience = runLoop.after(PatienceWithReader, [&] { givenUp = true; });
+        runLoop.turn(LongestTurn);
+    }
     return { interrupted ? TWStatus::Interrupted : statusOf(*terminal.outcome(), terminal), "", "" };
 }

@@ -7,10 +7,7 @@
 #include "support/TWText.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstdio>
-#include <poll.h>
-#include <unistd.h>
 
 namespace {
 
@@ -30,7 +27,15 @@ constexpr auto SumAndRefused = "%@, %@ would be deleted; %@ would be refused.\n"
 
 constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
 constexpr std::size_t ItemsPerTurn = 500; // so that the command can be interrupted between them
-constexpr TWRunLoop::Duration WhileReaderIsBusy{ 20 };
+
+// null for a folder that would be refused, because it is not measured.
+TWJSON::Object bytes(const TWCleanerPreview& cleaner, std::size_t index)
+{
+    const auto& item = cleaner.plan()->items[index];
+    if (cleaner.plan()->wouldDelete(item))
+        return cleaner.bytes(index);
+    return item.facts.kind == TWFileKind::Folder ? TWJSON::Object() : TWJSON::Object(item.facts.bytes);
+}
 
 std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
 {
@@ -39,7 +44,7 @@ std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
     const auto why = word.empty() ? cleaner.rule(item) : TWText::fill(WhyWithWord, { cleaner.rule(item), word });
     TWJSON::Object object{ { "cleaner", cleaner.row().name }, { "action", "delete" } };
     TWJSON::addBytes(object, "path", "pathBytes", cleaner.plan()->path(item));
-    object["bytes"] = cleaner.bytes(index);
+    object["bytes"] = bytes(cleaner, index);
     object["why"] = TWText::validUTF8(why);
     if (const auto refusal = cleaner.refusal(item); !refusal.empty())
         object["refused"] = TWText::validUTF8(refusal);
@@ -64,6 +69,7 @@ public:
     Printer(TWRunLoop& runLoop, TWOutputFormat format)
         : runLoop_(runLoop)
         , format_(format)
+        , output_(runLoop, [this] { printSome(); })
     {
     }
 
@@ -71,7 +77,7 @@ public:
 
     // Everything is printed, or the output could not be written.
     bool finished() const { return finished_; }
-    bool outputWritten() const { return outputWritten_; }
+    bool outputWritten() const { return !output_.failed(); }
 
     void previewChanged() override { printLater(); }
     void previewEnded() override { printLater(); }
@@ -84,38 +90,21 @@ private:
 
     void printSome()
     {
-        if (!out_.empty()) {
-            writeSome();
+        if (!output_.isReady())
             return;
-        }
+        finished_ = allPrinted_ || output_.failed();
+        if (finished_)
+            return;
         std::size_t printed = 0;
         while (printed < ItemsPerTurn && printNext())
             ++printed;
-        atEnd_ = printed < ItemsPerTurn && preview_->ended();
-        if (atEnd_)
+        allPrinted_ = printed < ItemsPerTurn && preview_->ended();
+        if (allPrinted_)
             addSum();
         std::fputs(err_.c_str(), stderr);
         err_.clear();
-        moreToPrint_ = printed == ItemsPerTurn;
-        writeSome();
-    }
-
-    // Never waits for the reader, so that the command can be interrupted meanwhile. A pipe that is ready takes
-    // PIPE_BUF bytes.
-    void writeSome()
-    {
-        pollfd output{ STDOUT_FILENO, POLLOUT, 0 };
-        std::size_t written = 0;
-        while (outputWritten_ && written < out_.size() && poll(&output, 1, 0) == 1) {
-            outputWritten_ = TWWriteToOutput(out_.substr(written, PIPE_BUF));
-            written += PIPE_BUF;
-        }
-        out_.erase(0, written);
-        if (!outputWritten_ || out_.empty())
-            finished_ = atEnd_ || !outputWritten_;
-        if (!out_.empty() && outputWritten_)
-            next_ = runLoop_.after(WhileReaderIsBusy, [this] { printSome(); });
-        else if (moreToPrint_ && !finished_)
+        output_.write(std::exchange(out_, ""));
+        if (allPrinted_ || printed == ItemsPerTurn)
             printLater();
     }
 
@@ -188,16 +177,15 @@ private:
     TWRunLoop& runLoop_;
     const TWOutputFormat format_;
     const TWPreview* preview_ = nullptr;
-    bool atEnd_ = false; // everything is in out_
-    bool moreToPrint_ = false; // is known already
+    bool allPrinted_ = false; // except for what waits for the reader
     bool finished_ = false;
-    bool outputWritten_ = true;
     std::size_t cleaner_ = 0; // being printed
     bool begun_ = false; // its heading is printed
     std::size_t item_ = 0; // of the cleaner, the next to print
     std::optional<std::uint32_t> rule_; // whose heading was printed last
-    std::string out_; // not written yet
+    std::string out_; // not handed to the output yet
     std::string err_;
+    TWOutput output_;
     std::unique_ptr<TWRunLoopHandle> next_;
 };
 
@@ -214,7 +202,7 @@ TWCommandResult preview(const TWCommandContext& context, const TWInvocation& inv
     TWRunChoice choice{};
     if (const auto problem = TWReadCleaners(context, invocation, choice); !problem.empty())
         return TWWrongUse(problem);
-    if (std::find(choice.begin(), choice.end(), true) == choice.end())
+    if (!TWIsAnyChosen(choice))
         return { TWStatus::NothingRun, "", NoCleaner };
     for (const auto& problem : delegate.problems())
         std::fputs((TWText::oneLine(problem) + "\n").c_str(), stderr);

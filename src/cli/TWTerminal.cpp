@@ -3,7 +3,7 @@
 #include "cli/TWJSON.h"
 #include "support/TWText.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <sys/ioctl.h>
@@ -15,11 +15,13 @@ constexpr auto Question = "%@? [y/N] ";
 constexpr auto NotAsked = "Nothing was run: there is no terminal to ask at. Add --yes to continue anyway.\n";
 constexpr auto NotConfirmed = "Nothing was run.\n";
 
-constexpr auto NotWritten = "Tidewell: the output could not be written (%@).\n";
+constexpr auto Stopped = "Cleaning was stopped. ";
 
 constexpr const char* Colours[] = { "", "\033[32m", "\033[31m" };
 constexpr auto NoColour = "\033[0m";
 constexpr auto ClearedLine = "\r\033[K";
+
+constexpr std::size_t MessagesTogether = 1000;
 
 bool wantsColours()
 {
@@ -56,14 +58,6 @@ std::string lineFor(const TWMessage& message, TWOutputFormat format, bool colour
 
 }
 
-bool TWWriteToOutput(const std::string& text)
-{
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
-        return true;
-    std::fputs(TWText::fill(NotWritten, { TWErrorText(errno) }).c_str(), stderr);
-    return false;
-}
-
 std::string TWHarmlessLines(std::string_view text)
 {
     std::string result;
@@ -84,10 +78,11 @@ int TWPrint(const TWCommandResult& result)
     return written ? result.status : std::max(result.status, TWStatus::Failure);
 }
 
-TWTerminal::TWTerminal(TWOutputFormat format)
+TWTerminal::TWTerminal(TWOutputFormat format, TWRunLoop& runLoop)
     : format_(format)
     , coloured_(wantsColours())
     , redraws_(redrawsOn(format))
+    , output_(runLoop, [this] { printMessages(); })
 {
 }
 
@@ -169,20 +164,21 @@ void TWTerminal::showOutcome(const TWOutcome& outcome)
         return;
     delegate_->resultsWindowController().flush();
     drawProgress("");
-    std::fprintf(stderr, "%s\n", outcome.text().c_str());
+    std::fprintf(stderr, "%s%s\n", outcome.stopped ? Stopped : "", outcome.text().c_str());
 }
 
-void TWTerminal::messagesAdded(std::size_t count)
+// The run goes on whether or not its lines can be printed, because it is already decided what it deletes.
+void TWTerminal::printMessages()
 {
     // The lines take the place of the progress, which is drawn again below them.
     const auto progress = progress_;
     drawProgress("");
-    std::string lines;
     const auto& messages = delegate_->resultsWindowController().messages();
-    for (; printed_ < count; ++printed_)
-        lines += lineFor(messages[printed_], format_, coloured_);
-    // Reports a failure only once. The run goes on, because it is already decided what it deletes.
-    if (outputWritten_)
-        outputWritten_ = TWWriteToOutput(lines);
+    while (output_.isReady() && printed_ < messages.size()) {
+        std::string lines;
+        for (const auto end = std::min(printed_ + MessagesTogether, messages.size()); printed_ < end; ++printed_)
+            lines += lineFor(messages[printed_], format_, coloured_);
+        output_.write(std::move(lines));
+    }
     drawProgress(progress);
 }

@@ -1,11 +1,8 @@
 #pragma once
 
 #include "app/TWTidewellAppDelegate.h"
+#include "cli/TWOutput.h"
 #include "platform/TWHandover.h"
-
-// Writes the text to standard output. If it could not be written completely, reports that on standard error and returns
-// false.
-bool TWWriteToOutput(const std::string&);
 
 // Makes each line of a text safe for a terminal; an alert's text can have several lines, with file names in them.
 std::string TWHarmlessLines(std::string_view text);
@@ -19,7 +16,7 @@ enum class TWOutputFormat { Lines, JSON };
 // thread.
 class TWTerminal final : public TWRunView, public TWApplicationWindows, public TWResultsView, public TWAlerts {
 public:
-    explicit TWTerminal(TWOutputFormat);
+    TWTerminal(TWOutputFormat, TWRunLoop&);
 
     // Becomes the delegate's view. Call this before the first run. The delegate must outlive the last call of the
     // terminal.
@@ -34,15 +31,18 @@ public:
     // Answers an open question at the prompt with no.
     void endQuestion();
 
+    // False while results wait for a reader of the output that stands still.
+    bool printed() const { return output_.isReady(); }
+
     // False after results could not be written.
-    bool outputWritten() const { return outputWritten_; }
+    bool outputWritten() const { return !output_.failed(); }
 
     TWOutputFormat format() const { return format_; }
 
     void show(const TWAlert&, std::function<void(TWAnswer)> answered) override;
 
     void messagesRemoved() override { printed_ = 0; }
-    void messagesAdded(std::size_t count) override;
+    void messagesAdded(std::size_t) override { printMessages(); }
 
     void showLight(int, TWLight) override { }
     void startSpinning(int) override { }
@@ -59,6 +59,7 @@ public:
     void cleaningEnded(TWRunOutcome outcome) override { outcome_ = outcome; }
 
 private:
+    void printMessages();
     void drawProgress(const std::string& text);
     void ask(const TWAlert&);
     void readAnswer();
@@ -73,6 +74,6 @@ private:
     std::optional<TWRunOutcome> outcome_;
     std::function<void(TWAnswer)> answered_; // set while a question is at the prompt
     std::unique_ptr<TWRunLoopHandle> prompt_;
-    std::size_t printed_ = 0;
-    bool outputWritten_ = true;
+    TWOutput output_;
+    std::size_t printed_ = 0; // messages
 };

@@ -14,7 +14,6 @@ constexpr auto Refused = "Refused to delete \"%@\": %@";
 constexpr auto FolderNotOpened = "\"%@\" was left alone, because its folder cannot be opened any more (%@).";
 constexpr auto FolderChanged = "\"%@\" was left alone, because its folder is another one than when it was looked at.";
 constexpr auto ChangedSincePreview = "\"%@\" was left alone, because it has changed since the preview.";
-constexpr auto RefusedInPreview = "\"%@\" was left alone, because the preview showed it as refused.";
 constexpr auto Ended = "\"%@\" was left alone, because the deletion was ended.";
 constexpr auto NotStarted
     = "The deletion tool %@ could not be started (%@). Please install Tidewell and the package coreutils again.";
@@ -255,9 +254,8 @@ std::string_view TWFileDeleter::changeSincePreview(const TWFileLook& look) const
 {
     if (!previewCheck_)
         return {};
-    if (!target_.seen)
-        return RefusedInPreview;
-    const bool fits = look.presence == TWPresence::Gone || previewCheck_->isUnchanged(*target_.seen, look.facts);
+    const bool fits
+        = look.presence == TWPresence::Gone || (target_.seen && previewCheck_->isUnchanged(*target_.seen, look.facts));
     return fits ? std::string_view() : ChangedSincePreview;
 }
 

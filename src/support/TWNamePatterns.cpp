@@ -24,18 +24,16 @@ void TWNamePatterns::add(const std::string& pattern)
 const TWNamePattern* TWNamePatterns::match(std::string_view name) const
 {
     auto best = patterns_.size();
-    for (const auto& [length, byText] : byEnd_) {
-        if (length > name.size())
-            break;
-        if (const auto found = byText.find(name.substr(name.size() - length)); found != byText.end())
-            compare(found->second, name, best);
-    }
-    for (const auto& [length, byText] : byBeginning_) {
-        if (length > name.size())
-            break;
-        if (const auto found = byText.find(name.substr(0, length)); found != byText.end())
-            compare(found->second, name, best);
-    }
+    const auto compareByPart = [&](const auto& tables, const auto& part) {
+        for (const auto& [length, byText] : tables) {
+            if (length > name.size())
+                break;
+            if (const auto found = byText.find(part(length)); found != byText.end())
+                compare(found->second, name, best);
+        }
+    };
+    compareByPart(byEnd_, [&](std::size_t length) { return name.substr(name.size() - length); });
+    compareByPart(byBeginning_, [&](std::size_t length) { return name.substr(0, length); });
     compare(others_, name, best);
     return best < patterns_.size() ? &patterns_[best] : nullptr;
 }

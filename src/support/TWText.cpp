@@ -133,6 +133,15 @@ std::string count(unsigned long long count, std::string_view singular, std::stri
     return number(count).append(" ").append(count == 1 ? singular : plural);
 }
 
+std::string localTime(std::time_t time, const char* format)
+{
+    std::tm parts{};
+    char text[64] = "";
+    if (localtime_r(&time, &parts))
+        std::strftime(text, sizeof text, format, &parts);
+    return text;
+}
+
 std::string size(unsigned long long bytes)
 {
     if (bytes < 1000)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ctime>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -29,6 +30,9 @@ std::string number(unsigned long long);
 
 // "1 item", "12 items", "12,345 items".
 std::string count(unsigned long long count, std::string_view singular, std::string_view plural);
+
+// A time of day and date in the local time zone, in a format of strftime(); "" if it cannot be told.
+std::string localTime(std::time_t, const char* format);
 
 // A size as file managers show it: decimal units, "512 bytes", "3.4 GB".
 std::string size(unsigned long long bytes);

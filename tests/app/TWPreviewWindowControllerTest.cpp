@@ -189,6 +189,7 @@ TEST_F(TWPreviewWindowControllerTest, KeepsWithEverythingThatStaysBecauseOfIt)
     controller.refresh();
     EXPECT_EQ(controller.notice(), "");
     delegate->settings().set(TWKey::TrashCleaner, true);
+    runLoop.advance(1s);
     EXPECT_NE(controller.notice(), "");
     root.write("home/.local/share/Trash/files/a", "x");
     controller.refresh();
@@ -228,6 +229,7 @@ TEST_F(TWPreviewWindowControllerTest, CleansOnceAndOnlyWhatIsStillSwitchedOn)
     delegate->settings().set(TWKey::SecurelyDeleteFiles, true);
     EXPECT_TRUE(refuses("have changed since"));
     delegate->settings().set(TWKey::SecurelyDeleteFiles, false);
+    runLoop.advance(1s);
     EXPECT_TRUE(controller.canClean());
     controller.tickAll(TWTick::Off);
     runLoop.advance(1s);

@@ -104,6 +104,33 @@ TEST_F(TWCleanCommandTest, ARequestToEndStopsTheRunWithTheTruth)
     }
 }
 
+TEST_F(TWCleanCommandTest, AReaderThatStandsStillHoldsUpNeitherTheRunNorItsEnd)
+{
+    for (const bool interrupted : { false, true }) {
+        for (int number = 0; number < 200; ++number)
+            trash(std::to_string(number));
+        int ends[2];
+        ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        fcntl(ends[1], F_SETPIPE_SZ, 4096); // a fraction of the lines
+        const auto child = start(
+            { "clean", "--only", "trash" }, [&] { return dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO; });
+        close(ends[1]);
+        const auto deadline = Clock::now() + 30s;
+        while (count("home" + std::string(Trash) + "/info") > 0 && Clock::now() < deadline)
+            std::this_thread::sleep_for(1ms);
+        std::string text;
+        char piece[4096];
+        if (interrupted)
+            kill(child.process(), SIGINT);
+        else
+            for (ssize_t length = 0; (length = read(ends[0], piece, sizeof piece)) > 0;)
+                text.append(piece, static_cast<std::size_t>(length));
+        EXPECT_EQ(child.wait().status, interrupted ? 130 : 0);
+        EXPECT_EQ(lines(text).size(), interrupted ? 0U : 204U);
+        close(ends[0]);
+    }
+}
+
 // A window's run takes a lock that a command in another process respects.
 TEST_F(TWCleanCommandTest, OneCleaningAtATime)
 {
