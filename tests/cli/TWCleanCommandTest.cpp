@@ -112,8 +112,8 @@ TEST_F(TWCleanCommandTest, AReaderThatStandsStillHoldsUpNeitherTheRunNorItsEnd)
         int ends[2];
         ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
         fcntl(ends[1], F_SETPIPE_SZ, 4096); // a fraction of the lines
-        const auto child = start(
-            { "clean", "--only", "trash" }, [&] { return dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO; });
+        const auto child
+            = start({ "clean", "--only", "trash" }, [&] { return dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO; });
         close(ends[1]);
         const auto deadline = Clock::now() + 30s;
         while (count("home" + std::string(Trash) + "/info") > 0 && Clock::now() < deadline)
