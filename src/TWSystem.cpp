@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <cstdlib>
 #include <filesystem>
 
 namespace {
@@ -14,6 +15,8 @@ public:
     void post(const TWNotification&) override { }
     void setClicked(std::function<void()>) override { }
 };
+
+constexpr TWRunLoop::Duration PatienceWithWork{ 2000 }; // cancelled work usually ends within milliseconds
 
 constexpr auto NotInstalled
     = "Tidewell is not completely installed: \"%@\" is missing or damaged. Please install Tidewell again.\n";
@@ -69,6 +72,12 @@ TWSystem::TWSystem(const TWWorld& world, std::unique_ptr<TWNotifier> notifier)
     , userDefaults_(world.host.ownFiles(), runLoop_, world.places.settingsFile())
     , notifier_(world.places.sandboxed() ? std::make_unique<SilentNotifier>() : std::move(notifier))
 {
+}
+
+void TWSystem::exitIfWorkHangs(const std::function<int()>& status)
+{
+    if (!runLoop_.endBackgroundWork(PatienceWithWork))
+        std::_Exit(status());
 }
 
 TWPlatform TWSystem::platform(TWAlerts& alerts)

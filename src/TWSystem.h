@@ -42,6 +42,10 @@ public:
     TWPlatform platform(TWAlerts&);
     TWRunLoop& runLoop() { return runLoop_; }
 
+    // Call this at the end. Does not return if background work hangs, as on a volume that does not answer: the run
+    // loop's destructor would wait for it, so the process ends at once, with the status that the function returns.
+    void exitIfWorkHangs(const std::function<int()>& status);
+
 private:
     const TWWorld& world_;
     TWQtRunLoop runLoop_;

@@ -119,6 +119,7 @@ int runWindow(const TWWorld& world, int& argumentCount, char** arguments)
         service.offer(QString::fromStdString(world.bundle.identifier()));
     const int status = application.exec();
     delegate.applicationWillTerminate();
+    system.exitIfWorkHangs([&] { return status; });
     return status;
 }
 

@@ -36,6 +36,7 @@ TWCommandResult runHere(const TWWorld& world, const TWInvocation& invocation, in
     // A command that could not save its change has reported that already.
     if (result.status == TWStatus::Success || invocation.row->kind != TWCommandKind::ChangesLists)
         delegate.applicationWillTerminate();
+    system.exitIfWorkHangs([&] { return TWPrint(result); });
     return result;
 }
 

@@ -59,12 +59,19 @@ std::unique_ptr<TWRunLoopHandle> makeTimer(TWRunLoop::Duration interval, std::fu
 
 TWQtRunLoop::~TWQtRunLoop()
 {
-    for (auto& worker : workers_)
-        worker.cancellation->cancel();
+    endBackgroundWork(Duration(0));
     for (auto& worker : workers_) {
         if (worker.thread.joinable())
             worker.thread.join();
     }
+}
+
+bool TWQtRunLoop::endBackgroundWork(Duration longest)
+{
+    for (auto& worker : workers_)
+        worker.cancellation->cancel();
+    std::unique_lock lock(mutex_);
+    return workEnded_.wait_for(lock, longest, [this] { return working_ == 0; });
 }
 
 std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::after(Duration delay, std::function<void()> call)
@@ -81,7 +88,7 @@ void TWQtRunLoop::post(std::function<void()> call)
 {
     {
         // The event could carry the call itself, but the thread sanitizer cannot see how Qt synchronises the threads.
-        const std::lock_guard lock(postedMutex_);
+        const std::lock_guard lock(mutex_);
         posted_.push_back(std::move(call));
     }
     QCoreApplication::postEvent(this, new QEvent(QEvent::User));
@@ -89,7 +96,7 @@ void TWQtRunLoop::post(std::function<void()> call)
 
 void TWQtRunLoop::customEvent(QEvent*)
 {
-    std::unique_lock lock(postedMutex_);
+    std::unique_lock lock(mutex_);
     const auto call = std::move(posted_.front());
     posted_.pop_front();
     lock.unlock();
@@ -100,6 +107,10 @@ std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::inBackground(Work work, std::funct
 {
     const auto cancellation = std::make_shared<TWCancellation>();
     const auto worker = workers_.insert(workers_.end(), { cancellation, {} });
+    {
+        const std::lock_guard lock(mutex_);
+        ++working_;
+    }
     const auto run = [this, worker, cancellation, work = std::move(work), finished = std::move(finished)] {
         work(cancellation);
         post([this, worker, cancellation, finished] {
@@ -109,6 +120,9 @@ std::unique_ptr<TWRunLoopHandle> TWQtRunLoop::inBackground(Work work, std::funct
             if (!cancellation->cancelled())
                 finished();
         });
+        const std::lock_guard lock(mutex_);
+        --working_;
+        workEnded_.notify_all();
     };
     try {
         worker->thread = std::thread(run); // runs on another thread and comes back by post()

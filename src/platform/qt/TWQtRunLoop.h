@@ -4,6 +4,7 @@
 
 #include <QObject>
 
+#include <condition_variable>
 #include <deque>
 #include <list>
 #include <mutex>
@@ -24,6 +25,10 @@ public:
     std::unique_ptr<TWRunLoopHandle> whenReadable(int descriptor, std::function<void()>) override;
     void turn(Duration longest) override;
 
+    // Cancels all background work and waits until it has ended, but no longer than the given time. Returns false if some
+    // goes on, as it does in a system call about a volume that does not answer; the destructor would then wait as well.
+    bool endBackgroundWork(Duration longest);
+
 private:
     struct Worker {
         std::shared_ptr<TWCancellation> cancellation;
@@ -33,7 +38,9 @@ private:
     // Runs the next posted call, on the main thread; one event is posted per call.
     void customEvent(QEvent*) override;
 
-    std::mutex postedMutex_;
+    std::mutex mutex_; // protects the next two
     std::deque<std::function<void()>> posted_;
+    std::size_t working_ = 0; // workers that have not ended
+    std::condition_variable workEnded_;
     std::list<Worker> workers_;
 };
