@@ -25,8 +25,8 @@ public:
     std::unique_ptr<TWRunLoopHandle> whenReadable(int descriptor, std::function<void()>) override;
     void turn(Duration longest) override;
 
-    // Cancels all background work and waits until it has ended, but no longer than the given time. Returns false if some
-    // goes on, as it does in a system call about a volume that does not answer; the destructor would then wait as well.
+    // Cancels all background work and waits until it has ended, but no longer than the given time. Returns false if
+    // some goes on, as it does in a system call about a volume that does not answer; the destructor would wait, too.
     bool endBackgroundWork(Duration longest);
 
 private:
