@@ -99,7 +99,9 @@ TEST_F(TWMainWindowTest, RowsStayFreshAndWarnOfShortWordsAndEditsThatAreNotSaved
     files.removeRule(0);
     files.addRule({ true, "", "~", TWItemsWithKeywords });
     delegate->editors().dictionary().setWordDictionary({ "secret", "q" });
+    const auto height = window->height();
     refresh();
+    EXPECT_LT(window->height() - height, 100) << "grows only by the bar";
     EXPECT_TRUE(line("files").starts_with("1 of 1 rules on, not saved: the word \"q\" is short")) << line("files");
     EXPECT_EQ(unsaved(), "Not saved, but in use until you quit: the dictionary, the Files rules.");
     child<QPushButton>(*window, "unsavedBarButton")->click();

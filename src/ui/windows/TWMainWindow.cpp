@@ -289,7 +289,7 @@ void TWMainWindow::showInBar(TWMessageBar& bar, const QString& text)
     const bool appears = bar.isHidden() && !text.isEmpty();
     bar.setText(text);
     if (appears && isVisible() && !isMaximized())
-        resize(TWFitToScreen(*this, size() + QSize(0, bar.sizeHint().height() + RowSpacing)));
+        resize(TWFitToScreen(*this, size() + QSize(0, bar.heightForWidth(rows_.front()->width()) + RowSpacing)));
 }
 
 void TWMainWindow::clean()
