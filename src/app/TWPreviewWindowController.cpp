@@ -20,7 +20,7 @@ constexpr auto TooManyToKeep = "Only 100 items can be kept at once. Select fewer
 constexpr auto AllKept
     = "Kept from now on: %@. To take items off the keep list again, choose Keep List in the main window's menu Edit.";
 constexpr auto SomeKept = "Kept from now on: %@ of %@. %@";
-constexpr auto NoCleaner = "No cleaner is switched on. Check at least one in the main window, then press F5 here.";
+constexpr auto NoCleaner = "No cleaner is switched on. Switch on at least one in the main window, then press F5 here.";
 constexpr auto Looking = "Looking for what would be deleted...";
 constexpr auto Found = "%@: %@ found...";
 constexpr auto Measured = "%@: %@ of %@ measured...";

@@ -96,12 +96,7 @@ void TWFilesWindowController::ok()
 void TWFilesWindowController::restoreDefaults()
 {
     const TWAlert question{ DefaultsTitle, DefaultsText, Yes, No, TWConfirming::LosesSomething };
-    context_.alerts.show(question, [this](TWAnswer answer) {
-        if (answer != TWAnswer::Default)
-            return;
-        if (const auto problem = applyDefaults(); !problem.empty())
-            context_.alerts.show({ NotAppliedTitle, problem, OK, "" }, [](TWAnswer) {});
-    });
+    askToApplyDefaults(context_.alerts, question, NotAppliedTitle);
 }
 
 std::string TWFilesWindowController::applyDefaults()

@@ -2,38 +2,11 @@
 
 #include "cleaners/TWFilesRule.h"
 #include "editors/TWEditorContext.h"
-#include "editors/TWEditorView.h"
 #include "editors/TWRecordEditor.h"
 #include "editors/TWRuleNotes.h"
 #include "settings/TWRecordList.h"
 
-#include <functional>
-#include <optional>
-
 class TWDictionaryWindowController;
-
-class TWFilesView : public TWEditorView {
-public:
-    // The list has changed.
-    virtual void reloadTable() = 0;
-
-    // The notes of some rules have changed.
-    virtual void notesChanged() = 0;
-
-    // -1 if no row is selected.
-    virtual int selectedRow() const = 0;
-
-    // Replaces the selection and scrolls to the row.
-    virtual void selectRow(int row) = 0;
-
-    // Lets the user choose one file or folder. Answers with its path, or with nothing if the user cancels.
-    virtual void choosePath(
-        const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>)
-        = 0;
-
-protected:
-    ~TWFilesView() = default;
-};
 
 // Owns the list of Files rules: loads it, merges newly shipped default rules, lets the user edit it in place, saves it,
 // and hands the live list to the cleaning run. Main thread.
@@ -41,7 +14,7 @@ class TWFilesWindowController final : public TWRecordEditor {
 public:
     TWFilesWindowController(const TWEditorContext&, const TWDictionaryWindowController&);
 
-    void setView(TWFilesView* view) { view_ = view; }
+    void setView(TWRecordView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
     const char* title() const override { return "the Files rules"; }
     int recordCount() const override { return static_cast<int>(rules().size()); }
@@ -88,8 +61,7 @@ public:
     void setFilePath(int row, const std::string& path);
     void setWhatToDelete(int row, std::int64_t whatToDelete);
 
-    // Replaces the live rules by the shipped ones. "" or one line if those cannot be read.
-    std::string applyDefaults();
+    std::string applyDefaults() override;
 
     std::string write() override { return list_.write(); }
 
@@ -119,7 +91,7 @@ private:
 
     TWEditorContext context_;
     const TWDictionaryWindowController& dictionary_;
-    TWFilesView* view_ = nullptr;
+    TWRecordView* view_ = nullptr;
     TWRecordList<TWFilesRule> list_;
     bool sheetIsOpen_ = false;
     TWRuleNotes notes_;

@@ -1,11 +1,13 @@
 #include "editors/TWKeepNotes.h"
 
+#include "support/TWPath.h"
 #include "support/TWText.h"
 
 namespace {
 
 constexpr auto KeepsNothing = "Keeps nothing: the entry %@.";
 constexpr auto Doubtful = "May not keep what you mean: the entry %@.";
+constexpr auto KeepsEverything = "Keeps everything: outside the Trash nothing would be deleted any more.";
 constexpr auto Missing = "Does not exist now";
 constexpr auto NotLookedAt = "Could not be looked at: %@";
 
@@ -14,6 +16,14 @@ constexpr std::size_t NotesPerTurn = 100;
 bool isPath(const TWKeepEntry& entry)
 {
     return entry.kind != TWKeepEntry::Kind::Names && entry.mistake().empty();
+}
+
+bool keepsEverything(const TWKeepEntry& entry, const TWPlaces& places)
+{
+    if (entry.kind == TWKeepEntry::Kind::Names)
+        return entry.text.find_first_not_of('*') == std::string::npos;
+    return entry.kind == TWKeepEntry::Kind::FolderWithContents
+        && TWPath::isAtOrBelow(places.home, places.standardize(entry.text));
 }
 
 // Any thread.
@@ -76,6 +86,8 @@ TWKeepNote TWKeepNotes::note(const TWKeepEntry& entry) const
         return { TWText::fill(KeepsNothing, { mistake }), true };
     if (const auto doubt = entry.doubt(); !doubt.empty())
         return { TWText::fill(Doubtful, { doubt }), true };
+    if (keepsEverything(entry, tools_.places))
+        return { KeepsEverything, true };
     const auto found = found_.find(entry.text);
     return isPath(entry) && found != found_.end() ? found->second : TWKeepNote();
 }

@@ -76,22 +76,21 @@ void TWKeepWindowController::ok()
             view_->closeSheet();
         return;
     }
-    const auto wrong
-        = std::ranges::find_if(entries(), [](const TWKeepRecord& record) { return !record.entry().mistake().empty(); });
+    const auto wrong = firstMistake();
     if (view_ && wrong != entries().end())
         view_->selectRow(static_cast<int>(wrong - entries().begin()));
     context_.alerts.show({ NotSavedTitle, problem, OK, "" }, [](TWAnswer) {});
 }
 
+std::vector<TWKeepRecord>::const_iterator TWKeepWindowController::firstMistake() const
+{
+    return std::ranges::find_if(entries(), [](const auto& record) { return !record.entry().mistake().empty(); });
+}
+
 void TWKeepWindowController::restoreDefaults()
 {
     const TWAlert question{ DefaultsTitle, DefaultsText, Restore, Cancel, TWConfirming::LosesSomething };
-    context_.alerts.show(question, [this](TWAnswer answer) {
-        if (answer != TWAnswer::Default)
-            return;
-        if (const auto problem = applyDefaults(); !problem.empty())
-            context_.alerts.show({ NotAppliedTitle, problem, OK, "" }, [](TWAnswer) {});
-    });
+    askToApplyDefaults(context_.alerts, question, NotAppliedTitle);
 }
 
 std::string TWKeepWindowController::applyDefaults()

@@ -1,27 +1,11 @@
 #pragma once
 
 #include "editors/TWEditorContext.h"
-#include "editors/TWEditorView.h"
 #include "editors/TWKeepNotes.h"
 #include "editors/TWRecordEditor.h"
 #include "settings/TWRecordList.h"
 
 class TWDictionaryWindowController;
-
-class TWKeepView : public TWEditorView {
-public:
-    // The list or its problem has changed.
-    virtual void reloadTable() = 0;
-
-    // The notes of some entries have changed.
-    virtual void notesChanged() = 0;
-
-    // Replaces the selection and scrolls to the row.
-    virtual void selectRow(int row) = 0;
-
-protected:
-    ~TWKeepView() = default;
-};
 
 // Owns the keep list and hands it to the deletion guard. What is added is in force at once; what is removed or changed
 // stays in force until it is saved, so that a mistyped edit never deletes anything. Until a list is saved, the shipped
@@ -32,7 +16,7 @@ public:
     TWKeepWindowController(const TWEditorContext&, const TWDictionaryWindowController&);
     ~TWKeepWindowController();
 
-    void setView(TWKeepView* view) { view_ = view; }
+    void setView(TWRecordView* view) { view_ = view; }
     void awakeFromNib(TWLaunchKind) override;
     const char* title() const override { return "the keep list"; }
     int recordCount() const override { return static_cast<int>(entries().size()); }
@@ -49,6 +33,7 @@ public:
     // For commands, which change the saved list and then the live one with changeSaved() or changeSavedRow().
     TWRecordList<TWKeepRecord>& list() { return list_; }
 
+    bool canBeSaved() const override { return firstMistake() == entries().end(); }
     void ok() override;
     void restoreDefaults() override;
     void help() override;
@@ -74,8 +59,7 @@ public:
     void setText(int row, const std::string& text);
     void setKind(int row, TWKeepEntry::Kind);
 
-    // Replaces the live list by the shipped one. "" or one line if that cannot be read.
-    std::string applyDefaults();
+    std::string applyDefaults() override;
 
     std::string write() override;
 
@@ -98,13 +82,14 @@ private:
     void change(int row, TWKeepEntry);
     void listChanged();
     void findNotes();
+    std::vector<TWKeepRecord>::const_iterator firstMistake() const;
     std::vector<TWKeepRecord> savedAndLive() const;
     void noteSaved();
     void takeUpFile();
     void handToGuard();
 
     TWEditorContext context_;
-    TWKeepView* view_ = nullptr;
+    TWRecordView* view_ = nullptr;
     TWRecordList<TWKeepRecord> list_;
     std::string defaultsProblem_;
     std::vector<TWKeepRecord> saved_; // what the file held when it was last read, or what stands in for it

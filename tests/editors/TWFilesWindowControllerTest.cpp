@@ -6,7 +6,7 @@
 
 namespace {
 
-struct View final : TWFilesView {
+struct View final : TWRecordView {
     int selected = -1;
     Lines calls;
     std::optional<std::string> chosen;

@@ -22,6 +22,8 @@ class TWEveryWindowTest : public testing::Test {
 protected:
     TWEveryWindowTest()
     {
+        machine.root.write("home/.local/share/Trash/files/folder/inner", "x");
+        delegate.settings().set(TWKey::TrashCleaner, true);
         const QSignalSpy appeared(&session.mainWindow(), &TWMainWindow::appeared);
         delegate.applicationDidFinishLaunching();
         EXPECT_TRUE(QTest::qWaitFor([&] { return appeared.count() == 1; }));
@@ -43,7 +45,10 @@ protected:
             const auto windows = QApplication::topLevelWidgets();
             const auto found = std::find_if(windows.begin(), windows.end(),
                 [&](const auto* each) { return each->objectName() == name + QString("Window"); });
+            machine.runLoop.advance(1s); // the preview counts its items only now and then
             shown(**found, call);
+            if (name == std::string("preview"))
+                showContents(**found, call);
         }
         for (const auto& row : TWSheetTable()) {
             auto& sheet = *session.sheet(row.editor);
@@ -51,8 +56,25 @@ protected:
             shown(sheet, call);
             sheet.close();
         }
-        alerts.show({ "Title", std::string(2000, 'x'), "Yes", "No" }, [](TWAnswer) {});
-        shown(*child<QDialog>(session.mainWindow(), "alertSheet"), call);
+        for (const auto* other : { "", "Quit Without Saving" }) {
+            const std::string text(2000, 'x');
+            alerts.show({ "Title", text, "Save and Quit", "Cancel", TWConfirming::IsHarmless, other }, [](TWAnswer) {});
+            const QPointer<QDialog> alert(child<QDialog>(session.mainWindow(), "alertSheet"));
+            shown(*alert, call);
+            if (alert)
+                alert->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
+    }
+    void showContents(const QWidget& preview, const std::function<void(QWidget&)>& call)
+    {
+        child<QWidget>(preview, "itemsTableView")->setFocus();
+        child<QAction>(preview, "contentsAction")->trigger();
+        machine.runLoop.runUntilIdle();
+        auto* contents = child<QDialog>(preview, "contentsDialog");
+        shown(*contents, call);
+        contents->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     static void shown(QWidget& window, const std::function<void(QWidget&)>& call)
     {
@@ -114,7 +136,8 @@ TEST_F(TWEveryWindowTest, TabLeadsFromTheContentToTheDefaultButtonOfASheetAndIts
             const auto buttons = window.findChildren<QPushButton*>();
             const auto found
                 = std::find_if(buttons.begin(), buttons.end(), [](const auto* each) { return each->isDefault(); });
-            if (!qobject_cast<QDialog*>(&window))
+            // In the contents of a folder Return opens folders instead.
+            if (!qobject_cast<QDialog*>(&window) || window.objectName() == "contentsDialog")
                 return;
             window.setStyleSheet(QString("QDialogButtonBox { button-layout: %1; }").arg(layout));
             QCoreApplication::processEvents();
@@ -130,6 +153,16 @@ TEST_F(TWEveryWindowTest, TabLeadsFromTheContentToTheDefaultButtonOfASheetAndIts
     }
 }
 
+struct Theme {
+    const char* name;
+    unsigned back, base, text, highlight, highlighted; // colours
+};
+constexpr Theme Themes[] = {
+    { "dark", 0x31363b, 0x232629, 0xfcfcfc, 0x3daee9, 0xfcfcfc },
+    { "contrast", 0x000000, 0x000000, 0xffffff, 0xffff00, 0x000000 },
+    { "light", 0xefefef, 0xffffff, 0x000000, 0x308cc6, 0xffffff },
+};
+
 // Pictures for people to look at: TIDEWELL_SCREENSHOTS=FOLDER tests_ui --gtest_filter=*Pictures
 TEST_F(TWEveryWindowTest, Pictures)
 {
@@ -140,18 +173,21 @@ TEST_F(TWEveryWindowTest, Pictures)
     forEach([&](QWidget& window) {
         machine.runLoop.runUntilIdle();
         QCoreApplication::processEvents(); // so that the layouts follow
-        for (const auto& [theme, back, base, text] : { std::tuple("dark", 0x31363b, 0x232629, 0xfcfcfc),
-                 { "contrast", 0x000000, 0x000000, 0xffffff }, { "light", 0xefefef, 0xffffff, 0x000000 } }) {
-            QPalette palette(QColor::fromRgb(back));
+        for (const auto& theme : Themes) {
+            QPalette palette(QColor::fromRgb(theme.back));
             for (const auto role : { QPalette::Text, QPalette::WindowText, QPalette::ButtonText }) {
-                palette.setColor(role, QColor::fromRgb(text));
+                palette.setColor(role, QColor::fromRgb(theme.text));
                 palette.setColor(QPalette::Disabled, role, Qt::gray);
             }
-            palette.setColor(QPalette::Base, QColor::fromRgb(base));
-            window.setPalette(palette);
-            EXPECT_TRUE(window.grab().save(folder + "/" + window.objectName() + "-" + theme + ".png"));
+            palette.setColor(QPalette::Base, QColor::fromRgb(theme.base));
+            palette.setColor(QPalette::Highlight, QColor::fromRgb(theme.highlight));
+            palette.setColor(QPalette::HighlightedText, QColor::fromRgb(theme.highlighted));
+            QApplication::setPalette(palette);
+            QCoreApplication::processEvents();
+            EXPECT_TRUE(window.grab().save(folder + "/" + window.objectName() + "-" + theme.name + ".png"));
         }
     });
+    QApplication::setPalette({});
 }
 
 // The test ui/small-screen runs this one on a screen of 1280 x 800 pixels at 200 %.

@@ -190,6 +190,34 @@ TEST_F(TWFilesSheetTest, ARuleCanBeKeptAndEditsThatAreNotSavedAreMarked)
     EXPECT_TRUE(unsaved->isVisible());
 }
 
+TEST_F(TWFilesSheetTest, OKShowsANewWarningOnceBeforeItSaves)
+{
+    const TWFilesRule everything{ true, "Everything", "~", TWFolderContents };
+    world.files.addRule(everything);
+    ASSERT_EQ(world.files.write(), "");
+    world.files.addRule({ true, "Harmless", "~/harmless", TWItemItself });
+    open();
+    press("okPushButton");
+    EXPECT_TRUE(sheet.isVisible()) << "not known, because the list was edited before";
+    press("okPushButton");
+    open();
+    select(1, Path);
+    edit(1, Path, "pathEditor", "~/other");
+    press("okPushButton");
+    EXPECT_FALSE(sheet.isVisible()) << "the warning about the first rule is known";
+    open();
+    pick(1, TWFolderContents);
+    edit(1, Path, "pathEditor", "~");
+    select(0, Path);
+    press("okPushButton");
+    EXPECT_TRUE(sheet.isVisible() && table->currentIndex().row() == 1);
+    const auto bar = child<QLabel>(sheet, "messageBarLabel")->text();
+    EXPECT_TRUE(bar.contains("everything in your home folder")) << bar.toStdString();
+    EXPECT_TRUE(world.files.hasUnsavedEdits());
+    press("okPushButton");
+    EXPECT_TRUE(!sheet.isVisible() && !world.files.hasUnsavedEdits());
+}
+
 TEST_F(TWFilesSheetTest, TakesDroppedFilesWithExactNamesOnly)
 {
     open();

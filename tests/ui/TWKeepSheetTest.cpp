@@ -71,6 +71,12 @@ TEST_F(TWKeepSheetTest, EditsInPlaceWhatIsKeptAtOnce)
     ASSERT_EQ(world.alerts.alerts.size(), 1U);
     EXPECT_EQ(table->currentIndex().row(), 0) << "the mistake is selected";
     press("removeToolButton");
+    keep.addEntry({ FolderWithContents, "~/.." });
+    press("okPushButton");
+    EXPECT_EQ(message(),
+        "Press OK again to save the selected row all the same. Warning: Keeps everything: outside the Trash nothing "
+        "would "
+        "be deleted any more.");
     press("okPushButton");
     EXPECT_FALSE(sheet.isVisible());
     EXPECT_NE(world.root.read(Saved).find("~/there"), std::string::npos);

@@ -50,7 +50,7 @@ protected:
     void startRun()
     {
         QTest::mouseClick(check("trash"), Qt::LeftButton, {}, { 8, 8 });
-        QTest::keyClick(window, Qt::Key_Return);
+        QTest::keyClick(window, Qt::Key_Return, Qt::ControlModifier);
         ASSERT_TRUE(machine.waitFor([&] { return machine.launcher.running() == 1; }));
     }
 
@@ -99,7 +99,9 @@ TEST_F(TWMainWindowTest, RowsStayFreshAndWarnOfShortWordsAndEditsThatAreNotSaved
     files.removeRule(0);
     files.addRule({ true, "", "~", TWItemsWithKeywords });
     delegate->editors().dictionary().setWordDictionary({ "secret", "q" });
+    const auto height = window->height();
     refresh();
+    EXPECT_LT(window->height() - height, 100) << "grows only by the bar";
     EXPECT_TRUE(line("files").starts_with("1 of 1 rules on, not saved: the word \"q\" is short")) << line("files");
     EXPECT_EQ(unsaved(), "Not saved, but in use until you quit: the dictionary, the Files rules.");
     child<QPushButton>(*window, "unsavedBarButton")->click();
@@ -123,6 +125,22 @@ TEST_F(TWMainWindowTest, TheDictionaryOpensOnTopOfTheFilesRules)
     QTest::keyClick(dictionary.windowHandle(), Qt::Key_Escape);
     EXPECT_EQ(delegate->editors().dictionary().wordDictionary(), Lines{ "word" });
     EXPECT_TRUE(QTest::qWaitForWindowActive(&files));
+}
+
+TEST_F(TWMainWindowTest, ReturnPressesWhatHasTheFocusAndCleanOnlyIfNothingHasIt)
+{
+    QTest::mouseClick(check("trash"), Qt::LeftButton, {}, { 8, 8 });
+    QTest::keyClick(window->windowHandle(), Qt::Key_Return);
+    EXPECT_FALSE(check("trash")->isChecked()) << "toggled twice";
+    check("trash")->click();
+    child<QPushButton>(*window, "filesEditButton")->setFocus();
+    QTest::keyClick(window->windowHandle(), Qt::Key_Return);
+    EXPECT_TRUE(session->sheet("files")->isVisible());
+    EXPECT_TRUE(child<QPushButton>(*window, "cleanButton")->isDefault() && !delegate->running());
+    session->sheet("files")->close();
+    window->focusWidget()->clearFocus();
+    QTest::keyClick(window, Qt::Key_Return);
+    EXPECT_TRUE(delegate->running());
 }
 
 TEST_F(TWMainWindowTest, ARunIsShownAndEndsWithTheLinesCountedAgainThoughClosingWasAskedFor)

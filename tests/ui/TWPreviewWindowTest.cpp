@@ -2,6 +2,7 @@
 
 #include "TWUITestSupport.h"
 #include "editors/TWKeepWindowController.h"
+#include "ui/parts/TWCellStyle.h"
 #include "ui/windows/TWQtAlerts.h"
 #include "ui/windows/TWWindowSession.h"
 
@@ -128,14 +129,22 @@ TEST_F(TWPreviewWindowTest, KeysOpenFilterUntickKeepAndCleanExactlyWhatIsTicked)
     EXPECT_EQ(cell(2, Path, Qt::CheckStateRole), Qt::Unchecked);
     EXPECT_EQ(tree->topLevelItem(0)->child(1)->checkState(0), Qt::Unchecked);
     EXPECT_EQ(delegate.editors().get<TWKeepWindowController>().entries().back().entry().text, "~/folder/secret");
+    EXPECT_TRUE(label("messageBarLabel").starts_with("Kept from now on: 1 item.")) << label("messageBarLabel");
+    press("exportButton");
+    auto* dialog = child<QFileDialog>(*window, "exportFileDialog");
+    emit dialog->fileSelected(QString::fromStdString(machine.root.path("export.csv")));
+    dialog->close();
+    machine.runLoop.advance(1s);
+    EXPECT_NE(machine.root.read("export.csv").find("\"kept\","), std::string::npos);
 
     press("cleanButton");
     EXPECT_TRUE(machine.root.exists("home/folder/secret") && machine.root.exists("home/folder/a"));
     EXPECT_FALSE(machine.root.exists("home/.local/share/Trash/files/trashed"));
     EXPECT_NE(label("noticeBarLabel").find("cleaned since"), std::string::npos);
-    QTest::keyClick(window, Qt::Key_F5);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&session.mainWindow()));
+    QTest::keyClick(&session.mainWindow(), Qt::Key_P, Qt::ControlModifier);
     machine.runLoop.advance(1s);
-    EXPECT_EQ(paths().size(), 3U);
+    EXPECT_EQ(paths().size(), 3U) << "of a new preview";
     EXPECT_TRUE(text(0, Why).starts_with("Refused: ")) << "by the keep list";
 }
 
@@ -164,10 +173,51 @@ TEST_F(TWPreviewWindowTest, ALineOfTheTreeLimitsTheRowsAndTicksThem)
     machine.runLoop.advance(1s);
     EXPECT_EQ(rule->checkState(0), Qt::Unchecked);
     EXPECT_TRUE(label("sentenceLabel").starts_with("1 item, ")) << "the file in the unticked folder";
+}
+
+TEST_F(TWPreviewWindowTest, KeysLeadThroughTheContentsOfAFolderAndBack)
+{
+    machine.root.write("home/folder/sub/inner", "x");
+    open({ TWKey::FilesCleaner });
+    key(Qt::Key_Down);
     key(Qt::Key_Return);
-    auto* contents = child<QTreeWidget>(*child<QDialog>(*window, "contentsDialog"), "contentsTreeWidget");
-    EXPECT_EQ(contents->topLevelItemCount(), 3);
-    EXPECT_EQ(contents->topLevelItem(2)->text(0), "secret");
+    auto* dialog = child<QDialog>(*window, "contentsDialog");
+    auto* contents = child<QTreeWidget>(*dialog, "contentsTreeWidget");
+    const auto press = [&](Qt::Key key) {
+        QTest::keyClick(dialog->windowHandle(), key);
+        machine.runLoop.advance(1s);
+    };
+    dialog->activateWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == dialog; }));
+    EXPECT_EQ(contents->topLevelItemCount(), 4);
+    const auto sub = contents->findItems("sub", Qt::MatchExactly);
+    ASSERT_EQ(sub.size(), 1);
+    contents->setCurrentItem(sub.front());
+    press(Qt::Key_Return);
+    EXPECT_EQ(contents->topLevelItem(0)->text(0), "inner");
+    press(Qt::Key_Backspace);
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(contents->topLevelItemCount(), 4) << "not out of the first folder";
+    press(Qt::Key_Tab);
+    press(Qt::Key_Return);
+    EXPECT_FALSE(window->findChild<QDialog*>("contentsDialog")) << "by the button Close";
+}
+
+// In a narrow column the middle of the name would be elided.
+TEST_F(TWPreviewWindowTest, TheWordStaysVisibleInANameThatIsTooLong)
+{
+    const std::string filling(60, 'i');
+    machine.root.write("home/folder/" + filling + "secret" + filling, "x");
+    open({ TWKey::FilesCleaner });
+    key(Qt::Key_End); // because the underline has another colour in a selected row
+    const auto picture = table->viewport()->grab(table->visualRect(table->model()->index(0, Path))).toImage();
+    const auto underline = TWCellStyle::warningColor(table->palette()).rgb();
+    int marked = 0;
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int y = 0; y < picture.height(); ++y)
+            marked += picture.pixel(x, y) == underline ? 1 : 0;
+    }
+    EXPECT_GE(marked, table->fontMetrics().horizontalAdvance("secret"));
 }
 
 TEST_F(TWPreviewWindowTest, EscapeLeavesListThenFilterThenAsksAboutTicks)
@@ -189,13 +239,20 @@ TEST_F(TWPreviewWindowTest, EscapeLeavesListThenFilterThenAsksAboutTicks)
     EXPECT_EQ(table->currentIndex().row(), 3);
     key(Qt::Key_Home);
     EXPECT_EQ(table->currentIndex().row(), 0);
-    key(Qt::Key_Space);
-    for (const auto answer : { QMessageBox::Cancel, QMessageBox::Close }) {
-        QTest::keyClick(window, Qt::Key_Escape);
-        EXPECT_TRUE(window->isVisible());
-        child<QMessageBox>(*window, "closeMessageBox")->button(answer)->click();
-        EXPECT_EQ(window->isVisible(), answer == QMessageBox::Cancel);
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (const auto lossy : { Qt::Key_F5, Qt::Key_Escape }) {
+        key(Qt::Key_Space);
+        for (const bool agree : { false, true }) {
+            EXPECT_TRUE(window->isVisible());
+            EXPECT_EQ(cell(0, Path, Qt::CheckStateRole), Qt::Unchecked);
+            QTest::keyClick(window, lossy);
+            auto* box = child<QMessageBox>(*window, "ticksMessageBox");
+            EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Cancel));
+            (agree ? child<QPushButton>(*box, "loseTicksButton") : box->defaultButton())->click();
+            QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            machine.runLoop.advance(1s);
+        }
+        EXPECT_EQ(window->isVisible(), lossy == Qt::Key_F5);
+        EXPECT_NE(cell(0, Path, Qt::CheckStateRole), Qt::Unchecked);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "TWUITestSupport.h"
 #include "ui/windows/TWResultsModel.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -94,6 +95,9 @@ TEST_F(TWResultsWindowTest, FilterAndKindNarrowTheLinesAndWhatIsSaved)
     controller.removeAllMessages();
     EXPECT_FALSE(child<QPushButton>(window, "saveButton")->isEnabled());
     EXPECT_EQ(cleaners->count(), 2) << "the chosen one stays";
+    cleaners->showPopup();
+    QTest::keyClick(cleaners->view(), Qt::Key_Escape);
+    EXPECT_TRUE(window.isVisible()) << "only the open list is closed";
     press(Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
 }

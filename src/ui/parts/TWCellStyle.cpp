@@ -7,6 +7,14 @@
 namespace {
 
 constexpr int FocusWidth = 2; // in pixels
+constexpr float QuietSelection = 0.3F; // the share of the selection's colour that is mixed with the background
+
+QColor mixed(const QColor& colour, const QColor& background)
+{
+    const auto part = [](float of, float with) { return QuietSelection * of + (1 - QuietSelection) * with; };
+    return QColor::fromRgbF(part(colour.redF(), background.redF()), part(colour.greenF(), background.greenF()),
+        part(colour.blueF(), background.blueF()));
+}
 
 }
 
@@ -25,6 +33,15 @@ void showWarning(QStyleOptionViewItem& option)
     const int size = option.fontMetrics.height();
     option.decorationSize = QSize(size, size);
     option.palette.setColor(QPalette::Text, warningColor(option.palette));
+}
+
+void showSelection(QStyleOptionViewItem& option)
+{
+    if (option.widget->hasFocus())
+        return;
+    auto& palette = option.palette;
+    palette.setColor(QPalette::Highlight, mixed(palette.color(QPalette::Highlight), palette.color(QPalette::Base)));
+    palette.setColor(QPalette::HighlightedText, palette.color(QPalette::Text));
 }
 
 void drawFocus(QPainter& painter, const QStyleOptionViewItem& option)

@@ -13,6 +13,9 @@ QColor warningColor(const QPalette&);
 // Shows a warning sign before the text and gives the text that colour.
 void showWarning(QStyleOptionViewItem&);
 
+// Subdues the selection of a view without the focus, so that it is seen where the keys go.
+void showSelection(QStyleOptionViewItem&);
+
 // Frames the current cell. In a selected row, which has one colour, it could not be seen otherwise.
 void drawFocus(QPainter&, const QStyleOptionViewItem&);
 

@@ -1,10 +1,11 @@
 #include "ui/parts/TWMessageBar.h"
 
+#include "ui/parts/TWControls.h"
 #include "ui/parts/TWIconView.h"
+#include "ui/parts/TWTextLabel.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QStyle>
 
@@ -21,24 +22,16 @@ TWIconView* warningIcon(const QStyle& style)
 
 TWMessageBar::TWMessageBar(Kind kind, const QString& objectName, const QString& buttonText, QWidget* parent)
     : QFrame(parent)
-    , text_(new QLabel)
+    , text_(new TWTextLabel(objectName + "Label"))
 {
     setObjectName(objectName);
     setFrameShape(StyledPanel);
-    text_->setObjectName(objectName + "Label");
-    text_->setWordWrap(true);
-    text_->setTextFormat(Qt::PlainText);
-    text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    // A long name without blanks must not make the window wider than the screen.
-    text_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* layout = new QHBoxLayout(this);
     if (kind == Kind::Warning)
         layout->addWidget(warningIcon(*style()), 0, Qt::AlignTop);
     layout->addWidget(text_, 1);
     if (!buttonText.isEmpty()) {
-        auto* button = new QPushButton(buttonText);
-        button->setObjectName(objectName + "Button");
-        button->setAccessibleName(QString(buttonText).remove('&'));
+        auto* button = TWControls::button(buttonText, objectName + "Button", QString(buttonText).remove('&'));
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, &TWMessageBar::pressed);
         layout->addWidget(button, 0, Qt::AlignVCenter);
@@ -48,10 +41,9 @@ TWMessageBar::TWMessageBar(Kind kind, const QString& objectName, const QString& 
 
 void TWMessageBar::setText(const QString& text)
 {
-    if (text == text_->text())
+    if (text == text_->wholeText())
         return;
-    text_->setText(text);
-    text_->setAccessibleName(text);
+    text_->setWholeText(text);
     setAccessibleName(text);
     setVisible(!text.isEmpty());
     if (!text.isEmpty()) {
@@ -62,5 +54,5 @@ void TWMessageBar::setText(const QString& text)
 
 QString TWMessageBar::text() const
 {
-    return text_->text();
+    return text_->wholeText();
 }

@@ -2,8 +2,7 @@
 
 #include <QFrame>
 
-class QLabel;
-class QPushButton;
+class TWTextLabel;
 
 // A message inside a window: a text that wraps, an icon if it is a warning, and a button if the user can do something
 // about it. Hidden while it has no text.
@@ -24,5 +23,5 @@ signals:
     void pressed();
 
 private:
-    QLabel* text_;
+    TWTextLabel* text_;
 };

@@ -3,6 +3,7 @@
 #include "support/TWText.h"
 
 #include <QFile>
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QStringDecoder>
 
@@ -10,6 +11,7 @@ namespace TWQtText {
 
 constexpr QChar LeftToRightIsolate(0x2066);
 constexpr QChar PopIsolate(0x2069);
+constexpr int TitleCharacters = 60;
 
 // Paths and our English sentences are written from left to right in every language; otherwise a path's first slash
 // would move to its end.
@@ -27,6 +29,12 @@ QString shownLines(std::string_view bytes)
 QString toolTip(std::string_view bytes)
 {
     return bytes.empty() ? QString() : QString("<p>%1</p>").arg(shown(bytes).toHtmlEscaped());
+}
+
+QString titlePart(std::string_view bytes)
+{
+    const QFontMetrics metrics(QGuiApplication::font());
+    return metrics.elidedText(shown(bytes), Qt::ElideMiddle, TitleCharacters * metrics.averageCharWidth());
 }
 
 // Not QString::fromUtf8(), which drops a byte order mark at the beginning.

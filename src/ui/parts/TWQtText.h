@@ -18,6 +18,9 @@ QString shownLines(std::string_view bytes);
 // Like shown(), but for a tooltip, where a "<" must not be taken for markup.
 QString toolTip(std::string_view bytes);
 
+// Like shown(), but shortened in the middle, for a window's title, whose end would be cut off.
+QString titlePart(std::string_view bytes);
+
 // An exact conversion, for texts that are valid UTF-8 and that the user edits.
 QString exact(std::string_view text);
 std::string bytes(const QString& text);

@@ -1,8 +1,8 @@
 #include "ui/parts/TWRecordPane.h"
 
+#include "ui/parts/TWQuietLabel.h"
 #include "ui/parts/TWRecordTable.h"
 
-#include <QLabel>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -28,17 +28,15 @@ TWRecordPane::TWRecordPane(TWRecordTable* table, const QString& addTitle, const 
     , table_(table)
     , addButton_(smallButton("+", "addToolButton", addTitle))
     , removeButton_(smallButton(QString(QChar(0x2212)), "removeToolButton", removeTitle))
-    , note_(new QLabel)
+    , note_(new TWQuietLabel(this))
 {
     note_->setObjectName("noteLabel");
-    note_->setTextFormat(Qt::PlainText);
-    note_->setWordWrap(true);
-    // Always two lines high, so that nothing moves when another record is selected.
-    note_->setFixedHeight(2 * fontMetrics().lineSpacing());
     auto* below = new QHBoxLayout;
+    // Always two lines high, so that nothing moves when another record is selected.
+    below->addStrut(2 * fontMetrics().lineSpacing());
     below->addWidget(addButton_);
     below->addWidget(removeButton_);
-    below->addWidget(note_, 1);
+    below->addWidget(note_, 1, Qt::AlignVCenter);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(table_, 1);

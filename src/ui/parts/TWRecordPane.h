@@ -2,8 +2,8 @@
 
 #include <QWidget>
 
-class QLabel;
 class QToolButton;
+class TWQuietLabel;
 class TWRecordTable;
 
 // A record table with buttons below it that add and remove a record, and with the full note of the selected record.
@@ -27,5 +27,5 @@ private:
     TWRecordTable* table_;
     QToolButton* addButton_;
     QToolButton* removeButton_;
-    QLabel* note_;
+    TWQuietLabel* note_;
 };

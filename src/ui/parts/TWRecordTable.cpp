@@ -129,6 +129,27 @@ QString TWRecordTable::selectedNote() const
     return model_->index(selectedRow(), note).data(Qt::AccessibleTextRole).toString();
 }
 
+std::vector<int> TWRecordTable::rowsWithWarnings() const
+{
+    std::vector<int> rows;
+    const int note = model_->columnOf(Kind::Note);
+    for (int row = 0; row < model_->rowCount(); ++row) {
+        if (model_->index(row, note).data(TWRecordModel::WarningRole).toBool())
+            rows.push_back(row);
+    }
+    return rows;
+}
+
+QString TWRecordTable::description(int row) const
+{
+    QStringList cells;
+    for (int column = 0; column < model_->columnCount(); ++column) {
+        if (model_->column(column).kind != Kind::Note)
+            cells.append(model_->index(row, column).data(Qt::AccessibleTextRole).toString());
+    }
+    return cells.join('\n');
+}
+
 // A cell's editor writes what was typed when it loses the focus.
 void TWRecordTable::finishEditing()
 {

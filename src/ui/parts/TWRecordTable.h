@@ -38,6 +38,12 @@ public:
     // Selects only that record and scrolls to it.
     void showRow(int row);
 
+    // In ascending order.
+    std::vector<int> rowsWithWarnings() const;
+
+    // What the row holds, without its note.
+    QString description(int row) const;
+
     // The full note of the selected record; "" if there is none.
     QString selectedNote() const;
 

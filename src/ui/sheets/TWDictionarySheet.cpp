@@ -23,7 +23,7 @@ TWDictionarySheet::TWDictionarySheet(TWDictionaryWindowController& controller, Q
     , unsaved_(new QLabel(tr("Not saved; in use until you quit or open the dictionary again.")))
 {
     setPreferredSize(SheetWidth, SheetHeight);
-    setIntroduction(tr("Rules with &keywords delete items whose names contain one of these words:"));
+    setIntroduction(tr("&Keyword rules delete items whose names contain one of these words:"));
     setContent(createContent(), field_);
     createButtons();
     controller_.setView(this);

@@ -1,10 +1,10 @@
 #include "ui/sheets/TWFilesSheet.h"
 
 #include "editors/TWKeepWindowController.h"
+#include "ui/parts/TWControls.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWRecordTable.h"
 
-#include <QAction>
 #include <QEvent>
 #include <QPushButton>
 
@@ -89,15 +89,10 @@ void TWFilesSheet::createActions()
 {
     auto* dictionary = addButton(tr("Dictionar&y..."), QDialogButtonBox::ActionRole, "dictionaryPushButton");
     dictionary->setAccessibleName(tr("Dictionary"));
-    dictionary->setToolTip(tr("Show and change the words that rules with keywords search for"));
+    dictionary->setToolTip(tr("Show and change the words that keyword rules search for"));
     connect(dictionary, &QPushButton::clicked, this, [this] { emit editorRequested("dictionary"); });
-    auto* keep = new QAction(tr("&Keep What This Rule Names"), &table());
-    keep->setObjectName("keepAction");
-    keep->setShortcut(Qt::CTRL | Qt::Key_K);
-    keep->setShortcutContext(Qt::WidgetShortcut);
-    connect(keep, &QAction::triggered, this, &TWFilesSheet::keepSelected);
-    table().addAction(keep);
-    table().setContextMenuPolicy(Qt::ActionsContextMenu);
+    TWControls::addTableAction(
+        table(), "keepAction", tr("&Keep What This Rule Names"), { Qt::CTRL | Qt::Key_K }, [this] { keepSelected(); });
 }
 
 // The dictionary may have been changed on top of this sheet.
@@ -106,42 +101,6 @@ void TWFilesSheet::changeEvent(QEvent* event)
     TWRecordSheet::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         controller_.wordsChanged();
-}
-
-void TWFilesSheet::closeSheet()
-{
-    accept();
-}
-
-void TWFilesSheet::openHelpAnchor(const std::string& anchor)
-{
-    emit helpRequested(TWQtText::exact(anchor));
-}
-
-void TWFilesSheet::reloadTable()
-{
-    reload();
-}
-
-void TWFilesSheet::notesChanged()
-{
-    table().notesChanged();
-}
-
-int TWFilesSheet::selectedRow() const
-{
-    return table().selectedRow();
-}
-
-void TWFilesSheet::selectRow(int row)
-{
-    table().showRow(row);
-}
-
-void TWFilesSheet::choosePath(
-    const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)> chosen)
-{
-    TWRecordSheet::choosePath(TWQtText::exact(title), TWQtText::exact(prompt), std::move(chosen));
 }
 
 QString TWFilesSheet::problem() const

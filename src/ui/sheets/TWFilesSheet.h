@@ -6,7 +6,7 @@
 class TWKeepWindowController;
 
 // The sheet of the Files editor.
-class TWFilesSheet final : public TWRecordSheet, private TWFilesView {
+class TWFilesSheet final : public TWRecordSheet {
     Q_OBJECT
 
 public:
@@ -18,15 +18,6 @@ protected:
     void changeEvent(QEvent*) override;
 
 private:
-    void closeSheet() override;
-    void openHelpAnchor(const std::string& anchor) override;
-    void reloadTable() override;
-    void notesChanged() override;
-    int selectedRow() const override;
-    void selectRow(int row) override;
-    void choosePath(
-        const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) override;
-
     QString problem() const override;
     void addRecord() override;
     void removeRecord(int row) override;

@@ -88,31 +88,6 @@ void TWKeepSheet::showEvent(QShowEvent* event)
         showMessage(TWQtText::shown(controller_.problem()));
 }
 
-void TWKeepSheet::closeSheet()
-{
-    accept();
-}
-
-void TWKeepSheet::openHelpAnchor(const std::string& anchor)
-{
-    emit helpRequested(TWQtText::exact(anchor));
-}
-
-void TWKeepSheet::reloadTable()
-{
-    reload();
-}
-
-void TWKeepSheet::notesChanged()
-{
-    table().notesChanged();
-}
-
-void TWKeepSheet::selectRow(int row)
-{
-    table().showRow(row);
-}
-
 QString TWKeepSheet::problem() const
 {
     const auto& problem = controller_.list().problem();
@@ -125,7 +100,8 @@ QString TWKeepSheet::problem() const
 
 void TWKeepSheet::addRecord()
 {
-    choosePath(tr("Select a file or folder to keep"), tr("Choose"), [this](const std::optional<std::string>& path) {
+    const auto title = TWQtText::bytes(tr("Select a file or folder to keep"));
+    choosePath(title, TWQtText::bytes(tr("Choose")), [this](const std::optional<std::string>& path) {
         if (path)
             controller_.addPath(*path);
     });

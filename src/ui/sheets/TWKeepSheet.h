@@ -4,7 +4,7 @@
 #include "ui/sheets/TWRecordSheet.h"
 
 // The sheet of the keep list.
-class TWKeepSheet final : public TWRecordSheet, private TWKeepView {
+class TWKeepSheet final : public TWRecordSheet {
     Q_OBJECT
 
 public:
@@ -16,12 +16,6 @@ protected:
     void showEvent(QShowEvent*) override;
 
 private:
-    void closeSheet() override;
-    void openHelpAnchor(const std::string& anchor) override;
-    void reloadTable() override;
-    void notesChanged() override;
-    void selectRow(int row) override;
-
     QString problem() const override;
     void addRecord() override;
     void removeRecord(int row) override;

@@ -1,6 +1,5 @@
 #include "ui/sheets/TWRecordSheet.h"
 
-#include "editors/TWRecordEditor.h"
 #include "support/TWPath.h"
 #include "ui/parts/TWPathChooser.h"
 #include "ui/parts/TWQtText.h"
@@ -9,6 +8,7 @@
 
 #include <QHideEvent>
 #include <QLabel>
+#include <QLocale>
 #include <QPushButton>
 #include <QShowEvent>
 #include <QToolButton>
@@ -72,10 +72,7 @@ void TWRecordSheet::createButtons()
     auto* defaults = addButton(tr("Restore &Defaults..."), QDialogButtonBox::ResetRole, "restoreDefaultsPushButton");
     defaults->setAccessibleName(tr("Restore Defaults"));
     setDefaultButton(ok);
-    connect(ok, &QPushButton::clicked, this, [this] {
-        table_->finishEditing();
-        editor_.ok();
-    });
+    connect(ok, &QPushButton::clicked, this, &TWRecordSheet::ok);
     connect(help, &QPushButton::clicked, this, [this] { editor_.help(); });
     connect(defaults, &QPushButton::clicked, this, [this] {
         table_->finishEditing();
@@ -90,6 +87,8 @@ void TWRecordSheet::showEvent(QShowEvent* event)
         return;
     setProblem(problem());
     showUnsaved();
+    for (int row = 0; !editor_.hasUnsavedEdits() && row < editor_.recordCount(); ++row)
+        knownRecords_.insert(table_->description(row));
     editor_.sheetOpened();
 }
 
@@ -100,17 +99,68 @@ void TWRecordSheet::hideEvent(QHideEvent* event)
         editor_.sheetClosed();
 }
 
-void TWRecordSheet::choosePath(
-    const QString& title, const QString& button, std::function<void(std::optional<std::string>)> chosen)
+void TWRecordSheet::ok()
 {
-    showMessage({});
-    chooser_->choose(pane_->addButton(), { title, button }, editor_.homeFolder(), std::move(chosen));
+    table_->finishEditing();
+    if (!editor_.canBeSaved() || !showNewWarnings())
+        editor_.ok();
 }
 
-void TWRecordSheet::reload()
+// Returns false if the user knows all warnings. Those about records that were saved before are not new.
+bool TWRecordSheet::showNewWarnings()
+{
+    std::vector<int> rows;
+    for (const int row : table_->rowsWithWarnings()) {
+        if (knownRecords_.insert(table_->description(row)).second)
+            rows.push_back(row);
+    }
+    if (rows.empty())
+        return false;
+    table_->showRow(rows.front());
+    const auto question = rows.size() == 1
+        ? tr("Press OK again to save the selected row all the same.")
+        : tr("Press OK again to save %1 rows with warnings all the same.").arg(QLocale().toString(rows.size()));
+    showMessage(question + ' ' + table_->selectedNote());
+    return true;
+}
+
+void TWRecordSheet::closeSheet()
+{
+    accept();
+}
+
+void TWRecordSheet::openHelpAnchor(const std::string& anchor)
+{
+    emit helpRequested(TWQtText::exact(anchor));
+}
+
+void TWRecordSheet::reloadTable()
 {
     table_->reload();
     setProblem(problem());
+}
+
+void TWRecordSheet::notesChanged()
+{
+    table_->notesChanged();
+}
+
+int TWRecordSheet::selectedRow() const
+{
+    return table_->selectedRow();
+}
+
+void TWRecordSheet::selectRow(int row)
+{
+    table_->showRow(row);
+}
+
+void TWRecordSheet::choosePath(
+    const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)> chosen)
+{
+    showMessage({});
+    const TWPathChooser::Texts texts{ TWQtText::exact(title), TWQtText::exact(prompt) };
+    chooser_->choose(pane_->addButton(), texts, editor_.homeFolder(), std::move(chosen));
 }
 
 void TWRecordSheet::addDropped(const QList<QUrl>& files)

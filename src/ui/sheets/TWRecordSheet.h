@@ -1,19 +1,22 @@
 #pragma once
 
+#include "editors/TWRecordEditor.h"
 #include "ui/parts/TWRecordColumn.h"
 #include "ui/sheets/TWSheet.h"
 
 #include <QUrl>
 
+#include <set>
+
 class QLabel;
 class TWPathChooser;
-class TWRecordEditor;
 class TWRecordPane;
 class TWRecordTable;
 
 // The base class of the sheets that edit a list of records in a table. Edits act on the live list at once: OK saves
-// them, closing the sheet any other way keeps them in memory only, and a line below the table says so.
-class TWRecordSheet : public TWSheet {
+// them, closing the sheet any other way keeps them in memory only, and a line below the table says so. If an edit has
+// brought a warning, OK first shows it and saves only when it is pressed again.
+class TWRecordSheet : public TWSheet, protected TWRecordView {
     Q_OBJECT
 
 protected:
@@ -40,12 +43,14 @@ protected:
     virtual void addRecord() = 0;
     virtual void removeRecord(int row) = 0;
 
-    // Lets the user choose a file or folder to add.
+    void closeSheet() override;
+    void openHelpAnchor(const std::string& anchor) override;
+    void reloadTable() override;
+    void notesChanged() override;
+    int selectedRow() const override;
+    void selectRow(int row) override;
     void choosePath(
-        const QString& title, const QString& button, std::function<void(std::optional<std::string>)> chosen);
-
-    // Call this after the list has changed in any way.
-    void reload();
+        const std::string& title, const std::string& prompt, std::function<void(std::optional<std::string>)>) override;
 
     TWRecordTable& table() const { return *table_; }
     TWPathChooser& chooser() const { return *chooser_; }
@@ -56,6 +61,8 @@ protected:
 private:
     void createContent();
     void createButtons();
+    void ok();
+    bool showNewWarnings();
     void addDropped(const QList<QUrl>& files);
     void showUnreadableName(const QString& path);
     void showUnsaved();
@@ -67,4 +74,5 @@ private:
     TWRecordPane* pane_ = nullptr;
     TWPathChooser* chooser_;
     QLabel* unsaved_; // visible while the list is not saved
+    std::set<QString> knownRecords_; // descriptions of those that were saved or whose warnings the user has seen
 };

@@ -1,5 +1,6 @@
 #include "ui/sheets/TWSheet.h"
 
+#include "ui/parts/TWControls.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWScrollBox.h"
 
@@ -137,10 +138,7 @@ void TWSheet::hideEvent(QHideEvent* event)
 
 void TWSheet::keyPressEvent(QKeyEvent* event)
 {
-    auto* button = qobject_cast<QAbstractButton*>(focusWidget());
-    if (button && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
-        button->click();
-    else
+    if (!TWControls::pressFocused(*this, *event))
         QDialog::keyPressEvent(event);
 }
 

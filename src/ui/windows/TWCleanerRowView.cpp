@@ -59,7 +59,6 @@ TWCleanerRowView::TWCleanerRowView(
     policy.setRetainSizeWhenHidden(true);
     editButton_->setSizePolicy(policy);
     editButton_->setVisible(editable == Editable::Yes);
-    editButton_->setAutoDefault(true); // so that Return presses it instead of Clean
     icon_->setEnabled(row.available);
     checkBox_->setEnabled(row.available);
     layOut();

@@ -2,12 +2,15 @@
 
 #include "support/TWPath.h"
 #include "support/TWText.h"
+#include "ui/parts/TWControls.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWScrollBox.h"
 #include "ui/parts/TWSpinner.h"
+#include "ui/parts/TWTextLabel.h"
 
 #include <QDialogButtonBox>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
@@ -39,19 +42,18 @@ TWContentsDialog::TWContentsDialog(TWRunLoop& runLoop, const TWFileSystem& fileS
     , fileSystem_(fileSystem)
     , places_(places)
     , first_(realPath)
-    , pathLabel_(new QLabel)
+    , pathLabel_(new TWTextLabel("pathLabel"))
     , entries_(new QTreeWidget)
     , sentence_(new QLabel)
     , spinner_(new TWSpinner(fontMetrics().height(), this))
 {
     setObjectName("contentsDialog");
-    setWindowTitle(places.sandboxed() ? tr(TitleInSandbox).arg(TWQtText::shown(places.sandboxRoot)) : tr("Contents"));
-    pathLabel_->setTextFormat(Qt::PlainText);
-    pathLabel_->setWordWrap(true);
-    pathLabel_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    setWindowTitle(
+        places.sandboxed() ? tr(TitleInSandbox).arg(TWQtText::titlePart(places.sandboxRoot)) : tr("Contents"));
     entries_->setObjectName("contentsTreeWidget");
     entries_->setAccessibleName(tr("What is in the folder"));
     entries_->setHeaderLabels({ tr("Name"), tr("Size") });
+    entries_->headerItem()->setTextAlignment(Size, Qt::AlignRight | Qt::AlignVCenter);
     entries_->setRootIsDecorated(false);
     entries_->setUniformRowHeights(true);
     entries_->setTabKeyNavigation(false);
@@ -68,9 +70,6 @@ TWContentsDialog::TWContentsDialog(TWRunLoop& runLoop, const TWFileSystem& fileS
     for (auto* button : { up_, close }) {
         button->setAutoDefault(false);
         button->setAccessibleName(QString(button->text()).remove('&'));
-        for (const auto key : { Qt::Key_Return, Qt::Key_Enter })
-            connect(new QShortcut(key, button, nullptr, nullptr, Qt::WidgetShortcut), &QShortcut::activated, button,
-                &QPushButton::click);
     }
     connect(up_, &QPushButton::clicked, this, &TWContentsDialog::up);
     for (const auto& key : { QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace) })
@@ -92,7 +91,7 @@ TWContentsDialog::TWContentsDialog(TWRunLoop& runLoop, const TWFileSystem& fileS
 void TWContentsDialog::list(const std::string& path)
 {
     path_ = path;
-    pathLabel_->setText(TWQtText::shown(places_.abbreviate(path)));
+    pathLabel_->setWholeText(TWQtText::shown(places_.abbreviate(path)));
     up_->setEnabled(path_ != first_);
     entries_->clear();
     spinner_->start();
@@ -146,4 +145,10 @@ void TWContentsDialog::up()
 {
     list(std::string(TWPath::parent(path_)));
     entries_->setFocus();
+}
+
+void TWContentsDialog::keyPressEvent(QKeyEvent* event)
+{
+    if (!TWControls::pressFocused(*this, *event))
+        QDialog::keyPressEvent(event);
 }

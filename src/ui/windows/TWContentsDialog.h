@@ -9,6 +9,7 @@ class QLabel;
 class QPushButton;
 class QTreeWidget;
 class TWSpinner;
+class TWTextLabel;
 
 // Shows what is in a folder, one level at a time: Return or a double click opens a subfolder, Up leads back, but never
 // out of the first folder. Reads in the background and changes nothing.
@@ -19,6 +20,9 @@ public:
     // No component of the path may be a symbolic link. The file system and the places must outlive the dialog and the
     // run loop's background work.
     TWContentsDialog(TWRunLoop&, const TWFileSystem&, const TWPlaces&, const std::string& realPath, QWidget* parent);
+
+protected:
+    void keyPressEvent(QKeyEvent*) override;
 
 private:
     void list(const std::string& path);
@@ -32,7 +36,7 @@ private:
     const std::string first_; // the folder in which it began
     std::string path_;
     std::unique_ptr<TWFolderListing> listing_;
-    QLabel* pathLabel_;
+    TWTextLabel* pathLabel_;
     QTreeWidget* entries_;
     QLabel* sentence_;
     TWSpinner* spinner_;

@@ -1,6 +1,8 @@
 #include "ui/windows/TWMainWindow.h"
 
 #include "support/TWText.h"
+#include "ui/parts/TWControls.h"
+#include "ui/parts/TWFocusFrame.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWScrollBox.h"
@@ -9,7 +11,6 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFocusFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
@@ -83,15 +84,8 @@ TWMainWindow::TWMainWindow(TWTidewellAppDelegate& delegate)
     createMenus();
     setCleanEnabled(true);
     refresh();
-    focusFrame_ = new QFocusFrame(this);
-    connect(qApp, &QApplication::focusChanged, this, &TWMainWindow::showDefaultButton);
+    new TWFocusFrame(this);
     resize(TWFitToScreen(*this, sizeHint() + QSize(0, SpareLines * fontMetrics().height())));
-}
-
-// The focus changes once more when the base class deletes the widgets.
-TWMainWindow::~TWMainWindow()
-{
-    disconnect(qApp, nullptr, this, nullptr);
 }
 
 QString TWMainWindow::resource(const std::string& name) const
@@ -103,7 +97,7 @@ QString TWMainWindow::title() const
 {
     const auto& platform = delegate_.platform();
     // Qt appends the application's name to any title other than that name.
-    return platform.places.sandboxed() ? tr("Sandbox %1").arg(TWQtText::shown(platform.places.sandboxRoot))
+    return platform.places.sandboxed() ? tr("Sandbox %1").arg(TWQtText::titlePart(platform.places.sandboxRoot))
                                        : TWQtText::exact(platform.bundle.info("CFBundleName"));
 }
 
@@ -132,13 +126,12 @@ QWidget* TWMainWindow::createRows()
 // Clean keeps its place while Stop appears and disappears, so that a late click on Stop does not start a cleaning.
 QLayout* TWMainWindow::createButtons()
 {
-    stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
-    cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Clean"));
+    stopButton_ = TWControls::button(tr("Sto&p"), "stopButton", tr("Stop cleaning"));
+    cleanButton_ = TWControls::button(tr("&Clean"), "cleanButton", tr("Clean"));
     cleanButton_->setDefault(true);
-    auto* previewButton = createButton(tr("Previe&w..."), "previewButton", tr("Show what Clean would delete"));
-    previewButton->setAutoDefault(true); // so that Return presses it instead of Clean
+    auto* previewButton = TWControls::button(tr("Previe&w..."), "previewButton", tr("Show what Clean would delete"));
     connect(previewButton, &QPushButton::clicked, this, &TWMainWindow::previewRequested);
-    resultsButton_ = createButton(tr("Res&ults"), "resultsButton", tr("Show the results"));
+    resultsButton_ = TWControls::button(tr("Res&ults"), "resultsButton", tr("Show the results"));
     resultsButton_->hide();
     sentence_ = new QLabel;
     sentence_->setObjectName("outcomeLabel");
@@ -156,14 +149,6 @@ QLayout* TWMainWindow::createButtons()
     buttons->addWidget(previewButton);
     buttons->addWidget(cleanButton_);
     return buttons;
-}
-
-QPushButton* TWMainWindow::createButton(const QString& text, const QString& objectName, const QString& accessibleName)
-{
-    auto* button = new QPushButton(text);
-    button->setObjectName(objectName);
-    button->setAccessibleName(accessibleName);
-    return button;
 }
 
 void TWMainWindow::createMenus()
@@ -232,22 +217,16 @@ void TWMainWindow::changeEvent(QEvent* event)
         lines_.pause();
 }
 
-// Return presses Clean, like a dialog's default button.
+// Return presses Clean, like a dialog's default button, but never while a check box or another button has the focus:
+// who ticks a box and presses Return does not mean to delete anything.
 void TWMainWindow::keyPressEvent(QKeyEvent* event)
 {
+    if (TWControls::pressFocused(*this, *event))
+        return;
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         cleanButton_->click();
     else
         QMainWindow::keyPressEvent(event);
-}
-
-// A focused Edit button makes itself the default button. There must be only one. The frame shows whether the default
-// button also has the focus, which styles hardly do.
-void TWMainWindow::showDefaultButton()
-{
-    auto* focused = qobject_cast<QPushButton*>(focusWidget());
-    focusFrame_->setWidget(focused);
-    cleanButton_->setDefault(!focused || !focused->autoDefault());
 }
 
 void TWMainWindow::refresh()
@@ -310,7 +289,7 @@ void TWMainWindow::showInBar(TWMessageBar& bar, const QString& text)
     const bool appears = bar.isHidden() && !text.isEmpty();
     bar.setText(text);
     if (appears && isVisible() && !isMaximized())
-        resize(TWFitToScreen(*this, size() + QSize(0, bar.sizeHint().height() + RowSpacing)));
+        resize(TWFitToScreen(*this, size() + QSize(0, bar.heightForWidth(rows_.front()->width()) + RowSpacing)));
 }
 
 void TWMainWindow::clean()

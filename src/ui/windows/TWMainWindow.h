@@ -7,7 +7,6 @@
 #include <QMainWindow>
 
 class QAction;
-class QFocusFrame;
 class QLabel;
 class QMenu;
 class QPushButton;
@@ -21,7 +20,6 @@ class TWMainWindow final : public QMainWindow, public TWRunView {
 public:
     // The delegate must outlive the window.
     explicit TWMainWindow(TWTidewellAppDelegate&);
-    ~TWMainWindow();
 
     // Updates the check boxes, lines and problems from the settings and lists.
     void refresh();
@@ -74,11 +72,9 @@ private:
     QString title() const;
     QWidget* createRows();
     QLayout* createButtons();
-    QPushButton* createButton(const QString& text, const QString& objectName, const QString& accessibleName);
     void createMenus();
     QAction* addAction(QMenu*, const QString& objectName, const QString& text, const QKeySequence& = {});
     void afterFirstPaint();
-    void showDefaultButton();
     TWRunChoice checked() const;
     void say(const QString& sentence);
     void announce(const QString& outcome);
@@ -106,7 +102,6 @@ private:
     std::vector<TWCleanerRowView*> rows_; // owned by the window
     QPushButton* cleanButton_ = nullptr;
     QPushButton* stopButton_ = nullptr;
-    QFocusFrame* focusFrame_ = nullptr;
     QLabel* sentence_ = nullptr; // what Clean would do now, how far it is, or how the latest run ended
     QPushButton* resultsButton_ = nullptr; // beside that end
     QAction* cleanAction_ = nullptr;

@@ -49,6 +49,7 @@ QString elidedPath(const QString& path, const QString& word, const QFontMetrics&
 void TWPreviewCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
+    TWCellStyle::showSelection(*option);
     option->textElideMode = Qt::ElideMiddle; // the end of a reason names the word
     if (index.column() == TWPreviewModel::Path) {
         // A path is written from left to right in every language; otherwise its first slash would move to its end.

@@ -46,6 +46,12 @@ constexpr Unit Units[] = {
 };
 constexpr auto Now = QT_TRANSLATE_NOOP("TWPreviewModel", "now");
 
+int alignment(int column)
+{
+    const bool number = column == TWPreviewModel::Size || column == TWPreviewModel::Age;
+    return int(Qt::AlignVCenter) | (number ? Qt::AlignRight : Qt::AlignLeft);
+}
+
 }
 
 TWPreviewModel::TWPreviewModel(TWPreviewWindowController& controller, QObject* parent)
@@ -82,6 +88,8 @@ QVariant TWPreviewModel::headerData(int section, Qt::Orientation orientation, in
 {
     if (orientation != Qt::Horizontal)
         return {};
+    if (role == Qt::TextAlignmentRole)
+        return alignment(section);
     if (role == Qt::InitialSortOrderRole)
         return section == Size ? Qt::DescendingOrder : Qt::AscendingOrder;
     return role == Qt::DisplayRole ? tr(Titles[section]) : QVariant();
@@ -102,7 +110,7 @@ QVariant TWPreviewModel::data(const QModelIndex& index, int role) const
     case Qt::AccessibleTextRole:
         return accessibleText(row, column);
     case Qt::TextAlignmentRole:
-        return column == Size || column == Age ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+        return alignment(column);
     case Qt::CheckStateRole:
         return column == Path ? QVariant(checkState(row)) : QVariant();
     case Qt::DecorationRole:

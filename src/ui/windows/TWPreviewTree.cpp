@@ -39,6 +39,8 @@ TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* par
     for (const auto* title : Titles)
         titles.append(tr(title));
     setHeaderLabels(titles);
+    for (const int column : { Items, Size })
+        headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     setUniformRowHeights(true);
     setRootIsDecorated(false);
     setTabKeyNavigation(false);
@@ -59,6 +61,7 @@ TWPreviewTree::TWPreviewTree(TWPreviewWindowController& controller, QWidget* par
 void TWPreviewTree::initViewItemOption(QStyleOptionViewItem* option) const
 {
     QTreeWidget::initViewItemOption(option);
+    TWCellStyle::showSelection(*option);
     TWCheckBox::showFrame(option->palette);
 }
 

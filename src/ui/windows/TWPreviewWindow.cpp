@@ -1,6 +1,8 @@
 #include "ui/windows/TWPreviewWindow.h"
 
 #include "support/TWText.h"
+#include "ui/parts/TWControls.h"
+#include "ui/parts/TWFocusFrame.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWQuietLabel.h"
@@ -12,11 +14,8 @@
 #include "ui/windows/TWPreviewTree.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QComboBox>
 #include <QEvent>
-#include <QFileDialog>
-#include <QFocusFrame>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -45,9 +44,10 @@ constexpr auto KeepHint
     = QT_TRANSLATE_NOOP("TWPreviewWindow", "Never delete the selected items: puts them on the keep list");
 constexpr auto NoKeepHint = QT_TRANSLATE_NOOP(
     "TWPreviewWindow", "Select items to keep. What is in the Trash, or kept already, cannot be put on the keep list.");
-constexpr auto LoseTicks = QT_TRANSLATE_NOOP("TWPreviewWindow", "Close the preview?");
+constexpr auto CloseAnyway = QT_TRANSLATE_NOOP("TWPreviewWindow", "Close the preview?");
+constexpr auto RefreshAnyway = QT_TRANSLATE_NOOP("TWPreviewWindow", "Make a new preview?");
 constexpr auto LoseTicksText = QT_TRANSLATE_NOOP(
-    "TWPreviewWindow", "You have changed ticks. They hold for this preview only and are lost when it is closed.");
+    "TWPreviewWindow", "You have changed ticks. They hold for this preview only and would be lost.");
 constexpr auto Exported = QT_TRANSLATE_NOOP("TWPreviewWindow", "The items that the table shows were saved in \"%1\".");
 constexpr auto NotUTF8
     = QT_TRANSLATE_NOOP("TWPreviewWindow", "A file with this name cannot be written here. Please choose another one.");
@@ -90,21 +90,18 @@ TWPreviewWindow::TWPreviewWindow(TWTidewellAppDelegate& delegate)
     layout->addWidget(splitter, 1);
     layout->addLayout(createFooter());
     createActions();
-    connect(notice_, &TWMessageBar::pressed, this, [this] { controller_.refresh(); });
+    connect(notice_, &TWMessageBar::pressed, this, &TWPreviewWindow::refresh);
     connect(tree_, &TWPreviewTree::chosen, this, &TWPreviewWindow::limit);
     setGeometry(QStyle::alignedRect(
         layoutDirection(), Qt::AlignCenter, TWFitToScreen(*this, Preferred), screen()->availableGeometry()));
-    focusFrame_ = new QFocusFrame(this);
-    connect(qApp, &QApplication::focusChanged, this, &TWPreviewWindow::showFocus);
+    new TWFocusFrame(this);
     const int treeWidth = width() * TreePercent / 100;
     splitter->setSizes({ treeWidth, width() - treeWidth });
     controller_.setView(this);
 }
 
-// The focus changes once more when the base class deletes the widgets.
 TWPreviewWindow::~TWPreviewWindow()
 {
-    disconnect(qApp, nullptr, this, nullptr);
     controller_.setView(nullptr);
 }
 
@@ -122,7 +119,7 @@ QWidget* TWPreviewWindow::createRight()
     shown_->setAccessibleName(tr("Show only items with this fate"));
     shown_->addItems({ tr("All"), tr("Would Be Deleted"), tr("Would Stay") }); // in the order of TWPreviewShown
     connect(shown_, &QComboBox::currentIndexChanged, this, &TWPreviewWindow::filter);
-    keepButton_ = createButton(tr("&Keep"), "keepButton", tr("Put the selected items on the keep list"));
+    keepButton_ = TWControls::button(tr("&Keep"), "keepButton", tr("Put the selected items on the keep list"));
     connect(keepButton_, &QPushButton::clicked, this, &TWPreviewWindow::keepSelected);
     createTable();
     detail_ = new TWQuietLabel(right);
@@ -240,12 +237,6 @@ void TWPreviewWindow::goTo(int row)
         table_->setCurrentIndex(index);
 }
 
-// The frame shows which button has the focus, which styles hardly do.
-void TWPreviewWindow::showFocus()
-{
-    focusFrame_->setWidget(qobject_cast<QPushButton*>(focusWidget()));
-}
-
 QLayout* TWPreviewWindow::createFooter()
 {
     sentence_ = new QLabel;
@@ -253,11 +244,11 @@ QLayout* TWPreviewWindow::createFooter()
     sentence_->setWordWrap(true);
     sentence_->setTextFormat(Qt::PlainText);
     spinner_ = new TWSpinner(fontMetrics().height(), this);
-    stopButton_ = createButton(tr("Sto&p"), "stopButton", tr("Stop making the preview"));
-    exportButton_ = createButton(tr("&Export..."), "exportButton", tr("Save the items that are shown in a file"));
-    auto* closeButton = createButton(tr("C&lose"), "closeButton", tr("Close"));
-    cleanButton_ = createButton(tr("&Clean"), "cleanButton", tr("Delete what is ticked"));
-    helpButton_ = createButton(tr("&Help"), "helpButton", tr("Help"));
+    stopButton_ = TWControls::button(tr("Sto&p"), "stopButton", tr("Stop making the preview"));
+    exportButton_ = TWControls::button(tr("&Export..."), "exportButton", tr("Save the items that are shown in a file"));
+    auto* closeButton = TWControls::button(tr("C&lose"), "closeButton", tr("Close"));
+    cleanButton_ = TWControls::button(tr("&Clean"), "cleanButton", tr("Delete what is ticked"));
+    helpButton_ = TWControls::button(tr("&Help"), "helpButton", tr("Help"));
     connect(helpButton_, &QPushButton::clicked, this, [this] { emit helpRequested(HelpPage); });
     connect(stopButton_, &QPushButton::clicked, this, [this] { controller_.stop(); });
     connect(exportButton_, &QPushButton::clicked, this, &TWPreviewWindow::exportAs);
@@ -273,31 +264,23 @@ QLayout* TWPreviewWindow::createFooter()
     return footer;
 }
 
-QPushButton* TWPreviewWindow::createButton(const QString& text, const char* name, const QString& accessibleName)
-{
-    auto* button = new QPushButton(text);
-    button->setObjectName(name);
-    button->setAccessibleName(accessibleName);
-    return button;
-}
-
 void TWPreviewWindow::createActions()
 {
-    toggleAction_
-        = addTableAction("toggleAction", tr("&Tick or Untick"), { Qt::Key_Space }, &TWPreviewWindow::toggleSelected);
-    contentsAction_ = addTableAction(
-        "contentsAction", tr("&Show Contents"), { Qt::Key_Return, Qt::Key_Enter }, &TWPreviewWindow::showContents);
-    keepAction_
-        = addTableAction("keepAction", tr("&Keep for Ever"), { Qt::CTRL | Qt::Key_K }, &TWPreviewWindow::keepSelected);
+    toggleAction_ = TWControls::addTableAction(
+        *table_, "toggleAction", tr("&Tick or Untick"), { Qt::Key_Space }, [this] { toggleSelected(); });
+    contentsAction_ = TWControls::addTableAction(
+        *table_, "contentsAction", tr("&Show Contents"), { Qt::Key_Return, Qt::Key_Enter }, [this] { showContents(); });
+    keepAction_ = TWControls::addTableAction(
+        *table_, "keepAction", tr("&Keep for Ever"), { Qt::CTRL | Qt::Key_K }, [this] { keepSelected(); });
     auto* sortAction = new QAction(tr("S&ort By"), this);
     sortAction->setMenu(createSortMenu());
     table_->addAction(sortAction);
-    table_->setContextMenuPolicy(Qt::ActionsContextMenu);
     connect(table_, &QTableView::doubleClicked, this, &TWPreviewWindow::showContents);
-    addWindowAction(tr("&Refresh"), { QKeySequence(Qt::Key_F5) }, [this] { controller_.refresh(); });
-    addWindowAction(tr("&Filter"), { QKeySequence::Find }, [this] { filterText_->setFocus(); });
-    addWindowAction(tr("&Help..."), { QKeySequence::HelpContents }, [this] { emit helpRequested(HelpPage); });
-    addWindowAction(tr("&Close"), { QKeySequence::Close }, [this] { close(); });
+    using TWControls::addWindowAction;
+    addWindowAction(*this, tr("&Refresh"), { QKeySequence(Qt::Key_F5) }, [this] { refresh(); });
+    addWindowAction(*this, tr("&Filter"), { QKeySequence::Find }, [this] { filterText_->setFocus(); });
+    addWindowAction(*this, tr("&Help..."), { QKeySequence::HelpContents }, [this] { emit helpRequested(HelpPage); });
+    addWindowAction(*this, tr("&Close"), { QKeySequence::Close }, [this] { close(); });
 }
 
 // For the keyboard, which does not reach the table's header.
@@ -314,28 +297,6 @@ QMenu* TWPreviewWindow::createSortMenu()
     return menu;
 }
 
-// Adds an entry to the table's context menu. Its shortcut works only while the table has the focus.
-QAction* TWPreviewWindow::addTableAction(
-    const char* name, const QString& text, const QList<QKeySequence>& shortcuts, void (TWPreviewWindow::*call)())
-{
-    auto* action = new QAction(text, this);
-    action->setObjectName(name);
-    action->setShortcuts(shortcuts);
-    action->setShortcutContext(Qt::WidgetShortcut);
-    connect(action, &QAction::triggered, this, call);
-    table_->addAction(action);
-    return action;
-}
-
-void TWPreviewWindow::addWindowAction(
-    const QString& text, const QList<QKeySequence>& shortcuts, std::function<void()> call)
-{
-    auto* action = new QAction(text, this);
-    action->setShortcuts(shortcuts);
-    connect(action, &QAction::triggered, this, std::move(call));
-    addAction(action);
-}
-
 void TWPreviewWindow::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
@@ -349,7 +310,10 @@ void TWPreviewWindow::closeEvent(QCloseEvent* event)
 {
     if (controller_.ticksChanged() && !closing_) {
         event->ignore();
-        confirmClose();
+        confirm(CloseAnyway, tr("Close"), [this] {
+            closing_ = true;
+            close();
+        });
         return;
     }
     closing_ = false;
@@ -358,19 +322,28 @@ void TWPreviewWindow::closeEvent(QCloseEvent* event)
     clearFilter();
 }
 
-void TWPreviewWindow::confirmClose()
+void TWPreviewWindow::refresh()
 {
-    auto* box = new QMessageBox(
-        QMessageBox::Question, windowTitle(), tr(LoseTicks), QMessageBox::Close | QMessageBox::Cancel, this);
-    box->setObjectName("closeMessageBox");
+    if (controller_.ticksChanged())
+        confirm(RefreshAnyway, tr("Refresh"), [this] { controller_.refresh(); });
+    else
+        controller_.refresh();
+}
+
+// Asks before ticks are lost.
+void TWPreviewWindow::confirm(const char* question, const QString& button, std::function<void()> confirmed)
+{
+    auto* box = new QMessageBox(QMessageBox::Question, windowTitle(), tr(question), QMessageBox::Cancel, this);
+    box->setObjectName("ticksMessageBox");
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setInformativeText(tr(LoseTicksText));
     box->setDefaultButton(QMessageBox::Cancel);
     box->setEscapeButton(QMessageBox::Cancel);
-    connect(box, &QMessageBox::finished, this, [this](int button) {
-        closing_ = button == QMessageBox::Close;
-        if (closing_)
-            close();
+    auto* lose = box->addButton(button, QMessageBox::DestructiveRole);
+    lose->setObjectName("loseTicksButton");
+    connect(box, &QMessageBox::finished, this, [box, lose, confirmed = std::move(confirmed)] {
+        if (box->clickedButton() == lose)
+            confirmed();
     });
     box->open();
 }
@@ -379,6 +352,8 @@ void TWPreviewWindow::confirmClose()
 // looked for, so that Escape in the list would close the window as well.
 void TWPreviewWindow::keyPressEvent(QKeyEvent* event)
 {
+    if (TWControls::pressFocused(*this, *event))
+        return;
     if (!event->matches(QKeySequence::Cancel))
         QWidget::keyPressEvent(event);
     else if (!filterText_->text().isEmpty() || shown_->currentIndex() != 0)
@@ -591,13 +566,7 @@ void TWPreviewWindow::clean()
 
 void TWPreviewWindow::exportAs()
 {
-    auto* dialog = new QFileDialog(this, tr("Export What Is Shown"), TWQtText::path(delegate_.platform().places.home));
-    dialog->setObjectName("exportFileDialog");
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setDefaultSuffix("csv");
-    dialog->selectFile(tr(SuggestedName));
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& chosen) {
+    const auto save = [this](const QString& chosen) {
         const auto path = TWQtText::pathBytes(chosen);
         if (!path) {
             message_->setText(tr(NotUTF8));
@@ -606,6 +575,7 @@ void TWPreviewWindow::exportAs()
         controller_.exportRows(*path, [this, chosen](const std::string& problem) {
             message_->setText(problem.empty() ? tr(Exported).arg(chosen) : TWQtText::shown(problem));
         });
-    });
-    dialog->open();
+    };
+    TWControls::askWhereToSave(this, "exportFileDialog", tr("Export What Is Shown"),
+        TWQtText::path(delegate_.platform().places.home), tr(SuggestedName), save);
 }

@@ -6,7 +6,6 @@
 
 class QAction;
 class QComboBox;
-class QFocusFrame;
 class QLabel;
 class QLayout;
 class QLineEdit;
@@ -55,12 +54,8 @@ private:
     int sharedWidth() const;
     void fitReasons();
     QLayout* createFooter();
-    QPushButton* createButton(const QString& text, const char* name, const QString& accessibleName);
     void createActions();
     QMenu* createSortMenu();
-    QAction* addTableAction(
-        const char* name, const QString& text, const QList<QKeySequence>&, void (TWPreviewWindow::*call)());
-    void addWindowAction(const QString& text, const QList<QKeySequence>&, std::function<void()>);
     void limit(std::optional<std::uint32_t> cleaner, std::optional<std::size_t> group);
     void filter();
     void sort(int column, Qt::SortOrder);
@@ -74,9 +69,9 @@ private:
     void keepSelected();
     void showContents();
     void clean();
-    void showFocus();
     void clearFilter();
-    void confirmClose();
+    void refresh();
+    void confirm(const char* question, const QString& button, std::function<void()> confirmed);
     void goTo(int row);
     void exportAs();
 
@@ -101,13 +96,12 @@ private:
     QAction* contentsAction_ = nullptr;
     std::optional<TWPreviewRow> current_; // the table's current row
     QPushButton* helpButton_ = nullptr;
-    QFocusFrame* focusFrame_ = nullptr;
     QAction* toggleAction_ = nullptr;
     QAction* keepAction_ = nullptr;
     double reasonShare_ = 0; // the most of the width that paths and reasons share
     int widestReason_ = 0; // of those that have been on screen, in pixels
     bool fitting_ = false; // the window itself changes the width of the reasons
     bool sorted_ = false; // the rows that are being found are those of another order
-    bool closing_ = false; // the user has agreed to lose the ticks
+    bool closing_ = false; // the user has confirmed that the ticks are lost
     bool wished_ = false; // the user has asked for the rows that are being found
 };

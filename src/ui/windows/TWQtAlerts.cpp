@@ -2,11 +2,11 @@
 
 #include "ui/parts/TWIconView.h"
 #include "ui/parts/TWQtText.h"
+#include "ui/parts/TWTextLabel.h"
 #include "ui/sheets/TWSheet.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QStyle>
 
@@ -30,31 +30,26 @@ public:
     }
 
 private:
-    // Plain text, because a file name in it may look like markup.
-    QLabel* createLabel(const std::string& text, const QString& objectName)
+    QLabel* createLabel(const std::string& text, const QString& objectName, const QFont& font)
     {
-        auto* label = new QLabel(TWQtText::exact(text));
-        label->setObjectName(objectName);
-        label->setTextFormat(Qt::PlainText);
-        label->setWordWrap(true);
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        auto* label = new TWTextLabel(objectName);
+        label->setFont(font);
         label->setFixedWidth(TextWidth * fontMetrics().averageCharWidth());
+        label->setWholeText(TWQtText::exact(text));
         label->setMinimumHeight(label->heightForWidth(label->width()));
         return label;
     }
 
     QWidget* createContent(const TWAlert& alert)
     {
-        auto* title = createLabel(alert.title, "titleLabel");
-        auto bold = title->font();
+        auto bold = font();
         bold.setBold(true);
-        title->setFont(bold);
         setAccessibleName(TWQtText::exact(alert.title));
         setAccessibleDescription(TWQtText::exact(alert.text));
         auto* texts = new QVBoxLayout;
         texts->setSpacing(Spacing);
-        texts->addWidget(title);
-        texts->addWidget(createLabel(alert.text, "textLabel"));
+        texts->addWidget(createLabel(alert.title, "titleLabel", bold));
+        texts->addWidget(createLabel(alert.text, "textLabel", font()));
         texts->addStretch();
         auto* content = new QWidget;
         auto* layout = new QHBoxLayout(content);

@@ -1,5 +1,7 @@
 #include "ui/windows/TWResultsWindow.h"
 
+#include "ui/parts/TWControls.h"
+#include "ui/parts/TWFocusFrame.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWScrollBox.h"
@@ -8,7 +10,6 @@
 
 #include <QAction>
 #include <QClipboard>
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -78,6 +79,7 @@ TWResultsWindow::TWResultsWindow(TWResultsWindowController& controller, const TW
     table_->setFocus();
     linesChanged();
     followLines();
+    new TWFocusFrame(this);
     controller_.setView(this);
 }
 
@@ -136,9 +138,7 @@ QLayout* TWResultsWindow::createFooter()
 // A button that does the same as the action and is enabled with it.
 QPushButton* TWResultsWindow::createButton(QAction* action, const char* name)
 {
-    auto* button = new QPushButton(action->text());
-    button->setObjectName(name);
-    button->setAccessibleName(action->text().remove('&'));
+    auto* button = TWControls::button(action->text(), name, action->text().remove('&'));
     button->setAutoDefault(false);
     button->setEnabled(action->isEnabled());
     connect(button, &QPushButton::clicked, action, &QAction::trigger);
@@ -148,43 +148,23 @@ QPushButton* TWResultsWindow::createButton(QAction* action, const char* name)
 
 void TWResultsWindow::createActions()
 {
-    showAction_
-        = addTableAction("showAction", tr("Show in F&older"), Qt::CTRL | Qt::Key_O, &TWResultsWindow::showInFolder);
-    keepAction_ = addTableAction("keepAction", tr("&Keep This for Ever"), Qt::CTRL | Qt::Key_K, &TWResultsWindow::keep);
-    addTableAction("copyAction", tr("&Copy"), QKeySequence::Copy, &TWResultsWindow::copy);
-    addTableAction("selectAllAction", tr("Select &All"), QKeySequence::SelectAll, &TWResultsWindow::selectAll);
-    saveAction_ = addTableAction("saveAction", {}, QKeySequence::Save, &TWResultsWindow::saveAs);
+    const auto forTable = [this](const char* name, const QString& text, const QKeySequence& key, auto call) {
+        return TWControls::addTableAction(*table_, name, text, { key }, call);
+    };
+    showAction_ = forTable("showAction", tr("Show in F&older"), Qt::CTRL | Qt::Key_O, [this] { showInFolder(); });
+    keepAction_ = forTable("keepAction", tr("&Keep This for Ever"), Qt::CTRL | Qt::Key_K, [this] { keep(); });
+    forTable("copyAction", tr("&Copy"), QKeySequence::Copy, [this] { copy(); });
+    forTable("selectAllAction", tr("Select &All"), QKeySequence::SelectAll, [this] { table_->selectAll(); });
+    saveAction_ = forTable("saveAction", {}, QKeySequence::Save, [this] { saveAs(); });
     saveAction_->setShortcutContext(Qt::WindowShortcut);
     addAction(saveAction_);
-    table_->setContextMenuPolicy(Qt::ActionsContextMenu);
-    addWindowAction(tr("&Filter"), { QKeySequence::Find }, [this] { filterBar_->focusText(); });
-    addWindowAction(tr("&Next Failure"), { QKeySequence(Qt::Key_F4) }, [this] { showFailure(Direction::Next); });
-    addWindowAction(tr("&Previous Failure"), { QKeySequence(Qt::SHIFT | Qt::Key_F4) },
-        [this] { showFailure(Direction::Previous); });
-    addWindowAction(tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(); });
-    addWindowAction(tr("&Close"), { QKeySequence::Close }, [this] { close(); });
-}
-
-void TWResultsWindow::addWindowAction(
-    const QString& text, const QList<QKeySequence>& shortcuts, std::function<void()> call)
-{
-    auto* action = new QAction(text, this);
-    action->setShortcuts(shortcuts);
-    connect(action, &QAction::triggered, this, std::move(call));
-    addAction(action);
-}
-
-// Adds an entry to the table's context menu. Its shortcut works only while the table has the focus.
-QAction* TWResultsWindow::addTableAction(
-    const char* name, const QString& text, const QKeySequence& shortcut, void (TWResultsWindow::*call)())
-{
-    auto* action = new QAction(text, this);
-    action->setObjectName(name);
-    action->setShortcut(shortcut);
-    action->setShortcutContext(Qt::WidgetShortcut);
-    connect(action, &QAction::triggered, this, call);
-    table_->addAction(action);
-    return action;
+    using TWControls::addWindowAction;
+    addWindowAction(*this, tr("&Filter"), { QKeySequence::Find }, [this] { filterBar_->focusText(); });
+    addWindowAction(*this, tr("&Next Failure"), { Qt::Key_F4 }, [this] { showFailure(Direction::Next); });
+    addWindowAction(
+        *this, tr("&Previous Failure"), { Qt::SHIFT | Qt::Key_F4 }, [this] { showFailure(Direction::Previous); });
+    addWindowAction(*this, tr("&Help"), { QKeySequence::HelpContents }, [this] { emit helpRequested(); });
+    addWindowAction(*this, tr("&Close"), { QKeySequence::Close }, [this] { close(); });
 }
 
 void TWResultsWindow::filterChanged()
@@ -362,20 +342,9 @@ void TWResultsWindow::copy()
     QGuiApplication::clipboard()->setText(lines.join('\n'));
 }
 
-void TWResultsWindow::selectAll()
-{
-    table_->selectAll();
-}
-
 void TWResultsWindow::saveAs()
 {
-    auto* dialog = new QFileDialog(this, tr("Save Results"), homeFolder_);
-    dialog->setObjectName("saveFileDialog");
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setDefaultSuffix("txt");
-    dialog->selectFile(tr(SuggestedName));
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) {
+    const auto saveIn = [this](const QString& path) {
         const auto problem = save(path);
         if (problem.isEmpty())
             return;
@@ -383,8 +352,8 @@ void TWResultsWindow::saveAs()
         box->setTextFormat(Qt::PlainText);
         box->setAttribute(Qt::WA_DeleteOnClose);
         box->open();
-    });
-    dialog->open();
+    };
+    TWControls::askWhereToSave(this, "saveFileDialog", tr("Save Results"), homeFolder_, tr(SuggestedName), saveIn);
 }
 
 QString TWResultsWindow::save(const QString& path) const
@@ -407,6 +376,6 @@ void TWResultsWindow::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Cancel))
         close();
-    else
+    else if (!TWControls::pressFocused(*this, *event))
         QWidget::keyPressEvent(event);
 }

@@ -6,8 +6,6 @@
 
 #include <QWidget>
 
-#include <functional>
-
 class QAction;
 class QLabel;
 class QLayout;
@@ -46,8 +44,6 @@ private:
     void createTable();
     QLayout* createFooter();
     void createActions();
-    QAction* addTableAction(const char* name, const QString& text, const QKeySequence&, void (TWResultsWindow::*)());
-    void addWindowAction(const QString& text, const QList<QKeySequence>&, std::function<void()>);
     QPushButton* createButton(QAction*, const char* name);
     void filterChanged();
     void linesChanged();
@@ -62,7 +58,6 @@ private:
     void keep();
     void say(const std::string& sentence);
     void copy();
-    void selectAll();
     void saveAs();
     QString lineAt(int row) const;
 

@@ -112,7 +112,7 @@ void TWWindowSession::nameSandbox(QWidget& window) const
     const auto& places = delegate_.platform().places;
     if (places.sandboxed())
         window.setWindowTitle(QCoreApplication::translate("TWWindowSession", TitleInSandbox)
-                                  .arg(window.windowTitle(), TWQtText::shown(places.sandboxRoot)));
+                                  .arg(window.windowTitle(), TWQtText::titlePart(places.sandboxRoot)));
 }
 
 // Returns nullptr for a window that has not been made yet.
