@@ -53,7 +53,7 @@ private:
         texts->addStretch();
         auto* content = new QWidget;
         auto* layout = new QHBoxLayout(content);
-        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setContentsMargins(0, 0, 0, Spacing);
         layout->setSpacing(Spacing);
         layout->addWidget(createIcon(alert), 0, Qt::AlignTop);
         layout->addLayout(texts);
