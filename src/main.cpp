@@ -4,6 +4,7 @@
 #include "TWSystem.h"
 #include "cli/TWCommandLine.h"
 #include "cli/TWCommandRunner.h"
+#include "cli/TWPathArgument.h"
 #include "cli/TWSandbox.h"
 #include "cli/TWTerminal.h"
 #include "platform/qt/TWPluggedNotifier.h"
@@ -40,6 +41,17 @@ TWCommandResult runHere(const TWWorld& world, const TWInvocation& invocation, in
     return result;
 }
 
+// A path on a volume that does not answer holds up this process here, and not the window that makes the change.
+void lookAtPaths(const TWWorld& world, const TWInvocation& invocation)
+{
+    for (const auto& argument : invocation.row->arguments) {
+        if (argument.kind == TWArgument::Kind::Path && invocation.has(argument.name)) {
+            const auto path = TWReadPathArgument(world.host.fileSystem(), world.places, invocation.text(argument.name));
+            world.host.fileSystem().look(path.path);
+        }
+    }
+}
+
 TWCommandResult run(const TWWorld& world, const TWInvocation& invocation, int& argumentCount, char** arguments,
     const std::vector<std::string>& words, const std::string& workingFolder)
 {
@@ -50,6 +62,7 @@ TWCommandResult run(const TWWorld& world, const TWInvocation& invocation, int& a
         return { world.places.sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem };
     const auto here = [&] { return runHere(world, invocation, argumentCount, arguments); };
     if (kind == TWCommandKind::ChangesLists) {
+        lookAtPaths(world, invocation);
         const auto handover = world.host.makeHandover(world.places, world.dataFolder.path());
         return TWChangeLists(*handover, *world.host.makeLocks(), world.dataFolder, { words, workingFolder, here });
     }

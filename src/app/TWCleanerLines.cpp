@@ -14,7 +14,7 @@ constexpr auto AndRefused = "%@, %@ refused";
 constexpr auto ItemsAndSize = "%@, %@";
 constexpr auto Nothing = "Nothing to clean now";
 constexpr auto AllRefused = "%@ refused: %@";
-constexpr auto WarningAndItems = "%@; %@";
+constexpr auto ItemsAndWarning = "%@; %@";
 
 constexpr TWRunLoop::Duration WatchInterval{ 2000 };
 constexpr TWRunLoop::Duration ShortestAge{ 10'000 }; // of lines that are determined again
@@ -35,7 +35,7 @@ std::string itemsText(const TWCleanerRow& row, const TWPlanSummary& summary)
     return summary.refused ? TWText::fill(AndRefused, { items, std::to_string(summary.refused) }) : items;
 }
 
-// The worst comes first, because the end of a long line is not shown.
+// What is worst takes the place of the rest. The numbers come before a warning, because a long one is shortened.
 std::string summaryText(const TWCleanerRow& row, const TWPlanSummary& summary, const std::string& warning)
 {
     if (summary.failure)
@@ -43,7 +43,7 @@ std::string summaryText(const TWCleanerRow& row, const TWPlanSummary& summary, c
     if (summary.incomplete)
         return summary.remark;
     const auto items = itemsText(row, summary);
-    return warning.empty() ? items : TWText::fill(WarningAndItems, { warning, items });
+    return warning.empty() ? items : TWText::fill(ItemsAndWarning, { items, warning });
 }
 
 }

@@ -104,8 +104,10 @@ TWPlannedJob TWCleanerPreview::job() const
     job.warning = warning_;
     job.unticked = unticked_;
     for (std::size_t index = 0; index < plan_->items.size(); ++index) {
-        if (!plan_->wouldDelete(plan_->items[index]))
-            job.unticked[index] = true;
+        if (plan_->wouldDelete(plan_->items[index]))
+            continue;
+        job.unticked[index] = true;
+        job.refused += !plan_->items[index].quiet;
     }
     return job;
 }

@@ -138,6 +138,9 @@ std::string filesStatus(const TWSettingsSources& sources)
 
 std::string filesWarning(const TWSettingsSources& sources)
 {
+    const auto& rules = sources.editors->get<TWFilesWindowController>().rules();
+    if (auto warning = TWRuleNotes::warningAboutHome(rules, sources.places); !warning.empty())
+        return warning;
     return searchesForWords(sources) ? TWRuleNotes::warningAboutWords(sources.editors->dictionary().wordDictionary())
                                      : "";
 }

@@ -20,6 +20,8 @@ constexpr auto FailureTitle = "Uh oh...";
 constexpr auto FailureText = "One or more cleaners failed to run successfully.";
 constexpr auto FailureClick = " Click here for details.";
 
+constexpr auto NotStarted = "%@ was not started, because the cleaning was stopped.";
+
 constexpr auto TitleAndProgress = "%@: %@";
 
 constexpr TWRunLoop::Duration ProgressInterval{ 100 };
@@ -258,10 +260,10 @@ void TWCleaningRun::endRun()
 {
     running_ = false;
     progress_.reset();
-    const auto next = cleanerArray_.begin() + currentCleanerIndex_ + 1;
-    const auto active = std::count_if(next, cleanerArray_.end(), [](const auto& each) { return each->isActive(); });
     outcome_.stopped = stopping_;
-    outcome_.notStarted = static_cast<std::uint64_t>(active);
+    for (auto position = static_cast<std::size_t>(currentCleanerIndex_) + 1; position < cleanerArray_.size();
+         ++position)
+        reportNotStarted(*cleanerArray_[position]);
     addMessage(TWText::fill(DoneCleaning, { dateText() }));
     if (showsResults(AtEnd))
         context_.windows.bringToFront(TWWindow::Results);
@@ -278,6 +280,15 @@ void TWCleaningRun::endRun()
         context_.windows.requestUserAttention();
     context_.view.showOutcome(outcome_);
     finish(allSuccess_ ? TWRunOutcome::Succeeded : TWRunOutcome::Failed);
+}
+
+void TWCleaningRun::reportNotStarted(const TWCleaner& cleaner)
+{
+    if (!cleaner.isActive())
+        return;
+    ++outcome_.notStarted;
+    const auto* title = TWCleanerTable()[static_cast<std::size_t>(positionOf(cleaner))].title;
+    addMessage(cleaner, TWText::fill(NotStarted, { title }), TWMessageType::Information);
 }
 
 void TWCleaningRun::postNotification()

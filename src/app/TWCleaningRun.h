@@ -92,6 +92,7 @@ private:
     void watchProgress();
     void showProgress();
     void endRun();
+    void reportNotStarted(const TWCleaner&);
     void postNotification();
     void finish(TWRunOutcome);
 

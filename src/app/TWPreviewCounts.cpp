@@ -68,7 +68,11 @@ void TWPreviewCounts::count()
         [shares = preview_.shares(), groups = std::move(groups)](auto& sink) {
             Counts counts(groups.size());
             for (const auto& share : shares)
-                counts[share.cleaner] = countGroups(share, groups[share.cleaner], sink.cancellation());
+                counts[share.cleaner].groups = countGroups(share, groups[share.cleaner], sink.cancellation());
+            for (const auto& share : shares) {
+                if (share.sized == share.plan->items.size())
+                    counts[share.cleaner].total = TWAddUpPreview({ share }, sink.cancellation());
+            }
             sink.put(std::move(counts));
         },
         [this](Counts counts) { counts_ = std::move(counts); },
@@ -84,16 +88,26 @@ void TWPreviewCounts::count()
 
 TWPreviewCount TWPreviewCounts::of(std::size_t cleaner, std::size_t group) const
 {
-    const bool known = cleaner < counts_.size() && group < counts_[cleaner].size();
-    return known ? counts_[cleaner][group] : TWPreviewCount();
+    const bool known = cleaner < counts_.size() && group < counts_[cleaner].groups.size();
+    return known ? counts_[cleaner].groups[group] : TWPreviewCount();
 }
 
 TWPreviewCount TWPreviewCounts::of(std::size_t cleaner) const
 {
     TWPreviewCount sum;
-    for (std::size_t group = 0; cleaner < counts_.size() && group < counts_[cleaner].size(); ++group)
-        sum += counts_[cleaner][group];
+    for (std::size_t group = 0; cleaner < counts_.size() && group < counts_[cleaner].groups.size(); ++group)
+        sum += counts_[cleaner].groups[group];
     return sum;
+}
+
+TWPreviewCount TWPreviewCounts::distinct(std::size_t cleaner) const
+{
+    auto count = of(cleaner);
+    if (cleaner < counts_.size() && counts_[cleaner].total) {
+        count.ticked = counts_[cleaner].total->items;
+        count.bytes = counts_[cleaner].total->bytes;
+    }
+    return count;
 }
 
 TWPreviewCount TWPreviewCounts::all() const

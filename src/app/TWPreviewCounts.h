@@ -32,10 +32,19 @@ public:
     // By index into TWPreview::cleaners() and, there, into groups(). Nothing for what has not been counted yet.
     TWPreviewCount of(std::size_t cleaner, std::size_t group) const;
     TWPreviewCount of(std::size_t cleaner) const;
+
+    // The same for a cleaner whose sizes are all known, but each item that several of its rules name counts only once
+    // among the ticked ones.
+    TWPreviewCount distinct(std::size_t cleaner) const;
+
     TWPreviewCount all() const;
 
 private:
-    using Counts = std::vector<std::vector<TWPreviewCount>>;
+    struct OfCleaner {
+        std::vector<TWPreviewCount> groups;
+        std::optional<TWPreviewTotal> total;
+    };
+    using Counts = std::vector<OfCleaner>;
 
     void count();
 

@@ -52,6 +52,17 @@ const char* name(TWPreviewFate fate)
     }
 }
 
+// "" if it is not known.
+std::string bytes(const TWPreviewShare& share, std::size_t index)
+{
+    const auto& item = share.plan->items[index];
+    if (!share.plan->wouldDelete(item)) {
+        const auto known = item.bytesOfFile();
+        return known ? std::to_string(*known) : "";
+    }
+    return index < share.sized ? std::to_string((*share.bytes)[index]) : "";
+}
+
 void addLine(const Texts& texts, TWPreviewRow row, std::string& text)
 {
     const auto& share = texts.source.share(row);
@@ -59,7 +70,7 @@ void addLine(const Texts& texts, TWPreviewRow row, std::string& text)
     const auto refusal = TWPlanReasons::refusal(*share.plan, item);
     addField(name(texts.source.fate(row)), text);
     addField(share.plan->path(item), text);
-    addField(row.item < share.sized ? std::to_string((*share.bytes)[row.item]) : "", text);
+    addField(bytes(share, row.item), text);
     addField(time(item.facts.modified), text);
     addField(texts.titles[row.cleaner], text);
     addField(texts.reasons[row.cleaner].rule(item), text);
@@ -83,11 +94,8 @@ TWPreviewExport::TWPreviewExport(TWRunLoop& runLoop, const TWOwnFiles& files, co
         runLoop, 1,
         [texts = std::move(texts), rows = std::move(rows), path, &files](auto& sink) {
             std::string text = Titles;
-            for (const auto& row : rows) {
-                if (sink.cancellation().cancelled())
-                    return;
+            for (const auto& row : rows)
                 addLine(texts, row, text);
-            }
             sink.put(files.writeAtomically(path, text));
         },
         std::move(ended), [] {});

@@ -6,7 +6,7 @@
 
 // Writes rows of a preview to a file as comma-separated values for a spreadsheet, in the background: a line of titles
 // and a line for each row. Names are shown as in the window; `tidewell preview --json` also has their exact bytes. Main
-// thread. Destroying it ends the work without a call; the file is then written or left as it was.
+// thread. Destroying it only prevents the call, because the user has been promised the file.
 class TWPreviewExport final {
 public:
     // The source is that of the preview. ended is called once, on a later turn, with 0 or the errno.

@@ -1,5 +1,6 @@
 #include "app/TWPreviewWindowController.h"
 
+#include "deletion/TWKeepRules.h"
 #include "editors/TWKeepWindowController.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
@@ -33,7 +34,7 @@ constexpr auto CleanerLine = "%@: %@";
 constexpr auto WouldFail = "would fail: %@";
 constexpr auto NoMatch = "No item matches the filter.";
 constexpr auto SizesTooSmall = "Something inside the folders could not be read, so some sizes are too small.";
-constexpr auto Cleaned = "This preview was made %@ and has been cleaned since.";
+constexpr auto Cleaned = "This preview was made %@, and Clean was started from it since.";
 constexpr auto CleanStarted = "Clean was started from this preview %@.";
 constexpr auto Outdated
     = "This preview was made %@. The switches, settings or lists have changed since. Press Refresh before Clean.";
@@ -274,7 +275,9 @@ void TWPreviewWindowController::tickAll(TWTick each)
 bool TWPreviewWindowController::canKeep(TWPreviewRow row) const
 {
     const auto path = cleaner(row).plan()->path(item(row));
-    return fate(row) != TWPreviewFate::Kept && !TWPath::isAtOrBelow(path, delegate_.platform().places.trash);
+    const auto* objection = item(row).objection;
+    return fate(row) != TWPreviewFate::Kept && !(objection && TWKeepRules::isReason(objection))
+        && !TWPath::isAtOrBelow(path, delegate_.platform().places.trash);
 }
 
 bool TWPreviewWindowController::canKeepAny(const std::vector<TWPreviewRow>& rows) const

@@ -17,7 +17,7 @@ void TWCleaner::clean()
     job_->stage = Stage::Planning;
     job_->planning = makePlan([this](const TWPlan& soFar) { job_->found = soFar.items.size(); },
         [this](TWPlan plan) {
-            startPerforming({ std::make_shared<const TWPlan>(std::move(plan)), {}, nullptr, "" });
+            startPerforming({ std::make_shared<const TWPlan>(std::move(plan)), {}, 0, nullptr, "" });
         });
 }
 

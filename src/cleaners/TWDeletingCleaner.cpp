@@ -1,6 +1,7 @@
 #include "cleaners/TWDeletingCleaner.h"
 
 #include "cleaners/TWPreviewTotal.h"
+#include "support/TWText.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,6 +13,8 @@ constexpr TWRunLoop::Duration HeadStart{ 300 };
 
 // After a preview there may be more by now than it showed.
 constexpr auto PreviewSuccess = "Everything that was ticked in the preview is gone.";
+constexpr auto OneRefused = "1 item stayed, because the preview showed it as refused.";
+constexpr auto SeveralRefused = "%@ items stayed, because the preview showed them as refused.";
 
 // Every mode that is none of the others overwrites most often.
 TWSecureMode stronger(TWSecureMode one, TWSecureMode other)
@@ -49,6 +52,7 @@ void TWDeletingCleaner::deletePlanned(const TWPlannedJob& planned)
     // Whoever has switched on secure deletion since the preview relies on it.
     secureMode_ = planned.check ? stronger(plan.secureMode, secureModeNow()) : plan.secureMode;
     authorization_ = plan.authorization;
+    refused_ = planned.refused;
     complete_ = !plan.incomplete;
     plan_ = planned.plan;
     check_ = planned.check;
@@ -81,6 +85,7 @@ void TWDeletingCleaner::addToQueues(const TWPlannedJob& planned)
             followers_.push_back({ TWPlan::target(planned.plan, item), positions[item.owner] });
         }
     }
+    records_ = followers_.size();
     fileDeleteQueue_->addFilesFromArray(std::move(targets));
 }
 
@@ -134,6 +139,8 @@ TWProgress TWDeletingCleaner::performed() const
     progress.planned = true;
     progress.items = queued_.size();
     progress.itemsDone = fileDeleteQueue_->finished();
+    progress.records = records_;
+    progress.recordsDone = followersQueue_ ? followersQueue_->finished() : 0;
     if (!sizes_)
         return progress;
     for (; addedUp_ < progress.itemsDone && isMeasured(addedUp_); ++addedUp_)
@@ -156,6 +163,7 @@ void TWDeletingCleaner::addUpOutcome()
         if (gone && fileDeleteQueue_->isDeleted(position))
             addUpFreed(position, names);
     }
+    outcome_.left += refused_;
 }
 
 // The space of a file is free only when its last name is gone.
@@ -218,7 +226,16 @@ void TWDeletingCleaner::fileDeleteQueueVerified(bool nothingLeft)
     complete_ = complete_ && nothingLeft;
     if (!followersQueue_ && !followers_.empty() && !fileDeleteQueue_->stopped())
         findFollowers();
-    else if (complete_)
+    else
+        finishJob();
+}
+
+// The user has seen that the refused items would stay, so they are no failure.
+void TWDeletingCleaner::finishJob()
+{
+    if (refused_ > 0)
+        reportProgress(refused_ == 1 ? OneRefused : TWText::fill(SeveralRefused, { TWText::number(refused_) }));
+    if (complete_)
         finish(Outcome::Success, successText());
     else
         finish(Outcome::Failure, texts_.failure);

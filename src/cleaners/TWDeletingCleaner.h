@@ -68,6 +68,7 @@ private:
     void beginDeleting();
     void addUpOutcome();
     void verifyQueue();
+    void finishJob();
     void findFollowers();
     void deleteFollowers(std::vector<TWDeletionTarget>);
     std::unique_ptr<TWFileDeleteQueue> makeQueue(TWFileDeleteQueue::Announcing);
@@ -76,6 +77,7 @@ private:
     Texts texts_;
     TWSecureMode secureMode_ = TWPlainDelete;
     TWAuthorization authorization_ = TWAuthorization::No;
+    std::uint64_t refused_ = 0; // items of the latest job that its preview had shown as refused
     bool complete_ = true; // everything was looked at and is gone, as far as is known by now
     std::shared_ptr<TWPreviewCheck> check_; // nullptr if the job made its own plan
     TWOutcome outcome_; // of the latest job
@@ -87,6 +89,7 @@ private:
     mutable std::size_t addedUp_ = 0; // positions whose sizes are in bytesDone_
     mutable std::uint64_t bytesDone_ = 0;
     std::vector<Follower> followers_;
+    std::size_t records_ = 0; // followers that the job began with
     std::unique_ptr<TWFileDeleteQueue> fileDeleteQueue_; // a new one for each job
     std::unique_ptr<TWBackgroundStream<std::vector<TWDeletionTarget>>> findingFollowers_;
     std::unique_ptr<TWFileDeleteQueue> followersQueue_;

@@ -14,6 +14,12 @@ inline constexpr std::uint32_t TWNone = std::numeric_limits<std::uint32_t>::max(
 
 // One thing that would change: a path that would be deleted.
 struct TWPlannedItem {
+    // Space on disk, unless it is a folder, which takes what is in it as well.
+    std::optional<std::uint64_t> bytesOfFile() const
+    {
+        return facts.kind == TWFileKind::Folder ? std::nullopt : std::optional(facts.bytes);
+    }
+
     std::string_view name; // bytes, kept by the plan: the last component; the whole path if there is no folder
     TWFileFacts facts; // as the disk showed it while planning
     const char* objection = nullptr; // why the deletion would be refused; kept by the plan
@@ -76,6 +82,7 @@ private:
 struct TWPlannedJob {
     std::shared_ptr<const TWPlan> plan;
     std::vector<bool> unticked; // by item; empty if everything is carried out
+    std::uint64_t refused = 0; // items that a preview has shown as refused; they are not carried out
     std::shared_ptr<TWPreviewCheck> check; // of the run; nullptr if the plan was made just now
     std::string warning; // what validate() said when a preview made the plan
 

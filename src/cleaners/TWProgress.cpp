@@ -57,7 +57,7 @@ double TWProgress::fraction() const
 {
     if (!planned)
         return 0;
-    const auto ofItems = part(itemsDone, items);
+    const auto ofItems = part(itemsDone + recordsDone, items + records);
     return measured && bytes > 0 ? (ofItems + part(bytesDone, bytes)) / 2 : ofItems;
 }
 

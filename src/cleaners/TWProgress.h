@@ -12,6 +12,8 @@ struct TWProgress {
     std::uint64_t bytesDone = 0;
     bool planned = false; // items is final
     bool measured = false; // so is bytes
+    std::uint64_t records = 0; // of the items; they are deleted after them, and no text counts them
+    std::uint64_t recordsDone = 0;
 
     // From 0 to 1; 0 while it plans. What is left takes about as long as this says: small items cost a child process
     // each, large ones their size.

@@ -3,10 +3,14 @@
 #include "cli/TWTerminal.h"
 #include "support/TWText.h"
 
+#include <ranges>
+
 namespace {
 
 constexpr auto NoSuchCleaner = "There is no cleaner \"%@\". The cleaners are: %@.\n";
 constexpr auto LaterCleaner = "The cleaner \"%@\" comes in a later version.\n";
+
+constexpr auto NotRead = "Tidewell: nobody read the output, so the last %@ of the results are missing.\n";
 
 constexpr auto Only = "--only";
 constexpr auto Yes = "--yes";
@@ -17,7 +21,7 @@ constexpr TWRunLoop::Duration PatienceWithReader{ 1000 }; // after an interrupti
 std::string cleanerNames()
 {
     std::string names;
-    for (const auto& row : TWCleanerTable())
+    for (const auto& row : TWCleanerTable() | std::views::filter(&TWCleanerRow::available))
         names += (names.empty() ? "" : ", ") + std::string(row.name);
     return names;
 }
@@ -99,10 +103,11 @@ TWCommandResult TWRunCleaners(const TWCommandContext& context, const TWRunChoice
     delegate.resultsWindowController().flush();
     bool givenUp = false;
     std::unique_ptr<TWRunLoopHandle> patience;
-    while (!terminal.printed() && !givenUp) {
+    while (terminal.unprinted() > 0 && !givenUp) {
         if (interrupted && !patience)
             patience = runLoop.after(PatienceWithReader, [&] { givenUp = true; });
         runLoop.turn(LongestTurn);
     }
-    return { interrupted ? TWStatus::Interrupted : statusOf(*terminal.outcome(), terminal), "", "" };
+    const auto missing = givenUp ? TWText::fill(NotRead, { TWText::count(terminal.unprinted(), "line", "lines") }) : "";
+    return { interrupted ? TWStatus::Interrupted : statusOf(*terminal.outcome(), terminal), "", missing };
 }

@@ -22,9 +22,13 @@ public:
     // False while some text waits for the reader.
     bool isReady() const { return waiting_.empty(); }
 
+    // How many lines wait, a line of which a part has been written included.
+    std::size_t waitingLines() const;
+
     bool failed() const { return failed_; }
 
 private:
+    std::string_view pieceAt(std::size_t begin) const;
     void writeSome();
 
     TWRunLoop& runLoop_;

@@ -34,7 +34,8 @@ TWJSON::Object bytes(const TWCleanerPreview& cleaner, std::size_t index)
     const auto& item = cleaner.plan()->items[index];
     if (cleaner.plan()->wouldDelete(item))
         return cleaner.bytes(index);
-    return item.facts.kind == TWFileKind::Folder ? TWJSON::Object() : TWJSON::Object(item.facts.bytes);
+    const auto known = item.bytesOfFile();
+    return known ? TWJSON::Object(*known) : TWJSON::Object();
 }
 
 std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)

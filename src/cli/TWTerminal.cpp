@@ -167,7 +167,14 @@ void TWTerminal::showOutcome(const TWOutcome& outcome)
     std::fprintf(stderr, "%s%s\n", outcome.stopped ? Stopped : "", outcome.text().c_str());
 }
 
-// The run goes on whether or not its lines can be printed, because it is already decided what it deletes.
+std::size_t TWTerminal::unprinted() const
+{
+    if (output_.isReady())
+        return 0;
+    return output_.waitingLines() + delegate_->resultsWindowController().messages().size() - printed_;
+}
+
+// The run goes on although a reader of the lines stands still, because it is already decided what it deletes.
 void TWTerminal::printMessages()
 {
     // The lines take the place of the progress, which is drawn again below them.

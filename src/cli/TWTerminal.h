@@ -31,8 +31,8 @@ public:
     // Answers an open question at the prompt with no.
     void endQuestion();
 
-    // False while results wait for a reader of the output that stands still.
-    bool printed() const { return output_.isReady(); }
+    // How many lines of the results wait for a reader of the output that stands still.
+    std::size_t unprinted() const;
 
     // False after results could not be written.
     bool outputWritten() const { return !output_.failed(); }

@@ -21,7 +21,7 @@ constexpr auto HoldsNameKept = "it holds \"%@\", and names like \"%@\" are on th
 constexpr auto HoldsMoved = "it holds \"%@\", which is on the keep list and has been moved.";
 constexpr auto NotSearchedItself = "it could not be searched for what is on the keep list (%@).";
 constexpr auto NotSearched = "it holds \"%@\", which could not be searched for what is on the keep list (%@).";
-constexpr auto NotSearchedToTheEnd = "it could not be searched for what is on the keep list.";
+constexpr auto NotSearchedToTheEnd = "the search in it for kept items could not be finished.";
 
 // What is kept of a tree, and where; at most one of the two.
 struct Found {

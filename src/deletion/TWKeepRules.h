@@ -36,6 +36,9 @@ public:
         bool inTrash = false;
     };
 
+    // True for an objection which says that something is kept, false for one for another reason.
+    static bool isReason(std::string_view objection) { return objection.ends_with("on the keep list."); }
+
     // chain is that of the folder (see TWHeldFolder).
     Folder judgeFolder(const std::vector<TWAncestor>& chain, const std::string& realPath) const;
 

@@ -8,6 +8,7 @@ namespace {
 constexpr auto KeepsNothing = "Keeps nothing: the entry %@.";
 constexpr auto Doubtful = "May not keep what you mean: the entry %@.";
 constexpr auto KeepsEverything = "Keeps everything: outside the Trash nothing would be deleted any more.";
+constexpr auto KeepsHome = "Keeps everything in your home folder, except for the Trash.";
 constexpr auto Missing = "Does not exist now";
 constexpr auto NotLookedAt = "Could not be looked at: %@";
 
@@ -18,12 +19,15 @@ bool isPath(const TWKeepEntry& entry)
     return entry.kind != TWKeepEntry::Kind::Names && entry.mistake().empty();
 }
 
-bool keepsEverything(const TWKeepEntry& entry, const TWPlaces& places)
+// What is said of an entry that keeps far more than most users want, or "".
+const char* excess(const TWKeepEntry& entry, const TWPlaces& places)
 {
     if (entry.kind == TWKeepEntry::Kind::Names)
-        return entry.text.find_first_not_of('*') == std::string::npos;
-    return entry.kind == TWKeepEntry::Kind::FolderWithContents
-        && TWPath::isAtOrBelow(places.home, places.standardize(entry.text));
+        return entry.text.find_first_not_of('*') == std::string::npos ? KeepsEverything : "";
+    const auto folder = places.standardize(entry.text);
+    if (entry.kind != TWKeepEntry::Kind::FolderWithContents || !TWPath::isAtOrBelow(places.home, folder))
+        return "";
+    return folder == "/" ? KeepsEverything : KeepsHome;
 }
 
 // Any thread.
@@ -86,8 +90,8 @@ TWKeepNote TWKeepNotes::note(const TWKeepEntry& entry) const
         return { TWText::fill(KeepsNothing, { mistake }), true };
     if (const auto doubt = entry.doubt(); !doubt.empty())
         return { TWText::fill(Doubtful, { doubt }), true };
-    if (keepsEverything(entry, tools_.places))
-        return { KeepsEverything, true };
+    if (const std::string text = excess(entry, tools_.places); !text.empty())
+        return { text, true };
     const auto found = found_.find(entry.text);
     return isPath(entry) && found != found_.end() ? found->second : TWKeepNote();
 }

@@ -1,6 +1,7 @@
 #include "editors/TWRuleNotes.h"
 
 #include "cleaners/TWFilesCleaner.h"
+#include "deletion/TWKeepRules.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -14,6 +15,7 @@ constexpr auto Kept = "Kept: %@";
 constexpr auto AllKept = "Everything in it is kept or refused: %@";
 constexpr auto SomeRefused = "%@; %@ will be refused: %@";
 constexpr auto WholeHome = "This would delete everything in your home folder.";
+constexpr auto RuleForHome = "rule %@ would delete everything in your home folder";
 constexpr auto NoWords = "There are no words in the dictionary: this rule finds nothing.";
 constexpr auto ShortWord = "the word \"%@\" is short and stands in a great many names";
 constexpr auto WarningAndNote = "%@; %@";
@@ -29,17 +31,16 @@ std::size_t characters(const std::string& word)
         std::count_if(word.begin(), word.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
-// The reasons that the keep list gives end like this.
-bool isOfKeepList(const TWObjection& objection)
+bool emptiesHome(const TWFilesRule& rule, const TWPlaces& places)
 {
-    return objection.ends_with("on the keep list.");
+    return rule.whatToDelete == TWFolderContents && places.standardize(rule.filePath) == places.home;
 }
 
 // Nothing of the rule would be deleted.
 std::string allRefusedText(const TWFilesRule& rule, const TWObjection& objection)
 {
     const auto* text = rule.whatToDelete == TWItemItself ? Kept : AllKept;
-    return TWText::fill(isOfKeepList(objection) ? text : Refused, { objection });
+    return TWText::fill(TWKeepRules::isReason(objection) ? text : Refused, { objection });
 }
 
 std::string itemsText(const TWFilesRule& rule, const TWPlanSummary& summary)
@@ -133,6 +134,13 @@ TWRuleNote TWRuleNotes::note(const TWFilesRule& rule, const std::vector<std::str
     return note;
 }
 
+std::string TWRuleNotes::warningAboutHome(const std::vector<TWFilesRule>& rules, const TWPlaces& places)
+{
+    const auto found
+        = std::ranges::find_if(rules, [&](const auto& rule) { return rule.active && emptiesHome(rule, places); });
+    return found == rules.end() ? "" : TWText::fill(RuleForHome, { std::to_string(found - rules.begin() + 1) });
+}
+
 std::string TWRuleNotes::warningAboutWords(const std::vector<std::string>& words)
 {
     const auto shortWord = std::find_if(
@@ -149,6 +157,6 @@ std::string TWRuleNotes::mistake(const TWFilesRule& rule) const
     if (rule.whatToDelete == TWItemItself)
         return "";
     if (rule.whatToDelete == TWFolderContents)
-        return places.standardize(rule.filePath) == places.home ? WholeHome : "";
+        return emptiesHome(rule, places) ? WholeHome : "";
     return rule.needsKeywords() ? "" : NotAKind;
 }

@@ -27,6 +27,9 @@ public:
 
     TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words) const;
 
+    // One clause about the first active rule that would empty the home folder, or "".
+    static std::string warningAboutHome(const std::vector<TWFilesRule>&, const TWPlaces&);
+
     // One clause about the first word that is so short that it stands in a great many names, or "".
     static std::string warningAboutWords(const std::vector<std::string>& words);
 

@@ -44,7 +44,8 @@ public:
     // ignored.
     virtual void holdEndRequests() const = 0;
 
-    // Calls the function for each such signal.
+    // Calls the function for each such signal. If the run loop does not turn for five seconds after one, the process
+    // ends with status 130.
     [[nodiscard]] virtual std::unique_ptr<TWRunLoopHandle> whenToldToEnd(TWRunLoop&, std::function<void()>) const = 0;
 
     // Creates an empty folder with a unique name in the folder for temporary files. On failure returns nothing and sets

@@ -129,8 +129,9 @@ TEST_F(TWCleaningRunTest, StopEndsTheRunAndOpensNoWindow)
     EXPECT_TRUE(saw("stopped 2"));
     EXPECT_EQ(view.lines.back(), "ended: failed");
     const auto lines = results();
-    EXPECT_EQ(Lines(lines.end() - 2, lines.end()),
-        (Lines{ "2 The cleaner was terminated before its job was finished!", End }));
+    EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
+        (Lines{ "2 The cleaner was terminated before its job was finished!",
+            "0 Files was not started, because the cleaning was stopped.", End }));
 }
 
 TEST_F(TWCleaningRunTest, EndsAsTheSettingsSay)

@@ -139,7 +139,7 @@ TEST_P(TWCleanerContractTest, APlanChangesNothingAndIsWhatARunDoes)
     EXPECT_NE(worldOf(run), before);
     run.row.addLate(run);
     planned.row.addLate(planned);
-    planned.cleaner->carryOut({ std::make_shared<const TWPlan>(std::move(plan)), {}, nullptr, "" });
+    planned.cleaner->carryOut({ std::make_shared<const TWPlan>(std::move(plan)), {}, 0, nullptr, "" });
     planned.runLoop.runUntilIdle();
     EXPECT_EQ(worldOf(planned), worldOf(run));
     EXPECT_EQ(planned.reports.lines, run.reports.lines);

@@ -118,6 +118,7 @@ TEST_F(TWCleanCommandTest, AReaderThatStandsStillHoldsUpNeitherTheRunNorItsEnd)
         const auto deadline = Clock::now() + 30s;
         while (count("home" + std::string(Trash) + "/info") > 0 && Clock::now() < deadline)
             std::this_thread::sleep_for(1ms);
+        EXPECT_EQ(count("home" + std::string(Trash) + "/info"), 0U);
         std::string text;
         char piece[4096];
         if (interrupted)

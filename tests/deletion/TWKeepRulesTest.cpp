@@ -123,7 +123,7 @@ TEST_F(TWKeepRulesTest, AnotherFolderAndAnEndedSearchTellNothing)
     const auto another = fileSystem.look(locked);
     TWCancellation cancelled;
     cancelled.cancel();
-    constexpr auto NotToTheEnd = "it could not be searched for what is on the keep list.";
+    constexpr auto NotToTheEnd = "the search in it for kept items could not be finished.";
     constexpr auto Search = TWDeletionRules::Search::Names;
     EXPECT_EQ(rules->objectionInside(judged, "folder", another, Search, {}), NotToTheEnd);
     EXPECT_EQ(rules->objectionInside(judged, "folder", home->look("folder"), Search, cancelled), NotToTheEnd);

@@ -14,7 +14,8 @@ TEST(TWLinuxEndRequestsTest, RequestsToEndBecomeEventsUnlessTheyAreIgnored)
     TWFakeRunLoop runLoop;
     int requests = 0;
     TWLinuxEndRequests::hold();
-    const TWLinuxEndRequests watching(runLoop, [&] { ++requests; });
+    const TWLinuxEndRequests watching(
+        runLoop, [&] { ++requests; }, 60'000);
     for (const int signal : { SIGHUP, SIGTERM, SIGINT }) {
         raise(signal);
         runLoop.runUntilIdle();
@@ -22,4 +23,17 @@ TEST(TWLinuxEndRequestsTest, RequestsToEndBecomeEventsUnlessTheyAreIgnored)
     EXPECT_EQ(requests, 2);
     std::signal(SIGHUP, hangup);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST(TWLinuxEndRequestsTest, AProcessWhoseMainThreadHangsIsEnded)
+{
+    const auto hang = [] {
+        TWLinuxEndRequests::hold();
+        TWFakeRunLoop runLoop;
+        const TWLinuxEndRequests watching(
+            runLoop, [] {}, 10);
+        kill(getpid(), SIGTERM);
+        std::this_thread::sleep_for(std::chrono::seconds(30));
+    };
+    EXPECT_EXIT(hang(), testing::ExitedWithCode(130), "");
 }

@@ -43,3 +43,18 @@ TEST(TWQtRunLoopTest, ItsEndWaitsForBackgroundWorkAndIsSilent)
     EXPECT_TRUE(ended);
     QCoreApplication::processEvents();
 }
+
+TEST(TWQtRunLoopTest, SaysIfBackgroundWorkDoesNotEnd)
+{
+    TWQtRunLoop loop;
+    std::atomic<bool> answers = false; // as a volume does
+    const auto task = loop.inBackground(
+        [&](const auto&) {
+            while (!answers)
+                std::this_thread::yield();
+        },
+        [] {});
+    EXPECT_FALSE(loop.endBackgroundWork(TWRunLoop::Duration(10)));
+    answers = true;
+    EXPECT_TRUE(loop.endBackgroundWork(TWRunLoop::Duration(30'000)));
+}

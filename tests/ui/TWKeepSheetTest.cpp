@@ -74,9 +74,8 @@ TEST_F(TWKeepSheetTest, EditsInPlaceWhatIsKeptAtOnce)
     keep.addEntry({ FolderWithContents, "~/.." });
     press("okPushButton");
     EXPECT_EQ(message(),
-        "Press OK again to save the selected row all the same. Warning: Keeps everything: outside the Trash nothing "
-        "would "
-        "be deleted any more.");
+        "The selected row has a warning. Press OK again to save all the same. Warning: Keeps everything in your home "
+        "folder, except for the Trash.");
     press("okPushButton");
     EXPECT_FALSE(sheet.isVisible());
     EXPECT_NE(world.root.read(Saved).find("~/there"), std::string::npos);

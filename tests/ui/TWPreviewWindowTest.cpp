@@ -140,7 +140,7 @@ TEST_F(TWPreviewWindowTest, KeysOpenFilterUntickKeepAndCleanExactlyWhatIsTicked)
     press("cleanButton");
     EXPECT_TRUE(machine.root.exists("home/folder/secret") && machine.root.exists("home/folder/a"));
     EXPECT_FALSE(machine.root.exists("home/.local/share/Trash/files/trashed"));
-    EXPECT_NE(label("noticeBarLabel").find("cleaned since"), std::string::npos);
+    EXPECT_NE(label("noticeBarLabel").find("Clean was started from it since"), std::string::npos);
     EXPECT_TRUE(QTest::qWaitForWindowActive(&session.mainWindow()));
     QTest::keyClick(&session.mainWindow(), Qt::Key_P, Qt::ControlModifier);
     machine.runLoop.advance(1s);

@@ -14,6 +14,12 @@
 #include <csignal>
 #include <cstdlib>
 
+namespace {
+
+constexpr int PatienceWithMainThread = 5000; // in milliseconds
+
+}
+
 std::unique_ptr<TWHost> TWMakeHost()
 {
     return std::make_unique<TWLinuxHost>();
@@ -70,7 +76,7 @@ void TWLinuxHost::holdEndRequests() const
 
 std::unique_ptr<TWRunLoopHandle> TWLinuxHost::whenToldToEnd(TWRunLoop& runLoop, std::function<void()> requested) const
 {
-    return std::make_unique<TWLinuxEndRequests>(runLoop, std::move(requested));
+    return std::make_unique<TWLinuxEndRequests>(runLoop, std::move(requested), PatienceWithMainThread);
 }
 
 std::optional<std::string> TWLinuxHost::makeTemporaryFolder(int& error) const

@@ -40,7 +40,9 @@ bool TWControls::pressFocused(const QWidget& window, const QKeyEvent& event)
     auto* focused = qobject_cast<QAbstractButton*>(window.focusWidget());
     if (!focused || (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter))
         return false;
-    focused->click();
+    // A box is ticked by the space bar. One Return too many must not switch a cleaner on.
+    if (!focused->isCheckable())
+        focused->click();
     return true;
 }
 

@@ -118,8 +118,8 @@ bool TWRecordSheet::showNewWarnings()
         return false;
     table_->showRow(rows.front());
     const auto question = rows.size() == 1
-        ? tr("Press OK again to save the selected row all the same.")
-        : tr("Press OK again to save %1 rows with warnings all the same.").arg(QLocale().toString(rows.size()));
+        ? tr("The selected row has a warning. Press OK again to save all the same.")
+        : tr("%1 rows have warnings. Press OK again to save all the same.").arg(QLocale().toString(rows.size()));
     showMessage(question + ' ' + table_->selectedNote());
     return true;
 }

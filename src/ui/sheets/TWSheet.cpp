@@ -1,6 +1,7 @@
 #include "ui/sheets/TWSheet.h"
 
 #include "ui/parts/TWControls.h"
+#include "ui/parts/TWFocusFrame.h"
 #include "ui/parts/TWMessageBar.h"
 #include "ui/parts/TWScrollBox.h"
 
@@ -42,6 +43,7 @@ TWSheet::TWSheet(const QString& objectName, const QString& title, QWidget* paren
     setObjectName(objectName);
     setWindowTitle(title);
     setWindowModality(Qt::WindowModal);
+    new TWFocusFrame(this);
     auto* scrolled = new QWidget;
     scrolled->setLayout(column_);
     column_->setContentsMargins(0, 0, 0, 0);

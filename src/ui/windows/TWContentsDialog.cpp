@@ -3,6 +3,7 @@
 #include "support/TWPath.h"
 #include "support/TWText.h"
 #include "ui/parts/TWControls.h"
+#include "ui/parts/TWFocusFrame.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWScrollBox.h"
 #include "ui/parts/TWSpinner.h"
@@ -48,6 +49,7 @@ TWContentsDialog::TWContentsDialog(TWRunLoop& runLoop, const TWFileSystem& fileS
     , spinner_(new TWSpinner(fontMetrics().height(), this))
 {
     setObjectName("contentsDialog");
+    new TWFocusFrame(this);
     setWindowTitle(
         places.sandboxed() ? tr(TitleInSandbox).arg(TWQtText::titlePart(places.sandboxRoot)) : tr("Contents"));
     entries_->setObjectName("contentsTreeWidget");

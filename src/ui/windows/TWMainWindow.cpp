@@ -27,8 +27,7 @@ constexpr auto RunningText = "If you stop now, nothing further is started. The i
 constexpr auto StopAndQuit = "Stop and Quit";
 constexpr auto KeepCleaning = "Keep Cleaning";
 constexpr auto UnsavedTitle = "Some changes are not saved.";
-constexpr auto UnsavedText = "Changed: %@. The changes have been in use until now. If they are not saved, Tidewell "
-                             "forgets them when it quits.";
+constexpr auto UnsavedText = "Changed: %@. If the changes are not saved, Tidewell forgets them when it quits.";
 constexpr auto SaveAndQuit = "Save and Quit";
 constexpr auto QuitWithoutSaving = "Quit Without Saving";
 constexpr auto Cancel = "Cancel";
@@ -279,7 +278,7 @@ void TWMainWindow::showProblems()
 void TWMainWindow::showUnsaved()
 {
     const auto titles = titlesOfEdits();
-    const auto unsaved = tr("Not saved, but in use until you quit: %1.").arg(TWQtText::exact(titles));
+    const auto unsaved = tr("Not saved yet: %1.").arg(TWQtText::exact(titles));
     showInBar(*unsavedBar_, titles.empty() ? QString() : unsaved);
 }
 

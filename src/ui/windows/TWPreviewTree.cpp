@@ -130,6 +130,8 @@ void TWPreviewTree::renew()
         for (int group = 0; group < line->childCount(); ++group)
             show(*line->child(group), controller_.counts().of(cleaner, group));
         show(*line, controller_.counts().of(cleaner));
+        const auto distinct = controller_.counts().distinct(cleaner);
+        showNumbers(*line, distinct.ticked, distinct.bytes);
     }
     show(*all, controller_.counts().all());
     // An item that several rules name counts once here, as in the window's sentence.
@@ -176,8 +178,9 @@ void TWPreviewTree::showNumbers(QTreeWidgetItem& line, std::uint64_t items, std:
 // cannot be ticked.
 void TWPreviewTree::show(QTreeWidgetItem& line, const TWPreviewCount& count)
 {
-    const bool all = line.data(Name, CleanerRole) == None;
-    if (!all || !controller_.preview()->ended())
+    const bool isRule = line.data(Name, GroupRole) != None;
+    const bool isAll = line.data(Name, CleanerRole) == None;
+    if (isRule || (isAll && !controller_.preview()->ended()))
         showNumbers(line, count.ticked, count.bytes);
     if (count.items == 0 || controller_.counts().outdated())
         return;

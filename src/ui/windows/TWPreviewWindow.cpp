@@ -365,7 +365,6 @@ void TWPreviewWindow::keyPressEvent(QKeyEvent* event)
 void TWPreviewWindow::clearFilter()
 {
     shown_->hidePopup();
-    const QSignalBlocker textBlocker(filterText_);
     const QSignalBlocker shownBlocker(shown_);
     filterText_->clear();
     shown_->setCurrentIndex(0);

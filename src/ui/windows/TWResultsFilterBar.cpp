@@ -111,7 +111,6 @@ QString TWResultsFilterBar::titleOf(int cleaner) const
 void TWResultsFilterBar::clear()
 {
     {
-        const QSignalBlocker text(text_);
         const QSignalBlocker kinds(kinds_);
         const QSignalBlocker cleaners(cleaners_);
         text_->clear();
