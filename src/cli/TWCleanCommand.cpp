@@ -3,8 +3,6 @@
 #include "cli/TWTerminal.h"
 #include "support/TWText.h"
 
-#include <ranges>
-
 namespace {
 
 constexpr auto NoSuchCleaner = "There is no cleaner \"%@\". The cleaners are: %@.\n";
@@ -21,8 +19,10 @@ constexpr TWRunLoop::Duration PatienceWithReader{ 1000 }; // after an interrupti
 std::string cleanerNames()
 {
     std::string names;
-    for (const auto& row : TWCleanerTable() | std::views::filter(&TWCleanerRow::available))
-        names += (names.empty() ? "" : ", ") + std::string(row.name);
+    for (const auto& row : TWCleanerTable()) {
+        if (row.available)
+            names += (names.empty() ? "" : ", ") + std::string(row.name);
+    }
     return names;
 }
 
