@@ -1,0 +1,163 @@
+#include "formats/TWFileFormats.h"
+
+#include "../../fuzz/formats_property.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_literals;
+using Keys = std::vector<std::string>;
+using Counts = std::vector<std::size_t>;
+
+void expectCut(std::string_view format, const std::string& before, const Keys& keys, const Counts& counts,
+    const std::string& after)
+{
+    std::optional<std::string> remaining;
+    const TWFoundEntries found = TWFileFormats::cut(before, keys, remaining);
+    EXPECT_EQ(found.format, format);
+    EXPECT_EQ(found.problem, "") << before;
+    EXPECT_EQ(found.counts, counts) << before;
+    EXPECT_EQ(remaining.value_or(before), after);
+    TWFormatsProperty::check(before, keys);
+}
+
+// Each file is refused, whether or not the key is in it.
+void expectRefused(std::string_view format, const std::vector<std::string>& files)
+{
+    for (const std::string& file : files) {
+        const TWFoundEntries found = TWFormatsProperty::check(file, { "k" });
+        EXPECT_EQ(found.format, format) << file.substr(0, 100);
+        EXPECT_NE(found.problem, "") << file.substr(0, 100);
+    }
+}
+
+std::string repeated(std::string_view text, int count)
+{
+    std::string result;
+    while (count-- > 0)
+        result += text;
+    return result;
+}
+
+std::string nested(std::string_view begin, int depth, std::string_view end)
+{
+    return repeated(begin, depth) + std::string(end);
+}
+
+}
+
+TEST(TWFileFormatsTest, cutsMembersOfJSONWithOneComma)
+{
+    expectCut("JSON", "{\"k\":1}", { "k" }, { 1 }, "{}");
+    expectCut("JSON", R"({"k":1,"x":2,"k":3})", { "k" }, { 2 }, R"({"x":2})");
+    expectCut("JSON", R"({"x":1, "k":2, "k":3})", { "k" }, { 2 }, R"({"x":1})");
+    expectCut("JSON", R"({"x":1,"k":2,"y":3,})", { "k", "y" }, { 1, 1 }, R"({"x":1,})");
+    expectCut("JSON", R"([{"x":{"k":[1,{"k":2}]}},{"k":"}"}])", { "k" }, { 2 }, R"([{"x":{}},{}])");
+    expectCut("JSON", R"({"\u006b\n":1,"\ud83d\ude00":2,"\ud83d":3})", { "k\n", "\xf0\x9f\x98\x80" }, { 1, 1 },
+        R"({"\ud83d":3})");
+    const std::string before = "\xef\xbb\xbf// about\r\n{\r\n  \"x\": 12345678901234567890, // [\r\n"
+                               "  /* a */ \"k\": [\r\n    1e5\r\n  ] /* b */,\r\n  \"K\": 1.10, // kept\r\n"
+                               "  \"l\": null\r\n}";
+    expectCut("JSON", before, { "k", "l", "1e5" }, { 1, 1, 0 },
+        "\xef\xbb\xbf// about\r\n{\r\n  \"x\": 12345678901234567890, // [\r\n"
+        "  /* a */  /* b */\r\n  \"K\": 1.10 // kept\r\n}");
+}
+
+TEST(TWFileFormatsTest, refusesDamagedJSON)
+{
+    expectRefused("JSON",
+        { R"({"k":1)", R"({"k":1}})", R"({"k")", R"({"k":)", R"({"k":"a)", R"({k:1})", R"({"k":1 "x":2})",
+            R"({"k":01})", R"({"k":1.})", R"({"k":+1})", R"({"k":tru})", R"({"k":"\x"})", R"({"k":"\u12g4"})",
+            "{\"k\":\"\n\"}", "{\"k\":1,,}", "{\"k\":1]", "{\"k\":1}\0"s, "{\"k\":\"\xff\"}", "{\"k\":1} /*",
+            "{\"k\" 2}", "{,}", nested(R"({"k":)", 10'000, "1") + repeated("}", 10'000) });
+}
+
+TEST(TWFileFormatsTest, cutsGroupsAndEntriesOfINI)
+{
+    const std::string before
+        = "\xef\xbb\xbf# top\n[General]\n  other = k\nk=1\nk[$e]=$HOME\nk[de]=2\nkk=3\n\n"
+          "[Recent][k]\na=1\nk=2\n\n# about X\n[X]\nRecent%20Files=1\nR\\x65st=\nk\\1\\path=3\nz=9";
+    expectCut("INI", before, { "k", "Recent Files", "Rest", "path" }, { 5, 1, 1, 0 },
+        "\xef\xbb\xbf# top\n[General]\n  other = k\nkk=3\n\n# about X\n[X]\nz=9");
+    expectCut("INI", before, { "path", "k" }, { 1, 4 },
+        "\xef\xbb\xbf# top\n[General]\n  other = k\nkk=3\n\n# about X\n[X]\nRecent%20Files=1\nR\\x65st=\nz=9");
+    expectCut("INI", "a=1\r\nk=2\r\n", { "k" }, { 1 }, "a=1\r\n");
+    expectCut("INI", "[k]\n[ k ]\n[a[0]] ; 1\nx]=1", { "k", "a[0]" }, { 1, 1 }, "[ k ]\n");
+    expectCut("INI", "a=1\nk =\n\t/x\n\t/y\nb=\xff\n", { "k" }, { 1 }, "a=1\nb=\xff\n");
+    // In KDE's files a backslash separates nothing.
+    expectCut("INI", "a\\x5bk\\k=1\na\\\\k=2\n", { "k" }, { 0 }, "a\\x5bk\\k=1\na\\\\k=2\n");
+    expectCut("INI", "", { "", "k" }, { 0, 0 }, "");
+}
+
+TEST(TWFileFormatsTest, refusesWhatMayNotBeINI)
+{
+    expectRefused("INI",
+        { "k=1\nsome text\n", "[k\n", "=1\n", "[a]\n  text\n", "k=1\0"s, "k\0=\0"s, "[k] x\n", "[1,2\n", "k\n",
+            // It is unclear where these entries end.
+            "k=1\n  a=2\n", "a=1\n  k=2\n", "[k]\na=\n  [b]\n", "a=\n [k]\n", "k=1\\\nb=2\n", "a=1\\\nk=2\n" });
+    // It is just as unclear here, but what goes is not concerned.
+    expectCut("INI", "a=1\n  b=2\\\nc=1\n[d]\nk=3\n", { "k" }, { 1 }, "a=1\n  b=2\\\nc=1\n[d]\n");
+}
+
+TEST(TWFileFormatsTest, cutsElementsOfXML)
+{
+    expectCut("XML",
+        "<?xml version='1.0'?>\r\n<!-- <k/> -->\r\n<k a = \"1\" >\r\n  <k>x<y/></k>\r\n  <n:k/><y k=''/>\r\n"
+        "  t<k/>u<k></k>\r\n</k>",
+        { "k" }, { 3 },
+        "<?xml version='1.0'?>\r\n<!-- <k/> -->\r\n<k a = \"1\" >\r\n  <n:k/><y k=''/>\r\n  tu\r\n</k>");
+    expectCut("XML", "<?xml version='1.0' encoding='ISO-8859-1'?><r><k\xe4/><k>\xe4</k></r>", { "k", "k\xc3\xa4" },
+        { 1, 1 }, "<?xml version='1.0' encoding='ISO-8859-1'?><r></r>");
+    expectCut("LibreOffice registry",
+        "<oor:items xmlns:oor='o'>\n"
+        "<item oor:path=\"/H['PickList']/O\"><node oor:name='1'/></item>\n"
+        "<item oor:path='/H[\"a&amp;b\"]/P[&apos;PickList&apos;]'/>\n"
+        "<item oor:path=\"/PickList/H['x']\"><prop oor:name='PickList'/></item>\n</oor:items>\n",
+        { "a&b", "PickList", "item" }, { 1, 1, 0 },
+        "<oor:items xmlns:oor='o'>\n"
+        "<item oor:path=\"/PickList/H['x']\"><prop oor:name='PickList'/></item>\n</oor:items>\n");
+    const auto bookmark = [](const std::string& name, const std::string& group) {
+        return "  <bookmark href='file:///" + name + "'><info><metadata><b:groups><b:group>" + group
+            + "</b:group></b:groups><b:applications><b:application name='" + name
+            + "'/></b:applications></metadata></info></bookmark>\n";
+    };
+    const std::string other = bookmark("kk", "office") + "<title>k</title>\n</xbel>\n";
+    expectCut("XBEL", "<!DOCTYPE xbel PUBLIC 'p' 's'>\n<xbel>\n" + bookmark("k", "g") + bookmark("a", "k") + other,
+        { "g", "k", "title" }, { 1, 1, 0 }, "<!DOCTYPE xbel PUBLIC 'p' 's'>\n<xbel>\n" + other);
+}
+
+TEST(TWFileFormatsTest, refusesDamagedXML)
+{
+    expectRefused("XML",
+        { "<r><k/>", "<r><k></r>", "<r/><r/>", "<!DOCTYPE r [<!ENTITY a 'b'>]><r>&a;</r>", "<r>&a;</r>",
+            "<!DOCTYPE r SYSTEM 's'><r>&a;</r>", "<r>\xff</r>", "<\0r\0/\0>\0"s, "<r>\0</r>"s, "<a b=\"c",
+            nested("<k>", 10'000, "") + repeated("</k>", 10'000),
+            "<r><!--" + std::string(2'000'000, 'x') + "--></r>" });
+}
+
+TEST(TWFileFormatsTest, cutsEntriesOfXMLPropertyLists)
+{
+    const std::string head = "<?xml version=\"1.0\"?>\n<!DOCTYPE plist PUBLIC \"p\" \"u\">\n<plist>\n<dict>\n";
+    const std::string before = head
+        + "\t<key>k</key>\n\t<dict>\n\t\t<key>l</key><true/>\n\t</dict>\n\t<key>x</key>\n\t<array>\n\t\t<string>k</"
+          "string>\n"
+          "\t\t<dict><key>k</key><real>1.10</real><key>l</key><data>AA==</data></dict>\n\t</array>\n</dict>\n</"
+          "plist>\n";
+    const auto after = [&](std::string_view inner) {
+        return head + "\t<key>x</key>\n\t<array>\n\t\t<string>k</string>\n\t\t<dict>" + std::string(inner)
+            + "</dict>\n\t</array>\n</dict>\n</plist>\n";
+    };
+    expectCut("XML property list", before, { "k" }, { 2 }, after("<key>l</key><data>AA==</data>"));
+    // The order of the keys decides which of two nested entries is found.
+    expectCut("XML property list", before, { "k", "l", "k", "string" }, { 2, 1, 0, 0 }, after(""));
+    expectCut("XML property list", before, { "l", "k" }, { 2, 2 }, after(""));
+    const auto list = [](std::string_view inside) { return "<plist>" + std::string(inside) + "</plist>"; };
+    expectRefused("XML property list",
+        { list(""), list("<array/>"), list("<string>k</string>"), list("<dict/><dict/>"), list("<dict>x</dict>"),
+            list("<dict><key>k</key></dict>"), list("<dict><true/></dict>"),
+            list("<dict><key>k</key><key>l</key></dict>"), list("<dict><key>k</key><foo/></dict>"),
+            list("<dict><key>k</key><true/><true/></dict>"), list("<dict><key>k<true/></key><true/></dict>"),
+            list("<plist><dict/></plist>"),
+            list("<dict><key>k</key>" + nested("<array>", 10'000, "") + repeated("</array>", 10'000) + "</dict>") });
+}
