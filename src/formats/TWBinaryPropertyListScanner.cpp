@@ -43,7 +43,8 @@ bool TWBinaryPropertyListScanner::fail(std::string_view problem)
     return false;
 }
 
-// Walks once for each key, as if the entries of the keys before it were gone. The last walk reaches what remains.
+// The first walk sees the whole list. Each further one counts the entries of one more key and passes them by, and the
+// last one reaches what remains.
 bool TWBinaryPropertyListScanner::countEntries()
 {
     const auto root = objects_.at(objects_.top());
@@ -51,15 +52,15 @@ bool TWBinaryPropertyListScanner::countEntries()
         return fail(Damaged);
     if (root->type != TWBinaryObjects::Dictionary)
         return fail(NoDictionary);
-    for (Key key = 0; key <= cuts_.counts().size(); key++) {
-        if (!walk(key))
+    for (Key keys = 0; keys <= cuts_.counts().size(); keys++) {
+        if (!walk(keys))
             return false;
     }
     return true;
 }
 
 // Works level by level, without recursion.
-bool TWBinaryPropertyListScanner::walk(Key key)
+bool TWBinaryPropertyListScanner::walk(Key keys)
 {
     isReached_.assign(objects_.count(), false);
     reached_.clear();
@@ -74,7 +75,7 @@ bool TWBinaryPropertyListScanner::walk(Key key)
             if (++depth > TWFormatScanner::MaximumDepth)
                 return fail(TWFormatScanner::TooDeep);
         }
-        if (!visit(reached_[next], key))
+        if (!visit(reached_[next], keys))
             return false;
     }
     return true;
@@ -90,7 +91,7 @@ bool TWBinaryPropertyListScanner::reach(std::uint64_t number)
     return true;
 }
 
-bool TWBinaryPropertyListScanner::visit(std::uint64_t number, Key key)
+bool TWBinaryPropertyListScanner::visit(std::uint64_t number, Key keys)
 {
     const auto object = objects_.at(number);
     if (!object)
@@ -100,7 +101,7 @@ bool TWBinaryPropertyListScanner::visit(std::uint64_t number, Key key)
     if (reachedBytes_ > bytes_.size())
         return fail(Overlapping);
     if (object->type == TWBinaryObjects::Dictionary)
-        return visitEntries(*object, key);
+        return visitEntries(*object, keys);
     for (std::size_t i = 0; object->isContainer() && i < object->count; i++) {
         if (!reach(objects_.reference(*object, i)))
             return false;
@@ -108,16 +109,16 @@ bool TWBinaryPropertyListScanner::visit(std::uint64_t number, Key key)
     return true;
 }
 
-bool TWBinaryPropertyListScanner::visitEntries(const Object& dictionary, Key key)
+bool TWBinaryPropertyListScanner::visitEntries(const Object& dictionary, Key keys)
 {
     for (std::size_t i = 0; i < dictionary.count; i++) {
         const std::uint64_t name = objects_.reference(dictionary, i);
         const auto found = keyNamed(name);
         if (!found)
             return fail(Damaged);
-        if (*found == key)
-            cuts_.count(key);
-        const bool isGone = *found <= key && *found != TWEntryCuts::NoKey;
+        const bool isGone = *found < keys;
+        if (isGone && *found == keys - 1)
+            cuts_.count(*found);
         if (!isGone && (!reach(name) || !reach(objects_.reference(dictionary, dictionary.count + i))))
             return false;
     }

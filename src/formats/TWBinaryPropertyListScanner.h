@@ -26,9 +26,11 @@ private:
     using Object = TWBinaryObjects::Object;
 
     bool countEntries();
-    bool walk(Key key);
-    bool visit(std::uint64_t number, Key key);
-    bool visitEntries(const Object& dictionary, Key key);
+    // These pass by the entries of that many keys.
+    bool walk(Key keys);
+    bool visit(std::uint64_t number, Key keys);
+    bool visitEntries(const Object& dictionary, Key keys);
+
     bool reach(std::uint64_t number);
     std::optional<Key> keyNamed(std::uint64_t number) const;
 

@@ -106,7 +106,8 @@ bool TWJSONScanner::recognises(std::string_view bytes)
     TWJSONScanner scanner(bytes, cuts);
     if (!scanner.skipBlanks())
         return false;
-    return scanner.peek() == '{' || (scanner.peek() == '[' && scanner.scanAll());
+    const bool isArray = scanner.peek() == '[' && (scanner.scanAll() || scanner.problem_ == TWFormatScanner::TooDeep);
+    return isArray || scanner.peek() == '{';
 }
 
 bool TWJSONScanner::scan(std::string& problem)

@@ -17,11 +17,9 @@ constexpr int StepsBetweenCalls = 1'000'000; // of SQLite's virtual machine
 constexpr int MostCalls = 500; // some ten seconds
 
 // Tables with exactly the columns "key" and "value".
-constexpr const char* Tables
-    = "SELECT name FROM pragma_table_list WHERE schema = 'main' AND type = 'table' AND ncol = 2"
-      " AND (SELECT count(*) FROM pragma_table_info(name)"
-      " WHERE lower(pragma_table_info.name) IN ('key', 'value')) = 2 ORDER BY name";
-
+constexpr const char* Tables = "SELECT t.name FROM pragma_table_list AS t WHERE t.schema = 'main' AND t.type = 'table'"
+                               " AND t.ncol = 2 AND (SELECT count(*) FROM pragma_table_info(t.name) AS c"
+                               " WHERE lower(c.name) IN ('key', 'value')) = 2 ORDER BY t.name";
 constexpr const char* Condition = " WHERE \"key\" = ?1 COLLATE BINARY";
 
 using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;

@@ -161,3 +161,65 @@ TEST(TWFileFormatsTest, cutsEntriesOfXMLPropertyLists)
             list("<plist><dict/></plist>"),
             list("<dict><key>k</key>" + nested("<array>", 10'000, "") + repeated("</array>", 10'000) + "</dict>") });
 }
+
+namespace {
+
+std::string bigEndian(std::size_t number, int size)
+{
+    std::string bytes;
+    while (size-- > 0)
+        bytes += static_cast<char>(number >> 8 * size);
+    return bytes;
+}
+
+// A binary list of the given objects, of which one is on top.
+std::string binary(const std::vector<std::string>& objects, std::size_t top = 0, int referenceSize = 1)
+{
+    std::string file = "bplist00";
+    std::string table;
+    const int offsetSize = objects.size() < 20 ? 1 : 4;
+    for (const std::string& object : objects) {
+        table += bigEndian(file.size(), offsetSize);
+        file += object;
+    }
+    return file + table + bigEndian(std::size_t(offsetSize), 7) + char(referenceSize) + bigEndian(objects.size(), 8)
+        + bigEndian(top, 8) + bigEndian(file.size(), 8);
+}
+
+}
+
+TEST(TWFileFormatsTest, rewritesBinaryPropertyLists)
+{
+    // The root is number 7: k, x, x and \u00e4 are 32-bit reals, a UID, and a set of the root's other values.
+    const std::string kept = "\x22\x40\x20\0\0"s;
+    const std::vector<std::string> before{ "\x51k", "\x51x", "\x61\0\xe4"s, kept, "\xd1\0\3"s, "\xc2\3\6", "\x81\1\2",
+        "\xd4\0\1\1\2\4\3\6\5"s };
+    const std::vector<std::string> after{ "\x51x", "\x61\0\xe4"s, kept, "\xc2\2\4", "\x81\1\2", "\xd3\0\0\1\2\4\3"s };
+    expectCut("binary property list", binary(before, 7), { "k", "none" }, { 1, 0 }, binary(after, 5));
+    expectCut("binary property list", binary(before, 7), { "\xc3\xa4", "x", "k" }, { 1, 2, 1 }, binary({ "\xd0" }));
+    // An inner entry of a key that comes first counts on its own; and equal entries of one dictionary count twice.
+    expectCut("binary property list", binary({ "\xd2\1\1\2\2", "\x51k", "\xd1\3\3", "\x51l" }), { "l", "k" }, { 1, 2 },
+        binary({ "\xd0" }));
+    const std::string good = binary({ "\xd1\1\2", "\x51k", "\x09" });
+    expectRefused("binary property list",
+        { "bplist00", good.substr(0, good.size() - 1), "bplist01" + good.substr(8), binary({ "\xd1\1\2", "\x51k" }),
+            binary({ "\xa0" }), binary({ "\xd1\1\2", "\x5f\x13\xff\xff\xff\xff\xff\xff\xff\xff" }),
+            binary({ "\xd1\1\1", "\x09" }), binary({ "\xd1\1\2", "\x51k", "\x70" }),
+            binary({ "\xd1\2\1", "\xa1\1", "\x51\xff" }), binary({ "\xd1\1\2", "\x61\xd8\0"s, "\x09" }) });
+}
+
+TEST(TWFileFormatsTest, boundsTheLengthAndTheDepth)
+{
+    for (const std::size_t depth : { 512, 513, 10'000 }) {
+        std::vector<std::string> objects{ "\xd1\0\1\0\2"s, "\x51k" };
+        while (objects.size() <= depth)
+            objects.push_back("\xa1" + bigEndian(objects.size() + 1, 2));
+        objects.push_back("\x09");
+        const std::string brackets = repeated("[", int(depth)) + repeated("]", int(depth));
+        EXPECT_EQ(TWFormatsProperty::check(binary(objects, 0, 2), { "k" }).problem.empty(), depth <= 512);
+        EXPECT_EQ(TWFormatsProperty::check(brackets, { "k" }).problem.empty(), depth <= 512);
+    }
+    const std::string longest(TWFileFormats::MaximumBytes, '#');
+    EXPECT_EQ(TWFileFormats::find(longest, { "k" }).problem, "");
+    EXPECT_EQ(TWFileFormats::find(longest + "#", { "k" }).problem, "it is longer than 64 MB");
+}
