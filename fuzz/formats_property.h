@@ -79,10 +79,13 @@ inline TWFoundEntries check(std::string_view bytes, const Keys& keys, std::strin
     if (!remaining)
         return found;
     const bool isBinary = bytes.starts_with("bplist");
-    require(remaining->size() < bytes.size(), "the file became shorter");
+    require(isBinary || remaining->size() < bytes.size(), "the file became shorter");
     require(isBinary || isSubsequence(*remaining, bytes), "nothing was added");
     std::optional<std::string> nothing;
     const TWFoundEntries again = TWFileFormats::cut(*remaining, keys, nothing);
+    // What remains of an INI file may look like a JSON array, or begin with an entry called like a binary list.
+    if (found.format == "INI" && again.format != "INI")
+        return found;
     require(again.problem.empty() && again.format == found.format, "what remains is a file of the same format");
     require(!nothing, "the entries are gone");
     if (found.format.ends_with("property list"))

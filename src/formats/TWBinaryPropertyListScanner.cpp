@@ -1,6 +1,6 @@
 #include "formats/TWBinaryPropertyListScanner.h"
 
-#include "formats/TWFormatScanner.h"
+#include "formats/TWFileFormats.h"
 
 #include <algorithm>
 #include <bit>
@@ -72,8 +72,8 @@ bool TWBinaryPropertyListScanner::walk(Key keys)
     for (std::size_t next = 0; next < reached_.size(); next++) {
         if (next == endOfLevel) {
             endOfLevel = reached_.size();
-            if (++depth > TWFormatScanner::MaximumDepth)
-                return fail(TWFormatScanner::TooDeep);
+            if (++depth > TWFileFormats::MaximumDepth)
+                return fail(TWFileFormats::TooDeep);
         }
         if (!visit(reached_[next], keys))
             return false;

@@ -9,12 +9,17 @@ TWEntryCuts::TWEntryCuts(std::string_view bytes, const std::vector<std::string>&
     , keyCount_(keys.size())
     , counts_(keys.size())
 {
-    for (Key key = 0; key < keys.size(); key++)
+    for (Key key = 0; key < keys.size(); key++) {
         numbers_.try_emplace(keys[key], key);
+        lengths_[lengthClass(keys[key])] = true;
+    }
 }
 
+// Nearly all names of a file have another length than the keys, which is far faster to see than another text.
 TWEntryCuts::Key TWEntryCuts::find(std::string_view name) const
 {
+    if (!lengths_[lengthClass(name)])
+        return NoKey;
     const auto found = numbers_.find(name);
     return found == numbers_.end() ? NoKey : found->second;
 }

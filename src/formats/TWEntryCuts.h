@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -49,6 +50,9 @@ private:
         std::size_t end;
     };
 
+    static constexpr std::size_t LengthClasses = 64;
+    static std::size_t lengthClass(std::string_view name) { return name.size() % LengthClasses; }
+
     void add(Cut cut);
     bool isBlank(std::size_t begin, std::size_t end) const;
     Cut withWholeLines(Cut cut) const;
@@ -56,6 +60,7 @@ private:
     std::string_view bytes_;
     std::size_t keyCount_;
     std::unordered_map<std::string_view, Key> numbers_;
+    std::bitset<LengthClasses> lengths_; // those of the keys
     std::vector<std::size_t> counts_;
     std::vector<Key> open_; // for each open entry, the smallest key around and including it
     std::size_t begin_ = 0; // of the outermost open entry

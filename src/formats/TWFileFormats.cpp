@@ -41,34 +41,35 @@ bool isAnything(std::string_view)
     return true;
 }
 
+bool isNothing(std::string_view)
+{
+    return false;
+}
+
 struct Format {
     std::string_view name;
     bool isText; // without NUL bytes
     bool (*recognises)(std::string_view bytes);
+    bool (*mayBeOther)(std::string_view bytes); // if recognised, but damaged
     bool (*scan)(std::string_view bytes, TWEntryCuts& cuts, TWFoundEntries& found);
 };
 
 // The first format that recognises a file scans it.
 constexpr std::array Formats{
-    Format{ "binary property list", false, isBinaryPropertyList, scan<TWBinaryPropertyListScanner> },
-    Format{ "XML", true, TWXMLScanner::recognises, scan<TWXMLScanner> },
-    Format{ "JSON", true, TWJSONScanner::recognises, scan<TWJSONScanner> },
-    Format{ "INI", true, isAnything, scan<TWINIScanner> },
+    Format{ "binary property list", false, isBinaryPropertyList, isNothing, scan<TWBinaryPropertyListScanner> },
+    Format{ "XML", true, TWXMLScanner::recognises, isNothing, scan<TWXMLScanner> },
+    Format{ "JSON", true, TWJSONScanner::recognises, TWJSONScanner::mayBeINI, scan<TWJSONScanner> },
+    Format{ "INI", true, isAnything, isNothing, scan<TWINIScanner> },
 };
 
-bool scanFile(std::string_view bytes, TWEntryCuts& cuts, TWFoundEntries& found)
+bool scanAs(const Format& format, std::string_view bytes, TWEntryCuts& cuts, TWFoundEntries& found)
 {
-    for (const Format& format : Formats) {
-        if (!format.recognises(bytes))
-            continue;
-        found.format = format.name;
-        if (format.isText && bytes.find('\0') != bytes.npos) {
-            found.problem = NotText;
-            return false;
-        }
-        return format.scan(bytes, cuts, found);
+    found = { format.name, {}, {} };
+    if (format.isText && bytes.find('\0') != bytes.npos) {
+        found.problem = NotText;
+        return false;
     }
-    return false;
+    return format.scan(bytes, cuts, found);
 }
 
 }
@@ -89,15 +90,22 @@ TWFoundEntries TWFileFormats::cut(
     std::string_view bytes, const std::vector<std::string>& keys, std::optional<std::string>& remainingBytes)
 {
     TWFoundEntries found;
-    TWEntryCuts cuts(bytes, keys);
     remainingBytes.reset();
-    if (bytes.size() > MaximumBytes)
-        found.problem = TooLong;
-    else if (isDatabase(bytes))
-        found.problem = Database;
-    else if (scanFile(bytes, cuts, found)) {
-        found.counts = cuts.counts();
-        remainingBytes = cuts.takeRemainingBytes();
+    if (bytes.size() > MaximumBytes || isDatabase(bytes)) {
+        found.problem = isDatabase(bytes) ? Database : TooLong;
+        return found;
+    }
+    for (const Format& format : Formats) {
+        if (!format.recognises(bytes))
+            continue;
+        TWEntryCuts cuts(bytes, keys);
+        if (scanAs(format, bytes, cuts, found)) {
+            found.counts = cuts.counts();
+            remainingBytes = cuts.takeRemainingBytes();
+            break;
+        }
+        if (!format.mayBeOther(bytes))
+            break;
     }
     return found;
 }

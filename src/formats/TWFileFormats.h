@@ -25,6 +25,10 @@ namespace TWFileFormats {
 // A longer file is refused.
 inline constexpr std::size_t MaximumBytes = 64'000'000;
 
+// A file that is nested deeper is refused. Real ones have a few levels.
+inline constexpr std::size_t MaximumDepth = 512;
+inline constexpr std::string_view TooDeep = "it is nested more than 512 levels deep";
+
 // True if the file, of which at least the first 16 bytes are given, is an SQLite database. Those are never held in
 // memory: TWKeyValueDatabase edits them.
 bool isDatabase(std::string_view beginning);

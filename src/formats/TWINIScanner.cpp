@@ -18,6 +18,12 @@ bool isComment(std::string_view text)
     return text.starts_with('#') || text.starts_with(';');
 }
 
+// XML or JSON, perhaps damaged, that looks like groups and entries must not be taken for INI. No name begins so.
+bool beginsLikeOther(std::string_view name)
+{
+    return std::string_view("=<{[\"").find(name.front()) != std::string_view::npos;
+}
+
 // The header up to the last bracket of the line. Only a comment may follow it.
 std::string_view groupHeader(std::string_view text)
 {
@@ -167,7 +173,7 @@ bool TWINIScanner::takeGroup(const Line& line)
     endEntry();
     endGroup();
     const std::string_view header = groupHeader(line.text);
-    if (header.empty())
+    if (header.empty() || beginsLikeOther(header.substr(1)))
         return fail(UnknownLine);
     cutsGroup_ = open(groupKey(header), line);
     groupEnd_ = line.end;
@@ -179,7 +185,7 @@ bool TWINIScanner::takeEntry(const Line& line)
 {
     endEntry();
     const std::size_t sign = line.text.find('=');
-    if (sign == line.text.npos || sign == 0)
+    if (sign == line.text.npos || beginsLikeOther(line.text))
         return fail(UnknownLine);
     cutsEntry_ = open(entryKey(TWFormatText::trimmed(line.text.substr(0, sign))), line);
     entryIndentation_ = line.indentation;
@@ -219,12 +225,18 @@ TWEntryCuts::Key TWINIScanner::groupKey(std::string_view header) const
 
 TWEntryCuts::Key TWINIScanner::entryKey(std::string_view name) const
 {
+    const auto isPlain = [](char byte) { return byte != '[' && byte != '%' && byte != '\\'; };
+    if (std::all_of(name.begin(), name.end(), isPlain))
+        return cuts_.find(name); // nearly always
     std::string_view rest = name.substr(0, name.find('[', 1));
-    TWEntryCuts::Key key = std::min(keyOf(name), keyOf(rest));
+    TWEntryCuts::Key key = keyOf(rest);
+    if (rest.size() < name.size())
+        key = std::min(key, keyOf(name));
+    std::size_t end = rest.find('\\');
     // In KDE's files a backslash begins an escape and does not separate parts.
-    if (rest.find("\\x") != rest.npos || rest.find("\\\\") != rest.npos)
+    if (end == rest.npos || rest.find("\\x") != rest.npos || rest.find("\\\\") != rest.npos)
         return key;
-    for (std::size_t end = rest.find('\\'); end != rest.npos; end = rest.find('\\')) {
+    for (; end != rest.npos; end = rest.find('\\')) {
         key = std::min(key, keyOf(rest.substr(0, end)));
         rest.remove_prefix(end + 1);
     }
@@ -236,7 +248,7 @@ TWEntryCuts::Key TWINIScanner::keyOf(std::string_view name) const
     if (name.empty())
         return TWEntryCuts::NoKey;
     const TWEntryCuts::Key key = cuts_.find(name);
-    if (key != TWEntryCuts::NoKey || name.find_first_of("%\\") == name.npos)
+    if (key != TWEntryCuts::NoKey || (name.find('%') == name.npos && name.find('\\') == name.npos))
         return key;
     return cuts_.find(unescaped(name));
 }

@@ -1,11 +1,13 @@
 #include "formats/TWJSONScanner.h"
 
-#include "formats/TWFormatScanner.h"
+#include "formats/TWFileFormats.h"
 #include "formats/TWFormatText.h"
 #include "plist/TWUnicode.h"
 #include "support/TWText.h"
 
+#include <array>
 #include <charconv>
+#include <utility>
 
 namespace {
 
@@ -17,9 +19,24 @@ constexpr std::string_view NoComma = "a comma is missing";
 constexpr std::string_view BadString = "a string holds a character or an escape that is not allowed";
 constexpr std::string_view MoreThanOne = "something follows the value";
 
+// Kinds of bytes in strings. Special ones end the string, begin an escape or are not allowed.
+enum ByteKind : unsigned char { Plain, NotASCII, Special };
+
+constexpr auto ByteKinds = [] {
+    std::array<ByteKind, 256> kinds{};
+    for (std::size_t byte = 0; byte < kinds.size(); byte++)
+        kinds[byte] = byte < 0x20 || byte == '"' || byte == '\\' ? Special : byte < 0x80 ? Plain : NotASCII;
+    return kinds;
+}();
+
 bool isDigit(char byte)
 {
     return byte >= '0' && byte <= '9';
+}
+
+bool isBlankOrLineEnd(char byte)
+{
+    return TWFormatText::isBlank(byte) || byte == '\n' || byte == '\r';
 }
 
 bool isHexadecimalDigit(char byte)
@@ -101,18 +118,25 @@ TWJSONScanner::TWJSONScanner(std::string_view bytes, TWEntryCuts& cuts)
 
 bool TWJSONScanner::recognises(std::string_view bytes)
 {
-    const std::vector<std::string> noKeys;
-    TWEntryCuts cuts(bytes, noKeys);
+    return firstByte(bytes) == '{' || mayBeINI(bytes);
+}
+
+bool TWJSONScanner::mayBeINI(std::string_view bytes)
+{
+    return firstByte(bytes) == '[';
+}
+
+// The first byte after blanks and comments.
+char TWJSONScanner::firstByte(std::string_view bytes)
+{
+    TWEntryCuts cuts(bytes, {});
     TWJSONScanner scanner(bytes, cuts);
-    if (!scanner.skipBlanks())
-        return false;
-    const bool isArray = scanner.peek() == '[' && (scanner.scanAll() || scanner.problem_ == TWFormatScanner::TooDeep);
-    return isArray || scanner.peek() == '{';
+    return scanner.skipBlanks() ? scanner.peek() : '\0';
 }
 
 bool TWJSONScanner::scan(std::string& problem)
 {
-    const bool valid = TWText::isValidUTF8(bytes_) ? scanAll() : fail(NotUTF8);
+    const bool valid = scanAll();
     problem = problem_;
     return valid;
 }
@@ -199,8 +223,8 @@ bool TWJSONScanner::takeValue()
 
 bool TWJSONScanner::beginContainer(bool isObject)
 {
-    if (open_.size() == TWFormatScanner::MaximumDepth)
-        return fail(TWFormatScanner::TooDeep);
+    if (open_.size() == TWFileFormats::MaximumDepth)
+        return fail(TWFileFormats::TooDeep);
     place_++;
     open_.emplace_back().isObject = isObject;
     return true;
@@ -229,16 +253,32 @@ bool TWJSONScanner::endValue()
 bool TWJSONScanner::takeString(std::string_view& inside)
 {
     const std::size_t begin = ++place_;
+    unsigned kinds = Plain; // all that were met
     for (; place_ < bytes_.size(); place_++) {
-        const char byte = bytes_[place_];
-        if (byte == '"') {
-            inside = bytes_.substr(begin, place_++ - begin);
-            return true;
+        kinds |= skipPlain();
+        if (take('"')) {
+            inside = bytes_.substr(begin, place_ - 1 - begin);
+            return (kinds & NotASCII) == 0 || TWText::isValidUTF8(inside) || fail(NotUTF8);
         }
-        if (static_cast<unsigned char>(byte) < 0x20 || (byte == '\\' && !takeEscape()))
-            return fail(BadString);
+        if (peek() != '\\' || !takeEscape())
+            break;
     }
-    return fail(EndsEarly);
+    return fail(place_ < bytes_.size() ? BadString : EndsEarly);
+}
+
+// Returns the kinds of the bytes that were skipped. Most bytes of most files are skipped here.
+unsigned TWJSONScanner::skipPlain()
+{
+    unsigned kinds = Plain;
+    std::size_t place = place_;
+    for (; place < bytes_.size(); place++) {
+        const ByteKind kind = ByteKinds[static_cast<unsigned char>(bytes_[place])];
+        if (kind == Special)
+            break;
+        kinds |= kind;
+    }
+    place_ = place;
+    return kinds;
 }
 
 // Moves to the last byte of the escape.
@@ -298,12 +338,14 @@ bool TWJSONScanner::take(char byte)
 bool TWJSONScanner::skipBlanks()
 {
     for (;;) {
-        while (TWFormatText::isBlank(peek()) || peek() == '\n' || peek() == '\r')
-            place_++;
+        std::size_t place = place_;
+        while (place < bytes_.size() && isBlankOrLineEnd(bytes_[place]))
+            place++;
+        place_ = place;
         if (peek() != '/')
             return true;
         if (!skipComment())
-            return fail(EndsEarly);
+            return false;
     }
 }
 
@@ -312,10 +354,10 @@ bool TWJSONScanner::skipComment()
     const std::string_view rest = bytes_.substr(place_);
     const bool isLine = rest.starts_with("//");
     if (!isLine && !rest.starts_with("/*"))
-        return false;
+        return fail(NoValue);
     const std::size_t end = bytes_.find(isLine ? "\n" : "*/", place_ + 2);
     if (end == bytes_.npos && !isLine)
-        return false;
-    place_ = end == bytes_.npos ? bytes_.size() : end + (isLine ? 1 : 2);
-    return true;
+        return fail(EndsEarly);
+    const std::size_t begin = std::exchange(place_, end == bytes_.npos ? bytes_.size() : end + (isLine ? 1 : 2));
+    return TWText::isValidUTF8(bytes_.substr(begin, place_ - begin)) || fail(NotUTF8);
 }

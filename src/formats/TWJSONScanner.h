@@ -15,9 +15,11 @@ public:
     // The bytes and the cuts must outlive the scanner.
     TWJSONScanner(std::string_view bytes, TWEntryCuts& cuts);
 
-    // True if the file begins like a JSON object, or if it is a JSON array as a whole: a group of an INI file begins
-    // with a bracket, too.
+    // True if the file begins like an object or an array.
     static bool recognises(std::string_view bytes);
+
+    // True if it begins like an array, because a group of an INI file begins in the same way.
+    static bool mayBeINI(std::string_view bytes);
 
     // On failure returns false and sets the problem to one short English clause. Called once.
     bool scan(std::string& problem);
@@ -33,6 +35,7 @@ private:
         std::size_t keptComma = None; // the place of the comma after the latest member that is kept
     };
 
+    static char firstByte(std::string_view bytes);
     bool scanAll();
     bool takeNext();
     bool takeComma(Container& inner);
@@ -42,6 +45,7 @@ private:
     bool endContainer();
     bool endValue();
     bool takeString(std::string_view& inside);
+    unsigned skipPlain();
     bool takeEscape();
     bool takeNumber();
     bool takeDigits();

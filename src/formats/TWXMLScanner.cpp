@@ -1,6 +1,6 @@
 #include "formats/TWXMLScanner.h"
 
-#include "formats/TWFormatScanner.h"
+#include "formats/TWFileFormats.h"
 #include "formats/TWFormatText.h"
 
 #include <algorithm>
@@ -119,8 +119,8 @@ void TWXMLScanner::startElement(const char* name, const char** attributes)
         if (dialect_->wantsText())
             XML_SetCharacterDataHandler(parser_.get(), Handlers::text);
     }
-    if (++depth_ > TWFormatScanner::MaximumDepth)
-        return fail(TWFormatScanner::TooDeep);
+    if (++depth_ > TWFileFormats::MaximumDepth)
+        return fail(TWFileFormats::TooDeep);
     if (!dialect_->start(name, attributes, static_cast<std::size_t>(XML_GetCurrentByteIndex(parser_.get()))))
         fail(NotAllowed);
 }

@@ -93,7 +93,8 @@ TEST(TWFileFormatsTest, cutsGroupsAndEntriesOfINI)
 TEST(TWFileFormatsTest, refusesWhatMayNotBeINI)
 {
     expectRefused("INI",
-        { "k=1\nsome text\n", "[k\n", "=1\n", "[a]\n  text\n", "k=1\0"s, "k\0=\0"s, "[k] x\n", "[1,2\n", "k\n",
+        { "k=1\nsome text\n", "[k\n", "=1\n", "[a]\n  text\n", "k=1\0"s, "k\0=\0"s, "[k] x\n", "[1,2\n",
+            "[{\"k\":1,}, {\"k\":]\n", "[[k]]\n", "k\n",
             // It is unclear where these entries end.
             "k=1\n  a=2\n", "a=1\n  k=2\n", "[k]\na=\n  [b]\n", "a=\n [k]\n", "k=1\\\nb=2\n", "a=1\\\nk=2\n" });
     // It is just as unclear here, but what goes is not concerned.
