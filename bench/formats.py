@@ -39,7 +39,8 @@ def ini_text(count):
 
 def xml_text(count):
     return "<windows>\n" + "".join(
-        f'  <window id="{number}">\n' + "".join(f"    <{key}>{value}</{key}>\n" for key, value in record(number).items())
+        f'  <window id="{number}">\n'
+        + "".join(f"    <{key}>{value}</{key}>\n" for key, value in record(number).items())
         + "  </window>\n" for number in range(count)) + "</windows>\n"
 
 

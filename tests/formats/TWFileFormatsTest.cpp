@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
 namespace {
 
 using namespace std::string_literals;
@@ -223,4 +226,43 @@ TEST(TWFileFormatsTest, boundsTheLengthAndTheDepth)
     const std::string longest(TWFileFormats::MaximumBytes, '#');
     EXPECT_EQ(TWFileFormats::find(longest, { "k" }).problem, "");
     EXPECT_EQ(TWFileFormats::find(longest + "#", { "k" }).problem, "it is longer than 64 MB");
+}
+
+// As programs write them: a media player, a text editor of KDE, one of GTK, and an audio editor.
+TEST(TWFileFormatsTest, cutsWhatProgramsWrite)
+{
+    const std::string player = "[MainWindow]\ngeometry=@ByteArray(\\x1\\xd9\\xd0)\n\n";
+    expectCut("INI", player + "[RecentsMRL]\nlist=file:///a%20b.ogg, file:///c.ogg\ntimes=0, 7\n", { "RecentsMRL" },
+        { 1 }, player);
+    const std::string kde = "[General][View 0]\nCursorLine[$i]=3\n\n";
+    expectCut("INI", "[$Version]\nupdate_info=a:b\n\n[Recent Files]\nFile1[$e]=$HOME/a.txt\nName1[$e]=a.txt\n\n" + kde,
+        { "Recent Files" }, { 1 }, "[$Version]\nupdate_info=a:b\n\n" + kde);
+    expectCut("INI",
+        "\n[geany]\npref_main=true\n\n[files]\nrecent_files=/a b.c;/d\\;e;\nrecent_projects=\nFILE_NAME_0=1;C;0;\n",
+        { "recent_files", "recent_projects" }, { 1, 1 }, "\n[geany]\npref_main=true\n\n[files]\nFILE_NAME_0=1;C;0;\n");
+    expectCut("INI", "NewImportingSession=0\n[RecentFiles]\nfile01=/a.wav\n[Window]\nX=1\n",
+        { "RecentFiles", "file01" }, { 1, 0 }, "NewImportingSession=0\n[Window]\nX=1\n");
+}
+
+// Runs the fuzz targets' property over their files, and over every file cut short.
+TEST(TWFileFormatsTest, holdsForFuzzedAndTruncatedFiles)
+{
+    int files = 0;
+    const auto fuzz = std::filesystem::path(__FILE__).parent_path() / "../../fuzz";
+    for (const char* folder :
+        { "corpus/json", "corpus/ini", "corpus/xml", "corpus/plist_cut", "finds/ini", "finds/plist_cut" }) {
+        for (const auto& entry : std::filesystem::directory_iterator(fuzz / folder)) {
+            std::ifstream file(entry.path(), std::ios::binary);
+            const std::string bytes(std::istreambuf_iterator<char>(file), {});
+            std::string_view input(bytes);
+            const Keys keys = TWFormatsProperty::takeKeys(input);
+            const std::size_t end = input.find_last_not_of('\n') + 1;
+            for (std::size_t length = 0; length <= input.size(); length++) {
+                const TWFoundEntries found = TWFormatsProperty::check(input.substr(0, length), keys);
+                EXPECT_TRUE(length >= end || found.format == "INI" || !found.problem.empty()) << entry.path() << length;
+            }
+            files++;
+        }
+    }
+    EXPECT_GT(files, 10);
 }
