@@ -1,3 +1,4 @@
+#include "formats/TWXMLScanner.h"
 #include "formats_property.h"
 
 #include <cstdint>
@@ -7,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 {
     std::string_view input(reinterpret_cast<const char*>(bytes), size);
     const TWFormatsProperty::Keys keys = TWFormatsProperty::takeKeys(input);
-    if (!input.starts_with("bplist"))
-        TWFormatsProperty::check(input, keys); // of all kinds of XML
+    if (TWXMLScanner::recognises(input))
+        TWFormatsProperty::check(input, keys);
     return 0;
 }

@@ -21,7 +21,7 @@ bool isComment(std::string_view text)
 // XML or JSON, perhaps damaged, that looks like groups and entries must not be taken for INI. No name begins so.
 bool beginsLikeOther(std::string_view name)
 {
-    return std::string_view("=<{[\"").find(name.front()) != std::string_view::npos;
+    return std::string_view("=<{[\"").find(name.front()) != std::string_view::npos || TWFormatText::start(name) > 0;
 }
 
 // The header up to the last bracket of the line. Only a comment may follow it.

@@ -61,7 +61,7 @@ TEST(TWFileFormatsTest, cutsMembersOfJSONWithOneComma)
         R"({"\ud83d":3})");
     const std::string before = "\xef\xbb\xbf// about\r\n{\r\n  \"x\": 12345678901234567890, // [\r\n"
                                "  /* a */ \"k\": [\r\n    1e5\r\n  ] /* b */,\r\n  \"K\": 1.10, // kept\r\n"
-                               "  \"l\": null\r\n}";
+                               "  \"l\": null \t\r\n}";
     expectCut("JSON", before, { "k", "l", "1e5" }, { 1, 1, 0 },
         "\xef\xbb\xbf// about\r\n{\r\n  \"x\": 12345678901234567890, // [\r\n"
         "  /* a */  /* b */\r\n  \"K\": 1.10 // kept\r\n}");
@@ -90,14 +90,15 @@ TEST(TWFileFormatsTest, cutsGroupsAndEntriesOfINI)
     expectCut("INI", "a=1\nk =\n\t/x\n\t/y\nb=\xff\n", { "k" }, { 1 }, "a=1\nb=\xff\n");
     // In KDE's files a backslash separates nothing.
     expectCut("INI", "a\\x5bk\\k=1\na\\\\k=2\n", { "k" }, { 0 }, "a\\x5bk\\k=1\na\\\\k=2\n");
-    expectCut("INI", "", { "", "k" }, { 0, 0 }, "");
+    expectCut("INI", "[]\n\\a=1\n%zz\\%41=2 \t\n", { "", "A" }, { 0, 1 }, "[]\n\\a=1\n");
+    expectCut("INI", "", { "k" }, { 0 }, "");
 }
 
 TEST(TWFileFormatsTest, refusesWhatMayNotBeINI)
 {
     expectRefused("INI",
         { "k=1\nsome text\n", "[k\n", "=1\n", "[a]\n  text\n", "k=1\0"s, "k\0=\0"s, "[k] x\n", "[1,2\n",
-            "[{\"k\":1,}, {\"k\":]\n", "[[k]]\n", "k\n",
+            "[{\"k\":1,}, {\"k\":]\n", "[[k]]\n", "a=1\n<b=2\n", "a=1\n\xef\xbb\xbfk=2\n", "k\n",
             // It is unclear where these entries end.
             "k=1\n  a=2\n", "a=1\n  k=2\n", "[k]\na=\n  [b]\n", "a=\n [k]\n", "k=1\\\nb=2\n", "a=1\\\nk=2\n" });
     // It is just as unclear here, but what goes is not concerned.
@@ -204,12 +205,25 @@ TEST(TWFileFormatsTest, rewritesBinaryPropertyLists)
     // An inner entry of a key that comes first counts on its own; and equal entries of one dictionary count twice.
     expectCut("binary property list", binary({ "\xd2\1\1\2\2", "\x51k", "\xd1\3\3", "\x51l" }), { "l", "k" }, { 1, 2 },
         binary({ "\xd0" }));
+    std::string refs(16, '\2');
+    expectCut("binary property list", binary({ "\xd2\1\2\3\4"s, "\x51k", "\x51x", "\x09", "\xaf\x10\x10" + refs }),
+        { "k" }, { 1 }, binary({ "\xd1\1\2", "\x51x", "\xaf\x10\x10" + std::string(16, '\1') }));
     const std::string good = binary({ "\xd1\1\2", "\x51k", "\x09" });
     expectRefused("binary property list",
         { "bplist00", good.substr(0, good.size() - 1), "bplist01" + good.substr(8), binary({ "\xd1\1\2", "\x51k" }),
             binary({ "\xa0" }), binary({ "\xd1\1\2", "\x5f\x13\xff\xff\xff\xff\xff\xff\xff\xff" }),
             binary({ "\xd1\1\1", "\x09" }), binary({ "\xd1\1\2", "\x51k", "\x70" }),
             binary({ "\xd1\2\1", "\xa1\1", "\x51\xff" }), binary({ "\xd1\1\2", "\x61\xd8\0"s, "\x09" }) });
+}
+
+// Many objects in the same bytes would make the new list far longer than the file.
+TEST(TWFileFormatsTest, refusesOverlappingObjects)
+{
+    std::string list = binary({ "\xd3\1\1\1\2\3\4", "\x51x", "\x4f\x10\x50" + std::string(80, 'd'), "\x08", "\x08" });
+    expectCut("binary property list", list, { "k" }, { 0 }, list);
+    const std::size_t table = list.size() - 32 - 5;
+    list[table + 3] = list[table + 4] = list[table + 2];
+    expectRefused("binary property list", { list });
 }
 
 TEST(TWFileFormatsTest, boundsTheLengthAndTheDepth)
