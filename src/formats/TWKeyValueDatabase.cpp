@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::string_view NoTable = "it has no table of keys and values";
+constexpr std::string_view Damaged = "it is damaged";
 constexpr std::string_view TooLarge = "it takes too long";
 
 constexpr int LongestWait = 1000; // ms
@@ -194,6 +195,8 @@ TWFoundEntries TWKeyValueDatabase::cut(const std::string& path, const std::vecto
     Database database(address(path, "mode=rw"), SQLITE_OPEN_READWRITE);
     database.run("PRAGMA secure_delete = ON");
     database.run("BEGIN IMMEDIATE");
+    if (database.works() && database.texts("PRAGMA integrity_check(1)") != std::vector<std::string>{ "ok" })
+        return { found.format, std::string(Damaged), {} };
     forEachKey(database, keys, found, [&](const std::string& rows, const std::string& key) {
         database.number("DELETE FROM " + rows, key);
         return database.works() ? database.changes() : 0;

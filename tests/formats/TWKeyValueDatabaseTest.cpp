@@ -147,6 +147,18 @@ TEST_F(TWKeyValueDatabaseTest, leavesWhatItCannotOpen)
     std::filesystem::resize_file(path_, 60);
     expectRefused();
     std::filesystem::remove(path_);
+    make(State);
+    close();
+    std::fstream file(path_, std::ios::in | std::ios::out | std::ios::binary);
+    std::string bytes(std::istreambuf_iterator<char>(file), {});
+    std::size_t inIndex = bytes.find("Recent");
+    while (bytes.substr(inIndex).starts_with("Recentkept"))
+        inIndex = bytes.find("Recent", inIndex + 1);
+    file.seekp(std::streamoff(inIndex)).write("Rotten", 6).flush();
+    bytes = files();
+    EXPECT_EQ(TWKeyValueDatabase::cut(path_, { "recent" }).problem, "it is damaged");
+    EXPECT_EQ(files(), bytes);
+    std::filesystem::remove(path_);
     make("CREATE TABLE t(key, value, x); CREATE VIEW v AS SELECT key, value FROM t");
     close();
     expectRefused();
