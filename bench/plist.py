@@ -115,4 +115,5 @@ def main():
     goals.end()
 
 
-main()
+if __name__ == "__main__":
+    main()

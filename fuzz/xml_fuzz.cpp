@@ -1,0 +1,14 @@
+#include "formats/TWXMLScanner.h"
+#include "formats_property.h"
+
+#include <cstdint>
+
+// The first line holds the keys.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+{
+    std::string_view input(reinterpret_cast<const char*>(bytes), size);
+    const TWFormatsProperty::Keys keys = TWFormatsProperty::takeKeys(input);
+    if (TWXMLScanner::recognises(input))
+        TWFormatsProperty::check(input, keys);
+    return 0;
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "formats/TWBinaryObjects.h"
+#include "formats/TWEntryCuts.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Finds dictionary entries in a binary property list and rewrites the list without them. All other objects are copied
+// as they are, even what TWPropertyList does not keep: UIDs, 32-bit reals, the first value of a key that a dictionary
+// has twice. Any thread.
+class TWBinaryPropertyListScanner final {
+public:
+    // The bytes and the cuts must outlive the scanner.
+    TWBinaryPropertyListScanner(std::string_view bytes, TWEntryCuts& cuts);
+
+    // On failure returns false and sets the problem to one short English clause. Called once.
+    bool scan(std::string& problem);
+
+private:
+    using Key = TWEntryCuts::Key;
+    using Number = TWBinaryObjects::Number;
+    using Object = TWBinaryObjects::Object;
+
+    bool countEntries();
+    // These pass by the entries of that many keys.
+    bool walk(Key keys);
+    bool visit(std::uint64_t number, Key keys);
+    bool visitEntries(const Object& dictionary, Key keys);
+
+    bool reach(std::uint64_t number);
+    std::optional<Key> keyNamed(std::uint64_t number) const;
+
+    void rewrite();
+    void writeObject(const Object& object);
+    void writeMarker(unsigned type, std::size_t count);
+    void writeReferences(const Object& container, const std::vector<std::size_t>& places);
+    void writeTable(const std::vector<std::size_t>& offsets);
+    void writeNumber(std::uint64_t number, std::size_t size);
+    bool fail(std::string_view problem);
+
+    std::string_view bytes_;
+    TWEntryCuts& cuts_;
+    TWBinaryObjects objects_;
+    std::string_view problem_;
+    std::vector<bool> isReached_;
+    std::vector<Number> reached_; // in the order of the latest walk
+    std::size_t reachedBytes_ = 0;
+    std::vector<Number> newNumbers_;
+    std::size_t newReferenceSize_ = 0;
+    std::string output_;
+};

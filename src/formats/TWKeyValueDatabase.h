@@ -1,0 +1,21 @@
+#pragma once
+
+#include "formats/TWFileFormats.h"
+
+#include <string>
+#include <vector>
+
+// Finds and removes rows in an SQLite database of another program. The rows are those of each table that has exactly
+// the columns "key" and "value"; a database without such a table is refused. The path must be free of symbolic links,
+// and must have no NUL byte. Each call waits up to a second for another program's lock. Any thread, but nobody else in
+// this process may have the same file open meanwhile: when a process closes a file, it loses all its locks on it.
+namespace TWKeyValueDatabase {
+
+// Changes nothing, and makes no file beside the database.
+TWFoundEntries find(const std::string& path, const std::vector<std::string>& keys);
+
+// Removes the rows in one transaction, then overwrites what is left of them in the database and in its log. If that
+// fails, there is a problem although the counts are those of the rows that were removed.
+TWFoundEntries cut(const std::string& path, const std::vector<std::string>& keys);
+
+}
