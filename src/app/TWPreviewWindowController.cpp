@@ -544,7 +544,7 @@ std::string TWPreviewWindowController::obstacle() const
 std::string TWPreviewWindowController::moment(std::time_t time, std::time_t now)
 {
     const auto day = TWText::localTime(time, "%Y-%m-%d");
-    const auto clock = TWText::localTime(time, "at %H:%M");
+    auto clock = TWText::localTime(time, "at %H:%M");
     if (day == TWText::localTime(now, "%Y-%m-%d"))
         return clock;
     return (day == TWText::localTime(dayBefore(now), "%Y-%m-%d") ? "yesterday " : "on " + day + " ") + clock;

@@ -44,4 +44,4 @@ void TWQtApplicationService::ActivateAction(
 }
 
 // One moc file per class, so that notifier.so gets this class only if it needs it.
-#include <moc_TWQtApplicationService.cpp>
+#include <moc_TWQtApplicationService.cpp> // NOLINT(bugprone-suspicious-include): Qt makes it

@@ -49,4 +49,4 @@ void TWQtFileManager::call(const char* method, const std::string& path, const st
 }
 
 // One moc file per class, so that notifier.so gets this class only if it needs it.
-#include <moc_TWQtFileManager.cpp>
+#include <moc_TWQtFileManager.cpp> // NOLINT(bugprone-suspicious-include): Qt makes it

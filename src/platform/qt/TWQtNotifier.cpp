@@ -66,4 +66,4 @@ uint TWQtNotifier::latestIdentifier() const
 }
 
 // One moc file per class, so that notifier.so gets this class only if it needs it.
-#include <moc_TWQtNotifier.cpp>
+#include <moc_TWQtNotifier.cpp> // NOLINT(bugprone-suspicious-include): Qt makes it
