@@ -72,6 +72,10 @@ inline TWFoundEntries check(std::string_view bytes, const Keys& keys, std::strin
     if (!found.format.ends_with(format))
         return found;
     const TWFoundEntries cut = TWFileFormats::cut(bytes, keys, remaining);
+    for (const TWFoundKey& key : TWFileFormats::findKeys(bytes, keys)) {
+        const TWFoundEntries named = TWFileFormats::find(bytes, { key.key });
+        require(!named.problem.empty() || named.counts[0] > 0, "a found key can be cut, or cutting it is refused");
+    }
     require(found.counts == cut.counts && found.problem == cut.problem, "find() and cut() agree");
     require(found.problem.empty() == !found.counts.empty(), "there are either counts or a problem");
     const auto total = std::accumulate(cut.counts.begin(), cut.counts.end(), std::size_t(0));

@@ -4,8 +4,9 @@
 
 #include <algorithm>
 
-TWEntryCuts::TWEntryCuts(std::string_view bytes, const std::vector<std::string>& keys)
+TWEntryCuts::TWEntryCuts(std::string_view bytes, const std::vector<std::string>& keys, TWKeyCollector* collector)
     : bytes_(bytes)
+    , collector_(collector)
     , keyCount_(keys.size())
     , counts_(keys.size())
 {

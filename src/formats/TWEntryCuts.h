@@ -1,5 +1,7 @@
 #pragma once
 
+#include "formats/TWKeyCollector.h"
+
 #include <bitset>
 #include <cstddef>
 #include <optional>
@@ -9,7 +11,7 @@
 #include <vector>
 
 // Collects the entries of one file whose names are among the wanted keys: counts them and cuts their bytes out. The
-// scanners of the formats call it. Any thread. The bytes and the keys must outlive it.
+// scanners of the formats call it. Any thread. The bytes, the keys and the collector must outlive it.
 class TWEntryCuts final {
 public:
     // The number of a key: its place in the list of keys. Keys are handled in the order of their numbers, so a key that
@@ -17,7 +19,10 @@ public:
     using Key = std::size_t;
     static constexpr Key NoKey = static_cast<Key>(-1);
 
-    TWEntryCuts(std::string_view bytes, const std::vector<std::string>& keys);
+    TWEntryCuts(std::string_view bytes, const std::vector<std::string>& keys, TWKeyCollector* collector = nullptr);
+
+    // If it is not null, the scanners report all names and values to it.
+    TWKeyCollector* collector() const { return collector_; }
 
     // NoKey if no key has exactly this name.
     Key find(std::string_view name) const;
@@ -58,6 +63,7 @@ private:
     Cut withWholeLines(Cut cut) const;
 
     std::string_view bytes_;
+    TWKeyCollector* collector_;
     std::size_t keyCount_;
     std::unordered_map<std::string_view, Key> numbers_;
     std::bitset<LengthClasses> lengths_; // those of the keys

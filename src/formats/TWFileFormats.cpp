@@ -4,6 +4,7 @@
 #include "formats/TWEntryCuts.h"
 #include "formats/TWINIScanner.h"
 #include "formats/TWJSONScanner.h"
+#include "formats/TWPropertyListKeys.h"
 #include "formats/TWXMLScanner.h"
 
 #include <array>
@@ -72,6 +73,22 @@ bool scanAs(const Format& format, std::string_view bytes, TWEntryCuts& cuts, TWF
     return format.scan(bytes, cuts, found);
 }
 
+// Calls the function for each format that the file may have until it returns true.
+template <typename Function>
+TWFoundEntries scanFile(std::string_view bytes, const Function& function)
+{
+    TWFoundEntries found;
+    if (bytes.size() > TWFileFormats::MaximumBytes || TWFileFormats::isDatabase(bytes)) {
+        found.problem = TWFileFormats::isDatabase(bytes) ? Database : TooLong;
+        return found;
+    }
+    for (const Format& format : Formats) {
+        if (format.recognises(bytes) && (function(format, found) || !format.mayBeOther(bytes)))
+            break;
+    }
+    return found;
+}
+
 }
 
 bool TWFileFormats::isDatabase(std::string_view beginning)
@@ -89,23 +106,29 @@ TWFoundEntries TWFileFormats::find(std::string_view bytes, const std::vector<std
 TWFoundEntries TWFileFormats::cut(
     std::string_view bytes, const std::vector<std::string>& keys, std::optional<std::string>& remainingBytes)
 {
-    TWFoundEntries found;
     remainingBytes.reset();
-    if (bytes.size() > MaximumBytes || isDatabase(bytes)) {
-        found.problem = isDatabase(bytes) ? Database : TooLong;
-        return found;
-    }
-    for (const Format& format : Formats) {
-        if (!format.recognises(bytes))
-            continue;
+    return scanFile(bytes, [&](const Format& format, TWFoundEntries& found) {
         TWEntryCuts cuts(bytes, keys);
-        if (scanAs(format, bytes, cuts, found)) {
-            found.counts = cuts.counts();
-            remainingBytes = cuts.takeRemainingBytes();
-            break;
-        }
-        if (!format.mayBeOther(bytes))
-            break;
-    }
-    return found;
+        if (!scanAs(format, bytes, cuts, found))
+            return false;
+        found.counts = cuts.counts();
+        remainingBytes = cuts.takeRemainingBytes();
+        return true;
+    });
+}
+
+std::vector<TWFoundKey> TWFileFormats::findKeys(std::string_view bytes, const std::vector<std::string>& keywords)
+{
+    std::vector<TWFoundKey> keys;
+    scanFile(bytes, [&](const Format& format, TWFoundEntries& found) {
+        TWKeyCollector collector(keywords);
+        TWEntryCuts cuts(bytes, {}, &collector);
+        if (!scanAs(format, bytes, cuts, found))
+            return false;
+        if (found.format.ends_with("property list"))
+            TWPropertyListKeys::report(bytes, collector);
+        keys = collector.takeKeys();
+        return true;
+    });
+    return keys;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "formats/TWKeyCollector.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -39,5 +41,11 @@ TWFoundEntries find(std::string_view bytes, const std::vector<std::string>& keys
 // property list they differ from the file only by the entries and by the lines and commas that went with them.
 TWFoundEntries cut(
     std::string_view bytes, const std::vector<std::string>& keys, std::optional<std::string>& remainingBytes);
+
+// The keys of dictionaries and lists whose names contain one of the keywords, in the order of the file, with their
+// values; see TWKeyCollector. In an INI file a group is a dictionary, and a list is an entry with several items, with a
+// path or an address, or with a number at the end of its name. In an XBEL file and in LibreOffice's registry each
+// name comes once, with the values of all its entries. Nothing if the file cannot be read.
+std::vector<TWFoundKey> findKeys(std::string_view bytes, const std::vector<std::string>& keywords);
 
 }

@@ -80,6 +80,76 @@ std::string unescaped(std::string_view text)
     return result;
 }
 
+bool isNested(std::string_view entry)
+{
+    // In KDE's files a backslash begins an escape and does not separate parts.
+    return entry.find("\\x") == entry.npos && entry.find("\\\\") == entry.npos;
+}
+
+// The parts of a name, as many as are reported.
+std::vector<TWKeyCollector::Step> steps(std::string_view name, std::string_view separator)
+{
+    std::vector<TWKeyCollector::Step> steps;
+    while (steps.size() < TWKeyCollector::MaximumPath) {
+        const std::size_t end = separator.empty() ? name.npos : name.find(separator);
+        const std::string_view part = name.substr(0, end);
+        steps.push_back({ std::string(part), unescaped(part) });
+        if (end == name.npos)
+            break;
+        name.remove_prefix(end + separator.size());
+    }
+    return steps;
+}
+
+std::size_t endOfItem(std::string_view text, char separator)
+{
+    bool isQuoted = false;
+    for (std::size_t place = 0; place < text.size(); place++) {
+        if (text[place] == '\\')
+            place++;
+        else if (text[place] == '"')
+            isQuoted = !isQuoted;
+        else if (text[place] == separator && !isQuoted)
+            return place;
+    }
+    return text.npos;
+}
+
+// Lists are separated by line ends, semicolons or commas.
+char separatorOf(std::string_view text)
+{
+    for (const char separator : { '\n', ';', ',' }) {
+        if (endOfItem(text, separator) != text.npos)
+            return separator;
+    }
+    return '\0';
+}
+
+// A list of one item looks like a text, so the beginning of a path or an address has to do, or the name of an item.
+bool isList(std::string_view name, std::string_view text)
+{
+    const bool isNumbered = !name.empty() && name.back() >= '0' && name.back() <= '9';
+    const bool isFile
+        = text.starts_with('/') || text.starts_with("~/") || text.starts_with("$HOME") || text.find("://") != text.npos;
+    return isNumbered || isFile || separatorOf(text) != '\0';
+}
+
+void reportList(std::string_view text, TWKeyCollector& collector)
+{
+    const char separator = separatorOf(text);
+    collector.begin(false);
+    while (!text.empty()) {
+        const std::size_t end = std::min(endOfItem(text, separator), text.size());
+        std::string_view item = text.substr(0, end);
+        if (item.ends_with('\r'))
+            item.remove_suffix(1);
+        if (!TWFormatText::isBlank(item))
+            collector.value(TWFormatText::trimmed(item));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    collector.end();
+}
+
 }
 
 TWINIScanner::TWINIScanner(std::string_view bytes, TWEntryCuts& cuts)
@@ -116,6 +186,8 @@ bool TWINIScanner::scanAll()
     }
     endEntry();
     endGroup();
+    if (cuts_.collector())
+        cuts_.collector()->enter({});
     return problem_.empty();
 }
 
@@ -176,6 +248,8 @@ bool TWINIScanner::takeGroup(const Line& line)
     if (header.empty() || beginsLikeOther(header.substr(1)))
         return fail(UnknownLine);
     cutsGroup_ = open(groupKey(header), line);
+    if (cuts_.collector())
+        reportGroup(header);
     groupEnd_ = line.end;
     groupGoesOn_ = true;
     return problem_.empty();
@@ -189,6 +263,7 @@ bool TWINIScanner::takeEntry(const Line& line)
         return fail(UnknownLine);
     cutsEntry_ = open(entryKey(TWFormatText::trimmed(line.text.substr(0, sign))), line);
     entryIndentation_ = line.indentation;
+    entryBegin_ = line.begin + line.indentation;
     entryEnd_ = groupEnd_ = line.end;
     groupGoesOn_ = true;
     return problem_.empty();
@@ -201,6 +276,8 @@ void TWINIScanner::endEntry()
         if (endsInBackslash(entryEnd_))
             fail(Backslash);
     }
+    if (cuts_.collector() && entryIndentation_ != None)
+        reportEntry();
     cutsEntry_ = false;
     entryIndentation_ = None;
 }
@@ -210,6 +287,34 @@ void TWINIScanner::endGroup()
     if (cutsGroup_)
         cuts_.close(groupEnd_);
     cutsGroup_ = false;
+}
+
+void TWINIScanner::reportGroup(std::string_view header)
+{
+    groupPath_ = steps(header.substr(1, header.size() - 2), "][");
+    cuts_.collector()->enter(groupPath_);
+}
+
+void TWINIScanner::reportEntry()
+{
+    const std::string_view entry = bytes_.substr(entryBegin_, entryEnd_ - entryBegin_);
+    const std::size_t sign = entry.find('=');
+    const std::string_view whole = TWFormatText::trimmed(entry.substr(0, sign));
+    const std::string_view name = whole.substr(0, whole.find('[', 1));
+    std::string_view text = entry.substr(sign + 1);
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    text = TWFormatText::trimmed(text);
+    auto path = steps(name, isNested(name) ? "\\" : "");
+    const TWKeyCollector::Step last = std::move(path.back());
+    path.pop_back();
+    path.insert(path.begin(), groupPath_.begin(), groupPath_.end());
+    TWKeyCollector& collector = *cuts_.collector();
+    collector.enter(std::move(path));
+    collector.name(last.name, last.unescaped);
+    if (collector.isInside() || !isList(last.name, text))
+        collector.value(text);
+    else
+        reportList(text, collector);
 }
 
 TWEntryCuts::Key TWINIScanner::groupKey(std::string_view header) const
@@ -233,8 +338,7 @@ TWEntryCuts::Key TWINIScanner::entryKey(std::string_view name) const
     if (rest.size() < name.size())
         key = std::min(key, keyOf(name));
     std::size_t end = rest.find('\\');
-    // In KDE's files a backslash begins an escape and does not separate parts.
-    if (end == rest.npos || rest.find("\\x") != rest.npos || rest.find("\\\\") != rest.npos)
+    if (end == rest.npos || !isNested(rest))
         return key;
     for (; end != rest.npos; end = rest.find('\\')) {
         key = std::min(key, keyOf(rest.substr(0, end)));

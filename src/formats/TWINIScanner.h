@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Finds entries and groups in INI files, including those of KDE and Qt programs. A name is the name
 //  - of a group, or of one part of a nested group such as [Outer][Inner]: the whole group goes;
@@ -44,6 +45,8 @@ private:
     TWEntryCuts::Key groupKey(std::string_view header) const;
     TWEntryCuts::Key entryKey(std::string_view name) const;
     TWEntryCuts::Key keyOf(std::string_view name) const;
+    void reportGroup(std::string_view header);
+    void reportEntry();
     bool fail(std::string_view problem);
 
     std::string_view bytes_;
@@ -51,9 +54,11 @@ private:
     std::string_view problem_;
     std::size_t previousEnd_ = 0; // of the line before
     std::size_t entryIndentation_ = None; // of the entry that may continue in the next line
+    std::size_t entryBegin_ = 0;
     bool cutsEntry_ = false;
     std::size_t entryEnd_ = 0;
     bool cutsGroup_ = false;
     std::size_t groupEnd_ = 0; // without the comments after its last entry, which may belong to the next group
     bool groupGoesOn_ = false; // blank lines belong to the group: there was no comment after its last entry
+    std::vector<TWKeyCollector::Step> groupPath_; // if keys are collected
 };

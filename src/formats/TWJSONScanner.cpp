@@ -99,13 +99,23 @@ std::optional<std::string> unescaped(std::string_view text)
     return result;
 }
 
-TWEntryCuts::Key keyNamed(std::string_view name, const TWEntryCuts& cuts)
-{
-    if (name.find('\\') == name.npos)
-        return cuts.find(name);
-    const auto text = unescaped(name);
-    return text ? cuts.find(*text) : TWEntryCuts::NoKey;
-}
+// The name of a member, of which the escapes are resolved if it has any.
+struct Name {
+    explicit Name(std::string_view inside)
+        : text(inside)
+    {
+        if (inside.find('\\') == inside.npos)
+            return;
+        resolved = unescaped(inside);
+        text = resolved ? std::string_view(*resolved) : std::string_view();
+        isValid = resolved.has_value();
+    }
+    Name(const Name&) = delete;
+
+    std::optional<std::string> resolved;
+    std::string_view text;
+    bool isValid = true;
+};
 
 }
 
@@ -192,7 +202,10 @@ bool TWJSONScanner::takeMember(Container& inner)
         return false;
     if (!take(':'))
         return fail(NoMember);
-    const TWEntryCuts::Key key = keyNamed(name, cuts_);
+    const Name resolved(name);
+    if (cuts_.collector())
+        cuts_.collector()->name(resolved.text);
+    const TWEntryCuts::Key key = resolved.isValid ? cuts_.find(resolved.text) : TWEntryCuts::NoKey;
     inner.cutsMember = key != TWEntryCuts::NoKey;
     if (inner.cutsMember)
         cuts_.open(key, begin);
@@ -203,22 +216,39 @@ bool TWJSONScanner::takeMember(Container& inner)
 
 bool TWJSONScanner::takeValue()
 {
+    if (peek() == '{' || peek() == '[')
+        return beginContainer(peek() == '{');
+    const std::size_t begin = place_;
+    if (!takeScalar())
+        return false;
+    if (cuts_.collector())
+        reportScalar(bytes_.substr(begin, place_ - begin));
+    return endValue();
+}
+
+bool TWJSONScanner::takeScalar()
+{
     std::string_view inside;
     switch (peek()) {
-    case '{':
-    case '[':
-        return beginContainer(peek() == '{');
     case '"':
-        return takeString(inside) && endValue();
+        return takeString(inside);
     case 't':
-        return takeWord("true") && endValue();
+        return takeWord("true");
     case 'f':
-        return takeWord("false") && endValue();
+        return takeWord("false");
     case 'n':
-        return takeWord("null") && endValue();
+        return takeWord("null");
     default:
-        return takeNumber() && endValue();
+        return takeNumber();
     }
+}
+
+void TWJSONScanner::reportScalar(std::string_view text)
+{
+    if (text.starts_with('"'))
+        text = text.substr(1, text.size() - 2);
+    const auto resolved = unescaped(text);
+    cuts_.collector()->value(resolved ? *resolved : text);
 }
 
 bool TWJSONScanner::beginContainer(bool isObject)
@@ -227,6 +257,8 @@ bool TWJSONScanner::beginContainer(bool isObject)
         return fail(TWFileFormats::TooDeep);
     place_++;
     open_.emplace_back().isObject = isObject;
+    if (cuts_.collector())
+        cuts_.collector()->begin(isObject);
     return true;
 }
 
@@ -237,6 +269,8 @@ bool TWJSONScanner::endContainer()
     if (ended.needsComma && ended.cutsMember && ended.keptComma != None)
         cuts_.addSeparator(ended.keptComma, ended.keptComma + 1);
     open_.pop_back();
+    if (cuts_.collector())
+        cuts_.collector()->end();
     return endValue();
 }
 

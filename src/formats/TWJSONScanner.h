@@ -41,6 +41,8 @@ private:
     bool takeComma(Container& inner);
     bool takeMember(Container& inner);
     bool takeValue();
+    bool takeScalar();
+    void reportScalar(std::string_view text);
     bool beginContainer(bool isObject);
     bool endContainer();
     bool endValue();

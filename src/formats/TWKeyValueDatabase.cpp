@@ -1,5 +1,7 @@
 #include "formats/TWKeyValueDatabase.h"
 
+#include "formats/TWJSONScanner.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -69,6 +71,14 @@ public:
         return texts;
     }
 
+    // Calls the function with the two columns of each row until it returns false.
+    template <typename Function>
+    void forEachRow(const std::string& query, const Function& function)
+    {
+        const Statement statement = prepared(query.c_str());
+        while (step(statement.get()) && function(bytes(statement.get(), 0), bytes(statement.get(), 1))) { }
+    }
+
     // Runs a query of which the only parameter is the key. Returns the first number of its answer, if it has one.
     std::size_t number(const std::string& query, const std::string& key)
     {
@@ -109,6 +119,12 @@ private:
         if (works())
             result_ = sqlite3_prepare_v2(database_.get(), query, -1, &statement, nullptr);
         return { statement, sqlite3_finalize };
+    }
+
+    static std::string_view bytes(sqlite3_stmt* row, int column)
+    {
+        const auto* data = static_cast<const char*>(sqlite3_column_blob(row, column));
+        return { data ? data : "", static_cast<std::size_t>(sqlite3_column_bytes(row, column)) };
     }
 
     // True if there is a row.
@@ -152,6 +168,20 @@ std::string_view readingMode(const std::string& path)
     if (header[18] != 2 && header[19] != 2)
         return "mode=ro";
     return std::filesystem::exists(path + "-wal", error) ? "mode=ro&readonly_shm=1" : "mode=ro&immutable=1";
+}
+
+// The row as a key, with the items of its value if that is JSON.
+TWFoundKey keyOfRow(std::string_view key, std::string_view value, const std::vector<std::string>& keywords)
+{
+    TWKeyCollector items(keywords);
+    items.name(key);
+    TWEntryCuts cuts(value, {}, &items);
+    std::string problem;
+    if (TWJSONScanner::recognises(value) && TWJSONScanner(value, cuts).scan(problem))
+        return items.takeKeys().front();
+    TWKeyCollector text(keywords);
+    text.add(key, value);
+    return text.takeKeys().front();
 }
 
 // Calls the function for each key and each table, and adds up what it returns. Fails if there is no table.
@@ -209,4 +239,21 @@ TWFoundEntries TWKeyValueDatabase::cut(const std::string& path, const std::vecto
     if (!database.run("VACUUM") || !database.emptyLog())
         found.problem = database.problem();
     return found;
+}
+
+std::vector<TWFoundKey> TWKeyValueDatabase::findKeys(const std::string& path, const std::vector<std::string>& keywords)
+{
+    std::vector<TWFoundKey> keys;
+    const TWKeyCollector matcher(keywords);
+    Database database(address(path, readingMode(path)), SQLITE_OPEN_READONLY);
+    for (const std::string& table : database.texts(Tables)) {
+        const std::string query = "SELECT \"key\", substr(\"value\", 1, 1000000) FROM " + asIdentifier(table)
+            + " WHERE typeof(\"key\") = 'text'";
+        database.forEachRow(query, [&](std::string_view key, std::string_view value) {
+            if (matcher.matches(key))
+                keys.push_back(keyOfRow(key, value, keywords));
+            return keys.size() < TWKeyCollector::MaximumKeys;
+        });
+    }
+    return database.works() ? keys : std::vector<TWFoundKey>();
 }

@@ -14,6 +14,10 @@ namespace TWKeyValueDatabase {
 // Changes nothing, and makes no file beside the database.
 TWFoundEntries find(const std::string& path, const std::vector<std::string>& keys);
 
+// The keys, in the order of the tables and rows, that contain one of the keywords; with the items of the value if it is
+// a JSON object or array, else with the value itself. Nothing if the database cannot be read.
+std::vector<TWFoundKey> findKeys(const std::string& path, const std::vector<std::string>& keywords);
+
 // Removes the rows in one transaction, then overwrites what is left of them in the database and in its log. If that
 // fails, there is a problem although the counts are those of the rows that were removed.
 TWFoundEntries cut(const std::string& path, const std::vector<std::string>& keys);

@@ -1,7 +1,9 @@
 #include "formats/TWXMLDialect.h"
 
 #include <algorithm>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -18,7 +20,18 @@ std::string_view attribute(std::string_view name, TWXMLDialect::Attributes attri
     return {};
 }
 
-// Any XML file: an entry is an element with the key's name.
+// What is said about one element: its attributes and its text. Needs no more than what is shown of it.
+void addText(std::string_view text, std::string& all)
+{
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == text.npos || all.size() > TWKeyCollector::MaximumValueBytes)
+        return;
+    if (!all.empty() && (first > 0 || all.back() == ';' || all.back() == ':'))
+        all += ' ';
+    all += text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+// Any XML file: an entry is an element with the key's name. A collected one has elements inside.
 class ElementDialect : public TWXMLDialect {
 public:
     explicit ElementDialect(TWEntryCuts& cuts)
@@ -27,31 +40,78 @@ public:
     }
 
     std::string_view formatName() const override { return "XML"; }
+    bool wantsText() const override { return cuts_.collector(); }
 
     bool start(std::string_view name, Attributes attributes, std::size_t begin) override
     {
-        const Key key = cutsElement_.empty() ? NoKey : keyOf(name, attributes);
+        const bool isRoot = cutsElement_.empty();
+        const Key key = isRoot ? NoKey : keyOf(name, attributes);
         if (key != NoKey)
             cuts_.open(key, begin);
         cutsElement_.push_back(key != NoKey);
+        if (cuts_.collector() && !isRoot)
+            reportStart(name, attributes);
         return true;
     }
 
-    bool end(std::string_view, std::size_t end) override
+    bool end(std::string_view name, std::size_t end) override
     {
         if (cutsElement_.back())
             cuts_.close(end);
         cutsElement_.pop_back();
+        if (cuts_.collector() && !cutsElement_.empty())
+            reportEnd(name);
+        return true;
+    }
+
+    bool text(std::string_view text) override
+    {
+        addText(text, text_);
         return true;
     }
 
 protected:
     virtual Key keyOf(std::string_view name, Attributes) const { return cuts_.find(name); }
+
+    // Whether an element has elements inside is known only when the next one begins or it ends.
+    virtual void reportStart(std::string_view name, Attributes attributes)
+    {
+        if (isLeaf_) {
+            collector().name(leaf_);
+            collector().begin(true);
+            collector().name("");
+            if (!text_.empty())
+                collector().value(text_);
+        }
+        isLeaf_ = true;
+        leaf_ = name;
+        text_.clear();
+        for (; *attributes; attributes += 2)
+            addText(std::string(attributes[0]) + "=" + attributes[1] + ";", text_);
+    }
+
+    virtual void reportEnd(std::string_view name)
+    {
+        if (isLeaf_) {
+            collector().name(name);
+            collector().value(text_);
+        } else {
+            collector().end();
+        }
+        isLeaf_ = false;
+        text_.clear();
+    }
+
     const TWEntryCuts& cuts() const { return cuts_; }
+    TWKeyCollector& collector() const { return *cuts_.collector(); }
+    std::string takeText() { return std::exchange(text_, {}); }
 
 private:
     TWEntryCuts& cuts_;
     std::vector<bool> cutsElement_; // for each open element
+    bool isLeaf_ = false; // so far, the innermost open element has no elements inside
+    std::string leaf_; // its name
+    std::string text_; // what is said about it
 };
 
 // LibreOffice's registry: an entry is an <item> whose path has the key as a quoted name, as in Info['PickList']/Order.
@@ -62,22 +122,52 @@ public:
     std::string_view formatName() const override { return "LibreOffice registry"; }
 
 private:
-    Key keyOf(std::string_view name, Attributes attributes) const override
+    // Calls the function with each quoted name of an item's path.
+    template <typename Function>
+    static void forEachName(Attributes attributes, const Function& function)
     {
-        Key key = NoKey;
-        if (name != "item")
-            return key;
         std::string_view path = attribute("oor:path", attributes);
         for (std::size_t begin = path.find_first_of("'\""); begin != path.npos; begin = path.find_first_of("'\"")) {
             const std::size_t end = path.find(path[begin], begin + 1);
             if (end == path.npos)
                 break;
             if (path.substr(end + 1).starts_with(']'))
-                key = std::min(key, cuts().find(path.substr(begin + 1, end - begin - 1)));
+                function(path.substr(begin + 1, end - begin - 1));
             path.remove_prefix(end + 1);
         }
+    }
+
+    Key keyOf(std::string_view name, Attributes attributes) const override
+    {
+        Key key = NoKey;
+        if (name == "item")
+            forEachName(attributes, [&](std::string_view part) { key = std::min(key, cuts().find(part)); });
         return key;
     }
+
+    // A collected name has one value for each item, because a list is spread over many items.
+    void reportStart(std::string_view name, Attributes attributes) override
+    {
+        if (name == "item") {
+            key_.clear();
+            takeText();
+            forEachName(attributes, [&](std::string_view part) {
+                if (key_.empty() && collector().matches(part))
+                    key_ = part;
+            });
+        }
+        const std::string_view node = attribute("oor:name", attributes);
+        if (!node.empty())
+            text(" " + std::string(node) + ":");
+    }
+
+    void reportEnd(std::string_view name) override
+    {
+        if (name == "item" && !key_.empty())
+            collector().add(key_, takeText());
+    }
+
+    std::string key_; // of the current item
 };
 
 // XBEL: an entry is a <bookmark> that was made by an application, or belongs to a group, of the key's name.
@@ -102,6 +192,14 @@ public:
             key_ = std::min(key_, cuts_.find(attribute("name", attributes)));
         isGroup_ = plain == "group";
         group_.clear();
+        if (cuts_.collector()) {
+            if (name == "bookmark") {
+                names_.clear();
+                address_ = attribute("href", attributes);
+            } else if (plain == "application") {
+                report(attribute("name", attributes));
+            }
+        }
         return true;
     }
 
@@ -109,6 +207,8 @@ public:
     {
         if (isGroup_)
             key_ = std::min(key_, cuts_.find(group_));
+        if (isGroup_ && cuts_.collector())
+            report(group_);
         isGroup_ = false;
         if (name == "bookmark" && key_ != NoKey) {
             cuts_.open(key_, begin_);
@@ -128,8 +228,17 @@ public:
 private:
     static std::string_view withoutPrefix(std::string_view name) { return name.substr(name.find(':') + 1); }
 
+    // A collected name has the addresses of its bookmarks as values.
+    void report(std::string_view name)
+    {
+        if (cuts_.collector()->matches(name) && names_.insert(std::string(name)).second)
+            cuts_.collector()->add(name, address_);
+    }
+
     TWEntryCuts& cuts_;
     std::size_t begin_ = 0;
+    std::string address_; // of the current bookmark, and the names reported for it
+    std::set<std::string> names_;
     Key key_ = NoKey; // of the current bookmark
     bool isGroup_ = false; // inside a <group>
     std::string group_;

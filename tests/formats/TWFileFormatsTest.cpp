@@ -35,6 +35,21 @@ void expectRefused(std::string_view format, const std::vector<std::string>& file
     }
 }
 
+// Each found key on a line, with its values. Each can be cut.
+void expectKeys(const std::string& file, const Keys& words, const std::string& expected)
+{
+    std::string text;
+    for (const TWFoundKey& found : TWFileFormats::findKeys(file, words)) {
+        const Counts counts = TWFileFormats::find(file, { found.key }).counts;
+        EXPECT_TRUE(counts.size() == 1 && counts[0] > 0) << found.key;
+        text += found.key + ":";
+        for (const std::string& value : found.values)
+            text += " <" + value + ">";
+        text += "\n";
+    }
+    EXPECT_EQ(text, expected) << file;
+}
+
 std::string repeated(std::string_view text, int count)
 {
     std::string result;
@@ -279,4 +294,57 @@ TEST(TWFileFormatsTest, holdsForFuzzedAndTruncatedFiles)
         }
     }
     EXPECT_GT(files, 10);
+}
+
+TEST(TWFileFormatsTest, findsKeysByKeywords)
+{
+    const Keys words{ "Recent", "History" };
+    expectKeys(R"({"x":[{"MyHistory":{"a":1,"Recent":["\u0062",{"c":null,"d":[]}]}}],"recent":[1],"Recent":"s",)"
+               R"("Recent":[{"History":[2]},"/a"],"Recent\n":[]})",
+        words, "MyHistory: <1> <[b, {c: null, d: []}]>\nRecent: <{History: [2]}> </a>\nRecent\n:\n");
+    expectKeys("Recent=one\nRecentA=a, \"b,c\"\nRecentB=/a b,c.txt;d\\;e;\nRecentC[$e]=$HOME/a\nRecent1=\xff\n"
+               "RecentD=\r\n\t/x,y\r\n\t/z\n[Recent%20Files]\nFile1=/a,b\nHistory\\1=c\n[X][Recent][1]\nn=1\n"
+               "[X][Recent][2]\nn=2\n[Y]\nHistory\\1\\path=/p\nHistory\\2\\path=/q\nHistory\\size=2\n",
+        words,
+        "RecentA: <a> <\"b,c\">\nRecentB: </a b,c.txt> <d\\;e>\nRecentC: <$HOME/a>\nRecent1: <\xef\xbf\xbd>\n"
+        "RecentD: </x,y> </z>\nRecent%20Files: </a,b> <{1: c}>\nRecent: <{n: 1}> <{n: 2}>\n"
+        "History: <{path: /p}> <{path: /q}> <2>\n");
+    expectKeys("<Recent><Recent>s</Recent><x><Recent a='1'>\n <f p='/a' q='b'>t</f><g><h/>u</g></Recent></x></Recent>",
+        words, "Recent: <a=1;> <p=/a; q=b; t> <{h: }>\n");
+    expectKeys("<oor:items><item oor:path=\"/H['Recent']/O\"><node oor:name='0'><prop><value>a</value></prop></node>"
+               "</item><item oor:path=\"/O['x']\"/><item oor:path=\"/H['Recent']/I['y']\"><value>b</value></item>"
+               "</oor:items>",
+        words, "Recent: <0: a> <b>\n");
+    expectKeys("<xbel><bookmark href='a'><application name='Recent'/><group>History</group></bookmark>"
+               "<bookmark href='b'><application name='Recent'/><application name='Recent'/></bookmark></xbel>",
+        words, "Recent: <a> <b>\nHistory: <a>\n");
+}
+
+TEST(TWFileFormatsTest, findsKeysOfPropertyLists)
+{
+    const Keys words{ "Recent" };
+    TWValue list = TWDictionary::fromEntries(
+        { { "NSRecent", TWValue::Array{ TWDictionary::fromEntries({ { "Recent", TWValue::Array{ true } } }) } },
+            { "Recent", "text" },
+            { "a",
+                TWValue::Array{ TWDictionary::fromEntries({ { "Recents",
+                    TWDictionary::fromEntries(
+                        { { "x", TWDate{ 0 } }, { "y", TWData{ "abc" } }, { "z", -1.5 } }) } }) } } });
+    for (const auto format : { TWPropertyListFormat::XML, TWPropertyListFormat::Binary })
+        expectKeys(TWPropertyList::write(list, format).value(), words,
+            "NSRecent: <{Recent: [true]}>\nRecents: <2001-01-01 00:00:00 +0000> <3 bytes> <-1.5>\n");
+}
+
+TEST(TWFileFormatsTest, boundsTheKeys)
+{
+    const std::string name(TWKeyCollector::MaximumNameBytes, 'k');
+    expectKeys("{\"" + name + "\":[],\"k" + name + "\":[1]}", { "k" }, name + ":\n");
+    expectKeys("{\"k\":[1],\"\":[1]}", { "" }, "");
+    expectKeys("{\"k\":[1}", { "k" }, "");
+    expectKeys("{\"k\":[\"" + name.substr(0, 499) + "\xc3\xa4\",\"" + name.substr(0, 500) + "\"]}", { "k" },
+        "k: <" + name.substr(0, 499) + "…> <" + name.substr(0, 500) + ">\n");
+    const auto keys
+        = TWFileFormats::findKeys("[" + repeated("{\"k\":[" + repeated("1,", 300) + "]},", 300) + "]", { "k" });
+    ASSERT_EQ(keys.size(), TWKeyCollector::MaximumKeys);
+    EXPECT_EQ(keys.back().values.size(), TWKeyCollector::MaximumValues);
 }

@@ -165,3 +165,13 @@ TEST_F(TWKeyValueDatabaseTest, leavesWhatItCannotOpen)
     std::filesystem::create_symlink(path_, folder_.path() + "/link");
     EXPECT_NE(TWKeyValueDatabase::find(folder_.path() + "/link", { "recent" }).problem, "");
 }
+
+TEST_F(TWKeyValueDatabaseTest, findsKeysByKeywords)
+{
+    make("CREATE TABLE t(key TEXT, value);INSERT INTO t VALUES('x.recent', '{\"recent\":[1,{\"a\":2}],\"b\":3}'),"
+         "('old', '{\"recent\":[1]}'), ('recent', '{\"damaged'), (x'726563656e74', '[]'), ('recent.blob', x'ff');");
+    const std::vector<TWFoundKey> keys{ { "x.recent", { "[1, {a: 2}]", "3" } }, { "recent", { "{\"damaged" } },
+        { "recent.blob", { "\xef\xbf\xbd" } } };
+    EXPECT_EQ(TWKeyValueDatabase::findKeys(path_, { "recent" }), keys);
+    EXPECT_EQ(TWKeyValueDatabase::findKeys(folder_.path() + "/none", { "recent" }), std::vector<TWFoundKey>());
+}
