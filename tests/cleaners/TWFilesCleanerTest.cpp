@@ -7,6 +7,11 @@ namespace {
 
 class TWFilesCleanerTest : public TWCleanerTest<TWFilesCleaner> {
 protected:
+    static constexpr auto Started = "started: Deleting files and folders...";
+    static constexpr auto Failure = "failure: Some files and/or folders could not be deleted!";
+    static constexpr auto Terminated = "failure: The cleaner was terminated before its job was finished!";
+    static constexpr auto Success = "success: All files and folders have been deleted.";
+
     void give(std::vector<TWFilesRule> rules, Lines words = { "secret" })
     {
         info.filesArray = std::make_shared<std::vector<TWFilesRule>>(std::move(rules));
@@ -63,11 +68,6 @@ struct ChangingFileSystem final : TWFileSystem {
         return real.holdFolder(path, error);
     }
 };
-
-constexpr auto Started = "started: Deleting files and folders...";
-constexpr auto Failure = "failure: Some files and/or folders could not be deleted!";
-constexpr auto Terminated = "failure: The cleaner was terminated before its job was finished!";
-constexpr auto Success = "success: All files and folders have been deleted.";
 
 }
 

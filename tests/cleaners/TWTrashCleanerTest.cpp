@@ -6,6 +6,10 @@ namespace {
 
 class TWTrashCleanerTest : public TWCleanerTest<TWTrashCleaner> {
 protected:
+    static constexpr auto Started = "started: Emptying the Trash...";
+    static constexpr auto Success = "success: The Trash is now empty.";
+    static constexpr auto Failure = "failure: Some files could not be removed from the Trash!";
+
     TWTrashCleanerTest()
     {
         places.trash = root.folder("trash");
@@ -20,10 +24,6 @@ protected:
         return lines;
     }
 };
-
-constexpr auto Started = "started: Emptying the Trash...";
-constexpr auto Success = "success: The Trash is now empty.";
-constexpr auto Failure = "failure: Some files could not be removed from the Trash!";
 
 }
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-struct View final : TWDictionaryView {
+struct DictionaryView final : TWDictionaryView {
     Lines calls;
     void closeSheet() override { calls.emplace_back("close"); }
     void openHelpAnchor(const std::string&) override { }
@@ -23,7 +23,7 @@ protected:
     static constexpr auto File = "home/.local/share/Tidewell/Dictionary.plist";
 
     TWDictionaryWindowController controller{ listFolder };
-    View view;
+    DictionaryView view;
 };
 
 }

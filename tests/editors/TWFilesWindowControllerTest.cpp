@@ -6,7 +6,7 @@
 
 namespace {
 
-struct View final : TWRecordView {
+struct FilesView final : TWRecordView {
     int selected = -1;
     Lines calls;
     std::optional<std::string> chosen;
@@ -59,7 +59,7 @@ protected:
     static constexpr auto Saved = "home/.local/share/Tidewell/FilesRules.plist";
 
     TWDictionaryWindowController dictionary{ listFolder };
-    View view;
+    FilesView view;
     std::optional<TWFilesWindowController> controller;
 };
 

@@ -10,8 +10,8 @@
 
 namespace {
 
-struct Launcher {
-    explicit Launcher(TWFakeMachine& machine)
+struct FakeLauncher {
+    explicit FakeLauncher(TWFakeMachine& machine)
         : recorder(machine.launcher)
     {
         recorder.lasting = { "/bin/sleep" };
@@ -48,6 +48,6 @@ struct UserDefaults {
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWAlertsContract, Alerts);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWRunLoopContract, TWFakeRunLoop);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWLocksContract, TWFakeLocks);
-INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, Launcher);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, FakeLauncher);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWUserDefaultsContract, UserDefaults);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWMountTableContract, MountTable);

@@ -34,7 +34,7 @@ protected:
     std::optional<TWTermination> ended;
 };
 
-struct Launcher {
+struct LinuxLauncher {
     TWFakeMachine& machine;
     TWLinuxProcessLauncher body{ machine.runLoop };
     TWProcessLauncher& launcher() { return body; }
@@ -42,7 +42,7 @@ struct Launcher {
 
 }
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Linux, TWProcessLauncherContract, Launcher);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, TWProcessLauncherContract, LinuxLauncher);
 
 TEST_F(TWLinuxProcessLauncherTest, TellsHowAChildEnded)
 {

@@ -17,10 +17,10 @@ using namespace TWUITest;
 
 namespace {
 
-enum Column { Active, Name, Path, WhatToDelete, Note };
-
 class TWFilesSheetTest : public testing::Test {
 protected:
+    enum Column { Active, Name, Path, WhatToDelete, Note };
+
     TWFilesSheetTest() { world.settings.set(TWKey::ManualFilesRuleCreation, true); }
 
     void open()

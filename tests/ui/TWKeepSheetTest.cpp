@@ -14,15 +14,16 @@ using namespace TWUITest;
 
 namespace {
 
-using enum TWKeepEntry::Kind;
 using Records = std::vector<TWKeepRecord>;
 
 constexpr auto Saved = "home/.local/share/Tidewell/KeepList.plist";
 
-enum Column { What, How, Note };
-
 class TWKeepSheetTest : public testing::Test {
 protected:
+    using enum TWKeepEntry::Kind;
+
+    enum Column { What, How, Note };
+
     void open()
     {
         sheet.open();

@@ -23,10 +23,10 @@ using namespace TWUITest;
 
 namespace {
 
-enum Column { Path, Size, Age, Why };
-
 class TWPreviewWindowTest : public testing::Test {
 protected:
+    enum Column { Path, Size, Age, Why };
+
     TWPreviewWindowTest()
     {
         for (const auto* name : { "a", "b", "secret" })
