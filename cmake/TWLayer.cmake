@@ -90,7 +90,7 @@ function(tw_tests folder)
     add_executable(${name} ${sources} "${CMAKE_SOURCE_DIR}/tests/TWTestMain.cpp")
     target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     set_target_properties(${name} PROPERTIES UNITY_BUILD "${TIDEWELL_JOIN_TESTS}" UNITY_BUILD_BATCH_SIZE 6)
-    # -O0 compiles twice as fast with sanitizers. A fixture in an unnamed namespace is no fault where sources are joined.
+    # -O0 compiles twice as fast with sanitizers. In joined sources, a fixture in an unnamed namespace is no fault.
     target_compile_options(${name} PRIVATE -O0 -Wno-subobject-linkage)
     tw_link(${name} PRIVATE ${arg_USES} support GTest::gtest tw_warnings)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${folder}/"

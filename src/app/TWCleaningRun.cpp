@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 
 namespace {
 
@@ -33,12 +32,7 @@ constexpr int AtEnd = 2;
 
 std::string dateText()
 {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm parts{};
-    gmtime_r(&now, &parts);
-    char text[40];
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S +0000", &parts);
-    return text;
+    return TWText::utcTime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
 }
 
 }

@@ -55,12 +55,9 @@ const char* name(TWPreviewFate fate)
 // "" if it is not known.
 std::string bytes(const TWPreviewShare& share, std::size_t index)
 {
-    const auto& item = share.plan->items[index];
-    if (!share.plan->wouldDelete(item)) {
-        const auto known = item.bytesOfFile();
-        return known ? std::to_string(*known) : "";
-    }
-    return index < share.sized ? std::to_string((*share.bytes)[index]) : "";
+    const auto measured = index < share.sized ? std::optional((*share.bytes)[index]) : std::nullopt;
+    const auto known = share.plan->bytes(share.plan->items[index], measured);
+    return known ? std::to_string(*known) : "";
 }
 
 void addLine(const Texts& texts, TWPreviewRow row, std::string& text)

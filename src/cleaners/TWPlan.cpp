@@ -88,6 +88,13 @@ TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const
         item.facts.identity == TWFileIdentity() ? nullptr : &item.facts };
 }
 
+std::optional<std::uint64_t> TWPlan::bytes(const TWPlannedItem& item, std::optional<std::uint64_t> measured) const
+{
+    if (wouldDelete(item))
+        return measured;
+    return item.facts.kind == TWFileKind::Folder ? std::nullopt : std::optional(item.facts.bytes);
+}
+
 std::string TWPlan::path(const TWPlannedItem& item) const
 {
     return item.folder == TWNone ? std::string(item.name) : TWDeletionTarget{ folders[item.folder], item.name }.path();

@@ -14,12 +14,6 @@ inline constexpr std::uint32_t TWNone = std::numeric_limits<std::uint32_t>::max(
 
 // One thing that would change: a path that would be deleted.
 struct TWPlannedItem {
-    // Space on disk, unless it is a folder, which takes what is in it as well.
-    std::optional<std::uint64_t> bytesOfFile() const
-    {
-        return facts.kind == TWFileKind::Folder ? std::nullopt : std::optional(facts.bytes);
-    }
-
     std::string_view name; // bytes, kept by the plan: the last component; the whole path if there is no folder
     TWFileFacts facts; // as the disk showed it while planning
     const char* objection = nullptr; // why the deletion would be refused; kept by the plan
@@ -65,6 +59,10 @@ struct TWPlan {
     {
         return !failure && !item.objection && (item.owner == TWNone || !items[item.owner].objection);
     }
+
+    // Space on disk of an item, given what has been measured of it so far. Nothing if it is not known: only what would
+    // be deleted is measured, and a folder takes what is in it as well.
+    std::optional<std::uint64_t> bytes(const TWPlannedItem&, std::optional<std::uint64_t> measured) const;
 
     std::string path(const TWPlannedItem&) const; // for messages
     std::string realPath(const TWPlannedItem&) const;

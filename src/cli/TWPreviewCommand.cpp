@@ -28,16 +28,6 @@ constexpr auto SumAndRefused = "%@, %@ would be deleted; %@ would be refused.\n"
 constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
 constexpr std::size_t ItemsPerTurn = 500; // so that the command can be interrupted between them
 
-// null for a folder that would be refused, because it is not measured.
-TWJSON::Object bytes(const TWCleanerPreview& cleaner, std::size_t index)
-{
-    const auto& item = cleaner.plan()->items[index];
-    if (cleaner.plan()->wouldDelete(item))
-        return cleaner.bytes(index);
-    const auto known = item.bytesOfFile();
-    return known ? TWJSON::Object(*known) : TWJSON::Object();
-}
-
 std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
 {
     const auto& item = cleaner.plan()->items[index];
@@ -45,7 +35,8 @@ std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
     const auto why = word.empty() ? cleaner.rule(item) : TWText::fill(WhyWithWord, { cleaner.rule(item), word });
     TWJSON::Object object{ { "cleaner", cleaner.row().name }, { "action", "delete" } };
     TWJSON::addBytes(object, "path", "pathBytes", cleaner.plan()->path(item));
-    object["bytes"] = bytes(cleaner, index);
+    const auto bytes = cleaner.plan()->bytes(item, cleaner.bytes(index));
+    object["bytes"] = bytes ? TWJSON::Object(*bytes) : TWJSON::Object();
     object["why"] = TWText::validUTF8(why);
     if (const auto refusal = cleaner.refusal(item); !refusal.empty())
         object["refused"] = TWText::validUTF8(refusal);

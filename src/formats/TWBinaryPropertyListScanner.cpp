@@ -1,20 +1,15 @@
 #include "formats/TWBinaryPropertyListScanner.h"
 
 #include "formats/TWFileFormats.h"
+#include "plist/TWBinaryObjectWriter.h"
 
 #include <algorithm>
-#include <bit>
 
 namespace {
 
 constexpr std::string_view Damaged = "a part of it is missing or wrong";
 constexpr std::string_view Overlapping = "parts of it overlap";
 constexpr std::string_view NoDictionary = "its root is not a dictionary";
-
-std::size_t sizeFor(std::uint64_t number)
-{
-    return number < 1u << 8 ? 1 : number < 1u << 16 ? 2 : number < 1ull << 32 ? 4 : 8;
-}
 
 }
 
@@ -30,8 +25,7 @@ bool TWBinaryPropertyListScanner::scan(std::string& problem)
     const bool valid = countEntries();
     const auto isPositive = [](std::size_t count) { return count > 0; };
     if (valid && std::any_of(cuts_.counts().begin(), cuts_.counts().end(), isPositive)) {
-        rewrite();
-        cuts_.setRewritten(std::move(output_));
+        cuts_.setRewritten(rewrite());
     }
     problem = problem_;
     return problem_.empty();
@@ -133,28 +127,26 @@ std::optional<TWEntryCuts::Key> TWBinaryPropertyListScanner::keyNamed(std::uint6
     return text ? std::optional(cuts_.find(*text)) : std::nullopt;
 }
 
-// Writes the objects that remain, in the order of the file.
-void TWBinaryPropertyListScanner::rewrite()
+// The objects that remain, in the order of the file.
+std::string TWBinaryPropertyListScanner::rewrite()
 {
     std::sort(reached_.begin(), reached_.end());
     newNumbers_.resize(objects_.count());
     for (std::size_t i = 0; i < reached_.size(); i++)
         newNumbers_[reached_[i]] = static_cast<Number>(i);
-    newReferenceSize_ = sizeFor(reached_.size() - 1);
-    std::vector<std::size_t> offsets;
-    offsets.reserve(reached_.size());
-    output_ = objects_.beginning();
+    TWBinaryObjectWriter writer(objects_.beginning(), reached_.size());
     for (const Number number : reached_) {
-        offsets.push_back(output_.size());
-        writeObject(*objects_.at(number));
+        writer.beginObject();
+        writeObject(*objects_.at(number), writer);
     }
-    writeTable(offsets);
+    writer.addTable(newNumbers_[objects_.top()]);
+    return std::move(writer.output());
 }
 
-void TWBinaryPropertyListScanner::writeObject(const Object& object)
+void TWBinaryPropertyListScanner::writeObject(const Object& object, TWBinaryObjectWriter& writer) const
 {
     if (!object.isContainer()) {
-        output_ += object.bytes;
+        writer.addBytes(object.bytes);
         return;
     }
     const bool isDictionary = object.type == TWBinaryObjects::Dictionary;
@@ -163,47 +155,9 @@ void TWBinaryPropertyListScanner::writeObject(const Object& object)
         if (!isDictionary || keyNamed(objects_.reference(object, i)) == TWEntryCuts::NoKey)
             places.push_back(i);
     }
-    writeMarker(object.type, places.size());
-    writeReferences(object, places);
-    if (!isDictionary)
-        return;
-    for (std::size_t& place : places)
-        place += object.count;
-    writeReferences(object, places);
-}
-
-void TWBinaryPropertyListScanner::writeMarker(unsigned type, std::size_t count)
-{
-    output_ += static_cast<char>(type << 4 | std::min<std::size_t>(count, 0xf));
-    if (count < 0xf)
-        return;
-    const std::size_t size = sizeFor(count);
-    output_ += static_cast<char>(0x10 | std::countr_zero(size));
-    writeNumber(count, size);
-}
-
-void TWBinaryPropertyListScanner::writeReferences(const Object& container, const std::vector<std::size_t>& places)
-{
+    writer.addMarker(object.type, places.size());
     for (const std::size_t place : places)
-        writeNumber(newNumbers_[objects_.reference(container, place)], newReferenceSize_);
-}
-
-void TWBinaryPropertyListScanner::writeTable(const std::vector<std::size_t>& offsets)
-{
-    const std::size_t table = output_.size();
-    const std::size_t offsetSize = sizeFor(table);
-    for (const std::size_t offset : offsets)
-        writeNumber(offset, offsetSize);
-    writeNumber(0, 6);
-    writeNumber(offsetSize, 1);
-    writeNumber(newReferenceSize_, 1);
-    writeNumber(offsets.size(), 8);
-    writeNumber(newNumbers_[objects_.top()], 8);
-    writeNumber(table, 8);
-}
-
-void TWBinaryPropertyListScanner::writeNumber(std::uint64_t number, std::size_t size)
-{
-    for (std::size_t i = size; i > 0; i--)
-        output_ += static_cast<char>(number >> 8 * (i - 1));
+        writer.addReference(newNumbers_[objects_.reference(object, place)]);
+    for (std::size_t i = 0; isDictionary && i < places.size(); i++)
+        writer.addReference(newNumbers_[objects_.reference(object, object.count + places[i])]);
 }

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "formats/TWBinaryObjects.h"
 #include "formats/TWEntryCuts.h"
+#include "plist/TWBinaryObjects.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+class TWBinaryObjectWriter;
 
 // Finds dictionary entries in a binary property list and rewrites the list without them. All other objects are copied
 // as they are, even what TWPropertyList does not keep: UIDs, 32-bit reals, the first value of a key that a dictionary
@@ -34,12 +36,8 @@ private:
     bool reach(std::uint64_t number);
     std::optional<Key> keyNamed(std::uint64_t number) const;
 
-    void rewrite();
-    void writeObject(const Object& object);
-    void writeMarker(unsigned type, std::size_t count);
-    void writeReferences(const Object& container, const std::vector<std::size_t>& places);
-    void writeTable(const std::vector<std::size_t>& offsets);
-    void writeNumber(std::uint64_t number, std::size_t size);
+    std::string rewrite();
+    void writeObject(const Object& object, TWBinaryObjectWriter& writer) const;
     bool fail(std::string_view problem);
 
     std::string_view bytes_;
@@ -50,6 +48,4 @@ private:
     std::vector<Number> reached_; // in the order of the latest walk
     std::size_t reachedBytes_ = 0;
     std::vector<Number> newNumbers_;
-    std::size_t newReferenceSize_ = 0;
-    std::string output_;
 };

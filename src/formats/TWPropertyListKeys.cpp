@@ -5,7 +5,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <ctime>
 #include <string>
 #include <vector>
 
@@ -25,11 +24,7 @@ std::string dateText(TWDate date)
     const double seconds = std::floor(date.secondsSince2001 + SecondsTo2001);
     if (!(seconds > -Latest && seconds < Latest))
         return "a date";
-    const auto time = static_cast<std::time_t>(seconds);
-    std::tm parts{};
-    char text[40];
-    const bool isKnown = gmtime_r(&time, &parts);
-    return { text, isKnown ? std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S +0000", &parts) : 0 };
+    return TWText::utcTime(static_cast<std::time_t>(seconds));
 }
 
 std::string scalarText(const TWValue& value)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plist/TWBinaryObjects.h"
 #include "plist/TWPropertyListBudget.h"
 
 #include <optional>
@@ -17,37 +18,26 @@ public:
     std::optional<TWValue> read(std::string& problem);
 
 private:
-    // The unread rest of the file's object area. Values are taken from its front.
-    using Rest = std::string_view;
+    using Object = TWBinaryObjects::Object;
 
-    bool readTrailer();
     bool readObject(std::uint64_t number, TWValue& value);
-    bool readSimple(unsigned kind, TWValue& value);
-    bool readInteger(unsigned kind, Rest rest, TWValue& value);
-    bool readReal(unsigned kind, Rest rest, TWValue& value);
-    bool readDate(unsigned kind, Rest rest, TWValue& value);
-    bool readData(unsigned kind, Rest rest, TWValue& value);
-    bool readASCII(unsigned kind, Rest rest, TWValue& value);
-    bool readUTF16(unsigned kind, Rest rest, TWValue& value);
-    bool readArray(unsigned kind, Rest rest, TWValue& value);
-    bool readDictionary(unsigned kind, Rest rest, TWValue& value);
+    bool readSimple(const Object& object, TWValue& value);
+    bool readInteger(const Object& object, TWValue& value);
+    bool readReal(const Object& object, TWValue& value);
+    bool readDate(const Object& object, TWValue& value);
+    bool readData(const Object& object, TWValue& value);
+    bool readASCII(const Object& object, TWValue& value);
+    bool readUTF16(const Object& object, TWValue& value);
+    bool readArray(const Object& object, TWValue& value);
+    bool readDictionary(const Object& object, TWValue& value);
 
-    std::optional<Rest> objectAt(std::uint64_t number);
-    bool takeCount(unsigned kind, Rest& rest, std::uint64_t& count);
-    bool take(Rest& rest, std::uint64_t length, std::string_view& taken);
-    bool takeReferences(Rest& rest, std::uint64_t count, std::string_view& references);
-    std::uint64_t referenceAt(std::string_view references, std::size_t place) const;
     bool charged(bool success);
     bool enter();
     bool fail(std::string_view problem);
 
     std::string_view bytes_;
     std::string_view problem_;
-    std::size_t offsetSize_ = 0;
-    std::size_t referenceSize_ = 0;
-    std::uint64_t objectCount_ = 0;
-    std::uint64_t topObject_ = 0;
-    std::size_t table_ = 0; // where the objects end and the table of their offsets begins
+    TWBinaryObjects objects_;
     TWPropertyListBudget budget_;
     int depth_ = 0;
 };

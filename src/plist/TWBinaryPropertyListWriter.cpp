@@ -12,18 +12,13 @@ namespace {
 constexpr std::string_view NotText = "a text in it is not valid UTF-8";
 constexpr std::string_view NotADate = "a date in it is not a number";
 
-std::size_t sizeFor(std::uint64_t number)
-{
-    return number < 1u << 8 ? 1 : number < 1u << 16 ? 2 : number < 1ull << 32 ? 4 : 8;
-}
-
 }
 
 std::optional<std::string> TWBinaryPropertyListWriter::write(const TWValue& value, std::string_view& problem)
 {
     numberAll(value);
     if (writeAll())
-        return std::move(output_);
+        return std::move(writer_->output());
     problem = problem_;
     return std::nullopt;
 }
@@ -36,26 +31,24 @@ bool TWBinaryPropertyListWriter::fail(std::string_view problem)
 
 bool TWBinaryPropertyListWriter::writeAll()
 {
-    referenceSize_ = sizeFor(values_.size() + keys_.size() - 1);
-    offsets_.reserve(values_.size() + keys_.size());
-    output_ = "bplist00";
+    writer_.emplace("bplist00", values_.size() + keys_.size());
     for (const TWValue* object : values_) {
-        offsets_.push_back(output_.size());
+        writer_->beginObject();
         if (!writeObject(*object) || !fits())
             return false;
     }
     for (const std::string_view key : keys_) {
-        offsets_.push_back(output_.size());
+        writer_->beginObject();
         if (!writeString(key) || !fits())
             return false;
     }
-    writeTable();
+    writer_->addTable(0);
     return fits();
 }
 
 bool TWBinaryPropertyListWriter::fits()
 {
-    return output_.size() <= TWPropertyList::MaximumBytes || fail(TWPropertyListBudget::TooLong);
+    return writer_->output().size() <= TWPropertyList::MaximumBytes || fail(TWPropertyListBudget::TooLong);
 }
 
 // Works level by level, without recursion.
@@ -89,58 +82,37 @@ std::uint32_t TWBinaryPropertyListWriter::keyNumber(const std::string& key)
     return place->second;
 }
 
-void TWBinaryPropertyListWriter::writeNumber(std::uint64_t number, std::size_t size)
-{
-    for (std::size_t i = size; i > 0; i--)
-        output_ += static_cast<char>(number >> 8 * (i - 1));
-}
-
-void TWBinaryPropertyListWriter::writeMarker(unsigned type, std::size_t count)
-{
-    output_ += static_cast<char>(type << 4 | (count < 0xf ? unsigned(count) : 0xfu));
-    if (count >= 0xf)
-        writeInteger(static_cast<std::int64_t>(count));
-}
-
 bool TWBinaryPropertyListWriter::writeObject(const TWValue& value)
 {
     if (const auto* string = value.string())
         return writeString(*string);
     if (const auto* number = value.integer())
-        writeInteger(*number);
+        writer_->addInteger(*number);
     else if (const auto* boolean = value.boolean())
-        output_ += *boolean ? '\x09' : '\x08';
+        writer_->addBytes(*boolean ? "\x09" : "\x08");
     else if (const auto* dictionary = value.dictionary())
         writeDictionary(dictionary->size());
     else if (const auto* items = value.array())
         writeArray(items->size());
     else if (const auto* real = value.real()) {
-        output_ += '\x23';
-        writeNumber(std::bit_cast<std::uint64_t>(*real), 8);
+        writer_->addBytes("\x23");
+        writer_->addNumber(std::bit_cast<std::uint64_t>(*real), 8);
     } else if (const auto* data = value.data()) {
-        writeMarker(0x4, data->bytes.size());
-        output_ += data->bytes;
+        writer_->addMarker(0x4, data->bytes.size());
+        writer_->addBytes(data->bytes);
     } else if (const auto* date = value.date()) {
-        output_ += '\x33';
-        writeNumber(std::bit_cast<std::uint64_t>(date->secondsSince2001), 8);
+        writer_->addBytes("\x33");
+        writer_->addNumber(std::bit_cast<std::uint64_t>(date->secondsSince2001), 8);
         return std::isfinite(date->secondsSince2001) || fail(NotADate);
     }
     return true;
 }
 
-// Integers of fewer than 8 bytes are unsigned.
-void TWBinaryPropertyListWriter::writeInteger(std::int64_t number)
-{
-    const std::size_t size = number < 0 ? 8 : sizeFor(static_cast<std::uint64_t>(number));
-    output_ += static_cast<char>(0x10 | std::countr_zero(size));
-    writeNumber(static_cast<std::uint64_t>(number), size);
-}
-
 bool TWBinaryPropertyListWriter::writeString(std::string_view text)
 {
     if (TWUnicode::isASCII(text)) {
-        writeMarker(0x5, text.size());
-        output_ += text;
+        writer_->addMarker(0x5, text.size());
+        writer_->addBytes(text);
         return true;
     }
     std::size_t units = 0;
@@ -150,38 +122,24 @@ bool TWBinaryPropertyListWriter::writeString(std::string_view text)
             return fail(NotText);
         units += character >= 0x10000;
     }
-    writeMarker(0x6, units);
+    writer_->addMarker(0x6, units);
     while (!text.empty())
-        TWUnicode::appendUTF16(TWUnicode::takeUTF8(text), output_);
+        TWUnicode::appendUTF16(TWUnicode::takeUTF8(text), writer_->output());
     return true;
 }
 
 void TWBinaryPropertyListWriter::writeArray(std::size_t count)
 {
-    writeMarker(0xa, count);
+    writer_->addMarker(0xa, count);
     for (std::size_t i = 0; i < count; i++)
-        writeNumber(nextChild_++, referenceSize_);
+        writer_->addReference(nextChild_++);
 }
 
 void TWBinaryPropertyListWriter::writeDictionary(std::size_t count)
 {
-    writeMarker(0xd, count);
+    writer_->addMarker(0xd, count);
     for (std::size_t i = 0; i < count; i++)
-        writeNumber(values_.size() + keyNumbers_[nextKey_++], referenceSize_);
+        writer_->addReference(values_.size() + keyNumbers_[nextKey_++]);
     for (std::size_t i = 0; i < count; i++)
-        writeNumber(nextChild_++, referenceSize_);
-}
-
-void TWBinaryPropertyListWriter::writeTable()
-{
-    const std::size_t table = output_.size();
-    const std::size_t offsetSize = sizeFor(table);
-    for (const std::size_t offset : offsets_)
-        writeNumber(offset, offsetSize);
-    writeNumber(0, 6);
-    writeNumber(offsetSize, 1);
-    writeNumber(referenceSize_, 1);
-    writeNumber(offsets_.size(), 8);
-    writeNumber(0, 8);
-    writeNumber(table, 8);
+        writer_->addReference(nextChild_++);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plist/TWBinaryObjectWriter.h"
 #include "plist/TWValue.h"
 
 #include <cstdint>
@@ -24,23 +25,17 @@ private:
     void numberChildren(const TWValue& value);
     std::uint32_t keyNumber(const std::string& key);
     bool writeObject(const TWValue& value);
-    void writeInteger(std::int64_t number);
     bool writeString(std::string_view text);
     void writeArray(std::size_t count);
     void writeDictionary(std::size_t count);
-    void writeMarker(unsigned type, std::size_t count);
-    void writeNumber(std::uint64_t number, std::size_t size);
-    void writeTable();
     bool fail(std::string_view problem);
 
-    std::string output_;
     std::string_view problem_;
     std::vector<const TWValue*> values_;
     std::vector<std::string_view> keys_;
     std::vector<std::uint32_t> keyNumbers_; // those of all dictionaries, one after the other
     std::unordered_map<std::string_view, std::uint32_t> numberOfKey_;
-    std::vector<std::size_t> offsets_;
-    std::size_t referenceSize_ = 1;
+    std::optional<TWBinaryObjectWriter> writer_;
     std::size_t nextChild_ = 1; // number of the first item of the next container
     std::size_t nextKey_ = 0; // index in keyNumbers_ of the next dictionary's first key
 };

@@ -142,6 +142,15 @@ std::string localTime(std::time_t time, const char* format)
     return text;
 }
 
+std::string utcTime(std::time_t time)
+{
+    std::tm parts{};
+    char text[64] = "";
+    if (gmtime_r(&time, &parts))
+        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S +0000", &parts);
+    return text;
+}
+
 std::string size(unsigned long long bytes)
 {
     if (bytes < 1000)

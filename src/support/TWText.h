@@ -34,6 +34,9 @@ std::string count(unsigned long long count, std::string_view singular, std::stri
 // A time of day and date in the local time zone, in a format of strftime(); "" if it cannot be told.
 std::string localTime(std::time_t, const char* format);
 
+// Date and time as "2026-11-22 04:30:00 +0000"; "" if it cannot be told.
+std::string utcTime(std::time_t);
+
 // A size as file managers show it: decimal units, "512 bytes", "3.4 GB".
 std::string size(unsigned long long bytes);
 

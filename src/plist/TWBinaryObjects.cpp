@@ -1,4 +1,4 @@
-#include "formats/TWBinaryObjects.h"
+#include "plist/TWBinaryObjects.h"
 
 #include "plist/TWUnicode.h"
 
@@ -7,14 +7,6 @@ namespace {
 constexpr std::size_t HeaderSize = 8;
 constexpr std::size_t TrailerSize = 32;
 
-std::uint64_t unsignedFrom(std::string_view bytes)
-{
-    std::uint64_t number = 0;
-    for (const char byte : bytes)
-        number = number << 8 | static_cast<unsigned char>(byte);
-    return number;
-}
-
 // Takes the count of 15 or more that follows the type as an integer object.
 bool takeLongCount(std::string_view& rest, std::size_t& count)
 {
@@ -22,7 +14,7 @@ bool takeLongCount(std::string_view& rest, std::size_t& count)
     const std::size_t size = std::size_t{ 1 } << (marker & 3);
     if (marker < 0x10 || marker > 0x13 || rest.size() < 1 + size)
         return false;
-    count = unsignedFrom(rest.substr(1, size));
+    count = TWBinaryObjects::unsignedFrom(rest.substr(1, size));
     rest.remove_prefix(1 + size);
     return count <= rest.size(); // so that no length computed from it overflows
 }
@@ -42,9 +34,9 @@ void TWBinaryObjects::readTrailer()
     const std::string_view trailer = bytes_.substr(end);
     offsetSize_ = static_cast<unsigned char>(trailer[6]);
     referenceSize_ = static_cast<unsigned char>(trailer[7]);
-    const std::uint64_t count = unsignedFrom(trailer.substr(8, 8));
-    top_ = unsignedFrom(trailer.substr(16, 8));
-    table_ = unsignedFrom(trailer.substr(24, 8));
+    const std::uint64_t count = TWBinaryObjects::unsignedFrom(trailer.substr(8, 8));
+    top_ = TWBinaryObjects::unsignedFrom(trailer.substr(16, 8));
+    table_ = TWBinaryObjects::unsignedFrom(trailer.substr(24, 8));
     const auto isSize = [](std::size_t size) { return size >= 1 && size <= 8; };
     valid_ = isSize(offsetSize_) && isSize(referenceSize_) && table_ <= end && count <= (end - table_) / offsetSize_
         && count <= UINT32_MAX;
@@ -55,7 +47,8 @@ std::optional<TWBinaryObjects::Object> TWBinaryObjects::at(std::uint64_t number)
 {
     if (number >= count_)
         return std::nullopt;
-    const std::uint64_t offset = unsignedFrom(bytes_.substr(table_ + number * offsetSize_, offsetSize_));
+    const std::uint64_t offset
+        = TWBinaryObjects::unsignedFrom(bytes_.substr(table_ + number * offsetSize_, offsetSize_));
     if (offset < HeaderSize || offset >= table_)
         return std::nullopt;
     std::string_view rest = bytes_.substr(offset + 1, table_ - offset - 1);
@@ -103,7 +96,15 @@ std::optional<std::uint64_t> TWBinaryObjects::contentLength(const Object& object
 
 std::uint64_t TWBinaryObjects::reference(const Object& container, std::size_t place) const
 {
-    return unsignedFrom(container.content.substr(place * referenceSize_, referenceSize_));
+    return TWBinaryObjects::unsignedFrom(container.content.substr(place * referenceSize_, referenceSize_));
+}
+
+std::uint64_t TWBinaryObjects::unsignedFrom(std::string_view bytes)
+{
+    std::uint64_t number = 0;
+    for (const char byte : bytes)
+        number = number << 8 | static_cast<unsigned char>(byte);
+    return number;
 }
 
 std::optional<std::string> TWBinaryObjects::text(const Object& object)

@@ -50,6 +50,9 @@ public:
     // The number in one place of a container. A dictionary has all its keys first, then all values.
     std::uint64_t reference(const Object& container, std::size_t place) const;
 
+    // Big-endian, up to 8 bytes.
+    static std::uint64_t unsignedFrom(std::string_view bytes);
+
     // The text of a string in UTF-8; nothing if it is no string or not valid.
     static std::optional<std::string> text(const Object& object);
 
