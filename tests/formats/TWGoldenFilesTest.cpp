@@ -27,7 +27,7 @@ void expectOnlyTheDocumentsGo(const GoldenFile& golden)
     const TWFoundEntries found = TWFileFormats::cut(before, golden.keys, after);
     EXPECT_EQ(found.format, golden.format);
     EXPECT_EQ(found.problem, "");
-    EXPECT_GE(std::accumulate(found.counts.begin(), found.counts.end(), 0U), 1U);
+    EXPECT_GE(std::accumulate(found.counts.begin(), found.counts.end(), std::size_t{ 0 }), 1U);
     ASSERT_TRUE(after);
     EXPECT_EQ(after->find(golden.document), after->npos) << *after;
     // Every line that remains stood in the file, in this order; and no more lines went than those of the entries.
