@@ -50,9 +50,20 @@ void expectOnlyTheDocumentsGo(const GoldenFile& golden)
 TEST(TWGoldenFilesTest, losesTheDocumentsAndNothingElse)
 {
     const GoldenFile files[] = {
+        { "featherpad/fp.conf", "INI", { "recentFiles" }, "letter.txt", 1 },
         { "geany/geany.conf", "INI", { "recent_files", "recent_projects" }, "letter.txt", 2 },
         { "geany/recently-used.xbel", "XBEL", { "geany" }, "letter.txt", 26 },
+        { "gwenview/gwenviewrc", "INI", { "Recent Files" }, "picture.png", 4 },
+        { "kate/anonymous.katesession", "INI", { "Recent Files" }, "letter.txt", 3 },
+        { "kolourpaint/kolourpaintrc", "INI", { "Recent Files" }, "picture.png", 4 },
         { "kwrite/anonymous.katesession", "INI", { "Recent Files", "Open Documents", "Document 0" }, "letter.txt", 16 },
+        { "libreoffice/registrymodifications.xcu", "LibreOffice registry", { "PickList" }, "letter.txt", 2 },
+        { "notepadqq/Notepadqq.ini", "INI", { "RecentDocuments" }, "letter.txt", 1 },
+        { "okular/okularrc", "INI", { "Recent Files" }, "letter.pdf", 3 },
+        { "qpdfview/qpdfview.conf", "INI", { "recentlyUsed" }, "letter.pdf", 1 },
+        { "qt/QtProject.conf", "INI", { "history", "lastVisited" }, "/Documents", 2 },
+        { "sqlitebrowser/sqlitebrowser.conf", "INI", { "recentFileList" }, "stock.db", 1 },
+        { "texmaker/texmaker.ini", "INI", { "Files\\Recent Files New", "Files\\Last Document" }, "letter.txt", 2 },
         { "vlc/vlc-qt-interface.conf", "INI", { "RecentsMRL" }, "song.wav", 3 },
     };
     for (const GoldenFile& golden : files)
