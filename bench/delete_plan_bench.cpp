@@ -18,9 +18,11 @@
 #include "cleaners/TWFilesCleaner.h"
 #include "cleaners/TWFilesPlanner.h"
 #include "cleaners/TWTrashCleaner.h"
+#include "platform/linux/TWLinuxApplications.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPlaces.h"
+#include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/posix/TWFileUserDefaults.h"
 #include "platform/posix/TWPosixOwnFiles.h"
@@ -93,6 +95,9 @@ struct World {
     TWPosixOwnFiles ownFiles;
     TWFileUserDefaults defaults{ ownFiles, runLoop, places.dataHome + "/no settings" };
     TWSettings settings{ defaults };
+    TWLinuxApplications applications{ places, fileSystem, ownFiles, TWLinuxApplications::Session::current(places) };
+    TWLinuxPreferenceFiles preferenceFiles;
+    TWOtherPrograms programs{ applications, preferenceFiles };
 };
 
 // Empties the Trash. The turn in which the cleaner is destroyed belongs to it.
@@ -100,7 +105,7 @@ class Emptying final : private TWCleanerDelegate {
 public:
     explicit Emptying(World& world)
         : runLoop_(world.runLoop)
-        , cleaner_(std::make_unique<TWTrashCleaner>(TWCleanerContext{ world.tools, world.settings }))
+        , cleaner_(std::make_unique<TWTrashCleaner>(TWCleanerContext{ world.tools, world.settings, world.programs }))
     {
         cleaner_->setDelegate(this);
     }
@@ -154,7 +159,7 @@ void memory(World& world, const std::string& folder)
 {
     TWFilesCleanerInfo info;
     info.filesArray = std::make_shared<std::vector<TWFilesRule>>(rulesFor(folder));
-    TWFilesCleaner cleaner({ world.tools, world.settings });
+    TWFilesCleaner cleaner({ world.tools, world.settings, world.programs });
     cleaner.setInfo(std::move(info));
     const auto before = residentBytes();
     TWPlan plan;
@@ -289,7 +294,7 @@ void stopLine(std::unique_ptr<World> world)
             if (before == 0 || before == 1)
                 timer = world->runLoop.after(TWRunLoop::Duration(before * 30), stop);
         };
-        lines = std::make_unique<TWCleanerLines>(TWCleanerContext{ world->tools, world->settings },
+        lines = std::make_unique<TWCleanerLines>(TWCleanerContext{ world->tools, world->settings, world->programs },
             TWSettingsSources{ world->settings, world->places }, changed);
         lines->refresh();
         QCoreApplication::exec();

@@ -1,7 +1,8 @@
 #!/usr/bin/env -S python3 -B
 """Compares removing entries from other programs' files with what any program needs for such a file.
 
-Each case reads a file, removes a key at every depth and writes a new file, which is flushed and renamed into place.
+Each case reads a file, removes a key at every depth and replaces the file by a new one, which is flushed and renamed
+into place; Tidewell does that as its cleaner does, with everything that it checks and keeps.
 Property lists are compared with Python's plistlib; other formats with reading, writing and flushing the same bytes, XML
 also with a bare pass of Expat. What is written is compared with what Python removes. Each side times itself without its
 start-up. Prints medians and ratios. Exits with 3 if a goal is missed and with 1 if a result is wrong.

@@ -1,8 +1,11 @@
-// One round for formats.py: reads a file, removes the entries of a key and writes what remains to another file, which
-// is flushed and renamed into place. With "copy" instead of a key it writes what it read; with "expat" it also passes
-// it to an Expat parser without handlers. Prints the seconds.
+// One round for formats.py: removes the entries of a key from a copy of a file, as the cleaner does. With "copy"
+// instead of a key it reads the file and writes what it read to the copy, which is flushed and renamed into place; with
+// "expat" it also passes it to an Expat parser without handlers. Prints the seconds.
 
-#include "formats/TWFileFormats.h"
+#include "cleaners/TWPreferenceFile.h"
+#include "platform/TWRunLoop.h"
+#include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "whole_file.h"
 
 #include <chrono>
@@ -30,17 +33,22 @@ bool parse(std::string_view bytes)
     return valid;
 }
 
-// Removes the entries and returns whether there were any.
-bool cut(std::string& bytes, const std::string& key)
+// Removes the entries from the file and returns whether there were any.
+bool remove(const std::string& path, const std::string& key)
 {
-    std::optional<std::string> remaining;
-    const TWFoundEntries found = TWFileFormats::cut(bytes, { key }, remaining);
-    if (!remaining) {
-        std::fprintf(stderr, "nothing was found: %s\n", found.problem.c_str());
+    const TWLinuxPreferenceFiles files;
+    const auto end = path.rfind('/');
+    int error = 0;
+    const TWLinuxFileSystem fileSystem;
+    const auto folder = fileSystem.holdFolder(path.substr(0, end), error);
+    if (!folder)
         return false;
-    }
-    bytes = std::move(*remaining);
-    return true;
+    const TWPreferenceFile file(files, fileSystem, *folder, path.substr(0, end), path.substr(end + 1));
+    const auto removed = file.remove({ key }, nullptr, {});
+    const bool found = removed.entries.problem.empty() && removed.problem.empty() && removed.entries.counts[0] > 0;
+    if (!found)
+        std::fprintf(stderr, "nothing was removed: %s\n", removed.entries.problem.c_str());
+    return found;
 }
 
 }
@@ -52,11 +60,17 @@ int main(int argumentCount, char** arguments)
         return 2;
     }
     const std::string task = arguments[3];
+    const bool removes = task != "copy" && task != "expat";
+    if (removes && !writeFile(arguments[2], fileBytes(arguments[1])))
+        return 1;
     const double start = now();
-    std::string bytes = fileBytes(arguments[1]);
-    if ((task == "expat" && !parse(bytes)) || (task != "expat" && task != "copy" && !cut(bytes, task)))
-        return 1;
-    if (!writeFile(arguments[2], bytes))
-        return 1;
+    if (removes) {
+        if (!remove(arguments[2], task))
+            return 1;
+    } else {
+        const std::string bytes = fileBytes(arguments[1]);
+        if ((task == "expat" && !parse(bytes)) || !writeFile(arguments[2], bytes))
+            return 1;
+    }
     std::printf("%.6f\n", now() - start);
 }

@@ -5,9 +5,11 @@
 // time from then until all of them are in the table.
 
 #include "app/TWTidewellAppDelegate.h"
+#include "platform/linux/TWLinuxApplications.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPlaces.h"
+#include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
 #include "platform/posix/TWFileBundle.h"
 #include "platform/posix/TWFileUserDefaults.h"
@@ -53,8 +55,10 @@ struct World {
     TWPosixLocks locks;
     Alerts alerts;
     Notifier notifier;
+    TWLinuxApplications applications{ places, fileSystem, ownFiles, TWLinuxApplications::Session::current(places) };
+    TWLinuxPreferenceFiles preferenceFiles;
     TWTidewellAppDelegate delegate{ { runLoop, launcher, fileSystem, ownFiles, mountTable, places, defaults, bundle,
-                                        locks, alerts, notifier },
+                                        locks, alerts, notifier, applications, preferenceFiles },
         TWLaunchKind::Window };
 };
 

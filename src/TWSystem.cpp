@@ -71,6 +71,7 @@ TWSystem::TWSystem(const TWWorld& world, std::unique_ptr<TWNotifier> notifier)
     , locks_(world.host.makeLocks())
     , userDefaults_(world.host.ownFiles(), runLoop_, world.places.settingsFile())
     , notifier_(world.places.sandboxed() ? std::make_unique<SilentNotifier>() : std::move(notifier))
+    , applications_(world.host.makeApplications(world.places))
 {
 }
 
@@ -83,5 +84,5 @@ void TWSystem::exitIfWorkHangs(const std::function<int()>& status)
 TWPlatform TWSystem::platform(TWAlerts& alerts)
 {
     return { runLoop_, *launcher_, world_.host.fileSystem(), world_.host.ownFiles(), *mountTable_, world_.places,
-        userDefaults_, world_.bundle, *locks_, alerts, *notifier_ };
+        userDefaults_, world_.bundle, *locks_, alerts, *notifier_, *applications_, world_.host.preferenceFiles() };
 }

@@ -54,4 +54,5 @@ private:
     const std::unique_ptr<TWLocks> locks_;
     TWFileUserDefaults userDefaults_;
     const std::unique_ptr<TWNotifier> notifier_;
+    const std::unique_ptr<TWApplications> applications_;
 };

@@ -50,9 +50,7 @@ std::string summaryText(const TWCleanerRow& row, const TWPlanSummary& summary, c
 
 std::string TWCleanerLines::Sum::text() const
 {
-    const auto size = TWText::size(bytes);
-    const auto text
-        = items == 0 ? Nothing : TWText::fill(ItemsAndSize, { TWText::count(items, "item", "items"), size });
+    const auto text = numbers.items == 0 ? Nothing : numbers.itemsAndSize();
     const auto warned = TWText::count(warnings, "warning", "warnings");
     return warnings == 0 ? text : TWText::fill(ItemsAndSize, { text, warned });
 }
@@ -89,8 +87,7 @@ std::optional<TWCleanerLines::Sum> TWCleanerLines::sum(const std::array<bool, TW
             continue;
         if (!sums_[position])
             return std::nullopt;
-        all.items += sums_[position]->items;
-        all.bytes += sums_[position]->bytes;
+        all.numbers += sums_[position]->numbers;
         all.warnings += sums_[position]->warnings;
     }
     return all;
@@ -158,7 +155,7 @@ void TWCleanerLines::summarize(int position)
     summarizer_ = std::make_unique<TWPlanSummarizer>(std::move(cleaner), cleaners_.deletion.runLoop,
         cleaners_.deletion.fileSystem, [this, position, at, &row, warns](const TWPlanSummary& summary) {
             const bool harmless = !warns && !summary.failure && !summary.incomplete && summary.refused == 0;
-            sums_[at] = { summary.items, summary.bytes, harmless ? 0U : 1U };
+            sums_[at] = { summary, harmless ? 0U : 1U };
             changed_(position, line(row, summary));
             next_ = cleaners_.deletion.runLoop.after(TWRunLoop::Duration(0), [this] { summarizeNext(); });
         });

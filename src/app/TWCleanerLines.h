@@ -15,8 +15,7 @@ public:
 
     // What a run of several cleaners would do now.
     struct Sum {
-        std::uint64_t items = 0;
-        std::uint64_t bytes = 0;
+        TWPlanSummary numbers;
         std::uint64_t warnings = 0; // cleaners that warn, would fail, could not read something or would refuse items
 
         // "512 items, 3.4 GB, 2 warnings"

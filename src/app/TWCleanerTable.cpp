@@ -2,9 +2,11 @@
 
 #include "app/TWEditors.h"
 #include "cleaners/TWFilesCleaner.h"
+#include "cleaners/TWRecentItemsCleaner.h"
 #include "cleaners/TWTrashCleaner.h"
 #include "editors/TWDictionaryWindowController.h"
 #include "editors/TWFilesWindowController.h"
+#include "editors/TWRecentItemsWindowController.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -20,6 +22,7 @@ constexpr auto InTheTrash = "it is in the Trash";
 constexpr const char* RuleTexts[]
     = { "%@", "contents of %@", "names with a word in %@", "names with a word in and below %@" };
 constexpr auto NumberedRule = "rule %@: %@";
+constexpr auto KeysOfFile = "%@ in %@";
 
 std::string noText(const TWSettingsSources&)
 {
@@ -124,13 +127,45 @@ TWFilesCleanerInfo filesInfo(const TWSettingsSources& sources)
     return info;
 }
 
+template <typename Rule>
+std::string rulesStatus(const std::vector<Rule>& rules)
+{
+    const auto on = std::count_if(rules.begin(), rules.end(), [](const auto& rule) { return rule.active; });
+    return rules.empty() ? NoRules : TWText::fill(RulesOn, { std::to_string(on), std::to_string(rules.size()) });
+}
+
+TWRecentItemsCleanerInfo recentItemsInfo(const TWSettingsSources& sources)
+{
+    if (!sources.editors)
+        return {};
+    const auto& recentItems = sources.editors->get<TWRecentItemsWindowController>();
+    return { recentItems.settings(), { recentItems.problem() } };
+}
+
+std::string recentItemsStatus(const TWSettingsSources& sources)
+{
+    if (!sources.editors)
+        return "";
+    const auto& recentItems = sources.editors->get<TWRecentItemsWindowController>();
+    const auto status = rulesStatus(recentItems.rules());
+    return recentItems.hasUnsavedEdits() ? TWText::fill(NotSaved, { status }) : status;
+}
+
+TWPlanReasons recentItemsReasons(const TWSettingsSources& sources)
+{
+    TWPlanReasons reasons;
+    for (const auto& rule : sources.editors->get<TWRecentItemsWindowController>().rules()) {
+        const auto effect = rule.deleteFile ? rule.filePath : TWText::fill(KeysOfFile, { rule.keys, rule.filePath });
+        reasons.rules.push_back(TWText::fill(NumberedRule, { std::to_string(reasons.rules.size() + 1), effect }));
+        reasons.names.push_back(rule.source.empty() ? effect : rule.source);
+    }
+    return reasons;
+}
+
 std::string filesStatus(const TWSettingsSources& sources)
 {
     const auto& files = sources.editors->get<TWFilesWindowController>();
-    const auto& rules = files.rules();
-    const auto on = std::count_if(rules.begin(), rules.end(), [](const auto& rule) { return rule.active; });
-    const auto status
-        = rules.empty() ? NoRules : TWText::fill(RulesOn, { std::to_string(on), std::to_string(rules.size()) });
+    const auto status = rulesStatus(files.rules());
     const bool unsaved
         = files.hasUnsavedEdits() || (searchesForWords(sources) && sources.editors->dictionary().hasUnsavedEdits());
     return unsaved ? TWText::fill(NotSaved, { status }) : status;
@@ -139,10 +174,11 @@ std::string filesStatus(const TWSettingsSources& sources)
 std::string filesWarning(const TWSettingsSources& sources)
 {
     const auto& rules = sources.editors->get<TWFilesWindowController>().rules();
-    if (auto warning = TWRuleNotes::warningAboutHome(rules, sources.places); !warning.empty())
+    if (auto warning = TWFilesRuleNotes::warningAboutHome(rules, sources.places); !warning.empty())
         return warning;
-    return searchesForWords(sources) ? TWRuleNotes::warningAboutWords(sources.editors->dictionary().wordDictionary())
-                                     : "";
+    return searchesForWords(sources)
+        ? TWFilesRuleNotes::warningAboutWords(sources.editors->dictionary().wordDictionary())
+        : "";
 }
 
 TWPlanReasons filesReasons(const TWSettingsSources& sources)
@@ -165,7 +201,10 @@ const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
 {
     static const std::array<TWCleanerRow, TWCleanerCount> table{ {
         laterRow("applications", "Applications", "application-exit", TWKey::ApplicationsCleaner),
-        laterRow("recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner),
+        row<TWRecentItemsCleaner, recentItemsInfo>(
+            { "recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner, "recent-items",
+                "nothing to remove now" },
+            recentItemsReasons, recentItemsStatus),
         row<TWTrashCleaner, trashInfo>(
             { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, "", "The Trash is empty" }, trashReasons,
             noText, noText, trashFolder),

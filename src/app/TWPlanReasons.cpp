@@ -5,6 +5,7 @@
 namespace {
 
 constexpr auto OwnerRefused = "the item that it belongs to would be refused.";
+constexpr auto EntriesOfKey = "%@ of %@";
 constexpr auto CleanerFails = "the cleaner would stop before: %@";
 
 std::string textAt(const std::vector<std::string>& texts, std::uint32_t index)
@@ -27,6 +28,14 @@ std::string TWPlanReasons::ruleName(const TWPlannedItem& item) const
 std::string TWPlanReasons::word(const TWPlannedItem& item) const
 {
     return textAt(words, item.word);
+}
+
+std::string TWPlanReasons::entries(const TWPlan& plan, const TWPlannedItem& item)
+{
+    if (!item.keepsFile)
+        return "";
+    const auto& change = plan.change(item);
+    return TWText::fill(EntriesOfKey, { TWText::count(change.entries, "entry", "entries"), change.key });
 }
 
 std::string TWPlanReasons::refusal(const TWPlan& plan, const TWPlannedItem& item)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/TWAlerts.h"
+#include "platform/TWApplications.h"
 #include "platform/TWBundle.h"
 #include "platform/TWFileSystem.h"
 #include "platform/TWLock.h"
@@ -8,6 +9,7 @@
 #include "platform/TWNotifier.h"
 #include "platform/TWOwnFiles.h"
 #include "platform/TWPlaces.h"
+#include "platform/TWPreferenceFiles.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
@@ -25,4 +27,6 @@ struct TWPlatform {
     TWLocks& locks;
     TWAlerts& alerts;
     TWNotifier& notifier;
+    const TWApplications& applications;
+    const TWPreferenceFiles& preferenceFiles;
 };

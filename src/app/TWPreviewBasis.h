@@ -2,12 +2,14 @@
 
 #include "app/TWTidewellAppDelegate.h"
 #include "cleaners/TWFilesRule.h"
+#include "cleaners/TWRecentItemsRule.h"
 #include "editors/TWKeepRecord.h"
 
 // The switches, settings and lists that a preview is made from. Copied, so that a later change of them can be noticed.
 struct TWPreviewBasis {
     TWRunChoice switchedOn{};
     std::vector<TWFilesRule> rules;
+    std::vector<TWRecentItemsRule> recentItemsRules;
     std::vector<std::string> words;
     std::vector<TWKeepRecord> kept;
     bool deletesSecurely = false;

@@ -6,8 +6,9 @@
 
 namespace {
 
-constexpr auto Titles = "What happens,Path,Bytes,Last change,Cleaner,Rule,Word,Why it stays\r\n";
+constexpr auto Titles = "What happens,Path,Bytes,Last change,Cleaner,Rule,Word,Why it stays,Key,Entries\r\n";
 constexpr auto Deleted = "would be deleted";
+constexpr auto LosesEntries = "would lose entries";
 constexpr auto Unticked = "not ticked";
 constexpr auto Kept = "kept";
 constexpr auto NotLookedAt = "not looked at to the end";
@@ -65,7 +66,8 @@ void addLine(const Texts& texts, TWPreviewRow row, std::string& text)
     const auto& share = texts.source.share(row);
     const auto& item = share.plan->items[row.item];
     const auto refusal = TWPlanReasons::refusal(*share.plan, item);
-    addField(name(texts.source.fate(row)), text);
+    const auto fate = texts.source.fate(row);
+    addField(item.keepsFile && fate == TWPreviewFate::Deleted ? LosesEntries : name(fate), text);
     addField(share.plan->path(item), text);
     addField(bytes(share, row.item), text);
     addField(time(item.facts.modified), text);
@@ -73,6 +75,8 @@ void addLine(const Texts& texts, TWPreviewRow row, std::string& text)
     addField(texts.reasons[row.cleaner].rule(item), text);
     addField(texts.reasons[row.cleaner].word(item), text);
     addField(refusal, text);
+    addField(item.keepsFile ? share.plan->change(item).key : "", text);
+    addField(item.keepsFile ? std::to_string(share.plan->change(item).entries) : "", text);
     text += "\r\n";
 }
 

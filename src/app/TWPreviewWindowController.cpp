@@ -26,8 +26,9 @@ constexpr auto Looking = "Looking for what would be deleted...";
 constexpr auto Found = "%@: %@ found...";
 constexpr auto Measured = "%@: %@ of %@ measured...";
 constexpr auto Nothing = "Nothing would be deleted.";
-constexpr auto WouldBeDeleted = "%@, %@ would be deleted.";
-constexpr auto AndRefused = "%@, %@ would be deleted; %@ refused.";
+constexpr auto WouldBeDeleted = "%@, %@ would be deleted%@%@.";
+constexpr auto AndEntries = "; %@ would be removed from files that stay";
+constexpr auto AndRefused = "; %@ refused";
 constexpr auto OnlyRefused = "Nothing would be deleted; %@ refused.";
 constexpr auto LeftOut = " Stopped: %@ would not be cleaned.";
 constexpr auto CleanerLine = "%@: %@";
@@ -392,6 +393,16 @@ std::string TWPreviewWindowController::word(TWPreviewRow row) const
     return cleaner(row).word(item(row));
 }
 
+std::string TWPreviewWindowController::key(TWPreviewRow row) const
+{
+    return cleaner(row).plan()->change(item(row)).key;
+}
+
+std::string TWPreviewWindowController::entries(TWPreviewRow row) const
+{
+    return TWText::count(cleaner(row).plan()->change(item(row)).entries, "entry", "entries");
+}
+
 std::string TWPreviewWindowController::why(TWPreviewRow row) const
 {
     const auto fate = this->fate(row);
@@ -432,8 +443,10 @@ std::string TWPreviewWindowController::sentence() const
     const auto refused = TWText::number(total.refused);
     if (total.items == 0)
         return (total.refused == 0 ? Nothing : TWText::fill(OnlyRefused, { refused })) + leftOut() + shownOf();
-    return (total.refused == 0 ? TWText::fill(WouldBeDeleted, { items(total.items), size })
-                               : TWText::fill(AndRefused, { items(total.items), size, refused }))
+    const auto entries = TWText::count(total.entries, "entry", "entries");
+    return TWText::fill(WouldBeDeleted,
+               { items(total.items - total.keys), size, total.keys == 0 ? "" : TWText::fill(AndEntries, { entries }),
+                   total.refused == 0 ? "" : TWText::fill(AndRefused, { refused }) })
         + leftOut() + shownOf();
 }
 

@@ -80,6 +80,10 @@ public:
     TWPreviewFate fate(TWPreviewRow) const;
     std::optional<std::uint64_t> bytes(TWPreviewRow) const; // nothing while it is not known
     std::string word(TWPreviewRow) const; // that matched, or ""
+
+    // What a file that stays would lose: the key and "12 entries".
+    std::string key(TWPreviewRow) const;
+    std::string entries(TWPreviewRow) const;
     std::string why(TWPreviewRow) const; // which rule and word, or why it stays
 
     // One line why the preview cannot be carried out, or "". Changes of switches, settings and lists are noticed within

@@ -35,8 +35,9 @@ TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunc
     , dataFolder_(platform.ownFiles, platform.places, platform.bundle)
     , guard_(platform.places, platform.fileSystem, platform.mountTable, dataFolder_.path())
     , deletion_{ platform.runLoop, platform.launcher, platform.fileSystem, guard_, platform.places }
+    , programs_{ platform.applications, platform.preferenceFiles }
     , resultsWindowController_(platform.runLoop)
-    , editors_({ settings_, dataFolder_, platform.bundle, platform.alerts, deletion_ })
+    , editors_({ settings_, dataFolder_, platform.bundle, platform.alerts, deletion_, programs_ })
 {
     registerDefaults();
     // Differs on purpose: does not run the event loop here, because no event can be pending yet.

@@ -69,7 +69,7 @@ public:
     const TWPlatform& platform() const { return platform_; }
 
     // For planning outside a run, as for the lines of the main window.
-    TWCleanerContext cleanerContext() const { return { deletion_, settings_ }; }
+    TWCleanerContext cleanerContext() const { return { deletion_, settings_, programs_ }; }
     TWSettingsSources settingsSources() const { return { settings_, platform_.places, &editors_ }; }
 
 private:
@@ -89,6 +89,7 @@ private:
     TWDataFolder dataFolder_;
     TWDeletionGuard guard_;
     TWDeletionTools deletion_;
+    TWOtherPrograms programs_;
     TWResultsWindowController resultsWindowController_;
     TWEditors editors_;
     TWRunView* runView_ = nullptr;

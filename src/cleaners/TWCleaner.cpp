@@ -1,10 +1,14 @@
 #include "cleaners/TWCleaner.h"
 
 #include "support/TWKeywordMatcher.h"
+#include "support/TWText.h"
 
 #include <utility>
 
 namespace {
+
+constexpr auto OneRefused = "1 item stayed, because the preview showed it as refused.";
+constexpr auto SeveralRefused = "%@ items stayed, because the preview showed them as refused.";
 
 constexpr std::size_t LinesPerTurn = 1000; // so that the window stays responsive
 
@@ -79,12 +83,12 @@ TWProgress TWCleaner::progress() const
     return progress;
 }
 
-void TWCleaner::sayLines(std::shared_ptr<const std::vector<TWReportLine>> lines, std::function<void()> then)
+void TWCleaner::sayLines(
+    std::shared_ptr<const TWPlan> plan, std::size_t begin, std::size_t end, std::function<void()> then)
 {
-    const auto count = lines->size();
     job_->saying = std::make_unique<TWPacedSteps>(
-        runLoop_, count, LinesPerTurn,
-        [this, lines = std::move(lines)](std::size_t index) { reportProgress((*lines)[index]); },
+        runLoop_, end - begin, LinesPerTurn,
+        [this, plan = std::move(plan), begin](std::size_t index) { reportProgress(plan->lines[begin + index]); },
         [this, then = std::move(then)] {
             const auto call = then;
             job_->saying.reset();
@@ -132,6 +136,12 @@ void TWCleaner::done()
 {
     if (delegate_)
         delegate_->cleanerFinished(*this);
+}
+
+void TWCleaner::reportRefused(std::uint64_t items)
+{
+    if (items > 0)
+        reportProgress(items == 1 ? OneRefused : TWText::fill(SeveralRefused, { TWText::number(items) }));
 }
 
 void TWCleaner::reportStarted(std::optional<std::string> text)

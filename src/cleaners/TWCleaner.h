@@ -110,8 +110,9 @@ protected:
     // The dictionary's words for the next job.
     virtual std::vector<std::string> wordDictionary() const { return {}; }
 
-    // Reports the lines, a limited number per turn, and then calls the function if the job still goes on.
-    void sayLines(std::shared_ptr<const std::vector<TWReportLine>>, std::function<void()> then);
+    // Reports the lines of a plan from begin to end, a limited number per turn, and then calls the function if the job
+    // still goes on.
+    void sayLines(std::shared_ptr<const TWPlan>, std::size_t begin, std::size_t end, std::function<void()> then);
 
     // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished. Also works
     // without a job.
@@ -126,6 +127,9 @@ protected:
     void done();
 
     void reportProgress(const TWReportLine&);
+
+    // Says how many items were left out because a preview showed them as refused; nothing if there are none.
+    void reportRefused(std::uint64_t items);
 
     // A given text replaces the stored one; without one, the delegate finds the stored text.
     void reportStarted(std::optional<std::string> text = std::nullopt);
@@ -164,6 +168,9 @@ private:
     std::string failureMessageString_;
     std::shared_ptr<Job> job_;
 };
+
+// The success text of a job from a preview: after it there may be more by now than it showed.
+inline constexpr auto TWPreviewSuccessMessage = "Everything that was ticked in the preview is gone.";
 
 // The failure text of a job that was stopped before its end.
 inline constexpr auto TWTerminatedMessage = "The cleaner was terminated before its job was finished!";

@@ -1,7 +1,6 @@
 #include "cleaners/TWDeletingCleaner.h"
 
 #include "cleaners/TWPreviewTotal.h"
-#include "support/TWText.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,18 +9,6 @@ namespace {
 
 // Of the measuring. What is deleted while it is measured cannot be told to the byte.
 constexpr TWRunLoop::Duration HeadStart{ 300 };
-
-// After a preview there may be more by now than it showed.
-constexpr auto PreviewSuccess = "Everything that was ticked in the preview is gone.";
-constexpr auto OneRefused = "1 item stayed, because the preview showed it as refused.";
-constexpr auto SeveralRefused = "%@ items stayed, because the preview showed them as refused.";
-
-// Every mode that is none of the others overwrites most often.
-TWSecureMode stronger(TWSecureMode one, TWSecureMode other)
-{
-    const auto strength = [](TWSecureMode mode) { return mode < TWPlainDelete || mode > 2 ? 2 : mode; };
-    return strength(one) < strength(other) ? other : one;
-}
 
 }
 
@@ -37,9 +24,9 @@ TWDeletingCleaner::TWDeletingCleaner(const TWDeletionTools& tools, const Texts& 
 
 void TWDeletingCleaner::perform(TWPlannedJob planned)
 {
-    // Shares the plan's own lines.
-    std::shared_ptr<const std::vector<TWReportLine>> lines(planned.plan, &planned.plan->lines);
-    sayLines(std::move(lines), [this, planned = std::move(planned)] { deletePlanned(planned); });
+    auto plan = planned.plan;
+    const auto lines = plan->lines.size();
+    sayLines(std::move(plan), 0, lines, [this, planned = std::move(planned)] { deletePlanned(planned); });
 }
 
 void TWDeletingCleaner::deletePlanned(const TWPlannedJob& planned)
@@ -50,7 +37,7 @@ void TWDeletingCleaner::deletePlanned(const TWPlannedJob& planned)
         return;
     }
     // Whoever has switched on secure deletion since the preview relies on it.
-    secureMode_ = planned.check ? stronger(plan.secureMode, secureModeNow()) : plan.secureMode;
+    secureMode_ = planned.check ? TWStrongerMode(plan.secureMode, secureModeNow()) : plan.secureMode;
     authorization_ = plan.authorization;
     refused_ = planned.refused;
     complete_ = !plan.incomplete;
@@ -91,7 +78,7 @@ void TWDeletingCleaner::addToQueues(const TWPlannedJob& planned)
 
 const char* TWDeletingCleaner::successText() const
 {
-    return check_ ? PreviewSuccess : texts_.success;
+    return check_ ? TWPreviewSuccessMessage : texts_.success;
 }
 
 void TWDeletingCleaner::measure(const TWPlannedJob& planned)
@@ -233,8 +220,7 @@ void TWDeletingCleaner::fileDeleteQueueVerified(bool nothingLeft)
 // The user has seen that the refused items would stay, so they are no failure.
 void TWDeletingCleaner::finishJob()
 {
-    if (refused_ > 0)
-        reportProgress(refused_ == 1 ? OneRefused : TWText::fill(SeveralRefused, { TWText::number(refused_) }));
+    reportRefused(refused_);
     if (complete_)
         finish(Outcome::Success, successText());
     else

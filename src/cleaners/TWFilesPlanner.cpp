@@ -1,6 +1,7 @@
 #include "cleaners/TWFilesPlanner.h"
 
 #include "platform/TWAmbiguousPath.h"
+#include "platform/TWDanglingLink.h"
 #include "platform/TWTreeWalk.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
@@ -28,18 +29,6 @@ bool needsKeywords(const std::vector<TWFilesRule>& rules)
 {
     return std::any_of(
         rules.begin(), rules.end(), [](const auto& rule) { return rule.active && rule.needsKeywords(); });
-}
-
-// True if the path or a folder above it is a dangling symbolic link, for example to a stick that is not plugged in.
-// Then nobody can tell whether the path exists.
-bool isBehindDanglingLink(const TWFileSystem& fileSystem, std::string path)
-{
-    for (; path != "/"; path = TWPath::parent(path)) {
-        const auto look = fileSystem.look(path);
-        if (look.isThere())
-            return look.facts.kind == TWFileKind::Link && !fileSystem.look(path, TWLinkAtEnd::Follow).isThere();
-    }
-    return false;
 }
 
 // What one thread of a search has found.
@@ -177,7 +166,7 @@ void TWFilesPlanner::planItem(const std::string& path)
     const auto folder = planner_.folderThroughLinks(parent, error);
     const auto look = folder ? folder->held->look(name) : TWFileLook{};
     const bool gone = folder ? look.presence == TWPresence::Gone : error == ENOENT || error == ENOTDIR;
-    if (gone && !folder && isBehindDanglingLink(planner_.fileSystem(), parent)) {
+    if (gone && !folder && TWIsBehindDanglingLink(planner_.fileSystem(), parent)) {
         part_.addLine(TWReportLine::about(BehindDanglingLink, { path }));
         part_.incomplete = true;
     } else if (gone)

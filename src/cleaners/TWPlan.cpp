@@ -51,8 +51,13 @@ void TWPlan::append(TWPlan part)
     for (auto& item : part.items) {
         if (item.folder != TWNone)
             item.folder += static_cast<std::uint32_t>(folders.size());
+        if (item.change != TWNone)
+            item.change += static_cast<std::uint32_t>(changes.size());
     }
+    for (auto& line : part.lines)
+        line.item += static_cast<std::uint32_t>(items.size());
     move(part.folders, folders);
+    move(part.changes, changes);
     items.insert(items.end(), part.items.begin(), part.items.end());
     move(part.lines, lines);
     move(part.names_, names_);
@@ -66,6 +71,7 @@ TWPlan TWPlan::copy() const
 {
     TWPlan plan;
     plan.folders = folders;
+    plan.changes = changes;
     plan.lines = lines;
     plan.failure = failure;
     plan.incomplete = incomplete;
@@ -90,6 +96,8 @@ TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const
 
 std::optional<std::uint64_t> TWPlan::bytes(const TWPlannedItem& item, std::optional<std::uint64_t> measured) const
 {
+    if (item.keepsFile)
+        return 0;
     if (wouldDelete(item))
         return measured;
     return item.facts.kind == TWFileKind::Folder ? std::nullopt : std::optional(item.facts.bytes);

@@ -12,7 +12,14 @@
 // "None", where a plan refers to one of its own folders or items, or to a rule or word, by number.
 inline constexpr std::uint32_t TWNone = std::numeric_limits<std::uint32_t>::max();
 
-// One thing that would change: a path that would be deleted.
+// What would happen to a preference file of another program.
+struct TWPlannedChange {
+    std::string file; // its path as the rule writes it, for messages
+    std::string key; // whose entries would be removed, if the item keeps its file
+    std::uint64_t entries = 0; // of that key, in the file when it was planned
+};
+
+// One thing that would change: a path that would be deleted, or entries that would be removed from the file there.
 struct TWPlannedItem {
     std::string_view name; // bytes, kept by the plan: the last component; the whole path if there is no folder
     TWFileFacts facts; // as the disk showed it while planning
@@ -21,14 +28,36 @@ struct TWPlannedItem {
     std::uint32_t rule = TWNone; // that names the item; its number among the cleaner's records, counted from 0
     std::uint32_t word = TWNone; // of the dictionary, that matched; counted from 0
     std::uint32_t owner
-        = TWNone; // item of the whole plan that this one belongs to: carried out only if that one is gone
-    bool quiet = false; // neither announced nor counted: a record that belongs to other items
+        = TWNone; // item of the whole plan that this one belongs to: carried out only if that one is, and is gone
+    std::uint32_t change = TWNone; // in TWPlan::changes, if it is about a preference file
+    bool keepsFile = false; // only loses entries; otherwise the path would be deleted
+    bool quiet = false; // neither announced nor counted: a record that belongs to other items, or a key without entries
+};
+
+// A line that a plan says, and what it means for the job.
+struct TWPlannedLine : TWReportLine {
+    enum class Effect : std::uint8_t {
+        None,
+        Fails, // the job fails, unless something later says otherwise
+        Incomplete, // something could not be looked at, so the job fails
+    };
+
+    TWPlannedLine(TWReportLine line, Effect givenEffect = Effect::None, std::uint32_t givenItem = 0)
+        : TWReportLine(std::move(line))
+        , effect(givenEffect)
+        , item(givenItem)
+    {
+    }
+
+    Effect effect;
+    std::uint32_t item; // its place: said before the item with this number
 };
 
 struct TWPlan {
     std::vector<std::shared_ptr<const TWPlannedFolder>> folders; // parent folders of the items, each once in a row
     std::vector<TWPlannedItem> items; // in the order in which they are carried out
-    std::vector<TWReportLine> lines; // for the results, all of them before the first item is carried out
+    std::vector<TWPlannedChange> changes;
+    std::vector<TWPlannedLine> lines; // for the results
     std::optional<std::string> failure; // ended the planning: nothing is carried out, and the job fails with this text
     bool incomplete = false; // something could not be looked at: everything else is carried out, then the job fails
     TWSecureMode secureMode = TWPlainDelete;
@@ -40,7 +69,11 @@ struct TWPlan {
     // Says why the deletion of the item, the one that was added last, would be refused; nothing if the text is "".
     void object(TWPlannedItem&, const TWObjection&);
 
-    void addLine(TWReportLine line) { lines.push_back(std::move(line)); }
+    // Says a line before the item that is added next.
+    void addLine(TWReportLine line, TWPlannedLine::Effect effect = TWPlannedLine::Effect::None)
+    {
+        lines.emplace_back(std::move(line), effect, static_cast<std::uint32_t>(items.size()));
+    }
 
     // Adds a part that was planned after this one.
     void append(TWPlan part);
@@ -51,6 +84,9 @@ struct TWPlan {
     // Number of results in it; background work measures its parts by it.
     std::size_t size() const { return items.size() + lines.size(); }
 
+    // Of an item that is about a preference file.
+    const TWPlannedChange& change(const TWPlannedItem& item) const { return changes[item.change]; }
+
     // The item of a plan as something to delete. It keeps the plan alive.
     static TWDeletionTarget target(const std::shared_ptr<const TWPlan>&, const TWPlannedItem&);
 
@@ -60,8 +96,8 @@ struct TWPlan {
         return !failure && !item.objection && (item.owner == TWNone || !items[item.owner].objection);
     }
 
-    // Space on disk of an item, given what has been measured of it so far. Nothing if it is not known: only what would
-    // be deleted is measured, and a folder takes what is in it as well.
+    // Space on disk that an item frees, given what has been measured of it so far. Nothing if it is not known: only
+    // what would be deleted is measured, and a folder takes what is in it as well. 0 for an item that keeps its file.
     std::optional<std::uint64_t> bytes(const TWPlannedItem&, std::optional<std::uint64_t> measured) const;
 
     std::string path(const TWPlannedItem&) const; // for messages

@@ -64,8 +64,10 @@ private:
     void addItemsUntil(std::size_t end)
     {
         for (; done_ < end; ++done_)
-            sizes_.bytes.push_back(counts_[done_] ? plan_.items[done_].facts.bytes : 0);
+            sizes_.bytes.push_back(counts_[done_] ? bytes(plan_.items[done_]) : 0);
     }
+
+    static std::uint64_t bytes(const TWPlannedItem& item) { return item.keepsFile ? 0 : item.facts.bytes; }
 
     void addFolder(std::size_t index, const TWTreeSize& size)
     {

@@ -3,10 +3,26 @@
 #include "cleaners/TWPreviewTotal.h"
 #include "support/TWText.h"
 
+#include <algorithm>
+#include <set>
+
 namespace {
 
 constexpr auto ItemsAndSize = "%@, %@";
+constexpr auto EntriesInFiles = "%@ in %@";
+constexpr auto AndMore = "%@; %@";
 constexpr auto SeveralReasons = "see Preview.";
+
+std::uint64_t changedFiles(const TWPlan& plan)
+{
+    std::set<std::string> files;
+    for (const auto& item : plan.items) {
+        if (!item.keepsFile || item.quiet || !plan.wouldDelete(item))
+            continue;
+        files.insert(plan.change(item).file);
+    }
+    return files.size();
+}
 
 TWPlanSummary summaryOf(const std::shared_ptr<const TWPlan>& plan,
     const std::shared_ptr<const std::vector<std::uint64_t>>& bytes, const TWCancellation& cancellation)
@@ -14,8 +30,11 @@ TWPlanSummary summaryOf(const std::shared_ptr<const TWPlan>& plan,
     TWPlanSummary summary;
     summary.failure = plan->failure;
     summary.incomplete = plan->incomplete;
-    if (!plan->lines.empty())
-        summary.remark = plan->lines.front().text;
+    const auto isBad = [](const auto& line) { return line.effect != TWPlannedLine::Effect::None; };
+    const auto& lines = plan->lines;
+    const auto worst = std::find_if(lines.begin(), lines.end(), isBad);
+    if (!lines.empty())
+        summary.remark = (worst == lines.end() ? lines.front() : *worst).text;
     for (const auto& item : plan->items) {
         if (item.quiet || !item.objection)
             continue;
@@ -28,14 +47,33 @@ TWPlanSummary summaryOf(const std::shared_ptr<const TWPlan>& plan,
     const auto total = TWAddUpPreview({ { plan, bytes, unticked, plan->items.size(), 0 } }, cancellation);
     summary.items = total.items;
     summary.bytes = total.bytes;
+    summary.keys = total.keys;
+    summary.entries = total.entries;
+    summary.files = changedFiles(*plan);
     return summary;
 }
 
 }
 
+TWPlanSummary& TWPlanSummary::operator+=(const TWPlanSummary& other)
+{
+    items += other.items;
+    bytes += other.bytes;
+    keys += other.keys;
+    entries += other.entries;
+    files += other.files;
+    refused += other.refused;
+    return *this;
+}
+
 std::string TWPlanSummary::itemsAndSize() const
 {
-    return TWText::fill(ItemsAndSize, { TWText::count(items, "item", "items"), TWText::size(bytes) });
+    auto whole = TWText::fill(ItemsAndSize, { TWText::count(items - keys, "item", "items"), TWText::size(bytes) });
+    if (keys == 0)
+        return whole;
+    const auto lost = TWText::fill(
+        EntriesInFiles, { TWText::count(entries, "entry", "entries"), TWText::count(files, "file", "files") });
+    return items == keys ? lost : TWText::fill(AndMore, { lost, whole });
 }
 
 TWPlanSummarizer::TWPlanSummarizer(std::unique_ptr<TWCleaner> cleaner, TWRunLoop& runLoop,

@@ -7,13 +7,19 @@
 struct TWPlanSummary {
     std::uint64_t items = 0; // items that would be deleted, without quiet and refused ones; counted as in a preview
     std::uint64_t bytes = 0; // space on disk that they take
+    std::uint64_t keys = 0; // of the items, those that only lose entries
+    std::uint64_t entries = 0; // that those lose
+    std::uint64_t files = 0; // that lose them
     std::uint64_t refused = 0; // items that the deletion rules refuse
     TWObjection objection; // the reason; "see Preview." if they were refused for different ones
     std::optional<std::string> failure; // if set, the job would fail with this text and delete nothing
-    std::string remark; // the first line that the planning reported
+    std::string remark; // the first line of the plan that makes the job fail, or else its first line
     bool incomplete = false; // something could not be read
 
-    // "12 items, 3.4 GB"
+    // Adds the numbers of another plan; the rest stays.
+    TWPlanSummary& operator+=(const TWPlanSummary&);
+
+    // "12 items, 3.4 GB", "45 entries in 3 files", or both
     std::string itemsAndSize() const;
 };
 

@@ -40,12 +40,14 @@ public:
     }
 
     // True if the item lies in a folder that would be deleted, or if an item with its path was asked about before.
-    bool isRepeated(const TWPlannedFolder& folder, std::string_view name, TWPreviewRow row)
+    // What keeps its file is not the same as the deletion of the file.
+    bool isRepeated(const TWPlan& plan, const TWPlannedItem& item, TWPreviewRow row)
     {
+        const auto& folder = *plan.folders[item.folder];
         enter(folder);
-        if (cover_ || !repeated_)
+        if (cover_ || !repeated_ || item.keepsFile)
             return cover_ != nullptr;
-        return !names_[folder.identity].emplace(name, row).second;
+        return !names_[folder.identity].emplace(item.name, row).second;
     }
 
     // The ticked item that deletes the item as well. Call this when isRepeated() has been asked about all ticked ones.
@@ -144,10 +146,14 @@ TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>& shares, const T
         for (std::uint32_t index = 0; index < items.size() && !cancellation.cancelled(); ++index) {
             const auto& item = items[index];
             total.refused += !item.quiet && !share.plan->wouldDelete(item);
-            if (!wouldBeDeleted(share, index)
-                || overlaps.isRepeated(*share.plan->folders[item.folder], item.name, { share.cleaner, index }))
+            if (!wouldBeDeleted(share, index) || overlaps.isRepeated(*share.plan, item, { share.cleaner, index }))
                 continue;
             ++total.items;
+            if (item.keepsFile) {
+                ++total.keys;
+                total.entries += share.plan->change(item).entries;
+                continue;
+            }
             const bool severalNames = item.facts.kind != TWFileKind::Folder && item.facts.links > 1;
             if (!severalNames || filesWithSeveralNames.insert(item.facts.identity).second)
                 total.bytes += (*share.bytes)[index];
@@ -164,8 +170,7 @@ std::vector<bool> TWItemsThatCount(const TWPreviewShare& share, const TWCancella
     Overlaps overlaps({ share }, cancellation);
     for (std::uint32_t index = 0; index < count.size() && !cancellation.cancelled(); ++index) {
         const auto& item = plan.items[index];
-        count[index] = wouldBeDeleted(share, index)
-            && !overlaps.isRepeated(*plan.folders[item.folder], item.name, { share.cleaner, index });
+        count[index] = wouldBeDeleted(share, index) && !overlaps.isRepeated(plan, item, { share.cleaner, index });
     }
     return count;
 }

@@ -31,8 +31,10 @@ struct TWPreviewOverlap {
 
 // The numbers of a preview, without quiet items.
 struct TWPreviewTotal {
-    std::uint64_t items = 0; // would be deleted
+    std::uint64_t items = 0; // would be deleted, or would lose entries
     std::uint64_t bytes = 0; // space on disk that they take
+    std::uint64_t keys = 0; // of the items, those that only lose entries
+    std::uint64_t entries = 0; // that those lose
     std::uint64_t refused = 0; // would stay, although a rule names them
     std::shared_ptr<const std::vector<TWPreviewOverlap>> overlaps
         = std::make_shared<const std::vector<TWPreviewOverlap>>(); // in the order of their rows

@@ -58,7 +58,8 @@ private:
         const bool finished
             = !open || lookAtEntries(*folder, *open, [&](std::string_view name, const TWFileLook& look) {
                   planner_.add(part_, *folder, name, look, sink_.cancellation());
-                  items_.emplace(name, planned_++);
+                  names_.emplace_back(name);
+                  ++planned_;
                   putFullPart();
               });
         return finished && !part_.incomplete;
@@ -68,8 +69,11 @@ private:
     {
         std::optional<Folder> folder;
         const auto open = openFolder(path, folder);
-        if (!open)
+        if (!open || open->entries().empty())
             return;
+        items_.reserve(names_.size());
+        for (std::uint32_t number = 0; number < names_.size(); ++number)
+            items_.emplace(names_[number], number);
         lookAtEntries(*folder, *open, [&](std::string_view name, const TWFileLook& look) {
             if (isRecord(name))
                 planRecord(*folder, name, look);
@@ -127,30 +131,24 @@ private:
     TWPlanStream::Sink& sink_;
     TWPlan part_;
     std::uint32_t planned_ = 0; // items of all parts
-    std::unordered_map<std::string, std::uint32_t> items_; // numbers of the items, by name
+    std::vector<std::string> names_; // of the items, by their numbers
+    std::unordered_map<std::string_view, std::uint32_t> items_; // the reverse; made only if there are records
 };
 
 }
 
 TWTrashCleaner::TWTrashCleaner(const TWCleanerContext& context)
     : TWDeletingCleaner(context.deletion, { Started, Success, Failure })
-    , settings_(context.settings)
+    , context_(context)
     , info_(tools().places.abbreviate(tools().places.trash + "/files"))
 {
-}
-
-TWSecureMode TWTrashCleaner::secureModeNow() const
-{
-    return settings_.boolean(TWKey::SecurelyDeleteFiles) ? settings_.integer(TWKey::SecurelyDeleteFilesMode)
-                                                         : TWPlainDelete;
 }
 
 std::unique_ptr<TWRunLoopHandle> TWTrashCleaner::makePlan(PlanGrown grown, PlanMade made) const
 {
     TWPlan beginning;
     beginning.secureMode = secureModeNow();
-    if (settings_.boolean(TWKey::UseAuthorization))
-        beginning.authorization = TWAuthorization::Yes;
+    beginning.authorization = context_.authorization();
     tools().guard.renew();
     const TWPathPlanner planner(tools().fileSystem, tools().guard.rules());
     auto work = [planner, folder = tools().places.standardize(info_)](

@@ -17,9 +17,9 @@ public:
     std::unique_ptr<TWRunLoopHandle> makePlan(PlanGrown, PlanMade) const override;
 
 private:
-    TWSecureMode secureModeNow() const override;
+    TWSecureMode secureModeNow() const override { return context_.secureMode(); }
     FollowerTest followerTest() const override;
 
-    const TWSettings& settings_;
+    const TWCleanerContext context_;
     std::string info_;
 };

@@ -6,6 +6,7 @@
 #include "cli/TWKeepCommands.h"
 #include "cli/TWPathsCommand.h"
 #include "cli/TWPreviewCommand.h"
+#include "cli/TWRecentItemsCommands.h"
 #include "cli/TWSettingsCommands.h"
 #include "cli/TWWordsCommands.h"
 
@@ -22,6 +23,6 @@ std::span<const TWCommandGroup> TWCommandTable()
 {
     static const TWCommandGroup table[]
         = { windowCommand(), TWCleanCommands(), TWPreviewCommands(), TWSettingsCommands(), TWWordsCommands(),
-              TWFilesCommands(), TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
+              TWFilesCommands(), TWRecentItemsCommands(), TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
     return table;
 }

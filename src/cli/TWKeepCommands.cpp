@@ -81,9 +81,7 @@ TWCommandResult list(const TWCommandContext& context, const TWInvocation& invoca
 std::string readPath(const TWCommandContext& context, const std::string& given, TWKeepEntry& entry)
 {
     const auto meant = TWReadPathArgument(context.host.fileSystem(), context.places, given);
-    // A path such as "$XDG_DATA_HOME/x" is stored as it is, so that it follows the variable.
-    const bool asGiven = !given.starts_with('/') && given.find("/..") == std::string::npos;
-    entry.text = context.places.abbreviate(asGiven ? TWPath::withoutTrailingSlashes(given) : meant.path);
+    entry.text = meant.stored;
     return meant.problem;
 }
 

@@ -6,6 +6,7 @@
 // The meaning of a path on the command line.
 struct TWMeantPath {
     std::string path; // absolute, without "." and ".."; symbolic links are not resolved
+    std::string stored; // for a rule: beginning with "~" or the variable it was given with, so that it follows both
     std::string problem; // one line if the path is ambiguous, else ""
 };
 

@@ -19,11 +19,13 @@ constexpr auto Note = "  %@\n";
 constexpr auto WhyHeading = "  %@:\n";
 constexpr auto WouldBeDeleted = "    would be deleted: %@ (%@)\n";
 constexpr auto WouldBeDeletedForWord = "    would be deleted: %@ (%@, the word \"%@\")\n";
+constexpr auto WouldLose = "    would lose %@: %@\n";
 constexpr auto WouldBeRefused = "    would be refused: %@: %@\n";
 constexpr auto WouldFail = "The cleaner would fail: %@";
 constexpr auto SizesTooSmall = "Something inside the folders could not be read, so some sizes are too small.\n";
-constexpr auto Sum = "%@, %@ would be deleted.\n";
-constexpr auto SumAndRefused = "%@, %@ would be deleted; %@ would be refused.\n";
+constexpr auto Sum = "%@, %@ would be deleted%@%@.\n";
+constexpr auto SumOfEntries = "; %@ would be removed from files that stay";
+constexpr auto SumOfRefused = "; %@ would be refused";
 
 constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
 constexpr std::size_t ItemsPerTurn = 500; // so that the command can be interrupted between them
@@ -33,10 +35,15 @@ std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
     const auto& item = cleaner.plan()->items[index];
     const auto word = cleaner.word(item);
     const auto why = word.empty() ? cleaner.rule(item) : TWText::fill(WhyWithWord, { cleaner.rule(item), word });
-    TWJSON::Object object{ { "cleaner", cleaner.row().name }, { "action", "delete" } };
+    TWJSON::Object object{ { "cleaner", cleaner.row().name },
+        { "action", item.keepsFile ? "remove-entries" : "delete" } };
     TWJSON::addBytes(object, "path", "pathBytes", cleaner.plan()->path(item));
     const auto bytes = cleaner.plan()->bytes(item, cleaner.bytes(index));
     object["bytes"] = bytes ? TWJSON::Object(*bytes) : TWJSON::Object();
+    if (item.keepsFile) {
+        object["key"] = TWText::validUTF8(cleaner.plan()->change(item).key);
+        object["entries"] = cleaner.plan()->change(item).entries;
+    }
     object["why"] = TWText::validUTF8(why);
     if (const auto refusal = cleaner.refusal(item); !refusal.empty())
         object["refused"] = TWText::validUTF8(refusal);
@@ -49,6 +56,8 @@ std::string textFor(const TWCleanerPreview& cleaner, std::size_t index)
     const auto path = TWText::oneLine(cleaner.plan()->path(item));
     if (const auto refusal = cleaner.refusal(item); !refusal.empty())
         return TWText::fill(WouldBeRefused, { path, TWText::oneLine(refusal) });
+    if (item.keepsFile)
+        return TWText::fill(WouldLose, { TWText::oneLine(TWPlanReasons::entries(*cleaner.plan(), item)), path });
     const auto size = TWText::size(cleaner.bytes(index));
     const auto word = cleaner.word(item);
     return word.empty() ? TWText::fill(WouldBeDeleted, { path, size })
@@ -133,7 +142,8 @@ private:
         auto& notes = json ? err_ : out_;
         if (!json)
             notes += TWText::fill(Heading, { cleaner.row().title });
-        if (!json && cleaner.plan()->items.empty())
+        const auto isQuiet = [](const auto& item) { return item.quiet; };
+        if (!json && std::ranges::all_of(cleaner.plan()->items, isQuiet))
             notes += TWText::fill(Note, { cleaner.row().nothing });
         for (const auto& line : cleaner.plan()->lines)
             notes += TWText::fill(Note, { TWText::oneLine(line.text) });
@@ -144,12 +154,13 @@ private:
     void addItem(const TWCleanerPreview& cleaner, std::size_t index)
     {
         const auto& item = cleaner.plan()->items[index];
-        if (format_ == TWOutputFormat::JSON) {
+        const bool json = format_ == TWOutputFormat::JSON;
+        if (item.quiet && (!json || item.keepsFile))
+            return;
+        if (json) {
             out_ += jsonFor(cleaner, index);
             return;
         }
-        if (item.quiet)
-            return;
         if (std::exchange(rule_, item.rule) != item.rule)
             out_ += TWText::fill(WhyHeading, { TWText::oneLine(cleaner.rule(item)) });
         out_ += textFor(cleaner, index);
@@ -160,10 +171,12 @@ private:
         if (format_ == TWOutputFormat::JSON)
             return;
         const auto& total = preview_->total();
-        const auto items = TWText::count(total.items, "item", "items");
+        const auto items = TWText::count(total.items - total.keys, "item", "items");
+        const auto entries = TWText::count(total.entries, "entry", "entries");
         const auto refused = TWText::count(total.refused, "item", "items");
-        out_ += total.refused == 0 ? TWText::fill(Sum, { items, TWText::size(total.bytes) })
-                                   : TWText::fill(SumAndRefused, { items, TWText::size(total.bytes), refused });
+        out_ += TWText::fill(Sum,
+            { items, TWText::size(total.bytes), total.keys == 0 ? "" : TWText::fill(SumOfEntries, { entries }),
+                total.refused == 0 ? "" : TWText::fill(SumOfRefused, { refused }) });
     }
 
     TWRunLoop& runLoop_;

@@ -85,6 +85,13 @@ TWDeletionReport reportOn(const TWTermination& termination, const std::string& l
 
 }
 
+// Every mode that is none of the others overwrites most often.
+TWSecureMode TWStrongerMode(TWSecureMode one, TWSecureMode other)
+{
+    const auto strength = [](TWSecureMode mode) { return mode < TWPlainDelete || mode > 2 ? 2 : mode; };
+    return strength(one) < strength(other) ? other : one;
+}
+
 TWFileDeleter::TWFileDeleter(const TWDeletionTools& tools)
     : tools_(tools)
 {

@@ -24,6 +24,9 @@ struct TWDeletionTools {
 using TWSecureMode = std::int32_t;
 inline constexpr TWSecureMode TWPlainDelete = -1;
 
+// The one of two modes that overwrites more often.
+TWSecureMode TWStrongerMode(TWSecureMode, TWSecureMode);
+
 enum class TWWaiting { Asynchronously, UntilDone };
 enum class TWAuthorization { No, Yes };
 

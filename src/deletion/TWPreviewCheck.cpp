@@ -1,7 +1,14 @@
 #include "deletion/TWPreviewCheck.h"
 
-bool TWPreviewCheck::isUnchanged(const TWFileFacts& seen, const TWFileFacts& now) const
+const TWFileFacts& TWPreviewCheck::expected(const TWFileFacts& seen) const
 {
+    const auto changed = changed_.find(seen.identity);
+    return changed == changed_.end() ? seen : changed->second;
+}
+
+bool TWPreviewCheck::isUnchanged(const TWFileFacts& asSeen, const TWFileFacts& now) const
+{
+    const auto& seen = expected(asSeen);
     if (now.identity != seen.identity || now.kind != seen.kind)
         return false;
     if (now.kind == TWFileKind::Folder)
@@ -37,11 +44,28 @@ void TWPreviewCheck::noteOwnDeletion(const std::string& realPath, const TWFileFa
         if (print.severalNames)
             deletedNames_.insert(seen.identity);
     }
+    changeAround(realPath, print, TWTreePrint());
+}
+
+void TWPreviewCheck::noteOwnChange(const std::string& realPath, const TWFileFacts& seen, const TWFileFacts& now)
+{
+    TWTreePrint before;
+    TWTreePrint after;
+    before.add(expected(seen));
+    after.add(now);
+    changeAround(realPath, before, after);
+    changed_[seen.identity] = now;
+}
+
+void TWPreviewCheck::changeAround(const std::string& realPath, const TWTreePrint& before, const TWTreePrint& after)
+{
     if (expected_.empty())
         return;
     for (auto end = realPath.rfind('/'); end != 0 && end != std::string::npos; end = realPath.rfind('/', end - 1)) {
-        if (const auto around = expected_.find(realPath.substr(0, end)); around != expected_.end())
-            around->second -= print;
+        if (const auto around = expected_.find(realPath.substr(0, end)); around != expected_.end()) {
+            around->second -= before;
+            around->second += after;
+        }
     }
 }
 

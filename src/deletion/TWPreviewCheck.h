@@ -26,6 +26,12 @@ public:
     // The run has deleted what was found unchanged at the path.
     void noteOwnDeletion(const std::string& realPath, const TWFileFacts& seen);
 
+    // The run has replaced the file at the path by one that has lost entries, or has changed it.
+    void noteOwnChange(const std::string& realPath, const TWFileFacts& seen, const TWFileFacts& now);
+
+    // What the file that the preview has seen is expected to be now.
+    const TWFileFacts& expected(const TWFileFacts& seen) const;
+
     using Paths = std::unordered_set<std::string>;
 
     // Real paths of folders that the run has deleted and that are certainly gone, with everything in them.
@@ -34,8 +40,10 @@ public:
 
 private:
     bool mayHaveDeletedNameOf(const TWFileIdentity& file) const;
+    void changeAround(const std::string& realPath, const TWTreePrint& before, const TWTreePrint& after);
 
     std::unordered_map<std::string, TWTreePrint> expected_; // by real path, less what the run has deleted
+    std::unordered_map<TWFileIdentity, TWFileFacts> changed_; // by what the preview has seen
     std::unordered_set<TWFileIdentity> deletedNames_; // files of which the run has deleted a name, but not the last one
     bool deletedSharedFolder_ = false; // it has deleted a folder with such names in it
     std::shared_ptr<const Paths> deletedFolders_ = std::make_shared<const Paths>(); // replaced, never changed

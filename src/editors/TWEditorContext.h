@@ -1,11 +1,9 @@
 #pragma once
 
+#include "cleaners/TWCleanerContext.h"
 #include "platform/TWAlerts.h"
 #include "platform/TWBundle.h"
 #include "settings/TWDataFolder.h"
-#include "settings/TWSettings.h"
-
-struct TWDeletionTools;
 
 // What every editor needs.
 struct TWEditorContext {
@@ -13,5 +11,9 @@ struct TWEditorContext {
     const TWDataFolder& dataFolder;
     const TWBundle& bundle;
     TWAlerts& alerts;
-    const TWDeletionTools& deletion; // to show what a run would do
+    const TWDeletionTools& deletion;
+    const TWOtherPrograms& programs;
+
+    // For the cleaners that show what a run would do.
+    TWCleanerContext cleaners() const { return { deletion, settings, programs }; }
 };

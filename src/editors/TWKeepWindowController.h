@@ -63,7 +63,7 @@ public:
 
     std::string write() override;
 
-    const std::string& homeFolder() const override { return context_.deletion.places.home; }
+    const TWPlaces& places() const override { return context_.deletion.places; }
 
     void sheetOpened() override;
     void sheetClosed() override;

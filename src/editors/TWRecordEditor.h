@@ -2,6 +2,7 @@
 
 #include "editors/TWEditor.h"
 #include "editors/TWEditorView.h"
+#include "platform/TWPlaces.h"
 
 #include <functional>
 #include <optional>
@@ -46,8 +47,7 @@ public:
     // Adds a record for what is at that absolute path and selects it.
     virtual void addPath(const std::string& path) = 0;
 
-    // Where the dialog that chooses a file starts.
-    virtual const std::string& homeFolder() const = 0;
+    virtual const TWPlaces& places() const = 0;
 
     // While the sheet is open, the notes beside the records are determined in the background.
     virtual void sheetOpened() = 0;

@@ -1,51 +1,45 @@
 #pragma once
 
-#include "cleaners/TWCleanerContext.h"
-#include "cleaners/TWFilesRule.h"
 #include "cleaners/TWPlanSummary.h"
 
 #include <deque>
 #include <map>
 
-// The note beside a rule in the Files editor.
+// The note beside a rule in an editor.
 struct TWRuleNote {
     std::string text; // "" while nothing is known yet
     bool warning = false; // the rule does less or more than it should
 };
 
-// Determines in the background what each rule would delete now and what is wrong with it, by planning each rule with
-// the cleaner. Main thread.
+// Determines in the background what each rule of a list would do now, by planning it alone with its cleaner. Main
+// thread.
 class TWRuleNotes final {
 public:
-    TWRuleNotes(const TWCleanerContext&, std::function<void()> changed);
+    struct Wanted {
+        std::string key; // of everything that the note depends on; any bytes
+        std::function<std::unique_ptr<TWCleaner>()> cleaner; // with this rule only, active
+        std::function<TWRuleNote(const TWPlanSummary&)> describe;
+    };
+
+    TWRuleNotes(const TWDeletionTools&, std::function<void()> changed);
 
     // Determines the notes that are not known yet. Cancels the work for an earlier list.
-    void find(const std::vector<TWFilesRule>&, const std::vector<std::string>& words);
+    void find(std::vector<Wanted>);
 
     // Cancels the work and forgets all results.
     void clear();
 
-    TWRuleNote note(const TWFilesRule&, const std::vector<std::string>& words) const;
-
-    // One clause about the first active rule that would empty the home folder, or "".
-    static std::string warningAboutHome(const std::vector<TWFilesRule>&, const TWPlaces&);
-
-    // One clause about the first word that is so short that it stands in a great many names, or "".
-    static std::string warningAboutWords(const std::vector<std::string>& words);
+    // Empty while it is not known.
+    TWRuleNote note(const std::string& key) const;
 
 private:
-    // Apart from the words, a note depends on these only: path and kind.
-    using Key = std::pair<std::string, std::int64_t>;
-
-    std::string mistake(const TWFilesRule&) const;
     void findNext();
-    static TWRuleNote noteFrom(const TWFilesRule&, const TWPlanSummary&);
+    void findLater();
 
-    TWCleanerContext cleaners_;
+    const TWDeletionTools tools_;
     std::function<void()> changed_;
-    std::map<Key, TWRuleNote> found_;
-    std::deque<TWFilesRule> waiting_;
-    std::vector<std::string> words_;
+    std::map<std::string, TWRuleNote> found_;
+    std::deque<Wanted> waiting_;
     std::unique_ptr<TWPlanSummarizer> summarizer_; // for the first waiting rule
     std::unique_ptr<TWRunLoopHandle> next_;
 };

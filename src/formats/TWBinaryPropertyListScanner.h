@@ -28,7 +28,7 @@ private:
     using Object = TWBinaryObjects::Object;
 
     bool countEntries();
-    // These pass by the entries of that many keys.
+    // Walks the list without the entries of that many keys, the first ones.
     bool walk(Key keys);
     bool visit(std::uint64_t number, Key keys);
     bool visitEntries(const Object& dictionary, Key keys);

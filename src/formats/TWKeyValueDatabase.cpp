@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::string_view NoTable = "it has no table of keys and values";
 constexpr std::string_view Damaged = "it is damaged";
+constexpr std::string_view Another = "it is another one by now";
+constexpr std::string_view OlderValues = "older values in it cannot be overwritten without a change of other tables";
 constexpr std::string_view TooLarge = "it takes too long";
 
 constexpr int LongestWait = 1000; // ms
@@ -23,6 +25,13 @@ constexpr int MostCalls = 500; // some ten seconds
 constexpr const char* Tables = "SELECT t.name FROM pragma_table_list AS t WHERE t.schema = 'main' AND t.type = 'table'"
                                " AND t.ncol = 2 AND (SELECT count(*) FROM pragma_table_info(t.name) AS c"
                                " WHERE lower(c.name) IN ('key', 'value')) = 2 ORDER BY t.name";
+// Rows of tables without a number of their own would get other ones, which further tables may refer to.
+constexpr const char* TablesThatForbidRewriting
+    = "SELECT t.name FROM pragma_table_list AS t WHERE t.schema = 'main' AND t.type IN ('table', 'virtual')"
+      " AND t.wr = 0 AND t.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND (SELECT count(*) FROM pragma_table_info(t.name) "
+      "AS c"
+      " WHERE lower(c.name) IN ('key', 'value')) != t.ncol AND (SELECT group_concat(upper(c.type)) FROM"
+      " pragma_table_info(t.name) AS c WHERE c.pk > 0) IS NOT 'INTEGER'";
 constexpr const char* Condition = " WHERE \"key\" = ?1 COLLATE BINARY";
 
 using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
@@ -217,14 +226,17 @@ TWFoundEntries TWKeyValueDatabase::find(const std::string& path, const std::vect
     return found;
 }
 
-TWFoundEntries TWKeyValueDatabase::cut(const std::string& path, const std::vector<std::string>& keys)
+TWFoundEntries TWKeyValueDatabase::cut(
+    const std::string& path, const std::vector<std::string>& keys, const std::function<bool()>& mayChange)
 {
     TWFoundEntries found = find(path, keys);
     if (std::count(found.counts.begin(), found.counts.end(), 0) == std::ptrdiff_t(found.counts.size()))
         return found; // not even opened for writing, so that the file stays as it is
     Database database(address(path, "mode=rw"), SQLITE_OPEN_READWRITE);
     database.run("PRAGMA secure_delete = ON");
-    database.run("BEGIN IMMEDIATE");
+    database.run("PRAGMA ignore_check_constraints = ON");
+    if (database.run("BEGIN IMMEDIATE") && !mayChange())
+        return { found.format, std::string(Another), {} };
     if (database.works() && database.texts("PRAGMA integrity_check(1)") != std::vector<std::string>{ "ok" })
         return { found.format, std::string(Damaged), {} };
     forEachKey(database, keys, found, [&](const std::string& rows, const std::string& key) {
@@ -236,8 +248,11 @@ TWFoundEntries TWKeyValueDatabase::cut(const std::string& path, const std::vecto
     if (!database.run("COMMIT"))
         found.counts.clear();
     // Pages that became free earlier may hold older values, and the log holds those just removed.
-    if (!database.run("VACUUM") || !database.emptyLog())
+    const bool mayRewrite = database.texts(TablesThatForbidRewriting).empty();
+    if ((mayRewrite && !database.run("VACUUM")) || !database.emptyLog())
         found.problem = database.problem();
+    else if (!mayRewrite)
+        found.problem = OlderValues;
     return found;
 }
 

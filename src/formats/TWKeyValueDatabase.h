@@ -2,6 +2,7 @@
 
 #include "formats/TWFileFormats.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,9 @@
 // this process may have the same file open meanwhile: when a process closes a file, it loses all its locks on it.
 namespace TWKeyValueDatabase {
 
+// The caller should refuse a longer one, because it is copied as a whole while it is locked.
+inline constexpr std::size_t MaximumBytes = 512'000'000;
+
 // Changes nothing, and makes no file beside the database.
 TWFoundEntries find(const std::string& path, const std::vector<std::string>& keys);
 
@@ -19,7 +23,9 @@ TWFoundEntries find(const std::string& path, const std::vector<std::string>& key
 std::vector<TWFoundKey> findKeys(const std::string& path, const std::vector<std::string>& keywords);
 
 // Removes the rows in one transaction, then overwrites what is left of them in the database and in its log. If that
-// fails, there is a problem although the counts are those of the rows that were removed.
-TWFoundEntries cut(const std::string& path, const std::vector<std::string>& keys);
+// fails, there is a problem although the counts are those of the rows that were removed. When the database is locked,
+// asks mayChange whether it is still the one that is meant; if not, changes nothing.
+TWFoundEntries cut(
+    const std::string& path, const std::vector<std::string>& keys, const std::function<bool()>& mayChange);
 
 }

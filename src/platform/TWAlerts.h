@@ -18,6 +18,9 @@ struct TWAlert {
     TWConfirming confirming = TWConfirming::IsHarmless;
 
     std::string otherButton{}; // "" if there are at most two buttons; only the window shows a third one
+
+    // True if an alert with only one button may be closed without it; the answer is then TWAnswer::Alternate.
+    bool canBeClosed = false;
 };
 
 enum class TWAnswer { Default, Alternate, Other };

@@ -36,6 +36,12 @@ struct TWFileFacts {
     std::int64_t modified = 0; // last change of contents, in nanoseconds since 1970 UTC
     std::uint32_t links = 0;
     TWFileKind kind = TWFileKind::Other;
+
+    // True for two looks at the same file between which nobody has changed it.
+    bool isUnchanged(const TWFileFacts& now) const
+    {
+        return identity == now.identity && kind == now.kind && changed == now.changed && size == now.size;
+    }
 };
 
 // Unknown: the file system could not tell, so the file must not be treated as gone.

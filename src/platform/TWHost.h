@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/TWApplications.h"
 #include "platform/TWFileSystem.h"
 #include "platform/TWHandover.h"
 #include "platform/TWLock.h"
 #include "platform/TWMountTable.h"
 #include "platform/TWOwnFiles.h"
 #include "platform/TWPlaces.h"
+#include "platform/TWPreferenceFiles.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
 
@@ -28,13 +30,17 @@ public:
     // The same places below root, which must be a real path. Ignores the environment.
     virtual TWPlaces sandboxPlaces(const std::string& root) const = 0;
 
-    // Both live as long as the host.
+    // These live as long as the host.
     virtual const TWFileSystem& fileSystem() const = 0;
     virtual const TWOwnFiles& ownFiles() const = 0;
+    virtual const TWPreferenceFiles& preferenceFiles() const = 0;
 
     virtual std::unique_ptr<TWProcessLauncher> makeLauncher(TWRunLoop&) const = 0;
     virtual std::unique_ptr<TWMountTable> makeMountTable() const = 0;
     virtual std::unique_ptr<TWLocks> makeLocks() const = 0;
+
+    // The host must outlive it.
+    virtual std::unique_ptr<TWApplications> makeApplications(const TWPlaces&) const = 0;
 
     // Connects the window and the commands that work on the lists in dataFolder.
     virtual std::unique_ptr<TWHandover> makeHandover(const TWPlaces&, const std::string& dataFolder) const = 0;

@@ -2,6 +2,7 @@
 
 #include "app/TWEditors.h"
 #include "editors/TWFilesWindowController.h"
+#include "editors/TWRecentItemsWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
@@ -11,7 +12,7 @@ constexpr std::size_t EnoughTurns = 40; // for the whole job
 constexpr auto Terminated = "failure: The cleaner was terminated";
 
 struct Machine : TWFakeMachine {
-    TWEditors editors{ { settings, listFolder, bundle, alerts, tools } };
+    TWEditors editors{ { settings, listFolder, bundle, alerts, tools, programs } };
 };
 
 // What the contract has to know about one cleaner: how to give it something to clean, and how to see what it did.
@@ -49,6 +50,19 @@ const StageRow Stages[] = {
             std::filesystem::remove_all(machine.places.trash + "/files");
             machine.root.link("home/.local/share/Trash/files", "info");
         } },
+    { "recent-items", 3,
+        [](Machine& machine) {
+            machine.root.write("home/rc", "[Recent]\na=1\n[View]\nHistory=2\nb=3\n");
+            machine.root.write("home/list", "x");
+            auto& recentItems = machine.editors.get<TWRecentItemsWindowController>();
+            recentItems.addRule({ true, "Prog", "~/rc", false, "Recent, History" });
+            recentItems.addRule({ true, "Prog", "~/list", true, "" });
+            recentItems.addRule({ true, "Prog", "~/missing", true, "" });
+        },
+        [](Machine& machine) { machine.root.write("home/missing", "x"); },
+        [](Machine& machine) {
+            machine.editors.get<TWRecentItemsWindowController>().addRule({ true, "Prog", "~", true, "" });
+        } },
     { "files", 2,
         [](Machine& machine) {
             for (const auto* name : { "home/one", "home/two", "home/kept" })
@@ -75,7 +89,7 @@ enum class Job { Succeeds, Fails };
 struct Stage : Machine {
     explicit Stage(const TWCleanerRow& given, Job job = Job::Succeeds)
         : row(stageOf(given))
-        , cleaner(given.make({ tools, settings }))
+        , cleaner(given.make({ tools, settings, programs }))
     {
         row.fill(*this);
         if (job == Job::Fails)

@@ -26,7 +26,7 @@ protected:
     // A plan of the same rules on another file system.
     TWPlan planOn(const TWFileSystem& other)
     {
-        TWFilesCleaner onOther({ { runLoop, launcher, other, guard, places }, settings });
+        TWFilesCleaner onOther({ { runLoop, launcher, other, guard, places }, settings, programs });
         onOther.setInfo(info);
         return TWPlanOf(onOther, runLoop);
     }
@@ -297,7 +297,7 @@ TEST(TWFilesRuleTest, TakesOnlyRulesAndKeepsWhatItDoesNotUnderstand)
 TEST_F(TWFilesCleanerTest, CancelNeedsNoJobAndItsReportMayStopRestartOrDestroy)
 {
     for (const char act : { 's', 'r', 'd' }) {
-        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings });
+        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings, programs });
         cancelled->setDelegate(&reports);
         cancelled->cancel();
         EXPECT_TRUE(cancelled->cancelled());

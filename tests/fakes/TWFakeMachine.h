@@ -2,11 +2,13 @@
 
 #include "app/TWPlatform.h"
 #include "builders/TWTemporaryFolder.h"
+#include "cleaners/TWCleanerContext.h"
 #include "deletion/TWFileDeleter.h"
 #include "fakes/TWFakeRunLoop.h"
 #include "fakes/TWFakes.h"
 #include "fakes/TWRecordingLauncher.h"
 #include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "platform/posix/TWPosixOwnFiles.h"
 #include "settings/TWDataFolder.h"
 #include "settings/TWSettings.h"
@@ -28,6 +30,9 @@ struct TWFakeMachine {
     TWFakeLocks locks;
     TWFakeAlerts alerts;
     TWFakeNotifier notifier;
+    TWFakeApplications applications;
+    TWLinuxPreferenceFiles preferenceFiles;
+    TWOtherPrograms programs{ applications, preferenceFiles };
     TWPlaces places = makePlaces(root);
     std::string dataFolder = root.path("home/.local/share/Tidewell");
     TWDeletionGuard guard{ places, fileSystem, mountTable, dataFolder };
@@ -35,7 +40,7 @@ struct TWFakeMachine {
     TWSettings settings{ userDefaults };
     TWDataFolder listFolder{ ownFiles, places, bundle };
     TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
-        alerts, notifier };
+        alerts, notifier, applications, preferenceFiles };
 
     // A path as a plan sees it now.
     TWDeletionTarget target(const std::string& path) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/TWAlerts.h"
+#include "platform/TWApplications.h"
 #include "platform/TWBundle.h"
 #include "platform/TWFileManager.h"
 #include "platform/TWLock.h"
@@ -86,6 +87,41 @@ struct TWFakeNotifier final : TWNotifier {
 
     void post(const TWNotification& notification) override { notifications.push_back(notification); }
     void setClicked(std::function<void()> call) override { clicked = std::move(call); }
+};
+
+// Has the applications that a test gives it, with their files below a folder.
+struct TWFakeApplications final : TWApplications {
+    std::vector<TWApplication> applications;
+    std::map<std::string, std::vector<std::string>> preferences; // by identifier
+    std::string dataHome = "/data";
+    TWRunningApplications runs;
+
+    std::vector<TWApplication> installed() const override
+    {
+        auto sorted = applications;
+        std::sort(sorted.begin(), sorted.end(),
+            [](const auto& one, const auto& other) { return one.displayName < other.displayName; });
+        return sorted;
+    }
+    std::optional<TWApplication> open(const std::string& path, std::string& problem) const override
+    {
+        for (const auto& application : applications) {
+            if (application.path == path)
+                return application;
+        }
+        problem = "\"" + path + "\" does not describe an application.";
+        return std::nullopt;
+    }
+    std::string sharedFileList(const TWApplication& application) const override
+    {
+        return dataHome + "/" + application.identifier + "/recently-used.xbel";
+    }
+    std::vector<std::string> preferenceFiles(const TWApplication& application) const override
+    {
+        const auto found = preferences.find(application.identifier);
+        return found == preferences.end() ? std::vector<std::string>() : found->second;
+    }
+    TWRunningApplications running() const override { return runs; }
 };
 
 struct TWFakeMountTable final : TWMountTable {

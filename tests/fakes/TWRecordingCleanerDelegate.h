@@ -53,6 +53,6 @@ protected:
         return reports.take();
     }
 
-    Cleaner cleaner{ { tools, settings } };
+    Cleaner cleaner{ { tools, settings, programs } };
     TWRecordingCleanerDelegate reports;
 };

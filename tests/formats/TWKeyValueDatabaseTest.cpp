@@ -12,11 +12,14 @@ namespace {
 
 using Counts = std::vector<std::size_t>;
 
-const char* const State = "CREATE TABLE ItemTable(key TEXT UNIQUE ON CONFLICT REPLACE, value BLOB);"
-                          "CREATE TABLE \"odd \"\"name\"(value, Key);CREATE TABLE other(key, value, more);"
-                          "INSERT INTO ItemTable VALUES('recent', 'SECRET'), ('Recent', 'kept'), ('old', 'OLDER');"
-                          "INSERT INTO \"odd \"\"name\" VALUES(1, 'recent'), (2, 'recent'), (3, x'726563656e74');"
-                          "INSERT INTO other VALUES('recent', 'kept', 1);";
+const char* const State
+    = "CREATE TABLE ItemTable(key TEXT UNIQUE ON CONFLICT REPLACE, value BLOB);"
+      "CREATE TABLE \"odd \"\"name\"(value, Key);CREATE TABLE other(key, value, more INTEGER PRIMARY KEY);"
+      "INSERT INTO ItemTable VALUES('recent', 'SECRET'), ('Recent', 'kept'), ('old', 'OLDER');"
+      "INSERT INTO \"odd \"\"name\" VALUES(1, 'recent'), (2, 'recent'), (3, x'726563656e74');"
+      "INSERT INTO other VALUES('recent', 'kept', 1);";
+
+const auto always = [] { return true; };
 
 class TWKeyValueDatabaseTest : public testing::Test {
 protected:
@@ -73,7 +76,7 @@ protected:
     {
         const std::string before = files();
         for (const TWFoundEntries& found :
-            { TWKeyValueDatabase::find(path_, { "recent" }), TWKeyValueDatabase::cut(path_, { "recent" }) }) {
+            { TWKeyValueDatabase::find(path_, { "recent" }), TWKeyValueDatabase::cut(path_, { "recent" }, always) }) {
             EXPECT_NE(found.problem, "");
             EXPECT_EQ(found.counts, Counts());
         }
@@ -99,9 +102,9 @@ TEST_F(TWKeyValueDatabaseTest, removesRowsAndTheirTraces)
         EXPECT_NE(before.find("OLDER"), before.npos);
         const std::vector<std::string> keys{ "none", "recent", "recent" };
         EXPECT_EQ(TWKeyValueDatabase::find(path_, keys).counts, (Counts{ 0, 3, 0 }));
-        EXPECT_EQ(TWKeyValueDatabase::cut(path_, { "none" }).counts, Counts{ 0 });
+        EXPECT_EQ(TWKeyValueDatabase::cut(path_, { "none" }, always).counts, Counts{ 0 });
         EXPECT_EQ(files(), before);
-        const TWFoundEntries found = TWKeyValueDatabase::cut(path_, keys);
+        const TWFoundEntries found = TWKeyValueDatabase::cut(path_, keys, always);
         EXPECT_EQ(found.problem, "");
         EXPECT_EQ(found.counts, (Counts{ 0, 3, 0 }));
         const std::string after = files();
@@ -126,7 +129,7 @@ TEST_F(TWKeyValueDatabaseTest, worksBesideTheProgram)
     EXPECT_EQ(files(), before);
     // A reader keeps the log from being emptied: the rows are gone, but not their traces.
     run("BEGIN; SELECT * FROM other");
-    const TWFoundEntries found = TWKeyValueDatabase::cut(path_, { "recent" });
+    const TWFoundEntries found = TWKeyValueDatabase::cut(path_, { "recent" }, always);
     EXPECT_EQ(found.counts, Counts{ 3 });
     EXPECT_EQ(found.problem, "database is locked");
     run("COMMIT");
@@ -156,7 +159,7 @@ TEST_F(TWKeyValueDatabaseTest, leavesWhatItCannotOpen)
         inIndex = bytes.find("Recent", inIndex + 1);
     file.seekp(std::streamoff(inIndex)).write("Rotten", 6).flush();
     bytes = files();
-    EXPECT_EQ(TWKeyValueDatabase::cut(path_, { "recent" }).problem, "it is damaged");
+    EXPECT_EQ(TWKeyValueDatabase::cut(path_, { "recent" }, always).problem, "it is damaged");
     EXPECT_EQ(files(), bytes);
     std::filesystem::remove(path_);
     make("CREATE TABLE t(key, value, x); CREATE VIEW v AS SELECT key, value FROM t");
@@ -164,6 +167,17 @@ TEST_F(TWKeyValueDatabaseTest, leavesWhatItCannotOpen)
     expectRefused();
     std::filesystem::create_symlink(path_, folder_.path() + "/link");
     EXPECT_NE(TWKeyValueDatabase::find(folder_.path() + "/link", { "recent" }).problem, "");
+}
+
+TEST_F(TWKeyValueDatabaseTest, changesNeitherAnotherDatabaseNorTheNumbersOfOtherRows)
+{
+    make(State);
+    run("CREATE TABLE plain(a); INSERT INTO plain VALUES(1), (2), (3); DELETE FROM plain WHERE a = 2");
+    EXPECT_EQ(TWKeyValueDatabase::cut(path_, { "recent" }, [] { return false; }).problem, "it is another one by now");
+    EXPECT_EQ(TWKeyValueDatabase::find(path_, { "recent" }).counts, Counts{ 3 });
+    EXPECT_EQ(TWKeyValueDatabase::cut(path_, { "recent" }, always).counts, Counts{ 3 });
+    EXPECT_EQ(text("SELECT rowid FROM plain"), "1 3 ");
+    EXPECT_EQ(files().find("SECRET"), std::string::npos);
 }
 
 TEST_F(TWKeyValueDatabaseTest, findsKeysByKeywords)

@@ -2,6 +2,7 @@
 
 #include "fakes/TWFakes.h"
 #include "contracts/TWAlertsContract.h"
+#include "contracts/TWApplicationsContract.h"
 #include "contracts/TWLocksContract.h"
 #include "contracts/TWMountTableContract.h"
 #include "contracts/TWProcessLauncherContract.h"
@@ -29,6 +30,17 @@ struct MountTable {
     TWFakeMountTable fake;
 };
 
+struct Applications {
+    Applications()
+    {
+        fake.applications
+            = { { "b", "B", "b", "B", "", "/b.desktop", "" }, { "a", "A", "a", "A", "", "/a.desktop", "" } };
+    }
+    TWApplications& applications() { return fake; }
+
+    TWFakeApplications fake;
+};
+
 struct Alerts {
     Alerts() { fake.leavesOpen = true; }
     TWAlerts& alerts() { return fake; }
@@ -46,6 +58,7 @@ struct UserDefaults {
 }
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWAlertsContract, Alerts);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWApplicationsContract, Applications);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWRunLoopContract, TWFakeRunLoop);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWLocksContract, TWFakeLocks);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, FakeLauncher);

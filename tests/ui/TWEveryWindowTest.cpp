@@ -1,6 +1,7 @@
 // What holds for every window and sheet alike.
 
 #include "TWUITestSupport.h"
+#include "editors/TWRecentItemsWindowController.h"
 #include "ui/sheets/TWSheet.h"
 #include "ui/sheets/TWSheetTable.h"
 #include "ui/windows/TWQtAlerts.h"
@@ -9,6 +10,7 @@
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
+#include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
@@ -23,6 +25,11 @@ protected:
     TWEveryWindowTest()
     {
         machine.root.write("home/.local/share/Trash/files/folder/inner", "x");
+        machine.root.write("home/apprc", "[Recent Files]\nFile1=~/letter.txt\nFile2=~/photo.png\n");
+        for (const auto* each : { "editor", "viewer", "player" })
+            machine.applications.applications.push_back({ each, std::string("App ") + each, each,
+                std::string("App ") + each, std::string("accessories-text-") + each, each, "" });
+        machine.applications.preferences["editor"] = { machine.places.home + "/apprc" };
         delegate.settings().set(TWKey::TrashCleaner, true);
         const QSignalSpy appeared(&session.mainWindow(), &TWMainWindow::appeared);
         delegate.applicationDidFinishLaunching();
@@ -33,6 +40,9 @@ protected:
     void forEach(const std::function<void(QWidget&)>& call)
     {
         delegate.editors().get<TWFilesWindowController>().addRule({ true, "Rule", "~/path", TWItemItself });
+        auto& recentItems = delegate.editors().get<TWRecentItemsWindowController>();
+        recentItems.insertRule(0, { false, "App viewer", "~/viewed", true, "Unused" });
+        recentItems.insertRule(0, { true, "App editor", "~/apprc", false, "Recent Files" });
         auto& results = delegate.resultsWindowController();
         results.addMessage({ "A rule was read.", TWMessageType::Information, false, 5 });
         results.addMessage({ "The Trash is now empty.", TWMessageType::Success, false, 2 });
@@ -54,6 +64,8 @@ protected:
             auto& sheet = *session.sheet(row.editor);
             sheet.open();
             shown(sheet, call);
+            if (row.editor == std::string("recent-items"))
+                showDiscovery(sheet, call);
             sheet.close();
         }
         for (const auto* other : { "", "Quit Without Saving" }) {
@@ -74,6 +86,27 @@ protected:
         auto* contents = child<QDialog>(preview, "contentsDialog");
         shown(*contents, call);
         contents->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    void showDiscovery(TWSheet& sheet, const std::function<void(QWidget&)>& call)
+    {
+        sheet.open();
+        child<QAbstractButton>(sheet, "addToolButton")->click();
+        machine.runLoop.runUntilIdle();
+        const QPointer<QDialog> chooser(child<QDialog>(sheet, "applicationChooser"));
+        QTest::keyClicks(child<QLineEdit>(*chooser, "searchField"), "app");
+        shown(*chooser, call);
+        if (chooser)
+            chooser->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        machine.alerts.open.clear();
+        delegate.editors().get<TWRecentItemsWindowController>().addApplication(
+            machine.applications.applications.front());
+        machine.alerts.answer(TWAnswer::Default);
+        machine.runLoop.runUntilIdle();
+        shown(*child<QDialog>(sheet, "foundKeysWindow"), call);
+        if (auto* window = sheet.findChild<QDialog*>("foundKeysWindow"))
+            window->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     static void shown(QWidget& window, const std::function<void(QWidget&)>& call)
@@ -195,7 +228,7 @@ TEST_F(TWEveryWindowTest, FitsTheScreenWithItsButtonsInSight)
 {
     const auto available = QGuiApplication::primaryScreen()->availableGeometry();
     const std::set<QString> buttons{ "cleanButton", "okPushButton", "savePushButton", "defaultButton", "saveButton",
-        "exportButton" };
+        "exportButton", "chooseButton", "createButton" };
     forEach([&](QWidget& window) {
         EXPECT_LT(window.width(), available.width());
         EXPECT_LT(window.height(), available.height());

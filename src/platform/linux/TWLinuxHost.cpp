@@ -1,5 +1,6 @@
 #include "platform/linux/TWLinuxHost.h"
 
+#include "platform/linux/TWLinuxApplications.h"
 #include "platform/linux/TWLinuxEndRequests.h"
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPeer.h"
@@ -61,6 +62,12 @@ std::unique_ptr<TWMountTable> TWLinuxHost::makeMountTable() const
 std::unique_ptr<TWLocks> TWLinuxHost::makeLocks() const
 {
     return std::make_unique<TWPosixLocks>();
+}
+
+std::unique_ptr<TWApplications> TWLinuxHost::makeApplications(const TWPlaces& places) const
+{
+    return std::make_unique<TWLinuxApplications>(
+        places, fileSystem_, ownFiles_, TWLinuxApplications::Session::current(places));
 }
 
 std::unique_ptr<TWHandover> TWLinuxHost::makeHandover(const TWPlaces& places, const std::string& dataFolder) const

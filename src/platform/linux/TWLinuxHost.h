@@ -3,6 +3,7 @@
 #include "platform/TWHost.h"
 #include "platform/linux/TWLinuxFileSystem.h"
 #include "platform/linux/TWLinuxPlaces.h"
+#include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "platform/posix/TWPosixOwnFiles.h"
 
 class TWLinuxHost final : public TWHost {
@@ -13,9 +14,11 @@ public:
     TWPlaces sandboxPlaces(const std::string& root) const override;
     const TWFileSystem& fileSystem() const override { return fileSystem_; }
     const TWOwnFiles& ownFiles() const override { return ownFiles_; }
+    const TWPreferenceFiles& preferenceFiles() const override { return preferenceFiles_; }
     std::unique_ptr<TWProcessLauncher> makeLauncher(TWRunLoop&) const override;
     std::unique_ptr<TWMountTable> makeMountTable() const override;
     std::unique_ptr<TWLocks> makeLocks() const override;
+    std::unique_ptr<TWApplications> makeApplications(const TWPlaces&) const override;
     std::unique_ptr<TWHandover> makeHandover(const TWPlaces&, const std::string& dataFolder) const override;
     void holdEndRequests() const override;
     std::unique_ptr<TWRunLoopHandle> whenToldToEnd(TWRunLoop&, std::function<void()>) const override;
@@ -26,5 +29,6 @@ public:
 private:
     const TWLinuxFileSystem fileSystem_{};
     const TWPosixOwnFiles ownFiles_{};
+    const TWLinuxPreferenceFiles preferenceFiles_{};
     const TWPlaces places_ = TWLinuxPlaces();
 };

@@ -1,6 +1,7 @@
 #include "platform/posix/TWPosixOwnFiles.h"
 
 #include "platform/posix/TWDescriptor.h"
+#include "platform/posix/TWFileIO.h"
 #include "platform/posix/TWFolderOwner.h"
 #include "platform/posix/TWTemporaryFile.h"
 #include "support/TWPath.h"
@@ -17,7 +18,6 @@
 namespace {
 
 constexpr mode_t NewFolderMode = 0700;
-constexpr std::size_t PieceSize = std::size_t{ 64 } * 1024;
 constexpr int MostLinks = 40; // as many as the kernel follows
 constexpr int MostDamagedFiles = 99;
 
@@ -82,44 +82,6 @@ static int openForReading(const std::string& path, std::size_t limit, TWDescript
     return facts.st_size > static_cast<off_t>(limit) ? EFBIG : 0;
 }
 
-// Returns the number of bytes read, 0 at the end of the file, or -1 with errno set.
-static ssize_t readSome(int file, char* buffer, std::size_t size)
-{
-    ssize_t length;
-    do
-        length = ::read(file, buffer, size);
-    while (length < 0 && errno == EINTR);
-    return length;
-}
-
-static int writeAll(int file, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t length = ::write(file, bytes.data(), bytes.size());
-        if (length >= 0)
-            bytes.remove_prefix(static_cast<std::size_t>(length));
-        else if (errno != EINTR)
-            return errno;
-    }
-    return 0;
-}
-
-// Passes the bytes of an open file to take. Returns 0 or the errno.
-static int readAll(int file, std::size_t limit, const std::function<bool(std::string_view)>& take)
-{
-    char buffer[PieceSize];
-    for (;;) { // does not trust the file's size: the file can grow, and in /proc its size is 0
-        const ssize_t length = readSome(file, buffer, sizeof buffer);
-        if (length < 0)
-            return errno;
-        if (static_cast<std::size_t>(length) > limit)
-            return EFBIG;
-        limit -= static_cast<std::size_t>(length);
-        if (length == 0 || !take({ buffer, static_cast<std::size_t>(length) }))
-            return 0;
-    }
-}
-
 int TWPosixOwnFiles::readPieces(
     const std::string& path, std::size_t limit, const std::function<bool(std::string_view)>& take) const
 {
@@ -129,7 +91,7 @@ int TWPosixOwnFiles::readPieces(
     const int error = openForReading(whole, limit, file, facts);
     if ((error == ENOENT || error == ENOTDIR) && isBehindDanglingLink(whole))
         return ENOLINK;
-    return error != 0 ? error : readAll(file.get(), limit, take);
+    return error != 0 ? error : TWReadAll(file.get(), limit, take);
 }
 
 TWOwnFiles::Contents TWPosixOwnFiles::read(const std::string& path, std::size_t limit) const
@@ -188,7 +150,7 @@ int TWPosixOwnFiles::writeAtomically(const std::string& path, std::string_view b
         return error;
     if (const int error = takeOverRights(target, file.descriptor()))
         return error;
-    if (const int error = writeAll(file.descriptor(), bytes))
+    if (const int error = TWWriteAll(file.descriptor(), bytes))
         return error;
     if (fsync(file.descriptor()) != 0)
         return errno;
@@ -238,9 +200,9 @@ static int copyFile(const std::string& from, const std::string& to, std::size_t 
     if (!copy.isOpen())
         return errno;
     int error = geteuid() == 0 && fchown(copy.get(), facts.st_uid, facts.st_gid) != 0 ? errno : 0;
-    const int readError = readAll(source.get(), limit, [&](std::string_view piece) {
+    const int readError = TWReadAll(source.get(), limit, [&](std::string_view piece) {
         if (error == 0)
-            error = writeAll(copy.get(), piece);
+            error = TWWriteAll(copy.get(), piece);
         return error == 0;
     });
     if (error == 0)

@@ -1,9 +1,19 @@
 #include "ui/parts/TWControls.h"
 
+#include "platform/TWPlaces.h"
+#include "ui/parts/TWQtText.h"
+
 #include <QAction>
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QPushButton>
+
+namespace {
+
+constexpr auto TitleInSandbox = QT_TRANSLATE_NOOP("TWControls", "%1 (Sandbox %2)");
+
+}
 
 QPushButton* TWControls::button(const QString& text, const QString& objectName, const QString& accessibleName)
 {
@@ -11,6 +21,13 @@ QPushButton* TWControls::button(const QString& text, const QString& objectName, 
     button->setObjectName(objectName);
     button->setAccessibleName(accessibleName);
     return button;
+}
+
+void TWControls::setTitle(QWidget& window, const QString& title, const TWPlaces& places)
+{
+    window.setWindowTitle(places.sandboxed() ? QCoreApplication::translate("TWControls", TitleInSandbox)
+                                                   .arg(title, TWQtText::titlePart(places.sandboxRoot))
+                                             : title);
 }
 
 void TWControls::addWindowAction(

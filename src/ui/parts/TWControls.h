@@ -10,11 +10,15 @@ class QAction;
 class QKeyEvent;
 class QPushButton;
 class QWidget;
+struct TWPlaces;
 
 // Controls, keys and dialogs that several windows make in the same way.
 namespace TWControls {
 
 QPushButton* button(const QString& text, const QString& objectName, const QString& accessibleName);
+
+// Gives the window that title, to which the sandbox is added if there is one.
+void setTitle(QWidget& window, const QString& title, const TWPlaces&);
 
 // Adds an action whose shortcuts work anywhere in the window.
 void addWindowAction(QWidget& window, const QString& text, const QList<QKeySequence>&, std::function<void()>);

@@ -74,6 +74,15 @@ void TWPathChooser::choose(const QWidget& button, const Texts& texts, const std:
     menu_->popup(button.mapToGlobal(QPoint(0, button.height())));
 }
 
+void TWPathChooser::chooseFile(
+    const Texts& texts, const std::string& startFolder, std::function<void(std::optional<std::string>)> chosen)
+{
+    texts_ = texts;
+    startFolder_ = startFolder;
+    chosen_ = std::move(chosen);
+    openDialog(QFileDialog::ExistingFile);
+}
+
 void TWPathChooser::openDialog(int fileMode)
 {
     // The window's title names the sandbox, if there is one.

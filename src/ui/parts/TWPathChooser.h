@@ -30,6 +30,9 @@ public:
     void choose(const QWidget& button, const Texts&, const std::string& startFolder,
         std::function<void(std::optional<std::string>)>);
 
+    // Opens the dialog for files at once. Otherwise like choose().
+    void chooseFile(const Texts&, const std::string& startFolder, std::function<void(std::optional<std::string>)>);
+
 signals:
     // The chosen path is not valid UTF-8, so its exact bytes are unknown; the answer is nothing.
     void unreadableName(const QString& path);

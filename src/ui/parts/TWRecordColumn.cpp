@@ -34,6 +34,12 @@ TWRecordColumn TWRecordColumn::choice(QString name, QString title, int count,
     return column;
 }
 
+TWRecordColumn TWRecordColumn::usedIf(Get<bool> get) &&
+{
+    used = std::move(get);
+    return std::move(*this);
+}
+
 TWRecordColumn TWRecordColumn::note(QString name, QString title, Get<TWRecordNote> get)
 {
     TWRecordColumn column(Kind::Note, std::move(name), std::move(title));

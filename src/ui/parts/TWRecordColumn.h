@@ -33,6 +33,9 @@ struct TWRecordColumn {
     static TWRecordColumn choice(QString name, QString title, int count, std::function<QString(std::int64_t)> label,
         Get<std::int64_t>, Set<std::int64_t>);
 
+    // Sets whether the cell in a row matters there. One that does not is greyed, but can be edited.
+    TWRecordColumn usedIf(Get<bool>) &&;
+
     // Cannot be edited.
     static TWRecordColumn note(QString name, QString title, Get<TWRecordNote>);
 
@@ -50,6 +53,9 @@ struct TWRecordColumn {
     Get<std::int64_t> chosen;
     Set<std::int64_t> setChosen;
     Get<TWRecordNote> noteAt;
+
+    // For any kind; if not set, every cell is used.
+    Get<bool> used;
 
 private:
     TWRecordColumn(Kind givenKind, QString givenName, QString givenTitle)

@@ -37,15 +37,27 @@ void drawArrow(QPainter& painter, const QStyleOptionViewItem& option)
     option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, &painter, option.widget);
 }
 
+QColor quiet(QColor color)
+{
+    color.setAlphaF(QuietOpacity);
+    return color;
+}
+
+// Styles have no disabled colour for what is selected.
+void styleUnused(QStyleOptionViewItem& option)
+{
+    auto& palette = option.palette;
+    palette.setColor(QPalette::Text, palette.color(QPalette::Disabled, QPalette::Text));
+    palette.setColor(QPalette::HighlightedText, quiet(palette.color(QPalette::HighlightedText)));
+}
+
 void styleNote(QStyleOptionViewItem& option, bool warning)
 {
     if (warning) {
         TWCellStyle::showWarning(option);
         return;
     }
-    auto color = option.palette.color(QPalette::Text);
-    color.setAlphaF(QuietOpacity);
-    option.palette.setColor(QPalette::Text, color);
+    option.palette.setColor(QPalette::Text, quiet(option.palette.color(QPalette::Text)));
 }
 
 }
@@ -53,6 +65,8 @@ void styleNote(QStyleOptionViewItem& option, bool warning)
 void TWRecordDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
+    if (index.data(TWRecordModel::UnusedRole).toBool())
+        styleUnused(*option);
     switch (columnAt(index).kind) {
     case Kind::Check:
         TWCheckBox::showFrame(option->palette);

@@ -62,6 +62,8 @@ QVariant TWRecordModel::data(const QModelIndex& index, int role) const
         return column.checked(row) ? Qt::Checked : Qt::Unchecked;
     if (role == Qt::AccessibleTextRole)
         return accessibleText(row, column);
+    if (role == UnusedRole)
+        return column.used && !column.used(row);
     if (column.kind == Kind::Check)
         return {};
     switch (role) {
@@ -94,15 +96,19 @@ QVariant TWRecordModel::editedValue(int row, const TWRecordColumn& column) const
     return column.kind == Kind::Note ? QVariant() : TWQtText::exact(column.textAt(row));
 }
 
-// A check box gets the name of its record, the first text column.
+// The first check box gets the name of its record, the first text column.
 QString TWRecordModel::accessibleText(int row, const TWRecordColumn& column) const
 {
     if (column.kind == Kind::Check) {
+        if (&column != &columns_[static_cast<std::size_t>(columnOf(Kind::Check))])
+            return (column.checked(row) ? tr("%1: on") : tr("%1: off")).arg(column.title);
         const int name = columnOf(Kind::Text);
         const auto record = name == -1 ? column.title : TWQtText::shown(plainText(row, this->column(name)));
         return (column.checked(row) ? tr("%1 is on") : tr("%1 is off")).arg(record);
     }
     const auto text = TWQtText::shown(plainText(row, column));
+    if (column.used && !column.used(row) && !text.isEmpty())
+        return tr("%1, not used").arg(text);
     return column.kind == Kind::Note && column.noteAt(row).warning ? tr("Warning: %1").arg(text) : text;
 }
 

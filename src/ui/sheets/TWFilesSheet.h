@@ -1,12 +1,10 @@
 #pragma once
 
 #include "editors/TWFilesWindowController.h"
-#include "ui/sheets/TWRecordSheet.h"
-
-class TWKeepWindowController;
+#include "ui/sheets/TWRulesSheet.h"
 
 // The sheet of the Files editor.
-class TWFilesSheet final : public TWRecordSheet {
+class TWFilesSheet final : public TWRulesSheet<TWFilesWindowController> {
     Q_OBJECT
 
 public:
@@ -18,15 +16,8 @@ protected:
     void changeEvent(QEvent*) override;
 
 private:
-    QString problem() const override;
-    void addRecord() override;
-    void removeRecord(int row) override;
+    std::string ruleName(int row) const override { return rule(row).description; }
 
     std::vector<TWRecordColumn> columns();
-    const TWFilesRule& rule(int row) const;
-    void createActions();
-    void keepSelected();
-
-    TWFilesWindowController& controller_;
-    TWKeepWindowController& keepList_;
+    void createDictionaryButton();
 };

@@ -7,6 +7,7 @@
 #include "ui/parts/TWRecordTable.h"
 
 #include <QHideEvent>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
@@ -69,6 +70,7 @@ void TWRecordSheet::createButtons()
 {
     auto* ok = addButton(QDialogButtonBox::Ok, "okPushButton", tr("OK"));
     auto* help = addButton(QDialogButtonBox::Help, "helpPushButton", tr("Help"));
+    help->setShortcut(QKeySequence::HelpContents);
     auto* defaults = addButton(tr("Restore &Defaults..."), QDialogButtonBox::ResetRole, "restoreDefaultsPushButton");
     defaults->setAccessibleName(tr("Restore Defaults"));
     setDefaultButton(ok);
@@ -160,7 +162,7 @@ void TWRecordSheet::choosePath(
 {
     showMessage({});
     const TWPathChooser::Texts texts{ TWQtText::exact(title), TWQtText::exact(prompt) };
-    chooser_->choose(pane_->addButton(), texts, editor_.homeFolder(), std::move(chosen));
+    chooser_->choose(pane_->addButton(), texts, editor_.places().home, std::move(chosen));
 }
 
 void TWRecordSheet::addDropped(const QList<QUrl>& files)

@@ -4,6 +4,7 @@
 #include <QDialogButtonBox>
 
 #include <functional>
+#include <string>
 
 class QPushButton;
 class QVBoxLayout;
@@ -19,6 +20,8 @@ class TWSheet : public QDialog {
     Q_OBJECT
 
 public:
+    using Said = std::function<void(const std::string&)>;
+
     TWSheet(const QString& objectName, const QString& title, QWidget* parent);
 
 signals:
@@ -27,6 +30,10 @@ signals:
 
     // The user wants to open the sheet of that editor on top of this one.
     void editorRequested(const char* editor);
+
+    // The user wants to see that file in the file manager. said is called on a later turn, with one line or with "" if
+    // there is nothing to say.
+    void fileRequested(const std::string& path, const TWSheet::Said& said);
 
 protected:
     // For the constructors of sheets. setContent() takes the content and the widget that gets the focus first; Alt with

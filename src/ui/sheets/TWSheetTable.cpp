@@ -4,6 +4,7 @@
 #include "ui/sheets/TWDictionarySheet.h"
 #include "ui/sheets/TWFilesSheet.h"
 #include "ui/sheets/TWKeepSheet.h"
+#include "ui/sheets/TWRecentItemsSheet.h"
 
 #include <algorithm>
 
@@ -15,10 +16,10 @@ std::unique_ptr<TWSheet> make(TWEditors& editors, QWidget* window)
     return std::make_unique<Sheet>(editors.get<Controller>(), window);
 }
 
-std::unique_ptr<TWSheet> makeFiles(TWEditors& editors, QWidget* window)
+template <typename Sheet, typename Controller>
+std::unique_ptr<TWSheet> makeRules(TWEditors& editors, QWidget* window)
 {
-    return std::make_unique<TWFilesSheet>(
-        editors.get<TWFilesWindowController>(), editors.get<TWKeepWindowController>(), window);
+    return std::make_unique<Sheet>(editors.get<Controller>(), editors.get<TWKeepWindowController>(), window);
 }
 
 std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
@@ -28,7 +29,9 @@ std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
 
 // In the order of the Edit menu.
 constexpr TWSheetRow Rows[] = {
-    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."), makeFiles },
+    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."), makeRules<TWFilesSheet, TWFilesWindowController> },
+    { "recent-items", QT_TRANSLATE_NOOP("TWSheetTable", "&Recent Items Rules..."),
+        makeRules<TWRecentItemsSheet, TWRecentItemsWindowController> },
     { "keep", QT_TRANSLATE_NOOP("TWSheetTable", "Keep &List..."), make<TWKeepSheet, TWKeepWindowController> },
     { "dictionary", QT_TRANSLATE_NOOP("TWSheetTable", "&Keyword Dictionary..."), makeDictionary },
 };

@@ -45,7 +45,7 @@ TWCleanerRowView::TWCleanerRowView(
     , line_(new TWQuietLabel(this))
     , spinner_(new TWSpinner(LightSize, this))
     , light_(new TWIconView(LightSize, this))
-    , editButton_(new QPushButton(tr("E&dit..."), this))
+    , editButton_(new QPushButton(tr("Edit..."), this))
 {
     const auto title = QString::fromUtf8(row.title);
     nameChild(icon_, "Icon", "");

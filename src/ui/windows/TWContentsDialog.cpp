@@ -27,7 +27,6 @@ constexpr auto More = QT_TRANSLATE_NOOP("TWContentsDialog", "%1, and %2 more tha
 constexpr auto AtLeast = QT_TRANSLATE_NOOP("TWContentsDialog", "at least %1");
 constexpr auto SomeUnknown = QT_TRANSLATE_NOOP(
     "TWContentsDialog", "%1. Something inside could not be read, so that some sizes are too small.");
-constexpr auto TitleInSandbox = QT_TRANSLATE_NOOP("TWContentsDialog", "Contents (Sandbox %1)");
 constexpr auto Unknown = "\u2026";
 
 enum Column { Name, Size };
@@ -50,8 +49,7 @@ TWContentsDialog::TWContentsDialog(TWRunLoop& runLoop, const TWFileSystem& fileS
 {
     setObjectName("contentsDialog");
     new TWFocusFrame(this);
-    setWindowTitle(
-        places.sandboxed() ? tr(TitleInSandbox).arg(TWQtText::titlePart(places.sandboxRoot)) : tr("Contents"));
+    TWControls::setTitle(*this, tr("Contents"), places);
     entries_->setObjectName("contentsTreeWidget");
     entries_->setAccessibleName(tr("What is in the folder"));
     entries_->setHeaderLabels({ tr("Name"), tr("Size") });

@@ -27,6 +27,8 @@ constexpr const char* Fates[] = {
     QT_TRANSLATE_NOOP("TWPreviewModel", "Not looked at to the end: %1"),
 };
 
+constexpr auto LosesEntries = QT_TRANSLATE_NOOP("TWPreviewModel", "Would lose entries: %1");
+
 constexpr auto Unknown = "\u2026";
 constexpr qint64 NanosecondsPerSecond = 1'000'000'000;
 
@@ -128,12 +130,20 @@ QVariant TWPreviewModel::data(const QModelIndex& index, int role) const
     }
 }
 
+// A file that stays has a row for each key.
+std::string TWPreviewModel::withKey(TWPreviewRow row, const std::string& path) const
+{
+    return controller_.item(row).keepsFile ? path + ": " + controller_.key(row) : path;
+}
+
 QVariant TWPreviewModel::text(TWPreviewRow row, int column) const
 {
     switch (column) {
     case Path:
-        return TWQtText::shown(controller_.shortPath(row));
+        return TWQtText::shown(withKey(row, controller_.shortPath(row)));
     case Size: {
+        if (controller_.item(row).keepsFile)
+            return TWQtText::shown(controller_.entries(row));
         const auto bytes = controller_.bytes(row);
         if (controller_.fate(row) == TWPreviewFate::Refused)
             return {}; // its size is not looked for
@@ -162,7 +172,7 @@ QString TWPreviewModel::age(TWPreviewRow row) const
 QVariant TWPreviewModel::toolTip(TWPreviewRow row, int column) const
 {
     if (column == Path)
-        return TWQtText::toolTip(controller_.path(row));
+        return TWQtText::toolTip(withKey(row, controller_.path(row)));
     if (column == Why)
         return TWQtText::toolTip(controller_.why(row));
     const auto modified = controller_.item(row).facts.modified / NanosecondsPerSecond;
@@ -174,7 +184,9 @@ QString TWPreviewModel::accessibleText(TWPreviewRow row, int column) const
     if (column != Path)
         return text(row, column).toString();
     const QStringList parts{ text(row, Path).toString(), text(row, Size).toString(), text(row, Why).toString() };
-    return tr(Fates[static_cast<int>(controller_.fate(row))]).arg(parts.join(", "));
+    const auto fate = controller_.fate(row);
+    const bool losesEntries = fate == TWPreviewFate::Deleted && controller_.item(row).keepsFile;
+    return tr(losesEntries ? LosesEntries : Fates[static_cast<int>(fate)]).arg(parts.join(", "));
 }
 
 Qt::CheckState TWPreviewModel::checkState(TWPreviewRow row) const

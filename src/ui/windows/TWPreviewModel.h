@@ -31,6 +31,7 @@ public:
     Qt::ItemFlags flags(const QModelIndex&) const override;
 
 private:
+    std::string withKey(TWPreviewRow, const std::string& path) const;
     QVariant text(TWPreviewRow, int column) const;
     QString age(TWPreviewRow) const;
     QVariant toolTip(TWPreviewRow, int column) const;

@@ -171,7 +171,7 @@ void TWPreviewTree::showNumbers(QTreeWidgetItem& line, std::uint64_t items, std:
             line.setText(column, text);
     };
     set(Items, TWQtText::exact(TWText::number(items)));
-    set(Size, items > 0 ? TWQtText::exact(TWText::size(bytes)) : QString());
+    set(Size, bytes > 0 ? TWQtText::exact(TWText::size(bytes)) : QString());
 }
 
 // A check box stays as the user has set it until everything is counted. Where all items are refused it stays empty and

@@ -447,6 +447,8 @@ void TWPreviewWindow::showState()
     const auto items = filling || !controller_.preview() ? 0 : controller_.preview()->total().items;
     cleanButton_->setText(
         items == 0 ? tr(Clean) : tr(CleanItems).arg(TWQtText::exact(TWText::count(items, "Item", "Items"))));
+    // Otherwise a text that has become longer is cut until the next event.
+    layout()->activate();
     showKeep();
 }
 

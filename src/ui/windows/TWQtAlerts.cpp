@@ -74,8 +74,8 @@ private:
 
     void createButtons(const TWAlert& alert)
     {
-        // With only one button, every way to close the alert means that button.
-        if (!alert.alternateButton.empty())
+        // With only one button, every way to close most alerts means that button.
+        if (!alert.alternateButton.empty() || alert.canBeClosed)
             answer_ = TWAnswer::Alternate;
         auto* confirm = createButton(alert.defaultButton, QDialogButtonBox::AcceptRole, "defaultButton");
         connect(confirm, &QPushButton::clicked, this, [this] { end(TWAnswer::Default); });

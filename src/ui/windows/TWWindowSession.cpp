@@ -1,6 +1,7 @@
 #include "ui/windows/TWWindowSession.h"
 
 #include "editors/TWKeepWindowController.h"
+#include "ui/parts/TWControls.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/sheets/TWSheet.h"
 #include "ui/sheets/TWSheetTable.h"
@@ -16,13 +17,13 @@ namespace {
 
 constexpr auto HelpIndex = "index";
 constexpr auto HelpOnResults = "Results";
-constexpr auto TitleInSandbox = QT_TRANSLATE_NOOP("TWWindowSession", "%1 (Sandbox %2)");
 
 }
 
 TWWindowSession::TWWindowSession(TWTidewellAppDelegate& delegate, TWQtAlerts& alerts, TWFileManager& fileManager)
     : delegate_(delegate)
     , fileManager_(fileManager)
+    , fileActions_(fileActionsContext())
     , mainWindow_(delegate)
 {
     QObject::connect(&mainWindow_, &TWMainWindow::appeared, &mainWindow_, [&] { alerts.setWindow(&mainWindow_); });
@@ -75,6 +76,8 @@ TWSheet* TWWindowSession::sheet(const char* editor)
     QObject::connect(sheet.get(), &TWSheet::helpRequested, &mainWindow_,
         [this](const QString& page) { showHelp(TWQtText::bytes(page)); });
     QObject::connect(sheet.get(), &TWSheet::editorRequested, &mainWindow_, [this](const char* other) { edit(other); });
+    QObject::connect(sheet.get(), &TWSheet::fileRequested, &mainWindow_,
+        [this](const auto& path, const auto& said) { fileActions_.show(path, said); });
     return sheets_.emplace(editor, std::move(sheet)).first->second.get();
 }
 
@@ -109,10 +112,7 @@ void TWWindowSession::showHelp(const std::string& page)
 // Adds the sandbox, if there is one, to the window's title, as the main window does.
 void TWWindowSession::nameSandbox(QWidget& window) const
 {
-    const auto& places = delegate_.platform().places;
-    if (places.sandboxed())
-        window.setWindowTitle(QCoreApplication::translate("TWWindowSession", TitleInSandbox)
-                                  .arg(window.windowTitle(), TWQtText::titlePart(places.sandboxRoot)));
+    TWControls::setTitle(window, window.windowTitle(), delegate_.platform().places);
 }
 
 // Returns nullptr for a window that has not been made yet.
@@ -128,13 +128,18 @@ QWidget* TWWindowSession::window(TWWindow which) const
     }
 }
 
-void TWWindowSession::makeResultsWindow()
+TWResultsActions::Context TWWindowSession::fileActionsContext() const
 {
     const auto& platform = delegate_.platform();
     auto& keepList = delegate_.editors().get<TWKeepWindowController>();
-    const TWResultsActions::Context context{ platform.runLoop, platform.fileSystem, platform.places, fileManager_,
+    return { platform.runLoop, platform.fileSystem, platform.places, fileManager_,
         [&keepList](const std::string& path) { return keepList.keep(path); } };
-    resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(), context,
+}
+
+void TWWindowSession::makeResultsWindow()
+{
+    const auto& platform = delegate_.platform();
+    resultsWindow_ = std::make_unique<TWResultsWindow>(delegate_.resultsWindowController(), fileActionsContext(),
         TWQtText::path(platform.bundle.resourcePath("icons")), TWQtText::path(platform.places.home));
     nameSandbox(*resultsWindow_);
     QObject::connect(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/TWApplicationWindows.h"
+#include "app/TWResultsActions.h"
 #include "ui/windows/TWMainWindow.h"
 
 #include <map>
@@ -43,12 +44,14 @@ private:
     void showPreview();
     void showHelp(const std::string& page);
     void nameSandbox(QWidget&) const;
+    TWResultsActions::Context fileActionsContext() const;
     void makeResultsWindow();
     QWidget* window(TWWindow) const;
     static void bringToFront(QWidget&);
 
     TWTidewellAppDelegate& delegate_;
     TWFileManager& fileManager_;
+    TWResultsActions fileActions_; // for the sheets
     TWMainWindow mainWindow_;
     std::unique_ptr<TWResultsWindow> resultsWindow_;
     std::unique_ptr<TWPreviewWindow> previewWindow_;
