@@ -81,11 +81,6 @@ std::string TWPreferenceFile::problemBeside() const
 TWPreferenceFile::Found TWPreferenceFile::find(const std::vector<std::string>& keys) const
 {
     const std::lock_guard lock(oneAtATime);
-    return findNow(keys);
-}
-
-TWPreferenceFile::Found TWPreferenceFile::findNow(const std::vector<std::string>& keys) const
-{
     const auto opened = open();
     Found found{ opened.contents.facts, {}, opened.missing };
     if (!opened.problem.empty()) {
@@ -125,11 +120,11 @@ TWPreferenceFile::Removed TWPreferenceFile::removeNow(
     // The log of a database may have changed although its file has not.
     removed.hasChanged = problem.empty() && seen
         && (!seen->facts.isUnchanged(removed.facts)
-            || (opened.isDatabase && findNow(keys).entries.counts != seen->entries.counts));
+            || (opened.isDatabase && TWKeyValueDatabase::find(path(), keys).counts != seen->entries.counts));
     if (!problem.empty() || removed.hasChanged || cancellation.cancelled())
         return removed;
     if (opened.isDatabase)
-        return removeRows(keys);
+        return removeRows(keys, removed.facts);
     std::optional<std::string> remaining;
     removed.entries = TWFileFormats::cut(opened.contents.bytes, keys, remaining);
     problem = problemOf(removed.entries);
@@ -149,18 +144,18 @@ TWPreferenceFile::Removed TWPreferenceFile::removeNow(
 }
 
 // A database is changed in a transaction of its own kind.
-TWPreferenceFile::Removed TWPreferenceFile::removeRows(const std::vector<std::string>& keys) const
+TWPreferenceFile::Removed TWPreferenceFile::removeRows(
+    const std::vector<std::string>& keys, const TWFileFacts& facts) const
 {
     Removed removed;
-    removed.facts = folder_.look(name_).facts;
-    removed.entries = TWKeyValueDatabase::cut(path(), keys, [&] { return isStill(removed.facts); });
+    removed.facts = facts;
+    removed.entries = TWKeyValueDatabase::cut(path(), keys, [&] { return isStill(facts); });
     const auto& counts = removed.entries.counts;
     const bool anyGone = std::any_of(counts.begin(), counts.end(), [](std::size_t count) { return count > 0; });
     if (anyGone)
         removed.traces = std::exchange(removed.entries.problem, "");
-    const auto look = folder_.look(name_);
-    removed.now = look.facts;
-    if (!isStill(removed.facts))
+    removed.now = folder_.look(name_).facts;
+    if (!isStill(facts))
         removed.entries.problem = Changed;
     return removed;
 }

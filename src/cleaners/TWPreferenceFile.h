@@ -47,10 +47,9 @@ private:
     };
 
     Opened open() const;
-    Found findNow(const std::vector<std::string>& keys) const;
     Removed removeNow(
         const std::vector<std::string>& keys, const Found* seen, const TWCancellation&, bool& isStale) const;
-    Removed removeRows(const std::vector<std::string>& keys) const;
+    Removed removeRows(const std::vector<std::string>& keys, const TWFileFacts&) const;
     std::string problemBeside() const;
     std::string path() const;
     bool isStill(const TWFileFacts&) const;
