@@ -50,12 +50,7 @@ std::unique_ptr<TWRunLoopHandle> TWFilesCleaner::makePlan(PlanGrown grown, PlanM
     TWPlan beginning;
     beginning.secureMode = secureModeNow();
     beginning.authorization = info_.useAuthorization;
-    for (const auto& problem : info_.problems) {
-        if (problem.empty())
-            continue;
-        beginning.addLine(problem);
-        beginning.incomplete = true;
-    }
+    beginning.addProblems(info_.problems);
     tools().guard.renew();
     auto work = [planner = TWPathPlanner(tools().fileSystem, tools().guard.rules()), places = tools().places,
                     rules = info_.filesArray ? *info_.filesArray : std::vector<TWFilesRule>(),

@@ -1,7 +1,6 @@
 #include "cleaners/TWFilesPlanner.h"
 
 #include "platform/TWAmbiguousPath.h"
-#include "platform/TWDanglingLink.h"
 #include "platform/TWTreeWalk.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
@@ -153,28 +152,19 @@ bool TWFilesPlanner::planRule(const TWFilesRule& rule)
 
 void TWFilesPlanner::planItem(const std::string& path)
 {
-    const std::string name(TWPath::lastComponent(path));
-    if (!path.starts_with('/') || name.empty()) {
-        auto& item = part_.addItem(path);
-        part_.object(item, TWDeletionRules::objectionToPath(path));
-        item.rule = rule_;
+    const auto sought = planner_.seek(path);
+    if (!sought.isPath) {
+        TWPathPlanner::addNoPath(part_, path).rule = rule_;
         ++planned_;
-        return;
-    }
-    const std::string parent(TWPath::parent(path));
-    int error = 0;
-    const auto folder = planner_.folderThroughLinks(parent, error);
-    const auto look = folder ? folder->held->look(name) : TWFileLook{};
-    const bool gone = folder ? look.presence == TWPresence::Gone : error == ENOENT || error == ENOTDIR;
-    if (gone && !folder && TWIsBehindDanglingLink(planner_.fileSystem(), parent)) {
+    } else if (sought.isBehindDanglingLink) {
         part_.addLine(TWReportLine::about(BehindDanglingLink, { path }));
         part_.incomplete = true;
-    } else if (gone)
+    } else if (sought.look.presence == TWPresence::Gone)
         part_.addLine(TWReportLine::about(AlreadyDeleted, { path }));
-    else if (folder)
-        addItem(part_, *folder, name, look);
+    else if (sought.folder)
+        addItem(part_, *sought.folder, sought.name, sought.look);
     else
-        sayUnreadable(parent, error);
+        sayUnreadable(std::string(TWPath::parent(path)), sought.look.error);
 }
 
 // Returns false if the whole planning must end here.

@@ -1,6 +1,8 @@
 #include "cleaners/TWPathPlanner.h"
 
+#include "platform/TWDanglingLink.h"
 #include "platform/TWOnAllCores.h"
+#include "support/TWPath.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -28,6 +30,30 @@ std::optional<TWPathPlanner::Folder> TWPathPlanner::folderThroughLinks(const std
 {
     const auto real = fileSystem_.realPath(path, TWLinkAtEnd::Follow, &error);
     return real ? folder(path, *real, error) : std::nullopt;
+}
+
+TWPathPlanner::Sought TWPathPlanner::seek(const std::string& path) const
+{
+    Sought sought;
+    sought.name = TWPath::lastComponent(path);
+    sought.isPath = path.starts_with('/') && !sought.name.empty();
+    if (!sought.isPath)
+        return sought;
+    const std::string parent(TWPath::parent(path));
+    sought.folder = folderThroughLinks(parent, sought.look.error);
+    if (sought.folder) {
+        sought.look = sought.folder->held->look(sought.name);
+        return sought;
+    }
+    sought.isBehindDanglingLink = isMissing(sought.look.error) && TWIsBehindDanglingLink(fileSystem_, parent);
+    if (isMissing(sought.look.error) && !sought.isBehindDanglingLink)
+        sought.look.presence = TWPresence::Gone;
+    return sought;
+}
+
+bool TWPathPlanner::isMissing(int error)
+{
+    return error == ENOENT || error == ENOTDIR;
 }
 
 std::unique_ptr<TWOpenFolder> TWPathPlanner::list(
@@ -61,6 +87,13 @@ bool TWPathPlanner::lookAtEntries(
         }
     }
     return true;
+}
+
+TWPlannedItem& TWPathPlanner::addNoPath(TWPlan& plan, const std::string& path)
+{
+    auto& item = plan.addItem(path);
+    plan.object(item, TWDeletionRules::objectionToPath(path));
+    return item;
 }
 
 TWPlannedItem& TWPathPlanner::add(TWPlan& plan, const Folder& folder, std::string_view name, const TWFileLook& look,

@@ -25,6 +25,21 @@ public:
     // The same for a path that may contain symbolic links; all of them are followed.
     std::optional<Folder> folderThroughLinks(const std::string& path, int& error) const;
 
+    // What a path that a rule names leads to.
+    struct Sought {
+        bool isPath = true; // false if it is not absolute or has no last component; then nothing was looked at
+        std::string name; // the last component
+        std::optional<Folder> folder; // the one it is in; nothing if that could not be opened
+        TWFileLook look; // if there is no folder, Gone or Unknown with the errno of opening it
+        bool isBehindDanglingLink = false; // so that nobody can tell whether there is something; look is Unknown
+    };
+
+    // Follows all links before the last component.
+    Sought seek(const std::string& path) const;
+
+    // True for the errno of a path that does not exist.
+    static bool isMissing(int error);
+
     // Lists the folder. On failure returns nothing and sets error to the errno: ESTALE if it is another folder by now.
     // The cancellation must outlive the result.
     std::unique_ptr<TWOpenFolder> list(const Folder&, int& error, const TWCancellation&) const;
@@ -37,6 +52,9 @@ public:
     // Appends an entry of the folder to the plan, with the deletion rules' objection if there is one. If the rules have
     // to know what lies below the entry, reads the whole tree; when cancelled, it stops early and the item is refused.
     TWPlannedItem& add(TWPlan&, const Folder&, std::string_view name, const TWFileLook&, const TWCancellation&) const;
+
+    // Appends a path that is none, with the deletion rules' objection.
+    static TWPlannedItem& addNoPath(TWPlan&, const std::string& path);
 
     const TWFileSystem& fileSystem() const { return fileSystem_; }
 

@@ -46,6 +46,16 @@ void TWPlan::object(TWPlannedItem& item, const TWObjection& objection)
     item.objection = before && objection == before ? before : keep({ objection.c_str(), objection.size() + 1 });
 }
 
+void TWPlan::addProblems(const std::vector<std::string>& problems)
+{
+    for (const auto& problem : problems) {
+        if (problem.empty())
+            continue;
+        addLine(problem, TWPlannedLine::Effect::Incomplete);
+        incomplete = true;
+    }
+}
+
 void TWPlan::append(TWPlan part)
 {
     for (auto& item : part.items) {

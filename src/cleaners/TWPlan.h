@@ -75,6 +75,9 @@ struct TWPlan {
         lines.emplace_back(std::move(line), effect, static_cast<std::uint32_t>(items.size()));
     }
 
+    // Says what is wrong with the lists that the plan is made from, so that the job cannot succeed.
+    void addProblems(const std::vector<std::string>& problems);
+
     // Adds a part that was planned after this one.
     void append(TWPlan part);
 

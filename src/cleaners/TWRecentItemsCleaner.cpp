@@ -55,12 +55,7 @@ std::unique_ptr<TWRunLoopHandle> TWRecentItemsCleaner::makePlan(PlanGrown grown,
     TWPlan beginning;
     beginning.secureMode = context_.secureMode();
     beginning.authorization = context_.authorization();
-    for (const auto& problem : info_.problems) {
-        if (problem.empty())
-            continue;
-        beginning.addLine(problem, TWPlannedLine::Effect::Incomplete);
-        beginning.incomplete = true;
-    }
+    beginning.addProblems(info_.problems);
     const auto& deletion = context_.deletion;
     deletion.guard.renew();
     auto work = [planner = TWPathPlanner(deletion.fileSystem, deletion.guard.rules()), &places = deletion.places,

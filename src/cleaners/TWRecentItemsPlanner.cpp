@@ -8,7 +8,6 @@
 #include "support/TWText.h"
 
 #include <algorithm>
-#include <cerrno>
 
 using namespace TWRecentItemsTexts;
 
@@ -25,11 +24,6 @@ constexpr auto LeadsNowhere = "a link on the way to it leads nowhere";
 constexpr auto NotAPath = "it is not an absolute path";
 
 constexpr std::string_view AnyFolder = "/*/";
-
-bool isMissing(int error)
-{
-    return error == ENOENT || error == ENOTDIR;
-}
 
 }
 
@@ -94,7 +88,7 @@ void TWRecentItemsPlanner::planRule(const TWRecentItemsRule& rule)
     }
     sayRunning(rule);
     int error = 0;
-    const auto paths = pathsOf(planner_.fileSystem(), places_, rule.filePath, error, sink_.cancellation());
+    const auto paths = pathsOf(rule.filePath, error);
     if (error != 0)
         say(TWReportLine::about(NotLookedAt, { rule.filePath, TWErrorText(error) }), Effect::Incomplete);
     for (const auto& path : paths) {
@@ -116,26 +110,19 @@ void TWRecentItemsPlanner::planPath(const TWRecentItemsRule& rule, const std::st
 void TWRecentItemsPlanner::planFile(const std::string& path)
 {
     const auto whole = places_.standardize(path);
-    const std::string name(TWPath::lastComponent(whole));
-    const std::string parent(TWPath::parent(whole));
-    if (!whole.starts_with('/') || name.empty()) {
-        auto& item = addItem(part_.addItem(whole), { path, "", 0 });
-        part_.object(item, TWDeletionRules::objectionToPath(whole));
+    const auto sought = planner_.seek(whole);
+    if (!sought.isPath) {
+        addItem(TWPathPlanner::addNoPath(part_, whole), { path, "", 0 });
         incomplete_ = true;
-        return;
-    }
-    int error = 0;
-    const auto folder = planner_.folderThroughLinks(parent, error);
-    const auto look = folder ? folder->held->look(name) : TWFileLook{};
-    const bool gone = folder ? look.presence == TWPresence::Gone : isMissing(error);
-    if (gone && !folder && TWIsBehindDanglingLink(planner_.fileSystem(), parent)) {
+    } else if (sought.isBehindDanglingLink) {
         say(TWReportLine::about(NotLookedAt, { path, LeadsNowhere }), Effect::Incomplete);
-    } else if (gone) {
+    } else if (sought.look.presence == TWPresence::Gone) {
         say(TWReportLine::about(DoesNotExist, { path }));
-    } else if (!look.isThere()) {
-        say(TWReportLine::about(NotLookedAt, { path, TWErrorText(folder ? look.error : error) }), Effect::Incomplete);
+    } else if (!sought.look.isThere()) {
+        say(TWReportLine::about(NotLookedAt, { path, TWErrorText(sought.look.error) }), Effect::Incomplete);
     } else {
-        auto& item = addItem(planner_.add(part_, *folder, name, look, sink_.cancellation()), { path, "", 0 });
+        auto& item = addItem(
+            planner_.add(part_, *sought.folder, sought.name, sought.look, sink_.cancellation()), { path, "", 0 });
         fails_ = false;
         incomplete_ = incomplete_ || item.objection;
         if (!item.objection)
@@ -161,8 +148,9 @@ void TWRecentItemsPlanner::planKeys(const TWRecentItemsRule& rule, const std::st
         addKeys(rule, *folder, std::string(TWPath::lastComponent(*real)), path);
         return;
     }
-    const bool dangling = isMissing(error) && TWIsBehindDanglingLink(planner_.fileSystem(), whole);
-    if (isMissing(error) && !dangling)
+    const bool missing = TWPathPlanner::isMissing(error);
+    const bool dangling = missing && TWIsBehindDanglingLink(planner_.fileSystem(), whole);
+    if (missing && !dangling)
         sayCannotOpen(path, "", Effect::None);
     else
         sayCannotOpen(path, dangling ? LeadsNowhere : TWErrorText(error), Effect::Fails);
@@ -204,19 +192,17 @@ TWPlannedItem& TWRecentItemsPlanner::addItem(TWPlannedItem& item, TWPlannedChang
     return item;
 }
 
-std::vector<std::string> TWRecentItemsPlanner::pathsOf(const TWFileSystem& fileSystem, const TWPlaces& places,
-    const std::string& filePath, int& error, const TWCancellation& cancellation)
+std::vector<std::string> TWRecentItemsPlanner::pathsOf(const std::string& filePath, int& error) const
 {
-    error = 0;
+    const auto& fileSystem = planner_.fileSystem();
     const auto wildcard = filePath.find(AnyFolder);
-    const bool exists = fileSystem.look(places.standardize(filePath)).presence != TWPresence::Gone;
-    if (wildcard == filePath.npos || exists)
+    if (wildcard == filePath.npos || fileSystem.look(places_.standardize(filePath)).presence != TWPresence::Gone)
         return { filePath };
     const auto before = filePath.substr(0, wildcard);
     const auto after = filePath.substr(wildcard + AnyFolder.size());
-    const auto real = fileSystem.realPath(places.standardize(before), TWLinkAtEnd::Follow, &error);
-    const auto folder = real ? fileSystem.openFolder(*real, error, &cancellation) : nullptr;
-    if (!folder && isMissing(error))
+    const auto real = fileSystem.realPath(places_.standardize(before), TWLinkAtEnd::Follow, &error);
+    const auto folder = real ? fileSystem.openFolder(*real, error, &sink_.cancellation()) : nullptr;
+    if (!folder && TWPathPlanner::isMissing(error))
         error = 0;
     std::vector<std::string> paths;
     for (const auto& entry : folder ? folder->entries() : std::vector<TWFolderEntry>()) {
@@ -224,7 +210,7 @@ std::vector<std::string> TWRecentItemsPlanner::pathsOf(const TWFileSystem& fileS
         if (entry.kind != TWFileKind::Folder)
             continue;
         const auto path = before + "/" + std::string(entry.name) + "/" + after;
-        if (fileSystem.look(places.standardize(path)).presence != TWPresence::Gone)
+        if (fileSystem.look(places_.standardize(path)).presence != TWPresence::Gone)
             paths.push_back(path);
     }
     std::sort(paths.begin(), paths.end());

@@ -20,15 +20,15 @@ public:
     // Skips inactive rules. Stops early when cancelled.
     void plan();
 
-    // The paths that a rule names, as messages show them: the one in the rule or, if there is no such path and one
-    // folder in it is "*", those of all folders in its place, sorted. On failure sets error to the errno.
-    static std::vector<std::string> pathsOf(
-        const TWFileSystem&, const TWPlaces&, const std::string& filePath, int& error, const TWCancellation&);
-
 private:
     using Effect = TWPlannedLine::Effect;
 
     void planRule(const TWRecentItemsRule&);
+
+    // The paths that a rule names, as messages show them: the one in the rule or, if there is no such path and one
+    // folder in it is "*", those of all folders in its place, sorted. On failure sets error to the errno.
+    std::vector<std::string> pathsOf(const std::string& filePath, int& error) const;
+
     void planPath(const TWRecentItemsRule&, const std::string& path);
     void planFile(const std::string& path);
     void planKeys(const TWRecentItemsRule&, const std::string& path);
