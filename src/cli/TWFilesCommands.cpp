@@ -1,7 +1,6 @@
 #include "cli/TWFilesCommands.h"
 
 #include "cli/TWJSON.h"
-#include "cli/TWPathArgument.h"
 #include "cli/TWRuleCommands.h"
 #include "editors/TWFilesWindowController.h"
 #include "support/TWPath.h"
@@ -14,8 +13,6 @@ namespace {
 constexpr auto NoSuchKind = "There is no kind of rule \"%@\". The kinds are: %@.\n";
 constexpr auto NoRules = "No rules yet. Add one with \"tidewell files add PATH\".\n";
 constexpr auto NoPath = "A rule needs the path of a file or folder.\n";
-constexpr auto PathNotText
-    = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8. Rename it, or delete it by hand.\n";
 
 constexpr auto Path = "PATH";
 constexpr auto What = "--what";
@@ -60,18 +57,13 @@ TWCommandResult list(const TWCommandContext& context, const TWInvocation& invoca
 
 TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    const auto given = invocation.text(Path);
     const auto what = invocation.has(What) ? invocation.text(What) : std::string(Kinds[TWItemItself]);
     const auto kind = std::find(std::begin(Kinds), std::end(Kinds), what);
     if (kind == std::end(Kinds))
         return TWWrongUse(TWText::fill(NoSuchKind, { TWText::oneLine(what), KindNames }));
-    if (given.empty())
-        return TWWrongUse(NoPath);
-    const auto meant = TWReadPathArgument(context.host.fileSystem(), context.places, given);
-    if (!meant.problem.empty())
-        return TWWrongUse(meant.problem);
-    if (!TWText::isValidUTF8(meant.stored))
-        return { TWStatus::Failure, "", TWText::fill(PathNotText, { TWText::oneLine(meant.stored) }) };
+    TWMeantPath meant;
+    if (const auto refused = TWReadRulePath(context, invocation.text(Path), NoPath, meant))
+        return *refused;
     TWFilesRule rule;
     rule.active = !invocation.has(Off);
     rule.description
@@ -88,15 +80,13 @@ TWCommandGroup TWFilesCommands()
     using enum TWCommandKind;
     using enum TWArgument::Need;
     using Kind = TWArgument::Kind;
-    TWCommandGroup group{ Group, "Show and change the Files rules",
+    return Commands::group("Show and change the Files rules",
         { { "list", "All rules", Reads, {}, list },
             { "add", "Add a rule at the end", ChangesLists,
                 { { Kind::Path, Required, Path, PathHelp }, { Kind::Option, Optional, What, WhatHelp, "KIND" },
                     { Kind::Option, Optional, Description, "The rule's name; the last part of the path if not given",
                         "T" },
                     { Kind::Flag, Optional, Off, "Switched off at first" } },
-                add } } };
-    for (auto& row : Commands::rows(NumberHelp))
-        group.rows.push_back(std::move(row));
-    return group;
+                add } },
+        NumberHelp);
 }

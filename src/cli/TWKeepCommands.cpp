@@ -1,13 +1,12 @@
 #include "cli/TWKeepCommands.h"
 
 #include "cli/TWJSON.h"
-#include "cli/TWPathArgument.h"
+#include "cli/TWListArguments.h"
 #include "editors/TWKeepWindowController.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace {
 
@@ -123,11 +122,9 @@ TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocat
 TWCommandResult remove(const TWCommandContext& context, const TWInvocation& invocation)
 {
     const auto text = invocation.text(Number);
-    std::size_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     std::optional<std::string> problem;
-    if (error == std::errc() && end == text.data() + text.size() && number > 0)
-        problem = editorOf(context).list().changeSavedRow(number - 1, [](Records& records, std::size_t row) {
+    if (const auto number = TWReadNumber(text))
+        problem = editorOf(context).list().changeSavedRow(*number - 1, [](Records& records, std::size_t row) {
             records.erase(records.begin() + static_cast<std::ptrdiff_t>(row));
         });
     return problem ? TWSaved(*problem) : TWWrongUse(TWText::fill(NoSuchEntry, { TWText::oneLine(text) }));

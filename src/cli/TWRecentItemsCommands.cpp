@@ -1,7 +1,6 @@
 #include "cli/TWRecentItemsCommands.h"
 
 #include "cli/TWJSON.h"
-#include "cli/TWPathArgument.h"
 #include "cli/TWRuleCommands.h"
 #include "editors/TWRecentItemsWindowController.h"
 
@@ -10,7 +9,6 @@ namespace {
 constexpr auto NoRules = "No rules yet. Add one with \"tidewell recent-items add FILE --source NAME --keys A,B\".\n";
 constexpr auto NoPath = "A rule needs the path of a file.\n";
 constexpr auto KeysOrFile = "A rule needs either --keys or --delete-file.\n";
-constexpr auto PathNotText = "\"%@\" cannot be kept in a rule, because its name is not valid UTF-8.\n";
 
 constexpr auto File = "FILE";
 constexpr auto Source = "--source";
@@ -48,16 +46,11 @@ TWCommandResult list(const TWCommandContext& context, const TWInvocation& invoca
 
 TWCommandResult add(const TWCommandContext& context, const TWInvocation& invocation)
 {
-    const auto given = invocation.text(File);
-    if (given.empty())
-        return TWWrongUse(NoPath);
     if (invocation.text(Keys).empty() != invocation.has(DeleteFile))
         return TWWrongUse(KeysOrFile);
-    const auto meant = TWReadPathArgument(context.host.fileSystem(), context.places, given);
-    if (!meant.problem.empty())
-        return TWWrongUse(meant.problem);
-    if (!TWText::isValidUTF8(meant.stored))
-        return { TWStatus::Failure, "", TWText::fill(PathNotText, { TWText::oneLine(meant.stored) }) };
+    TWMeantPath meant;
+    if (const auto refused = TWReadRulePath(context, invocation.text(File), NoPath, meant))
+        return *refused;
     TWRecentItemsRule rule;
     rule.active = !invocation.has(Off);
     rule.source = invocation.text(Source);
@@ -74,15 +67,13 @@ TWCommandGroup TWRecentItemsCommands()
     using enum TWCommandKind;
     using enum TWArgument::Need;
     using Kind = TWArgument::Kind;
-    TWCommandGroup group{ Group, "Show and change the Recent Items rules",
+    return Commands::group("Show and change the Recent Items rules",
         { { "list", "All rules", Reads, {}, list },
             { "add", "Add a rule at the end", ChangesLists,
                 { { Kind::Path, Required, File, FileHelp }, { Kind::Option, Required, Source, SourceHelp, "NAME" },
                     { Kind::Option, Optional, Keys, KeysHelp, "A,B" },
                     { Kind::Flag, Optional, DeleteFile, "Delete the whole file" },
                     { Kind::Flag, Optional, Off, "Switched off at first" } },
-                add } } };
-    for (auto& row : Commands::rows(NumberHelp))
-        group.rows.push_back(std::move(row));
-    return group;
+                add } },
+        NumberHelp);
 }

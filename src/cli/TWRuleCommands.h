@@ -1,19 +1,9 @@
 #pragma once
 
 #include "cli/TWCommandTable.h"
+#include "cli/TWListArguments.h"
 #include "editors/TWRulesEditor.h"
 #include "support/TWText.h"
-
-#include <charconv>
-
-// The rule's number, counted from 1, of a text; nothing if it is no such number.
-inline std::optional<std::size_t> TWRuleNumber(const std::string& text)
-{
-    std::size_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && number > 0 ? std::optional(number)
-                                                                                  : std::nullopt;
-}
 
 // The commands that all lists of rules have in common, for the rules of one editor. Group is the name of their group.
 template <typename Editor, const char* Group>
@@ -76,15 +66,16 @@ struct TWRuleCommands {
         return change(context, invocation, [](Rules& rules, std::size_t row) { rules[row].active = false; });
     }
 
-    // The rows of the four commands above.
-    static std::vector<TWCommandRow> rows(const std::string& numberHelp)
+    // The given commands and the four above.
+    static TWCommandGroup group(const char* help, std::vector<TWCommandRow> rows, const char* numberHelp)
     {
         using enum TWCommandKind;
         const TWArgument number{ TWArgument::Kind::Text, TWArgument::Need::Required, Number, numberHelp };
-        return { { "defaults", "Replace all rules by the default ones", ChangesLists, {}, applyDefaults },
-            { "remove", "Remove rule N", ChangesLists, { number }, remove },
-            { "on", "Switch rule N on", ChangesLists, { number }, switchOn },
-            { "off", "Switch rule N off", ChangesLists, { number }, switchOff } };
+        rows.push_back({ "defaults", "Replace all rules by the default ones", ChangesLists, {}, applyDefaults });
+        rows.push_back({ "remove", "Remove rule N", ChangesLists, { number }, remove });
+        rows.push_back({ "on", "Switch rule N on", ChangesLists, { number }, switchOn });
+        rows.push_back({ "off", "Switch rule N off", ChangesLists, { number }, switchOff });
+        return { Group, help, std::move(rows) };
     }
 
 private:
@@ -93,7 +84,7 @@ private:
     {
         constexpr auto NoSuchRule = "There is no rule %@. Try \"tidewell %@ list\".\n";
         const auto text = invocation.text(Number);
-        const auto number = TWRuleNumber(text);
+        const auto number = TWReadNumber(text);
         const auto problem
             = number ? editor(context).list().changeSavedRow(*number - 1, change) : std::optional<std::string>();
         return problem ? TWSaved(*problem) : TWWrongUse(TWText::fill(NoSuchRule, { TWText::oneLine(text), Group }));

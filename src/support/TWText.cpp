@@ -1,5 +1,6 @@
 #include "support/TWText.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
@@ -87,6 +88,17 @@ std::string fill(std::string_view format, std::initializer_list<std::string_view
         format.remove_prefix(place + 2);
     }
     return result.append(format);
+}
+
+std::vector<std::string> split(std::string_view text, char separator)
+{
+    std::vector<std::string> parts;
+    while (!text.empty()) {
+        const auto part = text.substr(0, text.find(separator));
+        parts.emplace_back(part);
+        text.remove_prefix(std::min(part.size() + 1, text.size()));
+    }
+    return parts;
 }
 
 std::string validUTF8(std::string_view bytes)

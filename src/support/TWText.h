@@ -4,12 +4,16 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Texts are UTF-8; file names in them may hold any bytes. Any thread.
 namespace TWText {
 
 // Replaces each "%@" by the next of the values. A "%@" without a value stays as it is.
 std::string fill(std::string_view format, std::initializer_list<std::string_view> values);
+
+// The parts between the separators; none after a last separator.
+std::vector<std::string> split(std::string_view text, char separator);
 
 // Makes a text valid UTF-8 for display: each byte that is not part of a valid sequence becomes U+FFFD.
 std::string validUTF8(std::string_view bytes);

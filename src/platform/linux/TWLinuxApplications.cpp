@@ -30,14 +30,8 @@ constexpr int DeepestFolder = 8;
 std::vector<std::string> listValue(const char* variable, const char* fallback)
 {
     const char* value = std::getenv(variable);
-    std::string_view rest = value && *value ? value : fallback;
-    std::vector<std::string> parts;
-    while (!rest.empty()) {
-        const auto part = rest.substr(0, rest.find(':'));
-        if (!part.empty())
-            parts.emplace_back(part);
-        rest.remove_prefix(std::min(part.size() + 1, rest.size()));
-    }
+    auto parts = TWText::split(value && *value ? value : fallback, ':');
+    std::erase(parts, "");
     return parts;
 }
 

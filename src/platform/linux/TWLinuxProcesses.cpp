@@ -3,6 +3,7 @@
 #include "platform/linux/TWLinuxProgram.h"
 #include "platform/posix/TWDescriptor.h"
 #include "support/TWPath.h"
+#include "support/TWText.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -19,17 +20,6 @@ constexpr std::size_t LongestControlGroup = 4096;
 constexpr std::size_t LongestEnvironment = 32768;
 constexpr std::size_t RandomPartLength = 36; // of the name of a control group of a Snap
 constexpr std::string_view Deleted = " (deleted)";
-
-std::vector<std::string> split(std::string_view text, char separator)
-{
-    std::vector<std::string> parts;
-    while (!text.empty()) {
-        const auto part = text.substr(0, text.find(separator));
-        parts.emplace_back(part);
-        text.remove_prefix(std::min(part.size() + 1, text.size()));
-    }
-    return parts;
-}
 
 std::string firstBytes(int folder, const char* name, std::size_t limit)
 {
@@ -61,7 +51,7 @@ std::string desktopFileOf(int folder, std::string_view process)
     constexpr std::string_view Process = "GIO_LAUNCHED_DESKTOP_FILE_PID=";
     std::string path;
     bool isItsOwn = false;
-    for (const auto& variable : split(firstBytes(folder, "environ", LongestEnvironment), '\0')) {
+    for (const auto& variable : TWText::split(firstBytes(folder, "environ", LongestEnvironment), '\0')) {
         if (variable.starts_with(File))
             path = variable.substr(File.size());
         if (variable.starts_with(Process))
@@ -72,7 +62,7 @@ std::string desktopFileOf(int folder, std::string_view process)
 
 std::string applicationOf(int folder)
 {
-    for (const auto& line : split(firstBytes(folder, "cgroup", LongestControlGroup), '\n')) {
+    for (const auto& line : TWText::split(firstBytes(folder, "cgroup", LongestControlGroup), '\n')) {
         if (auto application = TWLinuxApplicationOfControlGroup(line); !application.empty())
             return application;
     }
@@ -130,7 +120,7 @@ std::string applicationOfUnit(std::string_view unit)
 std::string TWLinuxApplicationOfControlGroup(std::string_view line)
 {
     std::string innermost;
-    for (const auto& part : split(line, '/')) {
+    for (const auto& part : TWText::split(line, '/')) {
         if (auto application = applicationOfUnit(part); !application.empty())
             innermost = std::move(application);
     }
@@ -167,7 +157,7 @@ std::vector<TWLinuxProcess> TWLinuxOwnProcesses()
         process.executable = executableOf(folder.get());
         if (process.executable.empty())
             continue;
-        process.words = split(firstBytes(folder.get(), "cmdline", LongestCommandLine), '\0');
+        process.words = TWText::split(firstBytes(folder.get(), "cmdline", LongestCommandLine), '\0');
         process.application = applicationOf(folder.get());
         process.desktopFile = desktopFileOf(folder.get(), number);
         processes.push_back(std::move(process));

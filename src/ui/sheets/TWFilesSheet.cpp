@@ -52,9 +52,7 @@ std::vector<TWRecordColumn> TWFilesSheet::columns()
 {
     using Column = TWRecordColumn;
     return {
-        Column::check(
-            "active", tr("Active"), [this](int row) { return rule(row).active; },
-            [this](int row, bool active) { controller().setActive(row, active); }),
+        activeColumn(),
         Column::text(
             "name", tr("Name"), [this](int row) { return rule(row).description; },
             [this](int row, const std::string& name) { controller().setDescription(row, name); }),

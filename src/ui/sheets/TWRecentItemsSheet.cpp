@@ -36,9 +36,7 @@ std::vector<TWRecordColumn> TWRecentItemsSheet::columns()
 {
     using Column = TWRecordColumn;
     return {
-        Column::check(
-            "active", tr("Active"), [this](int row) { return rule(row).active; },
-            [this](int row, bool active) { controller().setActive(row, active); }),
+        activeColumn(),
         Column::text(
             "source", tr("Source"), [this](int row) { return rule(row).source; },
             [this](int row, const std::string& source) { controller().setSource(row, source); }),

@@ -33,6 +33,13 @@ protected:
     Controller& controller() const { return controller_; }
     const auto& rule(int row) const { return controller_.rule(row); }
 
+    TWRecordColumn activeColumn()
+    {
+        return TWRecordColumn::check(
+            "active", tr("Active"), [this](int row) { return rule(row).active; },
+            [this](int row, bool active) { controller().setActive(row, active); });
+    }
+
     TWRecordColumn noteColumn() const
     {
         return TWRecordColumn::note("note", tr("Matches now"), [this](int row) {
