@@ -20,7 +20,10 @@
 #include "cleaners/TWTrashCleaner.h"
 #include "platform/linux/TWLinuxApplications.h"
 #include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/linux/TWLinuxFolderWatcher.h"
+#include "platform/linux/TWLinuxLogSources.h"
 #include "platform/linux/TWLinuxMountTable.h"
+#include "platform/linux/TWLinuxOpenFiles.h"
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
@@ -98,6 +101,10 @@ struct World {
     TWLinuxApplications applications{ places, fileSystem, ownFiles, TWLinuxApplications::Session::current(places) };
     TWLinuxPreferenceFiles preferenceFiles;
     TWOtherPrograms programs{ applications, preferenceFiles };
+    TWLinuxLogSources logSources;
+    TWLinuxFolderWatcher folderWatcher;
+    TWLinuxOpenFiles openFiles;
+    TWLogKnowledge logs{ logSources, folderWatcher, openFiles };
 };
 
 // Empties the Trash. The turn in which the cleaner is destroyed belongs to it.
@@ -105,7 +112,8 @@ class Emptying final : private TWCleanerDelegate {
 public:
     explicit Emptying(World& world)
         : runLoop_(world.runLoop)
-        , cleaner_(std::make_unique<TWTrashCleaner>(TWCleanerContext{ world.tools, world.settings, world.programs }))
+        , cleaner_(std::make_unique<TWTrashCleaner>(
+              TWCleanerContext{ world.tools, world.settings, world.programs, world.logs }))
     {
         cleaner_->setDelegate(this);
     }
@@ -159,7 +167,7 @@ void memory(World& world, const std::string& folder)
 {
     TWFilesCleanerInfo info;
     info.filesArray = std::make_shared<std::vector<TWFilesRule>>(rulesFor(folder));
-    TWFilesCleaner cleaner({ world.tools, world.settings, world.programs });
+    TWFilesCleaner cleaner({ world.tools, world.settings, world.programs, world.logs });
     cleaner.setInfo(std::move(info));
     const auto before = residentBytes();
     TWPlan plan;
@@ -294,7 +302,8 @@ void stopLine(std::unique_ptr<World> world)
             if (before == 0 || before == 1)
                 timer = world->runLoop.after(TWRunLoop::Duration(before * 30), stop);
         };
-        lines = std::make_unique<TWCleanerLines>(TWCleanerContext{ world->tools, world->settings, world->programs },
+        lines = std::make_unique<TWCleanerLines>(
+            TWCleanerContext{ world->tools, world->settings, world->programs, world->logs },
             TWSettingsSources{ world->settings, world->places }, changed);
         lines->refresh();
         QCoreApplication::exec();

@@ -4,21 +4,10 @@
 // "first rows" is the time until the first ones are painted, "plan" that until all items are known, and "all rows" the
 // time from then until all of them are in the table.
 
-#include "app/TWTidewellAppDelegate.h"
-#include "platform/linux/TWLinuxApplications.h"
-#include "platform/linux/TWLinuxFileSystem.h"
-#include "platform/linux/TWLinuxMountTable.h"
-#include "platform/linux/TWLinuxPlaces.h"
-#include "platform/linux/TWLinuxPreferenceFiles.h"
-#include "platform/linux/TWLinuxProcessLauncher.h"
-#include "platform/posix/TWFileBundle.h"
-#include "platform/posix/TWFileUserDefaults.h"
-#include "platform/posix/TWPosixLocks.h"
-#include "platform/posix/TWPosixOwnFiles.h"
-#include "platform/qt/TWQtRunLoop.h"
 #include "turns.h"
 #include "ui/parts/TWSpinner.h"
 #include "ui/windows/TWPreviewWindow.h"
+#include "window_world.h"
 
 #include <QAction>
 #include <QApplication>
@@ -33,34 +22,6 @@
 namespace {
 
 using Clock = TWRunLoop::Clock;
-
-struct Alerts final : TWAlerts {
-    void show(const TWAlert&, std::function<void(TWAnswer)> answered) override { answered(TWAnswer::Default); }
-};
-
-struct Notifier final : TWNotifier {
-    void post(const TWNotification&) override { }
-    void setClicked(std::function<void()>) override { }
-};
-
-struct World {
-    TWPlaces places = TWLinuxPlaces();
-    TWQtRunLoop runLoop;
-    TWLinuxProcessLauncher launcher{ runLoop };
-    TWLinuxFileSystem fileSystem;
-    TWPosixOwnFiles ownFiles;
-    TWLinuxMountTable mountTable;
-    TWFileUserDefaults defaults{ ownFiles, runLoop, places.dataHome + "/no settings" };
-    TWFileBundle bundle{ ownFiles, places.resources };
-    TWPosixLocks locks;
-    Alerts alerts;
-    Notifier notifier;
-    TWLinuxApplications applications{ places, fileSystem, ownFiles, TWLinuxApplications::Session::current(places) };
-    TWLinuxPreferenceFiles preferenceFiles;
-    TWTidewellAppDelegate delegate{ { runLoop, launcher, fileSystem, ownFiles, mountTable, places, defaults, bundle,
-                                        locks, alerts, notifier, applications, preferenceFiles },
-        TWLaunchKind::Window };
-};
 
 class Measurement final {
 public:
@@ -146,7 +107,7 @@ private:
         std::printf("%s\t%.1f\t%.1f\n", name, std::chrono::duration<double, std::milli>(taken).count(), turn);
     }
 
-    World world_;
+    WindowWorld world_{ TWLinuxPlaces() };
     std::unique_ptr<TWPreviewWindow> window_;
     QTableView* table_ = nullptr;
 };

@@ -84,5 +84,6 @@ void TWSystem::exitIfWorkHangs(const std::function<int()>& status)
 TWPlatform TWSystem::platform(TWAlerts& alerts)
 {
     return { runLoop_, *launcher_, world_.host.fileSystem(), world_.host.ownFiles(), *mountTable_, world_.places,
-        userDefaults_, world_.bundle, *locks_, alerts, *notifier_, *applications_, world_.host.preferenceFiles() };
+        userDefaults_, world_.bundle, *locks_, alerts, *notifier_, *applications_, world_.host.preferenceFiles(),
+        world_.host.folderWatcher(), world_.host.logSources(), world_.host.openFiles() };
 }

@@ -2,10 +2,12 @@
 
 #include "app/TWEditors.h"
 #include "cleaners/TWFilesCleaner.h"
+#include "cleaners/TWLogsCleaner.h"
 #include "cleaners/TWRecentItemsCleaner.h"
 #include "cleaners/TWTrashCleaner.h"
 #include "editors/TWDictionaryWindowController.h"
 #include "editors/TWFilesWindowController.h"
+#include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
 #include "support/TWText.h"
 
@@ -16,7 +18,11 @@ namespace {
 constexpr auto NoRules = "No rules yet";
 constexpr auto RulesOn = "%@ of %@ rules on";
 constexpr auto NotSaved = "%@, not saved";
+constexpr auto NoLogs = "No logs checked";
+constexpr auto LogChecked = "log or folder checked";
+constexpr auto LogsChecked = "logs and folders checked";
 constexpr auto InTheTrash = "it is in the Trash";
+constexpr auto CheckedLog = "it is checked in the logs";
 
 // By kind of rule, in the order of TWWhatToDelete.
 constexpr const char* RuleTexts[]
@@ -162,6 +168,27 @@ TWPlanReasons recentItemsReasons(const TWSettingsSources& sources)
     return reasons;
 }
 
+TWLogsCleanerInfo logsInfo(const TWSettingsSources& sources)
+{
+    if (!sources.editors)
+        return {};
+    const auto& logs = sources.editors->get<TWLogsWindowController>();
+    return { logs.settings(), logs.problem() };
+}
+
+std::string logsStatus(const TWSettingsSources& sources)
+{
+    const auto& logs = sources.editors->get<TWLogsWindowController>();
+    const auto checked = TWLogsCleaner::activeItemsInArray(*logs.settings()).size();
+    const auto status = checked == 0 ? NoLogs : TWText::count(checked, LogChecked, LogsChecked);
+    return logs.hasUnsavedEdits() ? TWText::fill(NotSaved, { status }) : status;
+}
+
+TWPlanReasons logsReasons(const TWSettingsSources&)
+{
+    return { CheckedLog, {}, {}, {} };
+}
+
 std::string filesStatus(const TWSettingsSources& sources)
 {
     const auto& files = sources.editors->get<TWFilesWindowController>();
@@ -213,7 +240,9 @@ const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
         row<TWFilesCleaner, filesInfo>(
             { "files", "Files", "folder", TWKey::FilesCleaner, "files", "nothing to delete now" }, filesReasons,
             filesStatus, filesWarning),
-        laterRow("logs", "Logs", "text-x-generic", TWKey::LogsCleaner),
+        row<TWLogsCleaner, logsInfo>(
+            { "logs", "Logs", "text-x-generic", TWKey::LogsCleaner, "logs", "nothing to delete now" }, logsReasons,
+            logsStatus),
         laterRow("safari-tabs", "Safari Tabs", "web-browser", TWKey::SafariTabsCleaner),
     } };
     return table;

@@ -2,6 +2,7 @@
 
 #include "editors/TWFilesWindowController.h"
 #include "editors/TWKeepWindowController.h"
+#include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
 
 namespace {
@@ -17,6 +18,7 @@ constexpr TWEditorRow row(const char* name)
 constexpr TWEditorRow Rows[] = {
     row<TWFilesWindowController>("files"),
     row<TWRecentItemsWindowController>("recent-items"),
+    row<TWLogsWindowController>("logs"),
     row<TWKeepWindowController>("keep"),
 };
 

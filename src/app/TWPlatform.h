@@ -4,9 +4,12 @@
 #include "platform/TWApplications.h"
 #include "platform/TWBundle.h"
 #include "platform/TWFileSystem.h"
+#include "platform/TWFolderWatch.h"
 #include "platform/TWLock.h"
+#include "platform/TWLogSources.h"
 #include "platform/TWMountTable.h"
 #include "platform/TWNotifier.h"
+#include "platform/TWOpenFiles.h"
 #include "platform/TWOwnFiles.h"
 #include "platform/TWPlaces.h"
 #include "platform/TWPreferenceFiles.h"
@@ -29,4 +32,7 @@ struct TWPlatform {
     TWNotifier& notifier;
     const TWApplications& applications;
     const TWPreferenceFiles& preferenceFiles;
+    const TWFolderWatcher& folderWatcher;
+    const TWLogSources& logSources;
+    const TWOpenFiles& openFiles;
 };

@@ -9,6 +9,8 @@ constexpr auto Gone = "\"%@\" is gone. The nearest folder that still exists is s
 constexpr auto NotSeen = "\"%@\" cannot be looked at. The nearest folder that can is shown instead.";
 constexpr auto Outside = "\"%@\" is outside the sandbox, so it is not shown.";
 constexpr auto NoFileManager = "\"%@\" cannot be shown, because no file manager could be opened.";
+constexpr auto NothingToOpen = "\"%@\" is gone.";
+constexpr auto NoProgram = "\"%@\" cannot be opened, because no program could be started for it.";
 constexpr auto NothingToKeep = "\"%@\" is gone, so there is nothing to keep.";
 constexpr auto Kept = "\"%@\" is on the keep list now. No cleaner will delete it.";
 
@@ -71,6 +73,24 @@ void TWResultsActions::showPlace(const std::string& path, const Place& place, co
         context_.fileManager.showItem(place.realPath, done);
     else
         context_.fileManager.showFolder(place.realPath, done);
+}
+
+void TWResultsActions::open(const std::string& path, Said said)
+{
+    const auto done = [path, said, life = std::weak_ptr(life_)](bool opened) {
+        if (!life.expired())
+            said(opened ? "" : TWText::fill(NoProgram, { path }));
+    };
+    opening_ = std::make_unique<TWBackgroundStream<TWPresence>>(
+        context_.runLoop, 1,
+        [path, &fileSystem = context_.fileSystem](auto& sink) { sink.put(fileSystem.look(path).presence); },
+        [this, path, said = std::move(said), done](TWPresence presence) {
+            if (presence == TWPresence::Gone)
+                said(TWText::fill(NothingToOpen, { path }));
+            else
+                context_.fileManager.open(path, done);
+        },
+        [] {});
 }
 
 std::string TWResultsActions::keep(const std::string& path)

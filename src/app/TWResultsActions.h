@@ -5,8 +5,8 @@
 #include "platform/TWFileSystem.h"
 #include "platform/TWPlaces.h"
 
-// What the user can do with the path that a line of the results names. Looks at the disk in the background. Calls come
-// on a later turn; destroying the object silences them. Main thread.
+// What the user can do with the path that a line of the results or a row of a sheet names. Looks at the disk in the
+// background. Calls come on a later turn; destroying the object silences them. Main thread.
 class TWResultsActions final {
 public:
     struct Context {
@@ -33,6 +33,9 @@ public:
     // nothing outside of it.
     void show(const std::string& path, Said);
 
+    // Opens the item, if it exists, with the program that the desktop uses for it.
+    void open(const std::string& path, Said);
+
     // Puts the item on the keep list if it exists. Returns one line that says what happened.
     std::string keep(const std::string& path);
 
@@ -49,4 +52,5 @@ private:
     Context context_;
     std::unique_ptr<TWBackgroundStream<bool>> looking_;
     std::unique_ptr<TWBackgroundStream<Place>> finding_;
+    std::unique_ptr<TWBackgroundStream<TWPresence>> opening_;
 };

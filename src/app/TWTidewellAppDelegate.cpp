@@ -36,8 +36,9 @@ TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunc
     , guard_(platform.places, platform.fileSystem, platform.mountTable, dataFolder_.path())
     , deletion_{ platform.runLoop, platform.launcher, platform.fileSystem, guard_, platform.places }
     , programs_{ platform.applications, platform.preferenceFiles }
+    , logs_{ platform.logSources, platform.folderWatcher, platform.openFiles }
     , resultsWindowController_(platform.runLoop)
-    , editors_({ settings_, dataFolder_, platform.bundle, platform.alerts, deletion_, programs_ })
+    , editors_({ settings_, dataFolder_, platform.bundle, platform.alerts, deletion_, programs_, logs_ })
 {
     registerDefaults();
     // Differs on purpose: does not run the event loop here, because no event can be pending yet.

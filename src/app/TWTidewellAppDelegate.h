@@ -69,7 +69,7 @@ public:
     const TWPlatform& platform() const { return platform_; }
 
     // For planning outside a run, as for the lines of the main window.
-    TWCleanerContext cleanerContext() const { return { deletion_, settings_, programs_ }; }
+    TWCleanerContext cleanerContext() const { return { deletion_, settings_, programs_, logs_ }; }
     TWSettingsSources settingsSources() const { return { settings_, platform_.places, &editors_ }; }
 
 private:
@@ -90,6 +90,7 @@ private:
     TWDeletionGuard guard_;
     TWDeletionTools deletion_;
     TWOtherPrograms programs_;
+    TWLogKnowledge logs_;
     TWResultsWindowController resultsWindowController_;
     TWEditors editors_;
     TWRunView* runView_ = nullptr;

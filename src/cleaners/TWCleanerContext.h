@@ -2,6 +2,9 @@
 
 #include "deletion/TWFileDeleter.h"
 #include "platform/TWApplications.h"
+#include "platform/TWFolderWatch.h"
+#include "platform/TWLogSources.h"
+#include "platform/TWOpenFiles.h"
 #include "platform/TWPreferenceFiles.h"
 #include "settings/TWSettings.h"
 
@@ -11,11 +14,19 @@ struct TWOtherPrograms {
     const TWPreferenceFiles& files;
 };
 
+// What is known of logs.
+struct TWLogKnowledge {
+    const TWLogSources& sources;
+    const TWFolderWatcher& watcher;
+    const TWOpenFiles& openFiles;
+};
+
 // What every cleaner needs.
 struct TWCleanerContext {
     const TWDeletionTools& deletion;
     const TWSettings& settings;
     const TWOtherPrograms& programs;
+    const TWLogKnowledge& logs;
 
     // How the settings say that files are deleted.
     TWSecureMode secureMode() const

@@ -217,8 +217,43 @@ void TWDeletingCleaner::fileDeleteQueueVerified(bool nothingLeft)
         finishJob();
 }
 
-// The user has seen that the refused items would stay, so they are no failure.
 void TWDeletingCleaner::finishJob()
+{
+    if (!findRemarks())
+        reportOutcome();
+}
+
+// Returns false if there is nothing to find out.
+bool TWDeletingCleaner::findRemarks()
+{
+    auto find = hasJob() ? remarks() : nullptr;
+    std::vector<std::size_t> deleted;
+    for (std::size_t position = 0; find && position < queued_.size(); ++position) {
+        if (fileDeleteQueue_->isDeleted(position))
+            deleted.push_back(queued_[position]);
+    }
+    if (deleted.empty())
+        return false;
+    findingRemarks_ = std::make_unique<TWBackgroundStream<Remark>>(
+        tools_.runLoop, 1,
+        [find = std::move(find), plan = plan_, deleted = std::move(deleted)](
+            auto& sink) { sink.put(find(*plan, deleted, sink.cancellation())); },
+        [this](Remark remark) { sayRemark(std::move(remark)); }, [] {});
+    return true;
+}
+
+void TWDeletingCleaner::sayRemark(Remark remark)
+{
+    findingRemarks_.reset();
+    outcome_.bytes -= std::min(outcome_.bytes, remark.bytes);
+    const auto said = std::make_shared<TWPlan>();
+    for (auto& line : remark.lines)
+        said->addLine(std::move(line));
+    sayLines(said, 0, said->lines.size(), [this] { reportOutcome(); });
+}
+
+// The user has seen that the refused items would stay, so they are no failure.
+void TWDeletingCleaner::reportOutcome()
 {
     reportRefused(refused_);
     if (complete_)
@@ -262,6 +297,9 @@ void TWDeletingCleaner::stopPerforming()
         measuredInTime_ = true;
         fileDeleteQueue_->stop();
         verifyQueue();
+    } else if (findingRemarks_) {
+        findingRemarks_.reset();
+        ending_ = runLoop().after(TWRunLoop::Duration(0), [this] { reportOutcome(); });
     } else if (followersQueue_) {
         followersQueue_->stop();
     } else if (findingFollowers_) {
@@ -285,6 +323,7 @@ void TWDeletingCleaner::dropJob()
     fileDeleteQueue_.reset();
     findingFollowers_.reset();
     followersQueue_.reset();
+    findingRemarks_.reset();
     ending_.reset();
     followers_.clear();
 }

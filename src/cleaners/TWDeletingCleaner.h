@@ -33,6 +33,17 @@ protected:
         return [](const std::string&) { return true; };
     }
 
+    // What is to be said about items that were deleted.
+    struct Remark {
+        std::vector<TWReportLine> lines;
+        std::uint64_t bytes = 0; // of the space that the deletions have not freed
+    };
+
+    // Finds that out, for items of the plan that are gone. Runs on another thread.
+    using Remarks
+        = std::function<Remark(const TWPlan&, const std::vector<std::size_t>& deleted, const TWCancellation&)>;
+    virtual Remarks remarks() const { return nullptr; }
+
     // How today's settings say that files are deleted.
     virtual TWSecureMode secureModeNow() const = 0;
 
@@ -69,6 +80,9 @@ private:
     void addUpOutcome();
     void verifyQueue();
     void finishJob();
+    bool findRemarks();
+    void sayRemark(Remark);
+    void reportOutcome();
     void findFollowers();
     void deleteFollowers(std::vector<TWDeletionTarget>);
     std::unique_ptr<TWFileDeleteQueue> makeQueue(TWFileDeleteQueue::Announcing);
@@ -93,5 +107,6 @@ private:
     std::unique_ptr<TWFileDeleteQueue> fileDeleteQueue_; // a new one for each job
     std::unique_ptr<TWBackgroundStream<std::vector<TWDeletionTarget>>> findingFollowers_;
     std::unique_ptr<TWFileDeleteQueue> followersQueue_;
+    std::unique_ptr<TWBackgroundStream<Remark>> findingRemarks_;
     std::unique_ptr<TWRunLoopHandle> ending_; // of a job that was stopped between the two queues
 };

@@ -4,6 +4,7 @@
 #include "cli/TWDemoCommand.h"
 #include "cli/TWFilesCommands.h"
 #include "cli/TWKeepCommands.h"
+#include "cli/TWLogsCommands.h"
 #include "cli/TWPathsCommand.h"
 #include "cli/TWPreviewCommand.h"
 #include "cli/TWRecentItemsCommands.h"
@@ -21,8 +22,8 @@ TWCommandGroup windowCommand()
 
 std::span<const TWCommandGroup> TWCommandTable()
 {
-    static const TWCommandGroup table[]
-        = { windowCommand(), TWCleanCommands(), TWPreviewCommands(), TWSettingsCommands(), TWWordsCommands(),
-              TWFilesCommands(), TWRecentItemsCommands(), TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
+    static const TWCommandGroup table[] = { windowCommand(), TWCleanCommands(), TWPreviewCommands(),
+        TWSettingsCommands(), TWWordsCommands(), TWFilesCommands(), TWRecentItemsCommands(), TWLogsCommands(),
+        TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
     return table;
 }

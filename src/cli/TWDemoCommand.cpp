@@ -3,6 +3,7 @@
 #include "cli/TWCleanCommand.h"
 #include "cli/TWTerminal.h"
 #include "editors/TWFilesWindowController.h"
+#include "editors/TWLogsWindowController.h"
 #include "support/TWPath.h"
 #include "support/TWText.h"
 
@@ -18,7 +19,9 @@ constexpr std::string_view TrashedFiles[]
     = { "old invoice.pdf", "holiday photo.jpg", "draft.odt", "notes/monday.txt", "notes/tuesday.txt" };
 constexpr std::string_view OtherFiles[] = { ".cache/thumbnails/normal/3f2a.png", ".cache/thumbnails/large/9c1d.png",
     "Documents/Secret plan.txt", "Documents/letters/to the bank.txt", "Documents/letters/secret santa.txt",
-    "Documents/recipe.txt", "Pictures/cat.jpg" };
+    "Documents/recipe.txt", "Pictures/cat.jpg", ".local/state/log/backup/monday.log",
+    ".local/state/log/backup/tuesday.log", ".local/state/log/sync.log" };
+constexpr auto CheckedLogs = "/log/backup"; // in the folder for states
 
 constexpr auto Record = "[Trash Info]\nPath=Documents/%@\nDeletionDate=2026-01-02T03:04:05\n";
 
@@ -58,9 +61,19 @@ std::string replace(TWRecordList<Record>& list, const std::vector<Record>& recor
     });
 }
 
-// Returns "" or one line about what could not be saved.
-std::string writeLists(TWTidewellAppDelegate& delegate)
+std::string checkLogs(const TWCommandContext& context)
 {
+    const auto& places = context.places;
+    const TWLogRoots roots(places, context.host.logSources().userSources(places));
+    TWLogsTree tree(places.abbreviate(places.systemLogs));
+    tree.click(tree.add(roots, places, places.stateHome + CheckedLogs, true), TWLogChecked);
+    return replace(context.delegate->editors().get<TWLogsWindowController>().list(), tree.cleanedArrayFrom());
+}
+
+// Returns "" or one line about what could not be saved.
+std::string writeLists(const TWCommandContext& context)
+{
+    auto& delegate = *context.delegate;
     auto& files = delegate.editors().get<TWFilesWindowController>();
     const std::vector<TWFilesRule> rules{
         { true, "Thumbnails of pictures", "~/.cache/thumbnails", TWItemItself },
@@ -76,6 +89,8 @@ std::string writeLists(TWTidewellAppDelegate& delegate)
     if (problem.empty())
         problem = replace(dictionary.list(), std::vector<TWDictionaryWord>{ { "secret" }, { "bank" } });
     if (problem.empty())
+        problem = checkLogs(context);
+    if (problem.empty())
         problem = delegate.settings().userDefaults().synchronize();
     return problem.empty() ? "" : TWText::oneLine(problem) + "\n";
 }
@@ -84,7 +99,7 @@ TWCommandResult demonstrate(const TWCommandContext& context, const TWInvocation&
 {
     auto problem = writeTraces(context.host.ownFiles(), context.places);
     if (problem.empty())
-        problem = writeLists(*context.delegate);
+        problem = writeLists(context);
     if (!problem.empty())
         return { TWStatus::Failure, "", problem };
     const bool talks = context.terminal->format() == TWOutputFormat::Lines;

@@ -19,8 +19,6 @@ TWCommandResult paths(const TWCommandContext& context, const TWInvocation& invoc
         { "srm", places.srm },
         { "eject", places.eject },
     };
-    // The folders in which the user's programs keep their logs.
-    const std::string userLogs[] = { places.stateHome + "/log", places.dataHome + "/xorg" };
     TWJSON::Object object;
     std::string text;
     for (const auto& [name, path] : rows) {
@@ -30,9 +28,9 @@ TWCommandResult paths(const TWCommandContext& context, const TWInvocation& invoc
         text += label + TWText::oneLine(path) + "\n";
     }
     object["userLogs"] = TWJSON::Object::array();
-    for (const auto& path : userLogs) {
-        object["userLogs"].push_back(TWText::validUTF8(path));
-        text += "userLogs      " + TWText::oneLine(path) + "\n";
+    for (const auto& source : context.host.logSources().userSources(places)) {
+        object["userLogs"].push_back(TWText::validUTF8(source.path));
+        text += "userLogs      " + TWText::oneLine(source.path) + "\n";
     }
     return { TWStatus::Success, invocation.json ? TWJSON::line(object) : text, "" };
 }

@@ -13,7 +13,8 @@ struct TWEditorContext {
     TWAlerts& alerts;
     const TWDeletionTools& deletion;
     const TWOtherPrograms& programs;
+    const TWLogKnowledge& logs;
 
     // For the cleaners that show what a run would do.
-    TWCleanerContext cleaners() const { return { deletion, settings, programs }; }
+    TWCleanerContext cleaners() const { return { deletion, settings, programs, logs }; }
 };

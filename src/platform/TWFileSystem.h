@@ -116,6 +116,19 @@ public:
     virtual int descriptor() const = 0;
 };
 
+// A regular file held open for reading, wherever its path leads by now. Any thread.
+class TWOpenFile {
+public:
+    virtual ~TWOpenFile() = default;
+
+    // As they are now: the file may grow, shrink or lose its name while it is open.
+    virtual TWFileFacts facts() const = 0;
+
+    // Reads that many bytes from that place on, fewer only if the file ends there. Returns 0 or the errno; the bytes
+    // are those that could be read.
+    virtual int read(std::uint64_t place, std::size_t length, std::string& bytes) const = 0;
+};
+
 enum class TWLinkAtEnd { Follow, DoNotFollow };
 
 // Reads the file system and changes nothing. Paths are absolute; trailing slashes are ignored. Any thread. Differs on
@@ -139,6 +152,10 @@ public:
     // outlive the folder and all folders opened from it.
     virtual std::unique_ptr<TWOpenFolder> openFolder(
         const std::string& realPath, int& error, const TWCancellation* = nullptr) const = 0;
+
+    // Opens a regular file. On failure returns nullptr and sets error to the errno: ELOOP for a symbolic link, EISDIR
+    // for a folder, EINVAL for a pipe, a socket or a device, which opening could disturb.
+    virtual std::unique_ptr<TWOpenFile> openFile(const std::string& path, int& error) const = 0;
 
     // Like openFolder(), but does not list the folder and needs no permission to.
     virtual std::unique_ptr<TWHeldFolder> holdFolder(const std::string& realPath, int& error) const = 0;

@@ -2,9 +2,12 @@
 
 #include "platform/TWApplications.h"
 #include "platform/TWFileSystem.h"
+#include "platform/TWFolderWatch.h"
 #include "platform/TWHandover.h"
 #include "platform/TWLock.h"
+#include "platform/TWLogSources.h"
 #include "platform/TWMountTable.h"
+#include "platform/TWOpenFiles.h"
 #include "platform/TWOwnFiles.h"
 #include "platform/TWPlaces.h"
 #include "platform/TWPreferenceFiles.h"
@@ -34,6 +37,9 @@ public:
     virtual const TWFileSystem& fileSystem() const = 0;
     virtual const TWOwnFiles& ownFiles() const = 0;
     virtual const TWPreferenceFiles& preferenceFiles() const = 0;
+    virtual const TWFolderWatcher& folderWatcher() const = 0;
+    virtual const TWLogSources& logSources() const = 0;
+    virtual const TWOpenFiles& openFiles() const = 0;
 
     virtual std::unique_ptr<TWProcessLauncher> makeLauncher(TWRunLoop&) const = 0;
     virtual std::unique_ptr<TWMountTable> makeMountTable() const = 0;

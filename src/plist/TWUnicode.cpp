@@ -44,8 +44,7 @@ void TWUnicode::appendUTF8(char32_t character, std::string& text)
         text += static_cast<char>(0x80 | (character >> 6 * i & 0x3f));
 }
 
-// Takes one character off the front. Returns Invalid for an unpaired surrogate.
-static char32_t takeUTF16(std::string_view& bytes)
+char32_t TWUnicode::takeUTF16(std::string_view& bytes)
 {
     const auto takeUnit = [&] {
         const auto high = static_cast<unsigned char>(bytes[0]);

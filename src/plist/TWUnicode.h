@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// The two encodings of text in property lists. Strict: no overlong forms, no surrogates in UTF-8, nothing above
+// The two encodings of Unicode text. Strict: no overlong forms, no surrogates in UTF-8, nothing above
 // U+10FFFF. Any thread.
 namespace TWUnicode {
 
@@ -16,6 +16,9 @@ bool isASCII(std::string_view bytes);
 // Takes one character off the front of a text that is not empty. If the front is not UTF-8, takes nothing and returns
 // Invalid.
 char32_t takeUTF8(std::string_view& text);
+
+// The same for big-endian UTF-16 with an even number of bytes. For an unpaired surrogate, takes it and returns Invalid.
+char32_t takeUTF16(std::string_view& bytes);
 
 void appendUTF8(char32_t character, std::string& text);
 

@@ -22,6 +22,11 @@ bool isHarmful(UChar32 character)
         || character == 0xFEFF; // byte order mark, which nobody could see
 }
 
+bool isHarmfulInLines(UChar32 character)
+{
+    return character != '\n' && character != '\t' && isHarmful(character);
+}
+
 bool isNeverHarmful(UChar32)
 {
     return false;
@@ -121,6 +126,11 @@ bool isValidUTF8(std::string_view bytes)
 std::string oneLine(std::string_view bytes)
 {
     return replaced(bytes, isHarmful, pictured);
+}
+
+std::string manyLines(std::string_view bytes)
+{
+    return replaced(bytes, isHarmfulInLines, pictured);
 }
 
 std::string harmlessJSON(std::string_view json)

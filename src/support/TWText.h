@@ -26,7 +26,10 @@ bool isValidUTF8(std::string_view bytes);
 // "<U+202E>".
 std::string oneLine(std::string_view bytes);
 
-// The same for a line of JSON, without a change of meaning: those characters become JSON escapes.
+// Makes a text safe for display in many lines: like oneLine(), but line feeds and tabs stay.
+std::string manyLines(std::string_view bytes);
+
+// Like oneLine() for a line of JSON, without a change of meaning: those characters become JSON escapes.
 std::string harmlessJSON(std::string_view json);
 
 // "12", "12,345".

@@ -2,6 +2,7 @@
 
 #include "app/TWEditors.h"
 #include "editors/TWFilesWindowController.h"
+#include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
@@ -12,7 +13,7 @@ constexpr std::size_t EnoughTurns = 40; // for the whole job
 constexpr auto Terminated = "failure: The cleaner was terminated";
 
 struct Machine : TWFakeMachine {
-    TWEditors editors{ { settings, listFolder, bundle, alerts, tools, programs } };
+    TWEditors editors{ { settings, listFolder, bundle, alerts, tools, programs, logs } };
 };
 
 // What the contract has to know about one cleaner: how to give it something to clean, and how to see what it did.
@@ -27,6 +28,13 @@ struct StageRow {
 void addRule(Machine& machine, const char* path, int whatToDelete)
 {
     machine.editors.get<TWFilesWindowController>().addRule({ true, "", path, whatToDelete });
+}
+
+void checkLog(Machine& machine, const std::string& path)
+{
+    machine.editors.get<TWLogsWindowController>().list().edit([&](std::vector<TWLogsRecord>& records) {
+        records.push_back({ "", path, TWLogChecked, std::nullopt });
+    });
 }
 
 // Everything that a cleaner could change.
@@ -72,6 +80,15 @@ const StageRow Stages[] = {
         },
         [](Machine& machine) { machine.root.write("home/missing", "x"); },
         [](Machine& machine) { addRule(machine, "~", TWItemItself); } },
+    { "logs", 2,
+        [](Machine& machine) {
+            const auto log = machine.root.write("var/log/one", "x");
+            machine.root.write("var/log/two/inside", "x");
+            machine.openFiles.files = { { log, {}, 4096, { "daemon" } } };
+            checkLog(machine, std::string(TWAllSystemLogs));
+        },
+        [](Machine& machine) { machine.root.write("var/log/late", "x"); },
+        [](Machine& machine) { checkLog(machine, "~"); } },
 };
 
 const StageRow& stageOf(const TWCleanerRow& row)
@@ -89,7 +106,7 @@ enum class Job { Succeeds, Fails };
 struct Stage : Machine {
     explicit Stage(const TWCleanerRow& given, Job job = Job::Succeeds)
         : row(stageOf(given))
-        , cleaner(given.make({ tools, settings, programs }))
+        , cleaner(given.make({ tools, settings, programs, logs }))
     {
         row.fill(*this);
         if (job == Job::Fails)

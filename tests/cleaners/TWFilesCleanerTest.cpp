@@ -26,7 +26,7 @@ protected:
     // A plan of the same rules on another file system.
     TWPlan planOn(const TWFileSystem& other)
     {
-        TWFilesCleaner onOther({ { runLoop, launcher, other, guard, places }, settings, programs });
+        TWFilesCleaner onOther({ { runLoop, launcher, other, guard, places }, settings, programs, logs });
         onOther.setInfo(info);
         return TWPlanOf(onOther, runLoop);
     }
@@ -67,6 +67,7 @@ struct ChangingFileSystem final : TWFileSystem {
         opening(path);
         return real.holdFolder(path, error);
     }
+    std::unique_ptr<TWOpenFile> openFile(Path path, int& error) const override { return real.openFile(path, error); }
 };
 
 }
@@ -297,7 +298,7 @@ TEST(TWFilesRuleTest, TakesOnlyRulesAndKeepsWhatItDoesNotUnderstand)
 TEST_F(TWFilesCleanerTest, CancelNeedsNoJobAndItsReportMayStopRestartOrDestroy)
 {
     for (const char act : { 's', 'r', 'd' }) {
-        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings, programs });
+        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings, programs, logs });
         cancelled->setDelegate(&reports);
         cancelled->cancel();
         EXPECT_TRUE(cancelled->cancelled());

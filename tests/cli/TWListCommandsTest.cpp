@@ -28,14 +28,15 @@ protected:
 TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
 {
     const std::vector<Words> table{ { "nonsense" }, { "--nonsense" }, { "clean", "extra" }, { "clean", "--only" },
-        { "clean", "--only", "nonsense" }, { "clean", "--only", "logs" }, { "clean", "clean" },
+        { "clean", "--only", "nonsense" }, { "clean", "--only", "clipboard" }, { "clean", "clean" },
         { "clean", "--only", "trash", "--sandbox", "" }, { "settings" }, { "settings", "get", "\xff\n" },
         { "settings", "set", "TrashCleaner", "maybe" }, { "settings", "set", "AutoQuitMode", "99999999999" },
         { "words", "add", "\xff" }, { "files", "add", "" }, { "files", "add", "x", "--what", "nonsense" },
         { "keep", "add" }, { "keep", "add", "x", "--pattern", "y" }, { "keep", "add", "--pattern", "y", "--inside" },
         { "keep", "add", "--pattern", "a/b" }, { "keep", "add", "--pattern", "[z-a]" }, { "keep", "add", "" },
-        { "keep", "remove", "99" }, { "files", "remove", "0" }, { "files", "off", "99999999999999999999" },
-        { "files", "off", "4000" }, { "demo", home_ } };
+        { "logs", "check" }, { "logs", "uncheck", "x", "--user" }, { "keep", "remove", "99" },
+        { "files", "remove", "0" }, { "files", "off", "99999999999999999999" }, { "files", "off", "4000" },
+        { "demo", home_ } };
     folder_.write("home/not empty", "");
     for (const auto& words : table)
         expectRefused(run(words), words.back());
@@ -57,6 +58,39 @@ TEST_F(TWListCommandsTest, WordsStayExactlyAsTheyWereGiven)
     EXPECT_EQ(out({ "words", "list", "--json" }), "");
 }
 
+TEST_F(TWListCommandsTest, LogsAreCheckedByTheirPaths)
+{
+    const auto logs = home_ + "/.local/state/log/";
+    folder_.write("home/.local/state/log/program/a.log", "x");
+    folder_.write("home/precious/file", "x");
+    folder_.link("home/.local/state/log/link", home_ + "/precious");
+    const auto list = [&] {
+        auto all = lines(out({ "logs", "list" }));
+        std::erase_if(all, [](const auto& line) { return line.find("System Logs") != line.npos; });
+        return all;
+    };
+    const auto before = list();
+    EXPECT_EQ(before.size(), 2U);
+    out({ "logs", "check", logs + "program/a.log" });
+    EXPECT_EQ(list().back(), "on           a.log  ~/.local/state/log/program/a.log");
+    EXPECT_EQ(lines(out({ "logs", "list", "--json" }))[3],
+        R"({"Item":"a.log","ItemPath":"~/.local/state/log/program/a.log","Active":1})");
+    out({ "logs", "check", logs + "program" });
+    EXPECT_NE(out({ "logs", "check", logs + "program/a.log" }).find("checked already"), std::string::npos);
+    EXPECT_NE(run({ "logs", "uncheck", logs + "program/a.log" }).err.find("folder around it"), std::string::npos);
+    for (const auto& path : { home_ + "/precious", logs + "link/file", logs + "nothing", home_ })
+        EXPECT_EQ(run({ "logs", "check", path }).status, 1) << path;
+    out({ "logs", "uncheck", logs + "program" });
+    EXPECT_EQ(list(), before);
+    EXPECT_EQ(run({ "logs", "uncheck", logs + "program" }).status, 1);
+    EXPECT_EQ(run({ "logs", "check", "ALL_USER_LOGS" }).status, 1) << "a file of that name";
+    out({ "logs", "check", "--user" });
+    EXPECT_TRUE(list().front().starts_with("on "));
+    out({ "clean", "--only", "logs", "--yes" });
+    EXPECT_TRUE(folder_.exists("home/.local/state/log") && folder_.exists("home/precious/file"));
+    EXPECT_FALSE(folder_.exists("home/.local/state/log/program") || folder_.exists("home/.local/state/log/link"));
+}
+
 TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
 {
     folder_.write(Rules, OneRule);
@@ -73,7 +107,7 @@ TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
     out({ "settings", "set", "TrashCleaner", "On" });
     out({ "settings", "set", "AutoQuitMode", "-3" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "AutoQuitMode" }), "true\n-3\n");
-    EXPECT_NE(run({ "settings", "set", "LogsCleaner", "true" }).err.find("later version"), std::string::npos);
+    EXPECT_NE(run({ "settings", "set", "ClipboardCleaner", "true" }).err.find("later version"), std::string::npos);
     out({ "settings", "reset", "TrashCleaner" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }), "false\n");
     // Only the window's start is a launch.

@@ -4,6 +4,7 @@
 #include "builders/TWTemporaryFolder.h"
 #include "cleaners/TWCleanerContext.h"
 #include "deletion/TWFileDeleter.h"
+#include "fakes/TWFakeFolderWatcher.h"
 #include "fakes/TWFakeRunLoop.h"
 #include "fakes/TWFakes.h"
 #include "fakes/TWRecordingLauncher.h"
@@ -32,7 +33,11 @@ struct TWFakeMachine {
     TWFakeNotifier notifier;
     TWFakeApplications applications;
     TWLinuxPreferenceFiles preferenceFiles;
+    TWFakeFolderWatcher folderWatcher;
+    TWFakeLogSources logSources;
+    TWFakeOpenFiles openFiles;
     TWOtherPrograms programs{ applications, preferenceFiles };
+    TWLogKnowledge logs{ logSources, folderWatcher, openFiles };
     TWPlaces places = makePlaces(root);
     std::string dataFolder = root.path("home/.local/share/Tidewell");
     TWDeletionGuard guard{ places, fileSystem, mountTable, dataFolder };
@@ -40,7 +45,7 @@ struct TWFakeMachine {
     TWSettings settings{ userDefaults };
     TWDataFolder listFolder{ ownFiles, places, bundle };
     TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
-        alerts, notifier, applications, preferenceFiles };
+        alerts, notifier, applications, preferenceFiles, folderWatcher, logSources, openFiles };
 
     // A path as a plan sees it now.
     TWDeletionTarget target(const std::string& path) const

@@ -5,10 +5,14 @@
 #include "platform/TWBundle.h"
 #include "platform/TWFileManager.h"
 #include "platform/TWLock.h"
+#include "platform/TWLogSources.h"
 #include "platform/TWMountTable.h"
 #include "platform/TWNotifier.h"
+#include "platform/TWOpenFiles.h"
 #include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <deque>
@@ -74,6 +78,7 @@ struct TWFakeFileManager final : TWFileManager {
 
     void showItem(const std::string& path, Done done) override { show("item " + path, std::move(done)); }
     void showFolder(const std::string& path, Done done) override { show("folder " + path, std::move(done)); }
+    void open(const std::string& path, Done done) override { show("open " + path, std::move(done)); }
     void show(std::string what, Done done)
     {
         shown.push_back(std::move(what));
@@ -122,6 +127,27 @@ struct TWFakeApplications final : TWApplications {
         return found == preferences.end() ? std::vector<std::string>() : found->second;
     }
     TWRunningApplications running() const override { return runs; }
+};
+
+struct TWFakeLogSources final : TWLogSources {
+    std::vector<TWLogSource> sources; // the identities are those that the disk shows
+
+    std::vector<TWLogSource> userSources(const TWPlaces&) const override
+    {
+        auto now = sources;
+        for (auto& source : now) {
+            struct stat facts { };
+            stat(source.path.c_str(), &facts);
+            source.identity = { facts.st_dev, facts.st_ino };
+        }
+        return now;
+    }
+};
+
+struct TWFakeOpenFiles final : TWOpenFiles {
+    std::vector<TWDeletedFile> files;
+
+    std::vector<TWDeletedFile> deletedFiles(const TWCancellation&) const override { return files; }
 };
 
 struct TWFakeMountTable final : TWMountTable {

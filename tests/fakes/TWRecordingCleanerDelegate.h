@@ -53,6 +53,6 @@ protected:
         return reports.take();
     }
 
-    Cleaner cleaner{ { tools, settings, programs } };
+    Cleaner cleaner{ { tools, settings, programs, logs } };
     TWRecordingCleanerDelegate reports;
 };

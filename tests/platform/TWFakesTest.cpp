@@ -3,6 +3,7 @@
 #include "fakes/TWFakes.h"
 #include "contracts/TWAlertsContract.h"
 #include "contracts/TWApplicationsContract.h"
+#include "contracts/TWFolderWatchContract.h"
 #include "contracts/TWLocksContract.h"
 #include "contracts/TWMountTableContract.h"
 #include "contracts/TWProcessLauncherContract.h"
@@ -41,6 +42,14 @@ struct Applications {
     TWFakeApplications fake;
 };
 
+struct FolderWatch {
+    TWFolderWatcher& watcher() { return fake; }
+    std::string root() const { return "/logs"; }
+    void change(const std::string& folder) { fake.change(folder); }
+
+    TWFakeFolderWatcher fake;
+};
+
 struct Alerts {
     Alerts() { fake.leavesOpen = true; }
     TWAlerts& alerts() { return fake; }
@@ -59,6 +68,7 @@ struct UserDefaults {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWAlertsContract, Alerts);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWApplicationsContract, Applications);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWFolderWatchContract, FolderWatch);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWRunLoopContract, TWFakeRunLoop);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWLocksContract, TWFakeLocks);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, FakeLauncher);

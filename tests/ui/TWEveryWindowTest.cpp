@@ -1,6 +1,7 @@
 // What holds for every window and sheet alike.
 
 #include "TWUITestSupport.h"
+#include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
 #include "ui/sheets/TWSheet.h"
 #include "ui/sheets/TWSheetTable.h"
@@ -15,6 +16,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QTreeView>
 
 using namespace TWUITest;
 
@@ -30,10 +32,35 @@ protected:
             machine.applications.applications.push_back({ each, std::string("App ") + each, each,
                 std::string("App ") + each, std::string("accessories-text-") + each, each, "" });
         machine.applications.preferences["editor"] = { machine.places.home + "/apprc" };
+        writeLogs();
         delegate.settings().set(TWKey::TrashCleaner, true);
         const QSignalSpy appeared(&session.mainWindow(), &TWMainWindow::appeared);
         delegate.applicationDidFinishLaunching();
         EXPECT_TRUE(QTest::qWaitFor([&] { return appeared.count() == 1; }));
+    }
+
+    // All that the tree of logs can show.
+    void writeLogs()
+    {
+        for (const auto* each : { "auth.log", "auth.log.1", "backup/monday.log", "backup/tuesday.log.gz",
+                 "cups/page_log", "empty.png", "syslog" })
+            machine.root.write(std::string("var/log/") + each, std::string(5000, 'x') + '\n');
+        machine.root.link("var/log/README", "../../usr/share/doc/README");
+        machine.root.write("home/.config/editor/logs/main.log", std::string("\0\1\2 not a text", 14));
+        machine.logSources.sources = { { "Editor", machine.places.home + "/.config/editor/logs", true } };
+        const auto log = [&](const std::string& path, std::int64_t active) {
+            return TWLogsRecord{ std::string(TWPath::lastComponent(path)),
+                machine.places.abbreviate(machine.root.path(path)), active, std::nullopt };
+        };
+        auto folder = log("var/log/backup", TWLogChecked);
+        folder.children.emplace();
+        const std::vector<TWLogsRecord> system{ log("var/log/auth.log.1", TWLogChecked), folder,
+            log("var/log/old-daemon.log", TWLogChecked) };
+        delegate.editors().get<TWLogsWindowController>().list().changeSaved([&](auto& records) {
+            records = { { "System Logs", std::string(TWAllSystemLogs), TWLogMixed, system },
+                { "notes.txt", "~/Documents/notes.txt", TWLogChecked, std::nullopt } };
+            return true;
+        });
     }
 
     // Calls the function with each window on screen in turn.
@@ -63,9 +90,13 @@ protected:
         for (const auto& row : TWSheetTable()) {
             auto& sheet = *session.sheet(row.editor);
             sheet.open();
+            if (row.editor == std::string("logs"))
+                expandLogs(sheet);
             shown(sheet, call);
             if (row.editor == std::string("recent-items"))
                 showDiscovery(sheet, call);
+            if (row.editor == std::string("logs"))
+                showLook(sheet, call);
             sheet.close();
         }
         for (const auto* other : { "", "Quit Without Saving" }) {
@@ -109,6 +140,25 @@ protected:
             window->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+    void expandLogs(const TWSheet& sheet)
+    {
+        auto* tree = child<QTreeView>(sheet, "logsOutlineView");
+        EXPECT_TRUE(machine.waitFor([&] { return tree->model()->rowCount() == 3; }));
+        tree->keyboardSearch("backup");
+        tree->expand(tree->currentIndex());
+    }
+    void showLook(TWSheet& sheet, const std::function<void(QWidget&)>& call)
+    {
+        sheet.open();
+        expandLogs(sheet);
+        auto* tree = child<QTreeView>(sheet, "logsOutlineView");
+        tree->setCurrentIndex(tree->indexAbove(tree->currentIndex()));
+        QTest::keyClick(tree, Qt::Key_Space);
+        machine.runLoop.runUntilIdle();
+        auto* look = child<QWidget>(sheet, "quickLookWindow");
+        shown(*look, call);
+        look->close();
+    }
     static void shown(QWidget& window, const std::function<void(QWidget&)>& call)
     {
         SCOPED_TRACE(window.objectName().toStdString());
@@ -143,7 +193,8 @@ TEST_F(TWEveryWindowTest, TabReachesEveryControlInBothDirectionsAndEachHasANameA
 {
     forEach([&](QWidget& window) {
         EXPECT_TRUE(window.windowTitle().contains("andbox /tmp/box")) << window.windowTitle().toStdString();
-        const auto visited = walk(window, Qt::Key_Tab);
+        auto visited = walk(window, Qt::Key_Tab);
+        visited.erase(&window); // which may have the focus at first
         EXPECT_EQ(walk(window, Qt::Key_Backtab), visited);
         for (const auto* widget : visited)
             EXPECT_TRUE(widget && widget->isVisible() && widget->isEnabled());

@@ -23,7 +23,7 @@ protected:
         machine.root.write("home/.local/share/Tidewell/FilesRules.plist",
             "<plist><array><dict><key>Active</key><true/><key>FilePath</key><string/></dict>"
             "<dict><key>FilePath</key><string/></dict></array></plist>");
-        machine.userDefaults.values["LogsCleaner"] = true;
+        machine.userDefaults.values["ClipboardCleaner"] = true;
         delegate = std::make_unique<TWTidewellAppDelegate>(machine.platform, TWLaunchKind::Window);
         session = std::make_unique<TWWindowSession>(*delegate, qtAlerts, fileManager);
         window = &session->mainWindow();
@@ -71,7 +71,7 @@ TEST_F(TWMainWindowTest, RowsShowTheSettingsAndWhatTheCleanersWouldDo)
 
     QTest::keyClick(check("trash"), Qt::Key_Space);
     EXPECT_TRUE(delegate->settings().boolean(TWKey::TrashCleaner));
-    EXPECT_FALSE(check("logs")->isEnabled());
+    EXPECT_FALSE(check("clipboard")->isEnabled());
     EXPECT_EQ(child<QLabel>(*window, "outcomeLabel")->text().toStdString(), line("trash"));
 
     // Another process has emptied the Trash and changed the settings meanwhile.

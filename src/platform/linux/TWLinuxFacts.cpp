@@ -2,15 +2,20 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <limits>
 
 namespace {
 
 constexpr std::uint64_t BlockSize = 512; // the unit of st_blocks on every file system
 
+// A file system may hold times that do not fit, such as the year 2400.
 std::int64_t nanoseconds(const timespec& time)
 {
-    return std::int64_t(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+    constexpr std::int64_t Second = 1'000'000'000;
+    constexpr auto Latest = std::numeric_limits<std::int64_t>::max() / Second - 1;
+    return std::clamp(std::int64_t(time.tv_sec), -Latest, Latest) * Second + time.tv_nsec;
 }
 
 }

@@ -3,6 +3,7 @@
 #include "platform/linux/TWLinuxFacts.h"
 #include "platform/linux/TWLinuxHeldFolder.h"
 #include "platform/linux/TWLinuxOpen.h"
+#include "platform/linux/TWLinuxOpenFile.h"
 #include "platform/linux/TWLinuxOpenFolder.h"
 #include "support/TWPath.h"
 
@@ -86,6 +87,13 @@ std::unique_ptr<TWOpenFolder> TWLinuxFileSystem::openFolder(
 {
     return TWLinuxOpenFolder::list(openWithoutLinks(realPath, O_RDONLY),
         TWPath::lastComponent(TWPath::systemPath(realPath)), nullptr, cancellation, error);
+}
+
+std::unique_ptr<TWOpenFile> TWLinuxFileSystem::openFile(const std::string& path, int& error) const
+{
+    const auto place = placeOf(path, Links::Follow);
+    error = place.path.empty() ? errno : 0;
+    return error == 0 ? TWLinuxOpenFile::open(place.folder(), place.path.c_str(), error) : nullptr;
 }
 
 std::unique_ptr<TWHeldFolder> TWLinuxFileSystem::holdFolder(const std::string& realPath, int& error) const

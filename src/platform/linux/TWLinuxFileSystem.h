@@ -10,5 +10,6 @@ public:
     std::optional<std::string> linkTarget(const std::string& path) const override;
     std::unique_ptr<TWOpenFolder> openFolder(
         const std::string& realPath, int& error, const TWCancellation* = nullptr) const override;
+    std::unique_ptr<TWOpenFile> openFile(const std::string& path, int& error) const override;
     std::unique_ptr<TWHeldFolder> holdFolder(const std::string& realPath, int& error) const override;
 };

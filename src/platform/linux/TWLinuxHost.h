@@ -2,6 +2,9 @@
 
 #include "platform/TWHost.h"
 #include "platform/linux/TWLinuxFileSystem.h"
+#include "platform/linux/TWLinuxFolderWatcher.h"
+#include "platform/linux/TWLinuxLogSources.h"
+#include "platform/linux/TWLinuxOpenFiles.h"
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "platform/posix/TWPosixOwnFiles.h"
@@ -15,6 +18,9 @@ public:
     const TWFileSystem& fileSystem() const override { return fileSystem_; }
     const TWOwnFiles& ownFiles() const override { return ownFiles_; }
     const TWPreferenceFiles& preferenceFiles() const override { return preferenceFiles_; }
+    const TWFolderWatcher& folderWatcher() const override { return folderWatcher_; }
+    const TWLogSources& logSources() const override { return logSources_; }
+    const TWOpenFiles& openFiles() const override { return openFiles_; }
     std::unique_ptr<TWProcessLauncher> makeLauncher(TWRunLoop&) const override;
     std::unique_ptr<TWMountTable> makeMountTable() const override;
     std::unique_ptr<TWLocks> makeLocks() const override;
@@ -30,5 +36,8 @@ private:
     const TWLinuxFileSystem fileSystem_{};
     const TWPosixOwnFiles ownFiles_{};
     const TWLinuxPreferenceFiles preferenceFiles_{};
+    const TWLinuxFolderWatcher folderWatcher_{};
+    const TWLinuxLogSources logSources_{};
+    const TWLinuxOpenFiles openFiles_{};
     const TWPlaces places_ = TWLinuxPlaces();
 };

@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <linux/openat2.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 
 #include <atomic>
@@ -76,6 +75,13 @@ TWDescriptor openSameMount(int folder, const char* name, int flags)
     return opened;
 }
 
+// Sets errno if this is not a regular file. A symbolic link passes, because opening it fails.
+bool isRegularOrLink(const struct stat& found)
+{
+    errno = S_ISDIR(found.st_mode) ? EISDIR : EINVAL;
+    return S_ISREG(found.st_mode) || S_ISLNK(found.st_mode);
+}
+
 }
 
 TWDescriptor TWLinuxOpenWithoutLinks(int folder, const char* path, int flags)
@@ -90,4 +96,19 @@ TWDescriptor TWLinuxOpenChild(int folder, const char* name, int flags)
     if (auto opened = openRestricted(folder, name, flags, RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV))
         return std::move(*opened);
     return openSameMount(folder, name, flags);
+}
+
+TWDescriptor TWLinuxOpenRegular(int folder, const char* path, struct stat& found)
+{
+    // Looks first, because opening a pipe would disturb whoever writes to it. If something else has taken the file's
+    // place when it is opened, nothing is read from that, and opening it does not block.
+    if (fstatat(folder, path, &found, AT_SYMLINK_NOFOLLOW) != 0 || !isRegularOrLink(found))
+        return TWDescriptor();
+    TWDescriptor file(openat(folder, path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (file.isOpen() && fstat(file.get(), &found) == 0 && isRegularOrLink(found))
+        return file;
+    const int error = errno;
+    file.close();
+    errno = error;
+    return file;
 }

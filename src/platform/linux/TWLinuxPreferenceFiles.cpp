@@ -1,6 +1,7 @@
 #include "platform/linux/TWLinuxPreferenceFiles.h"
 
 #include "platform/linux/TWLinuxFacts.h"
+#include "platform/linux/TWLinuxOpen.h"
 #include "platform/posix/TWFileIO.h"
 #include "platform/posix/TWTemporaryFile.h"
 
@@ -19,20 +20,14 @@ namespace {
 
 constexpr int MostAttempts = 3; // to read a file that changes meanwhile
 
-// Does not block on a pipe but refuses it. Returns 0 or the errno.
+// Returns 0 or the errno.
 int openRegular(const TWHeldFolder& folder, const std::string& name, TWDescriptor& file, struct stat& found)
 {
     const auto look = folder.look(name); // refuses what is no single name
     if (!look.isThere())
         return look.error;
-    // Opening a pipe would disturb whoever writes to it.
-    if (look.facts.kind == TWFileKind::Other)
-        return EINVAL;
-    constexpr int Flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    file = TWDescriptor(openat(folder.descriptor(), name.c_str(), Flags));
-    if (!file.isOpen() || fstat(file.get(), &found) != 0)
-        return errno;
-    return S_ISREG(found.st_mode) ? 0 : S_ISDIR(found.st_mode) ? EISDIR : EINVAL;
+    file = TWLinuxOpenRegular(folder.descriptor(), name.c_str(), found);
+    return file.isOpen() ? 0 : errno;
 }
 
 // Returns EAGAIN if the file has changed meanwhile.

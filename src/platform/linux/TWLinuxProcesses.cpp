@@ -141,9 +141,21 @@ std::vector<std::string> TWLinuxProcess::programNames() const
     return names;
 }
 
-std::vector<TWLinuxProcess> TWLinuxOwnProcesses()
+std::string TWLinuxProcess::programName() const
 {
-    std::vector<TWLinuxProcess> processes;
+    const std::string program(TWPath::lastComponent(executable));
+    const auto script = TWLinuxProgram::script(program, words);
+    return script.empty() ? program : std::string(TWPath::lastComponent(script));
+}
+
+TWLinuxProcess TWLinuxProcessFolder::read() const
+{
+    return { executable, TWText::split(firstBytes(folder, "cmdline", LongestCommandLine), '\0'), applicationOf(folder),
+        desktopFileOf(folder, number) };
+}
+
+void TWLinuxForEachOwnProcess(const std::function<bool(const TWLinuxProcessFolder&)>& call)
+{
     const std::unique_ptr<DIR, int (*)(DIR*)> all(opendir("/proc"), closedir);
     while (const dirent* entry = all ? readdir(all.get()) : nullptr) {
         const std::string_view number = entry->d_name;
@@ -153,14 +165,18 @@ std::vector<TWLinuxProcess> TWLinuxOwnProcesses()
         struct stat facts;
         if (!folder.isOpen() || fstat(folder.get(), &facts) != 0 || facts.st_uid != geteuid())
             continue;
-        TWLinuxProcess process;
-        process.executable = executableOf(folder.get());
-        if (process.executable.empty())
-            continue;
-        process.words = TWText::split(firstBytes(folder.get(), "cmdline", LongestCommandLine), '\0');
-        process.application = applicationOf(folder.get());
-        process.desktopFile = desktopFileOf(folder.get(), number);
-        processes.push_back(std::move(process));
+        const TWLinuxProcessFolder process{ folder.get(), number, executableOf(folder.get()) };
+        if (!process.executable.empty() && !call(process))
+            return;
     }
+}
+
+std::vector<TWLinuxProcess> TWLinuxOwnProcesses()
+{
+    std::vector<TWLinuxProcess> processes;
+    TWLinuxForEachOwnProcess([&](const TWLinuxProcessFolder& process) {
+        processes.push_back(process.read());
+        return true;
+    });
     return processes;
 }

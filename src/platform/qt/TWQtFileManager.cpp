@@ -35,6 +35,13 @@ void TWQtFileManager::showFolder(const std::string& path, Done done)
     call("ShowFolders", path, path, std::move(done));
 }
 
+void TWQtFileManager::open(const std::string& path, Done done)
+{
+    QMetaObject::invokeMethod(
+        this, [this, path, done = std::move(done)] { done(openDocument_(QUrl::fromEncoded(address(path)))); },
+        Qt::QueuedConnection);
+}
+
 // Without a session bus the call fails like one that nobody answers.
 void TWQtFileManager::call(const char* method, const std::string& path, const std::string& folder, Done done)
 {

@@ -17,6 +17,7 @@ public:
 
     void showItem(const std::string& path, Done) override;
     void showFolder(const std::string& path, Done) override;
+    void open(const std::string& path, Done) override;
 
 private:
     void call(const char* method, const std::string& path, const std::string& folder, Done);

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr int FocusWidth = 2; // in pixels
+constexpr float QuietOpacity = 0.72F;
 constexpr float QuietSelection = 0.3F; // the share of the selection's colour that is mixed with the background
 
 QColor mixed(const QColor& colour, const QColor& background)
@@ -33,6 +34,20 @@ void showWarning(QStyleOptionViewItem& option)
     const int size = option.fontMetrics.height();
     option.decorationSize = QSize(size, size);
     option.palette.setColor(QPalette::Text, warningColor(option.palette));
+}
+
+// Styles have no disabled colour for what is selected.
+void showGreyed(QStyleOptionViewItem& option)
+{
+    auto& palette = option.palette;
+    palette.setColor(QPalette::Text, palette.color(QPalette::Disabled, QPalette::Text));
+    palette.setColor(QPalette::HighlightedText, quiet(palette.color(QPalette::HighlightedText)));
+}
+
+QColor quiet(QColor color)
+{
+    color.setAlphaF(QuietOpacity);
+    return color;
 }
 
 void showSelection(QStyleOptionViewItem& option)

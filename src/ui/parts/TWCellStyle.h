@@ -13,6 +13,12 @@ QColor warningColor(const QPalette&);
 // Shows a warning sign before the text and gives the text that colour.
 void showWarning(QStyleOptionViewItem&);
 
+// Greys the text of a cell that stays enabled.
+void showGreyed(QStyleOptionViewItem&);
+
+// The colour of a text that is less important.
+QColor quiet(QColor);
+
 // Subdues the selection of a view without the focus, so that it is seen where the keys go.
 void showSelection(QStyleOptionViewItem&);
 

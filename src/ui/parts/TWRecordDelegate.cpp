@@ -1,7 +1,6 @@
 #include "ui/parts/TWRecordDelegate.h"
 
 #include "ui/parts/TWCellStyle.h"
-#include "ui/parts/TWCheckBox.h"
 #include "ui/parts/TWRecordModel.h"
 
 #include <QComboBox>
@@ -10,8 +9,6 @@
 using Kind = TWRecordColumn::Kind;
 
 namespace {
-
-constexpr float QuietOpacity = 0.72F;
 
 const TWRecordColumn& columnAt(const QModelIndex& index)
 {
@@ -37,43 +34,23 @@ void drawArrow(QPainter& painter, const QStyleOptionViewItem& option)
     option.widget->style()->drawPrimitive(QStyle::PE_IndicatorArrowDown, &arrow, &painter, option.widget);
 }
 
-QColor quiet(QColor color)
-{
-    color.setAlphaF(QuietOpacity);
-    return color;
-}
-
-// Styles have no disabled colour for what is selected.
-void styleUnused(QStyleOptionViewItem& option)
-{
-    auto& palette = option.palette;
-    palette.setColor(QPalette::Text, palette.color(QPalette::Disabled, QPalette::Text));
-    palette.setColor(QPalette::HighlightedText, quiet(palette.color(QPalette::HighlightedText)));
-}
-
 void styleNote(QStyleOptionViewItem& option, bool warning)
 {
     if (warning) {
         TWCellStyle::showWarning(option);
         return;
     }
-    option.palette.setColor(QPalette::Text, quiet(option.palette.color(QPalette::Text)));
+    option.palette.setColor(QPalette::Text, TWCellStyle::quiet(option.palette.color(QPalette::Text)));
 }
 
 }
 
 void TWRecordDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
-    QStyledItemDelegate::initStyleOption(option, index);
-    if (index.data(TWRecordModel::UnusedRole).toBool())
-        styleUnused(*option);
+    ImageAndTextCell::initStyleOption(option, index);
     switch (columnAt(index).kind) {
-    case Kind::Check:
-        TWCheckBox::showFrame(option->palette);
-        break;
     case Kind::Path:
         // A path is written from left to right in every language; otherwise its first slash would move to its end.
-        option->textElideMode = Qt::ElideMiddle;
         option->direction = Qt::LeftToRight;
         break;
     case Kind::Choice:
@@ -92,11 +69,9 @@ void TWRecordDelegate::initStyleOption(QStyleOptionViewItem* option, const QMode
 
 void TWRecordDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    QStyledItemDelegate::paint(painter, option, index);
+    ImageAndTextCell::paint(painter, option, index);
     if (columnAt(index).kind == Kind::Choice)
         drawArrow(*painter, option);
-    if (option.state & QStyle::State_HasFocus)
-        TWCellStyle::drawFocus(*painter, option);
 }
 
 QWidget* TWRecordDelegate::createEditor(

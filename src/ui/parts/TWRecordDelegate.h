@@ -1,15 +1,15 @@
 #pragma once
 
-#include <QStyledItemDelegate>
+#include "ui/parts/ImageAndTextCell.h"
 
 struct TWRecordColumn;
 
 // Paints and edits the cells of a record table. Works only with a TWRecordModel.
-class TWRecordDelegate final : public QStyledItemDelegate {
+class TWRecordDelegate final : public ImageAndTextCell {
     Q_OBJECT
 
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using ImageAndTextCell::ImageAndTextCell;
 
     void paint(QPainter*, const QStyleOptionViewItem&, const QModelIndex&) const override;
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override;

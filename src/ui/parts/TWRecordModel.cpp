@@ -1,5 +1,6 @@
 #include "ui/parts/TWRecordModel.h"
 
+#include "ui/parts/ImageAndTextCell.h"
 #include "ui/parts/TWQtText.h"
 
 #include <algorithm>
@@ -62,7 +63,7 @@ QVariant TWRecordModel::data(const QModelIndex& index, int role) const
         return column.checked(row) ? Qt::Checked : Qt::Unchecked;
     if (role == Qt::AccessibleTextRole)
         return accessibleText(row, column);
-    if (role == UnusedRole)
+    if (role == ImageAndTextCell::GreyedRole)
         return column.used && !column.used(row);
     if (column.kind == Kind::Check)
         return {};

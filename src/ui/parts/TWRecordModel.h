@@ -13,9 +13,6 @@ public:
     // For a note's cell: true if the note is a warning.
     static constexpr int WarningRole = Qt::UserRole;
 
-    // True if the cell does not matter in its row.
-    static constexpr int UnusedRole = Qt::UserRole + 1;
-
     TWRecordModel(std::vector<TWRecordColumn>, std::function<int()> recordCount, QObject* parent);
 
     const TWRecordColumn& column(int number) const { return columns_[static_cast<std::size_t>(number)]; }

@@ -35,6 +35,9 @@ signals:
     // there is nothing to say.
     void fileRequested(const std::string& path, const TWSheet::Said& said);
 
+    // The same, but wants to open the file.
+    void openRequested(const std::string& path, const TWSheet::Said& said);
+
 protected:
     // For the constructors of sheets. setContent() takes the content and the widget that gets the focus first; Alt with
     // the marked letter of the introduction also leads to that widget.

@@ -4,6 +4,7 @@
 #include "ui/sheets/TWDictionarySheet.h"
 #include "ui/sheets/TWFilesSheet.h"
 #include "ui/sheets/TWKeepSheet.h"
+#include "ui/sheets/TWLogsSheet.h"
 #include "ui/sheets/TWRecentItemsSheet.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ std::unique_ptr<TWSheet> make(TWEditors& editors, QWidget* window)
 }
 
 template <typename Sheet, typename Controller>
-std::unique_ptr<TWSheet> makeRules(TWEditors& editors, QWidget* window)
+std::unique_ptr<TWSheet> makeWithKeepList(TWEditors& editors, QWidget* window)
 {
     return std::make_unique<Sheet>(editors.get<Controller>(), editors.get<TWKeepWindowController>(), window);
 }
@@ -29,9 +30,11 @@ std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
 
 // In the order of the Edit menu.
 constexpr TWSheetRow Rows[] = {
-    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."), makeRules<TWFilesSheet, TWFilesWindowController> },
+    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."),
+        makeWithKeepList<TWFilesSheet, TWFilesWindowController> },
     { "recent-items", QT_TRANSLATE_NOOP("TWSheetTable", "&Recent Items Rules..."),
-        makeRules<TWRecentItemsSheet, TWRecentItemsWindowController> },
+        makeWithKeepList<TWRecentItemsSheet, TWRecentItemsWindowController> },
+    { "logs", QT_TRANSLATE_NOOP("TWSheetTable", "Lo&gs..."), makeWithKeepList<TWLogsSheet, TWLogsWindowController> },
     { "keep", QT_TRANSLATE_NOOP("TWSheetTable", "Keep &List..."), make<TWKeepSheet, TWKeepWindowController> },
     { "dictionary", QT_TRANSLATE_NOOP("TWSheetTable", "&Keyword Dictionary..."), makeDictionary },
 };

@@ -1,7 +1,6 @@
 #include "ui/windows/TWPreviewCellDelegate.h"
 
 #include "ui/parts/TWCellStyle.h"
-#include "ui/parts/TWCheckBox.h"
 #include "ui/windows/TWPreviewModel.h"
 
 #include <QPainter>
@@ -48,15 +47,13 @@ QString elidedPath(const QString& path, const QString& word, const QFontMetrics&
 
 void TWPreviewCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
-    QStyledItemDelegate::initStyleOption(option, index);
+    ImageAndTextCell::initStyleOption(option, index);
     TWCellStyle::showSelection(*option);
-    option->textElideMode = Qt::ElideMiddle; // the end of a reason names the word
     if (index.column() == TWPreviewModel::Path) {
         // A path is written from left to right in every language; otherwise its first slash would move to its end.
         option->direction = Qt::LeftToRight;
         const auto word = index.data(TWPreviewModel::WordRole).toString();
         option->text = elidedPath(option->text, word, option->fontMetrics, textRect(*option).width());
-        TWCheckBox::showFrame(option->palette);
     } else if (index.data(TWPreviewModel::WarningRole).toBool()) {
         TWCellStyle::showWarning(*option);
     }
@@ -64,14 +61,12 @@ void TWPreviewCellDelegate::initStyleOption(QStyleOptionViewItem* option, const 
 
 void TWPreviewCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    QStyledItemDelegate::paint(painter, option, index);
+    ImageAndTextCell::paint(painter, option, index);
     if (const auto word = index.data(TWPreviewModel::WordRole).toString(); !word.isEmpty()) {
         auto full = option;
         initStyleOption(&full, index);
         markWord(*painter, full, word);
     }
-    if (option.state & QStyle::State_HasFocus)
-        TWCellStyle::drawFocus(*painter, option);
 }
 
 // Underlines the word where it stands in the name. The reason beside it names it, too.

@@ -78,6 +78,8 @@ TWSheet* TWWindowSession::sheet(const char* editor)
     QObject::connect(sheet.get(), &TWSheet::editorRequested, &mainWindow_, [this](const char* other) { edit(other); });
     QObject::connect(sheet.get(), &TWSheet::fileRequested, &mainWindow_,
         [this](const auto& path, const auto& said) { fileActions_.show(path, said); });
+    QObject::connect(sheet.get(), &TWSheet::openRequested, &mainWindow_,
+        [this](const auto& path, const auto& said) { fileActions_.open(path, said); });
     return sheets_.emplace(editor, std::move(sheet)).first->second.get();
 }
 
