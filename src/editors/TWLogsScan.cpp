@@ -52,9 +52,9 @@ void finish(const std::vector<TWLogsNode*>& folders)
             std::sort(level.begin(), level.end(), TWLogsNode::comesBefore);
         }
     });
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-        TWLogsNode::adopt(*(*folder)->children, *folder);
-        (*folder)->addUp();
+    for (auto index = folders.size(); index-- > 0;) {
+        TWLogsNode::adopt(*folders[index]->children, folders[index]);
+        folders[index]->addUp();
     }
 }
 
