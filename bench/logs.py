@@ -28,14 +28,15 @@ def measure_reading(surroundings, folder, rounds, goals):
     goals.at_most("first tree, of the bare loop", 0.8, times["first tree"] / times["bare loop of fstatat"])
 
 
-def measure_sheet(surroundings, folder, goals):
-    lines = subprocess.run([PROGRAM, "sheet", folder], env=surroundings, stdout=subprocess.PIPE, text=True,
+def measure_sheet(mode, surroundings, folder, longest, goals):
+    lines = subprocess.run([PROGRAM, mode, folder], env=surroundings, stdout=subprocess.PIPE, text=True,
                            check=True).stdout
-    print(f"\n{'the sheet':50}{'ms':>12}{'longest turn':>14}")
+    print(f"\n{mode:50}{'ms':>12}{'longest turn':>14}")
     steps = [line.split("\t") for line in lines.splitlines()]
     for name, taken, turn in steps:
         print(f"  {name:48}{taken:>12}{turn:>14}")
-    goals.at_most("longest turn, in ms", 50, max(float(turn) for _, _, turn in steps))
+    goals.at_most(f"longest turn, {mode}, in ms", longest, max(float(turn) for _, _, turn in steps))
+    subprocess.run(["find", folder, "-name", "new.log", "-delete"], check=True)
 
 
 def main():
@@ -54,7 +55,9 @@ def main():
             one for one, in several["reload"]))
         few, many = (statistics.median(column) for column in zip(*several["merge"]))
         goals.at_most("a saved node among 100,000, of one among 10,000", 2, many / few)
-        measure_sheet(surroundings, folder, goals)
+        measure_sheet("sheet", surroundings, folder, 50, goals)
+        # Qt lays out all 200,000 rows anew at each change.
+        measure_sheet("expanded", surroundings, folder, 150, goals)
     goals.end()
 
 

@@ -28,6 +28,11 @@ struct NoNotifier final : TWNotifier {
 };
 
 struct WindowWorld {
+    explicit WindowWorld(TWPlaces where)
+        : places(std::move(where))
+    {
+    }
+
     TWPlaces places;
     TWQtRunLoop runLoop;
     TWLinuxProcessLauncher launcher{ runLoop };

@@ -78,12 +78,13 @@ bool TWLogsNode::comesBefore(const std::unique_ptr<TWLogsNode>& one, const std::
 void TWLogsNode::adopt(const Level& level, TWLogsNode* parent)
 {
     parent->hasChosen = false;
-    parent->isInOrder = true;
+    parent->sortedFrom = 0;
     for (std::uint32_t index = 0; index < level.size(); ++index) {
         auto& child = *level[index];
-        const bool isAfterRest = index > 0 && !level[index - 1]->isChosen();
-        if (isAfterRest && (child.isChosen() || comesBefore(level[index], level[index - 1])))
-            parent->isInOrder = false;
+        if (child.isChosen())
+            parent->sortedFrom = index + 1;
+        else if (index > parent->sortedFrom && comesBefore(level[index], level[index - 1]))
+            parent->sortedFrom = index;
         child.parent = parent;
         child.row = index;
         parent->hasChosen = parent->hasChosen || child.isChosen() || child.hasChosen;

@@ -68,13 +68,13 @@ public:
     std::int64_t active = TWLogUnchecked;
     std::unique_ptr<TWKeptEntries> kept; // what its record holds that is not understood
     std::uint32_t row = 0; // in its level
+    std::uint32_t sortedFrom = 0; // the row from which the children are sorted by name, whatever clicks do
     TWFileKind kind = TWFileKind::Other; // if it is there
     State state = State::Unknown;
     Root root = Root::None;
     bool isUnread = false; // a folder that could not be read or is not looked into
     bool isKnown = false; // in a fresh level: a folder whose contents are as they were, not looked into again
     bool isShown = true; // the filter lets it or something below it through
-    bool isInOrder = true; // the chosen children come first, and the others are sorted
     bool hasChosen = false; // something below it may be checked or mixed
 
 private:

@@ -223,7 +223,6 @@ void TWLogsTree::setActiveStatus(std::int64_t active, TWLogsNode& node)
 
 void TWLogsTree::noteUnsorted(TWLogsNode& folder)
 {
-    folder.isInOrder = false;
     unsorted_.insert(folder.parent ? folder.itemPath() : "");
 }
 
@@ -289,15 +288,12 @@ TWLogsNode* TWLogsTree::findBelow(TWLogsNode& folder, const std::string& itemPat
     return nullptr;
 }
 
-// The child that has the path or is above it. Of a level that is in order, only the chosen nodes are looked at one by
-// one.
+// The child that has the path or is above it. Only those that are not sorted are looked at one by one.
 TWLogsNode* TWLogsTree::findChild(TWLogsNode& folder, const std::string& itemPath)
 {
     auto& level = *folder.children;
     const auto path = folder.folderPath();
-    auto rest = level.end();
-    if (!path.empty() && folder.isInOrder)
-        rest = std::partition_point(level.begin(), level.end(), [](const auto& node) { return node->isChosen(); });
+    const auto rest = path.empty() ? level.end() : level.begin() + folder.sortedFrom;
     const auto found = std::find_if(level.begin(), rest, [&](const auto& node) {
         const auto nodePath = node->itemPath();
         return nodePath == itemPath || (node->children && TWPath::isAtOrBelow(itemPath, nodePath));

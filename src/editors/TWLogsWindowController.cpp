@@ -13,7 +13,7 @@ constexpr auto HelpAnchor = "Logs";
 constexpr auto NameNotText
     = "\"%@\" cannot be checked, because its name is not valid UTF-8. Check the folder around it instead.";
 
-constexpr std::size_t FoldersPerTurn = 100;
+constexpr std::size_t NodesPerTurn = 8'000;
 
 using State = TWLogsNode::State;
 
@@ -129,13 +129,17 @@ void TWLogsWindowController::readChanged()
                      filter = filterText_](Stream::Sink& sink, const std::shared_ptr<TWWatchedFolders>& watched) {
         const TWLogsScan scan(fileSystem, *roots, places, watched, sink.cancellation());
         Read read;
+        std::size_t nodes = 0;
         for (const auto& folder : wanted) {
             int error = 0;
             auto level = scan.logsFromPath(folder.path, folder.known, error);
             TWLogsFilter::mark(level, filter);
+            nodes += level.size() + 1;
             read.folders.push_back({ places.abbreviate(folder.path), std::move(level), error != 0 });
-            if (read.folders.size() == FoldersPerTurn)
+            if (nodes >= NodesPerTurn) {
                 sink.put(std::exchange(read, {}));
+                nodes = 0;
+            }
         }
         sink.put(std::move(read));
     });
@@ -274,22 +278,41 @@ void TWLogsWindowController::filtered()
         view_->treeChanged();
 }
 
-const TWLogsWindowController::Shown& TWLogsWindowController::shown(const TWLogsNode* item) const
+const TWLogsTree::Level& TWLogsWindowController::level(const TWLogsNode* item) const
+{
+    static const TWLogsTree::Level Empty;
+    if (!item)
+        return tree_.logsRoot();
+    return item->children ? *item->children : Empty;
+}
+
+const TWLogsWindowController::Shown& TWLogsWindowController::matching(const TWLogsNode* item) const
 {
     const auto [found, isNew] = shown_.try_emplace(item);
-    const auto* level = item ? item->children.get() : &tree_.logsRoot();
-    if (!isNew || !level)
+    if (!isNew)
         return found->second;
-    for (const auto& node : *level) {
-        if (!isFiltered_ || node->isShown)
+    for (const auto& node : level(item)) {
+        if (node->isShown)
             found->second.push_back(node.get());
     }
     return found->second;
 }
 
+std::size_t TWLogsWindowController::numberOfChildren(const TWLogsNode* item) const
+{
+    return isFiltered_ ? matching(item).size() : level(item).size();
+}
+
+TWLogsNode* TWLogsWindowController::child(std::size_t index, const TWLogsNode* item) const
+{
+    return isFiltered_ ? matching(item)[index] : level(item)[index].get();
+}
+
 std::size_t TWLogsWindowController::rowOf(const TWLogsNode& item) const
 {
-    const auto& level = shown(item.parentItem());
+    if (!isFiltered_)
+        return item.row;
+    const auto& level = matching(item.parentItem());
     const auto found = std::lower_bound(
         level.begin(), level.end(), &item, [](const auto* one, const auto* other) { return one->row < other->row; });
     return found != level.end() && *found == &item ? static_cast<std::size_t>(found - level.begin()) : level.size();

@@ -76,8 +76,8 @@ public:
     std::string watchProblem() const { return watch_ ? watch_->problem() : ""; }
 
     // What the outline shows. A node without a parent item is below nullptr.
-    std::size_t numberOfChildren(const TWLogsNode* item) const { return shown(item).size(); }
-    TWLogsNode* child(std::size_t index, const TWLogsNode* item) const { return shown(item)[index]; }
+    std::size_t numberOfChildren(const TWLogsNode* item) const;
+    TWLogsNode* child(std::size_t index, const TWLogsNode* item) const;
     static bool isItemExpandable(const TWLogsNode& item) { return item.isFolder(); }
     std::size_t rowOf(const TWLogsNode& item) const; // numberOfChildren() if the filter hides it
     TWLogsNode* find(const std::string& itemPath) { return tree_.find(itemPath); }
@@ -143,7 +143,8 @@ private:
     void nodesChanged();
     void filtered();
     void dispose(TWLogsTree::Level);
-    const Shown& shown(const TWLogsNode* item) const;
+    const TWLogsTree::Level& level(const TWLogsNode* item) const;
+    const Shown& matching(const TWLogsNode* item) const;
 
     const TWEditorContext context_;
     TWLogsView* view_ = nullptr;
@@ -157,7 +158,7 @@ private:
     std::string filterText_;
     std::unique_ptr<TWLogsFilter> filter_; // nullptr if the text is ""
     bool isFiltered_ = false; // the tree shows what the filter has found
-    mutable std::unordered_map<const TWLogsNode*, Shown> shown_; // by folder, as far as was asked for
+    mutable std::unordered_map<const TWLogsNode*, Shown> shown_; // with a filter, by folder, as far as was asked for
     std::shared_ptr<const TWLogRoots> roots_; // as the latest reading of everything has found them
     std::unique_ptr<TWRunLoopHandle> disposal_;
 };

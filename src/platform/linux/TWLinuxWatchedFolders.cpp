@@ -87,16 +87,18 @@ std::string TWLinuxWatchedFolders::realPathOf(const std::string& folder)
 
 void TWLinuxWatchedFolders::add(const std::string& folder)
 {
-    const std::lock_guard files(files_);
+    std::unique_lock files(files_);
     const auto realPath = realPathOf(folder);
+    files.unlock(); // all threads of a walk add folders
     if (realPath.empty() || realPath.size() >= PATH_MAX)
         return;
     const auto opened = TWLinuxOpenWithoutLinks(AT_FDCWD, realPath.c_str(), O_PATH);
     if (!opened.isOpen() && isNotThere(errno))
         return;
     const int watch = opened.isOpen() ? inotify_add_watch(inotify_.get(), linkTo(opened).c_str(), Mask) : -1;
+    const int error = errno;
+    files.lock();
     if (watch < 0) {
-        const int error = errno;
         addPolled(folder, realPath, opened.isOpen() ? TWLookAt(opened.get(), "") : fileSystem_.look(realPath), error);
         return;
     }
