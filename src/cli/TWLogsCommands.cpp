@@ -26,8 +26,8 @@ constexpr auto PathHelp = "A log or a log folder; a relative path is taken from 
 constexpr auto UserHelp = "Everything in the user's log folders, User Logs";
 constexpr auto SystemHelp = "Everything in the system's log folder, System Logs";
 
-// Applies a change to the nodes of a saved list; false leaves it as it is.
-using Change = std::function<bool(TWLogsTree&)>;
+// Applies a change to the nodes of a list, or leaves it as it is and returns the answer to the command.
+using Change = std::function<std::optional<TWCommandResult>(TWLogsTree&)>;
 
 TWLogsWindowController& editor(const TWCommandContext& context)
 {
@@ -88,15 +88,17 @@ TWCommandResult list(const TWCommandContext& context, const TWInvocation& invoca
 
 TWCommandResult change(const TWCommandContext& context, const Change& change)
 {
+    std::optional<TWCommandResult> answer;
     const auto problem = editor(context).list().changeSaved([&](TWLogsTree::Records& records) {
         TWLogsTree tree(context.places.abbreviate(context.places.systemLogs));
         tree.load(records);
-        if (!change(tree))
-            return false;
-        records = tree.cleanedArrayFrom();
-        return true;
+        answer = change(tree);
+        if (!answer)
+            records = tree.cleanedArrayFrom();
+        return !answer;
     });
-    return TWSaved(problem.value_or(""));
+    // Nothing if the saved list was left as it is. Otherwise the answer may be about the live list, which may differ.
+    return problem ? TWSaved(*problem) : *answer;
 }
 
 // Why the path cannot be checked, or nothing.
@@ -135,18 +137,14 @@ TWCommandResult check(const TWCommandContext& context, const TWInvocation& invoc
         if (auto refused = refusal(context, known, meant, look))
             return *refused;
     }
-    bool isAbove = false;
-    auto result = change(context, [&](TWLogsTree& tree) {
+    return change(context, [&](TWLogsTree& tree) -> std::optional<TWCommandResult> {
         auto& node = tree.add(known, context.places, meant.path, look.isFolder());
-        isAbove = TWLogsTree::hasActiveParent(node);
-        if (isAbove)
-            return false;
+        if (TWLogsTree::hasActiveParent(node))
+            return TWCommandResult{ TWStatus::Success, TWText::fill(CheckedAbove, { TWText::oneLine(meant.stored) }),
+                "" };
         tree.click(node, TWLogChecked);
-        return true;
+        return std::nullopt;
     });
-    if (isAbove)
-        result.out = TWText::fill(CheckedAbove, { TWText::oneLine(meant.stored) });
-    return result;
 }
 
 // Whether a folder above it is checked, so that everything in there is deleted.
@@ -163,23 +161,19 @@ TWCommandResult uncheck(const TWCommandContext& context, const TWInvocation& inv
     TWMeantPath meant;
     if (const auto problem = readPath(context, invocation, meant); !problem.empty())
         return TWWrongUse(problem);
-    const char* failure = nullptr;
-    auto result = change(context, [&](TWLogsTree& tree) {
+    return change(context, [&](TWLogsTree& tree) -> std::optional<TWCommandResult> {
         const auto path = meant.path == context.places.systemLogs ? std::string(TWAllSystemLogs)
                                                                   : context.places.abbreviate(meant.path);
         auto* node = tree.findChosen(path);
-        if (!node)
-            failure = isBelowChecked(context, tree, meant.path) ? UncheckAbove : NotChecked;
-        if (failure)
-            return false;
+        if (!node) {
+            const auto* text = isBelowChecked(context, tree, meant.path) ? UncheckAbove : NotChecked;
+            return TWCommandResult{ TWStatus::Failure, "", TWText::fill(text, { TWText::oneLine(meant.stored) }) };
+        }
         // A hand-made list may name it several times.
         for (; node; node = tree.findChosen(path))
             tree.click(*node, TWLogUnchecked);
-        return true;
+        return std::nullopt;
     });
-    if (failure)
-        return { TWStatus::Failure, "", TWText::fill(failure, { TWText::oneLine(meant.stored) }) };
-    return result;
 }
 
 }

@@ -68,6 +68,22 @@ void prune(TWLogsNode& folder, Level& dropped)
     folder.setChildren(std::move(chosen));
 }
 
+// Unchecks everything below the folder and forgets what is not there, so that its level is like a fresh one. Passes
+// over what is as it was read.
+void unchoose(TWLogsNode& folder)
+{
+    folder.active = TWLogUnchecked;
+    if (!folder.children || (!folder.hasChosen && folder.sortedFrom == 0))
+        return;
+    auto level = std::move(*folder.children);
+    for (const auto& child : level)
+        unchoose(*child);
+    std::erase_if(
+        level, [](const auto& node) { return node->state != State::There && node->root == TWLogsNode::Root::None; });
+    std::sort(level.begin(), level.end(), TWLogsNode::comesBefore);
+    folder.setChildren(std::move(level));
+}
+
 // The saved node gets what the disk says about it, and what it lacks below it.
 void mergeNode(TWLogsNode& saved, std::unique_ptr<TWLogsNode> fresh, const TWLogsTree::Missing& missing)
 {
@@ -106,6 +122,12 @@ TWLogsTree::Level TWLogsTree::load(const Records& records)
     top_.setChildren(std::move(level));
     unsorted_.clear();
     return old;
+}
+
+void TWLogsTree::replaceChosen(const Records& records)
+{
+    unchoose(top_);
+    merge(load(records), [](const TWLogsNode&) { return State::Unknown; });
 }
 
 void TWLogsTree::merge(Level fresh, const Missing& missing)
@@ -189,6 +211,7 @@ void TWLogsTree::click(TWLogsNode& node, std::int64_t value)
     node.active = value == TWLogMixed ? TWLogChecked : value;
     noteUnsorted(*node.parent);
     updateParentStatus(node);
+    top_.hasChosen = true;
     if (!node.children || !node.hasChosen)
         return;
     for (const auto& child : *node.children)

@@ -25,6 +25,9 @@ public:
     // Replaces the tree by the saved nodes and returns the old one.
     Level load(const Records&);
 
+    // Puts other saved nodes over the nodes that are there, until those are read anew.
+    void replaceChosen(const Records&);
+
     // Merges fresh nodes, the roots with everything below them, into the tree.
     void merge(Level fresh, const Missing&);
 

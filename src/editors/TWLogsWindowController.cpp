@@ -35,7 +35,7 @@ void TWLogsWindowController::awakeFromNib(TWLaunchKind)
 
 void TWLogsWindowController::listChanged()
 {
-    change([this] { dispose(tree_.load(list_.records())); });
+    change([this] { tree_.replaceChosen(list_.records()); });
     if (watch_)
         reloadLogs();
 }

@@ -112,7 +112,6 @@ private:
     {
         switch (result) {
         case LZMA_OK:
-            return isEnd ? State::EndsEarly : State::Going;
         case LZMA_BUF_ERROR: // it can do nothing without more bytes
             return isEnd ? State::EndsEarly : State::Going;
         case LZMA_STREAM_END:

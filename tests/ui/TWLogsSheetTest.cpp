@@ -124,11 +124,23 @@ TEST_F(TWLogsSheetTest, AReloadKeepsTheSelectionWhatIsExpandedAndThePlaceOnTheSc
     EXPECT_EQ(tree->visualRect(tree->currentIndex()), place);
     EXPECT_TRUE(tree->isExpanded(row("old")) && row("b.log").isValid());
 
-    // A command leaves only the saved nodes until everything is read again.
-    controller.list().changeSaved([](auto&) { return true; });
-    EXPECT_FALSE(row("old").isValid());
+    // A command checks one log and a folder whose log is checked here; both show at once, in the tree as it is.
+    const auto log = [&](const std::string& name) {
+        return TWLogsRecord{ name, pathOf("var/log/" + name), TWLogChecked, std::nullopt };
+    };
+    click("m249.log");
+    controller.list().changeSaved([&](auto& records) {
+        records = { { "System Logs", std::string(TWAllSystemLogs), TWLogMixed,
+            std::vector<TWLogsRecord>{ log("n.log"), log("gone.log") } } };
+        return true;
+    });
+    const auto box = [&](const char* name) { return row(name).data(Qt::CheckStateRole).toInt(); };
+    EXPECT_EQ(current(), "m250.log");
+    EXPECT_TRUE(row("gone.log").isValid() && tree->isExpanded(row("old")));
+    EXPECT_TRUE(box("n.log") == Qt::Checked && box("m249.log") == Qt::Unchecked);
     waitForTree();
-    EXPECT_TRUE(tree->isExpanded(row("old")));
+    EXPECT_TRUE(current() == "m250.log" && tree->isExpanded(row("old")));
+    EXPECT_TRUE(box("n.log") == Qt::Checked && box("m249.log") == Qt::Unchecked);
 
     go("m250.log");
     std::filesystem::remove(world.root.path("var/log/m250.log"));

@@ -2,6 +2,7 @@
 
 #include "TWUITestSupport.h"
 #include "ui/parts/ImageAndTextCell.h"
+#include "ui/parts/TWPictureDecoder.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWQuickLookOutlineView.h"
 
@@ -113,7 +114,16 @@ TEST_F(TWQuickLookWindowTest, EachKindOfFileReplacesWhatWasShownBefore)
         longText += "line " + std::to_string(line) + '\n';
     QImage picture(3000, 10, QImage::Format_RGB32);
     picture.fill(Qt::red);
+    picture.setText("Comment", QString(1'000'000, 'x'));
     picture.save(QString::fromStdString(root.path("picture")), "PNG");
+    const auto decode = [bytes = root.read("picture")](const TWCancellation& cancellation) {
+        QSize size;
+        return TWPictureDecoder::decode(bytes, cancellation, size);
+    };
+    TWCancellation cancellation;
+    EXPECT_EQ(decode(cancellation).textKeys(), QStringList()) << "many compressed texts would take all memory";
+    cancellation.cancel();
+    EXPECT_TRUE(decode(cancellation).isNull());
     add("long", longText);
     open();
     preview->showFile(root.path("long"));

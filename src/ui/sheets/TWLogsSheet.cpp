@@ -273,6 +273,8 @@ void TWLogsSheet::openHelpAnchor(const std::string& anchor)
 void TWLogsSheet::treeWillChange()
 {
     const auto current = tree_->currentIndex();
+    const auto* const item = selectedItem();
+    lookedAt_ = item && isLooking() ? LookedAt{ item->itemPath(), item->kind, item->bytes } : LookedAt();
     nearCurrent_.clear();
     for (const auto& index : { current, tree_->indexBelow(current), tree_->indexAbove(current), current.parent() }) {
         if (current.isValid() && index.isValid())
@@ -297,6 +299,7 @@ void TWLogsSheet::treeChanged()
     tree_->doItemsLayout(); // at once, because the rows of before are gone
     restoreCurrent();
     restoreScroll();
+    lookAgain();
     if (isFilterNew)
         tree_->scrollTo(tree_->currentIndex()); // and expands what is above it
     showState();
@@ -348,6 +351,17 @@ void TWLogsSheet::restoreCurrent()
     }
     if (!tree_->currentIndex().isValid())
         tree_->setCurrentIndex(model_->index(0, 0));
+}
+
+// Shows the selected file anew if there is another one at its path now, or if it was cut. One that has only grown stays
+// as it was, because someone may be reading it.
+void TWLogsSheet::lookAgain()
+{
+    const auto* const item = selectedItem();
+    if (!item || !isLooking() || item->itemPath() != lookedAt_.path)
+        return;
+    if (item->kind != lookedAt_.kind || item->bytes < lookedAt_.bytes)
+        controller_.outlineViewSpaceKeyDown();
 }
 
 void TWLogsSheet::restoreScroll()
@@ -456,7 +470,7 @@ QString TWLogsSheet::checkedText() const
         ? tr(NothingChecked)
         : tr(CheckedSize)
               .arg(QLocale().toString(qulonglong(count)), TWQtText::exact(TWText::size(controller_.checkedBytes())));
-    return controller_.hasUnsavedEdits() ? text + ". " + tr(NotSaved) : text;
+    return controller_.hasUnsavedEdits() ? text + (count == 0 ? " " : ". ") + tr(NotSaved) : text;
 }
 
 void TWLogsSheet::showActions()

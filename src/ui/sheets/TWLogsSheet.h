@@ -16,6 +16,13 @@ class TWSpinner;
 class TWLogsSheet final : public TWSheet, private TWLogsView, private TWQuickLookOutlineViewDelegate {
     Q_OBJECT
 
+    // What the preview shows, as the tree had it.
+    struct LookedAt {
+        std::string path;
+        TWFileKind kind = TWFileKind::Other;
+        std::uint64_t bytes = 0;
+    };
+
 public:
     // Becomes the controller's view. Both controllers must outlive the sheet.
     TWLogsSheet(TWLogsWindowController&, TWKeepWindowController&, QWidget* parent);
@@ -54,6 +61,7 @@ private:
     void expandMatches();
     void restoreCurrent();
     void restoreScroll();
+    void lookAgain();
     void currentChanged();
     void showState();
     void showActions();
@@ -91,6 +99,7 @@ private:
     bool mustShowMatches_ = false; // as soon as the filter has found them
     bool isWatchProblemShown_ = false;
     std::vector<std::string> nearCurrent_; // paths, while the tree changes: the current row and those around it
+    LookedAt lookedAt_; // while the tree changes
     std::string topmost_; // the path, while the tree changes, of a row at the top of the view, and its place
     int heightAbove_ = 0;
 };

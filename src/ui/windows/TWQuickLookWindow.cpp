@@ -4,6 +4,7 @@
 #include "support/TWText.h"
 #include "ui/parts/TWControls.h"
 #include "ui/parts/TWMessageBar.h"
+#include "ui/parts/TWPictureDecoder.h"
 #include "ui/parts/TWPictureView.h"
 #include "ui/parts/TWQtText.h"
 #include "ui/parts/TWQuietLabel.h"
@@ -11,11 +12,9 @@
 #include "ui/parts/TWSpinner.h"
 #include "ui/parts/TWTextLabel.h"
 
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QFontDatabase>
 #include <QFontInfo>
-#include <QImageReader>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -64,7 +63,6 @@ constexpr int WindowHeight = 36;
 constexpr int LongestPiece = 8 * 1024; // in characters
 constexpr int MostLinesInPiece = 500;
 
-constexpr QSize LargestPicture(2048, 2048); // in pixels, so that it is painted at once
 constexpr double NameScale = 1.2;
 
 // Splits a text after lines.
@@ -79,20 +77,6 @@ QStringList piecesOf(const QString& text)
         pieces.append(text.mid(begin, end - begin));
     }
     return pieces;
-}
-
-// Returns a null image if the picture is damaged or takes too much memory. Sets size to that of the whole picture.
-QImage decoded(const std::string& bytes, QSize& size)
-{
-    auto data = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
-    QBuffer buffer(&data);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(true);
-    const auto picture = reader.read();
-    size = picture.size();
-    const bool fits = size.width() <= LargestPicture.width() && size.height() <= LargestPicture.height();
-    return fits ? picture : picture.scaled(LargestPicture, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
 }
@@ -241,7 +225,7 @@ TWQuickLookWindow::Content TWQuickLookWindow::read(
 {
     Content content;
     const auto takePicture = [&](const std::string& bytes) {
-        content.picture = decoded(bytes, content.pictureSize);
+        content.picture = TWPictureDecoder::decode(bytes, cancellation, content.pictureSize);
         return !content.picture.isNull();
     };
     content.sample = TWFileSampler::sample(fileSystem, path, takePicture, cancellation);
