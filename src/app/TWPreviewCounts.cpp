@@ -20,7 +20,7 @@ std::vector<TWPreviewCount> countGroups(
             const bool refused = !share.plan->wouldDelete(item);
             ++count.items;
             count.refused += refused;
-            if (refused || share.unticked[index])
+            if (refused || share.unticked[index] || item.isAbsent())
                 continue;
             ++count.ticked;
             count.bytes += index < share.sized ? (*share.bytes)[index] : 0;

@@ -27,6 +27,7 @@ constexpr auto Found = "%@: %@ found...";
 constexpr auto Measured = "%@: %@ of %@ measured...";
 constexpr auto Nothing = "Nothing would be deleted.";
 constexpr auto WouldBeDeleted = "%@, %@ would be deleted%@%@.";
+constexpr auto NotThere = "%@, but it is not there now";
 constexpr auto AndEntries = "; %@ would be removed from files that stay";
 constexpr auto AndRefused = "; %@ refused";
 constexpr auto OnlyRefused = "Nothing would be deleted; %@ refused.";
@@ -425,6 +426,8 @@ std::string TWPreviewWindowController::why(TWPreviewRow row) const
     }
     const auto matched = word(row);
     const auto rule = cleaner(row).ruleName(item(row));
+    if (item(row).isAbsent())
+        return TWText::fill(NotThere, { rule });
     return matched.empty() ? rule : TWText::fill(WithWord, { rule, matched });
 }
 

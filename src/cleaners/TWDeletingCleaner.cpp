@@ -146,8 +146,11 @@ void TWDeletingCleaner::addUpOutcome()
     Names names;
     for (std::size_t position = 0; position < queued_.size(); ++position) {
         const bool gone = fileDeleteQueue_->isGone(position);
+        const bool deleted = gone && fileDeleteQueue_->isDeleted(position);
+        if (gone && !deleted && plan_->items[queued_[position]].isAbsent())
+            continue;
         ++(gone ? outcome_.gone : outcome_.left);
-        if (gone && fileDeleteQueue_->isDeleted(position))
+        if (deleted)
             addUpFreed(position, names);
     }
     outcome_.left += refused_;

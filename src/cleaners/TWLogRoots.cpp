@@ -7,7 +7,6 @@
 namespace {
 
 constexpr auto NotALog = "it does not lie in a log folder.";
-constexpr auto Ambiguous = "its path is not written out.";
 
 }
 
@@ -46,7 +45,7 @@ TWLogPlace TWLogRoots::find(const TWFileSystem& fileSystem, const std::string& i
     place.name = TWPath::lastComponent(place.path);
     // Nothing that the scan finds has "." or ".." in it.
     if (place.path != places_.expand(itemPath)) {
-        place.objection = Ambiguous;
+        place.objection = TWLogPlace::Ambiguous;
         return place;
     }
     std::string root; // what the path is below; links on the way to it are followed

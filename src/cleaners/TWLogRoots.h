@@ -6,6 +6,7 @@
 
 // Where a log lies, with all links before its root resolved and none below it.
 struct TWLogPlace {
+    static constexpr auto Ambiguous = "its path is not written out.";
     static constexpr auto BehindLink = "a link leads there from its log folder.";
 
     std::string path; // absolute, for messages

@@ -32,6 +32,9 @@ struct TWPlannedItem {
     std::uint32_t change = TWNone; // in TWPlan::changes, if it is about a preference file
     bool keepsFile = false; // only loses entries; otherwise the path would be deleted
     bool quiet = false; // neither announced nor counted: a record that belongs to other items, or a key without entries
+
+    // Nothing was at its path when it was planned. It is handed on all the same, but does not count.
+    bool isAbsent() const { return facts.identity == TWFileIdentity(); }
 };
 
 // A line that a plan says, and what it means for the job.

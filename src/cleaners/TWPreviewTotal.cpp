@@ -148,6 +148,8 @@ TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>& shares, const T
             total.refused += !item.quiet && !share.plan->wouldDelete(item);
             if (!wouldBeDeleted(share, index) || overlaps.isRepeated(*share.plan, item, { share.cleaner, index }))
                 continue;
+            if (item.isAbsent())
+                continue;
             ++total.items;
             if (item.keepsFile) {
                 ++total.keys;

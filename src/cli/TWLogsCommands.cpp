@@ -2,6 +2,7 @@
 
 #include "cli/TWJSON.h"
 #include "cli/TWPathArgument.h"
+#include "editors/TWLogsScan.h"
 #include "editors/TWLogsWindowController.h"
 #include "platform/TWDanglingLink.h"
 #include "support/TWPath.h"
@@ -16,6 +17,9 @@ constexpr auto NotText = "\"%@\" cannot be checked, because its name is not vali
 constexpr auto CheckedAbove = "\"%@\" is checked already, with the folder around it.\n";
 constexpr auto UncheckAbove = "\"%@\" is checked with the folder around it. Uncheck that.\n";
 constexpr auto NotChecked = "\"%@\" is not checked.\n";
+
+constexpr auto IsGone = "  (no longer there)";
+constexpr auto IsOutside = "  (in no log folder, so never deleted)";
 
 constexpr auto OneOfThem = "Give either the path of a log, or --user, or --system.\n";
 
@@ -53,36 +57,59 @@ std::string readPath(const TWCommandContext& context, const TWInvocation& invoca
     return meant.problem;
 }
 
-void addLines(const TWLogsNode& node, int depth, bool json, std::string& out)
+// What is unusual about a chosen node, for people and for programs.
+struct Remark {
+    const char* text = "";
+    const char* json = nullptr;
+};
+
+Remark remarkOn(const TWLogsNode& node, const TWLogsScan::States& states)
 {
+    const auto found = states.find(node.itemPath());
+    if (found != states.end() && found->second == TWLogsNode::State::Vanished)
+        return { IsGone, "gone" };
+    if (found != states.end() && found->second == TWLogsNode::State::Outside)
+        return { IsOutside, "outside" };
+    return {};
+}
+
+void addLines(const TWLogsNode& node, const TWLogsScan::States& states, int depth, bool json, std::string& out)
+{
+    const auto remark = remarkOn(node, states);
     if (json) {
         TWJSON::Object object{ { "Item", TWText::validUTF8(node.item) } };
         TWJSON::addBytes(object, "ItemPath", "pathBytes", node.itemPath());
         object["Active"] = node.active;
+        if (remark.json)
+            object["state"] = remark.json;
         out += TWJSON::line(object);
     } else {
         const auto* state = node.active == TWLogChecked ? "on     " : node.active == TWLogMixed ? "mixed  " : "off    ";
         const auto path = node.root == TWLogsNode::Root::User ? "" : "  " + TWText::oneLine(node.folderPath());
-        out += state + std::string(static_cast<std::size_t>(depth) * 2, ' ') + TWText::oneLine(node.item) + path + "\n";
+        out += state + std::string(static_cast<std::size_t>(depth) * 2, ' ') + TWText::oneLine(node.item) + path
+            + remark.text + "\n";
     }
     if (!node.children)
         return;
     for (const auto& child : *node.children)
-        addLines(*child, depth + 1, json, out);
+        addLines(*child, states, depth + 1, json, out);
 }
 
 TWCommandResult list(const TWCommandContext& context, const TWInvocation& invocation)
 {
     const auto known = roots(context);
     TWLogsTree tree(context.places.abbreviate(known.systemLogs()));
-    tree.load(editor(context).list().saved());
+    const auto records = editor(context).list().saved();
+    tree.load(records);
+    const TWCancellation never;
+    const auto states = TWLogsScan(context.host.fileSystem(), known, context.places, nullptr, never).states(records);
     tree.add(known, context.places, std::string(TWAllUserLogs), true);
     tree.add(known, context.places, std::string(TWAllSystemLogs), true);
     for (const auto& source : known.sources())
         tree.add(known, context.places, source.path, source.isFolder);
     std::string out;
     for (const auto& root : tree.logsRoot())
-        addLines(*root, 0, invocation.json, out);
+        addLines(*root, states, 0, invocation.json, out);
     return { TWStatus::Success, out, "" };
 }
 

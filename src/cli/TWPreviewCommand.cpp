@@ -17,6 +17,7 @@ constexpr auto WhyWithWord = "%@, the word \"%@\"";
 constexpr auto Heading = "%@:\n";
 constexpr auto Note = "  %@\n";
 constexpr auto WhyHeading = "  %@:\n";
+constexpr auto NotThere = "    is not there now: %@\n";
 constexpr auto WouldBeDeleted = "    would be deleted: %@ (%@)\n";
 constexpr auto WouldBeDeletedForWord = "    would be deleted: %@ (%@, the word \"%@\")\n";
 constexpr auto WouldLose = "    would lose %@: %@\n";
@@ -44,6 +45,8 @@ std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
         object["key"] = TWText::validUTF8(cleaner.plan()->change(item).key);
         object["entries"] = cleaner.plan()->change(item).entries;
     }
+    if (item.isAbsent())
+        object["absent"] = true;
     object["why"] = TWText::validUTF8(why);
     if (const auto refusal = cleaner.refusal(item); !refusal.empty())
         object["refused"] = TWText::validUTF8(refusal);
@@ -58,6 +61,8 @@ std::string textFor(const TWCleanerPreview& cleaner, std::size_t index)
         return TWText::fill(WouldBeRefused, { path, TWText::oneLine(refusal) });
     if (item.keepsFile)
         return TWText::fill(WouldLose, { TWText::oneLine(TWPlanReasons::entries(*cleaner.plan(), item)), path });
+    if (item.isAbsent())
+        return TWText::fill(NotThere, { path });
     const auto size = TWText::size(cleaner.bytes(index));
     const auto word = cleaner.word(item);
     return word.empty() ? TWText::fill(WouldBeDeleted, { path, size })

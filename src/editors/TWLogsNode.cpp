@@ -103,6 +103,7 @@ std::unique_ptr<TWLogsNode> TWLogsNode::clone() const
     auto copy = std::make_unique<TWLogsNode>();
     copy->item = item;
     copy->bytes = bytes;
+    copy->ownBytes = ownBytes;
     copy->modified = modified;
     copy->active = active;
     copy->kept = kept ? std::make_unique<TWKeptEntries>(*kept) : nullptr;
@@ -124,7 +125,7 @@ void TWLogsNode::addUp()
 {
     if (!children)
         return;
-    bytes = 0;
+    bytes = ownBytes;
     for (const auto& child : *children)
         bytes += child->bytes;
 }

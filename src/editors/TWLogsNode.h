@@ -57,13 +57,14 @@ public:
 
     bool isChosen() const { return active != TWLogUnchecked; }
 
-    // The size with everything below it is the sum of the children's.
+    // Adds up its own size and the children's.
     void addUp();
 
     std::string item; // the name shown
     TWLogsNode* parent = nullptr; // of a root the tree itself
     std::unique_ptr<Level> children; // of a folder and of a root
     std::uint64_t bytes = 0; // space on disk, of a folder with everything below it
+    std::uint64_t ownBytes = 0; // of these, those of the folder itself
     std::int64_t modified = 0; // in nanoseconds since 1970 UTC
     std::int64_t active = TWLogUnchecked;
     std::unique_ptr<TWKeptEntries> kept; // what its record holds that is not understood

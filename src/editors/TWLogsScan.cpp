@@ -17,7 +17,8 @@ void setLook(TWLogsNode& node, const TWFileLook& look)
     if (look.presence == TWPresence::There)
         node.state = TWLogsNode::State::There;
     node.kind = look.facts.kind;
-    node.bytes = look.facts.kind == TWFileKind::Folder ? 0 : look.facts.bytes;
+    node.bytes = look.facts.bytes;
+    node.ownBytes = look.facts.kind == TWFileKind::Folder ? look.facts.bytes : 0;
     node.modified = look.facts.modified;
 }
 
@@ -296,6 +297,9 @@ TWLogsNode::State TWLogsScan::state(const std::string& itemPath) const
     int error = 0;
     const auto place = roots_.find(fileSystem_, itemPath, error);
     const auto look = fileSystem_.look(place.path);
+    if (place.objection == TWLogPlace::Ambiguous)
+        return TWLogsNode::State::Outside;
+    // A source that has vanished is none any more, until it comes back.
     if (look.presence == TWPresence::Gone)
         return TWLogsNode::State::Vanished;
     if (place.objection || (error == 0 && isBehindLink(place)))

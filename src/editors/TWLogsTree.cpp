@@ -47,7 +47,7 @@ private:
 void markMissing(TWLogsNode& node, const TWLogsTree::Missing& missing)
 {
     node.state = missing(node);
-    node.bytes = 0;
+    node.bytes = node.ownBytes = 0;
     node.kind = TWFileKind::Other;
     if (!node.children)
         return;
@@ -94,6 +94,7 @@ void mergeNode(TWLogsNode& saved, std::unique_ptr<TWLogsNode> fresh, const TWLog
     if (fresh->isKnown && saved.children)
         return;
     saved.bytes = fresh->bytes;
+    saved.ownBytes = fresh->ownBytes;
     if (!saved.children)
         return;
     auto level = std::move(*saved.children);

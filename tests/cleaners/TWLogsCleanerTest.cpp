@@ -65,6 +65,7 @@ TEST_F(TWLogsCleanerTest, NothingOutsideOfTheLogFoldersIsDeletedWhateverTheListS
     EXPECT_EQ(deleted(at("~/precious") + at("~/logs/../precious") + at("~/logs/./a") + at("~/logs/link/file") + at("")
                   + at("relative") + at(places.systemLogs) + at("~/logs/gone") + at("~/logs/gone/deeper")),
         (Lines{ "/bin/rm -rf ROOT/home/logs/./gone" }));
+    EXPECT_EQ(cleaner.outcome().gone, 0U) << "it was not there before";
     constexpr auto Outside = "it does not lie in a log folder.";
     const auto refused = [](const std::string& path, const std::string& why) {
         return "- Refused to delete \"" + path + "\": " + why;

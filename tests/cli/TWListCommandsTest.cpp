@@ -80,6 +80,11 @@ TEST_F(TWListCommandsTest, LogsAreCheckedByTheirPaths)
     EXPECT_NE(run({ "logs", "uncheck", logs + "program/a.log" }).err.find("folder around it"), std::string::npos);
     for (const auto& path : { home_ + "/precious", logs + "link/file", logs + "nothing", home_ })
         EXPECT_EQ(run({ "logs", "check", path }).status, 1) << path;
+    out({ "clean", "--only", "logs", "--yes" });
+    EXPECT_TRUE(list().back().ends_with("program  (no longer there)"));
+    EXPECT_NE(out({ "preview", "--only", "logs" }).find("is not there now: "), std::string::npos);
+    EXPECT_NE(out({ "preview", "--only", "logs" }).find("0 items, 0 bytes would be deleted"), std::string::npos);
+    folder_.write("home/.local/state/log/program/a.log", "x");
     out({ "logs", "uncheck", logs + "program" });
     EXPECT_EQ(list(), before);
     EXPECT_EQ(run({ "logs", "uncheck", logs + "program" }).status, 1);

@@ -42,6 +42,12 @@ constexpr auto Covered = QT_TRANSLATE_NOOP("TWLogsModel", "in a checked folder")
 constexpr int RowPadding = 6;
 constexpr std::int64_t NanosecondsPerMillisecond = 1'000'000;
 
+// Dates stand on the right as well, so that they keep away from the sizes.
+int alignment(int column)
+{
+    return int(Qt::AlignVCenter | (column == TWLogsModel::Item ? Qt::AlignLeft : Qt::AlignRight));
+}
+
 QDateTime dateOf(const TWLogsNode& node)
 {
     return QDateTime::fromMSecsSinceEpoch(node.modified / NanosecondsPerMillisecond);
@@ -171,7 +177,7 @@ QVariant TWLogsModel::headerData(int section, Qt::Orientation orientation, int r
     if (orientation != Qt::Horizontal)
         return {};
     if (role == Qt::TextAlignmentRole)
-        return int(Qt::AlignVCenter | (section == Size ? Qt::AlignRight : Qt::AlignLeft));
+        return alignment(section);
     return role == Qt::DisplayRole ? tr(Titles[section]) : QVariant();
 }
 
@@ -189,7 +195,7 @@ QVariant TWLogsModel::data(const QModelIndex& index, int role) const
     case Qt::DecorationRole:
         return column == Item ? QVariant(icon(node)) : QVariant();
     case Qt::TextAlignmentRole:
-        return int(Qt::AlignVCenter | (column == Size ? Qt::AlignRight : Qt::AlignLeft));
+        return alignment(column);
     case Qt::SizeHintRole:
         return QSize(0, QFontMetrics(QApplication::font()).height() + RowPadding);
     case Qt::ToolTipRole:

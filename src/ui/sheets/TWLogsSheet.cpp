@@ -42,7 +42,8 @@ constexpr auto CheckedSize = QT_TRANSLATE_NOOP("TWLogsSheet", "%1 checked, %2");
 constexpr auto NotSaved = QT_TRANSLATE_NOOP("TWLogsSheet", "Not saved; in use until Tidewell quits.");
 constexpr auto Covered
     = QT_TRANSLATE_NOOP("TWLogsSheet", "\"%1\" belongs to a checked folder. Uncheck that folder first.");
-constexpr auto Kept = QT_TRANSLATE_NOOP("TWLogsSheet", "\"%1\" is on the keep list now.");
+constexpr auto Kept = QT_TRANSLATE_NOOP(
+    "TWLogsSheet", "\"%1\" is on the keep list now. If a folder around it is checked, that stays as well.");
 
 // The preferred size, in characters and lines of text.
 constexpr int SheetWidth = 120;
@@ -52,6 +53,11 @@ constexpr int SizeWidth = 12; // in characters
 constexpr int DatePadding = 16;
 constexpr int MostMatches = 500; // rows that are looked at to find what to expand
 constexpr int MostRows = 50; // that are looked at to find one that stays
+
+bool isOneOf(int key, std::initializer_list<int> keys)
+{
+    return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
 
 }
 
@@ -208,20 +214,23 @@ void TWLogsSheet::hideEvent(QHideEvent* event)
     controller_.sheetClosed();
 }
 
-// Escape clears the filter, then closes the sheet.
+// Escape clears the filter, then closes the preview, then the sheet.
 void TWLogsSheet::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Cancel) && !filterField_->text().isEmpty())
         filterField_->clear();
+    else if (event->matches(QKeySequence::Cancel) && isLooking())
+        preview_->close();
     else
         TWSheet::keyPressEvent(event);
 }
 
-// The arrow keys lead from the field into the tree. Two quick clicks on a box change it twice and open nothing.
+// The arrow key and Return lead from the field into the tree. Two quick clicks on a box change it twice and open
+// nothing.
 bool TWLogsSheet::eventFilter(QObject* object, QEvent* event)
 {
     if (object == filterField_ && event->type() == QEvent::KeyPress
-        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
+        && isOneOf(static_cast<QKeyEvent*>(event)->key(), { Qt::Key_Down, Qt::Key_Return, Qt::Key_Enter })) {
         tree_->setFocus();
         return true;
     }

@@ -184,6 +184,13 @@ void TWQuickLookWindow::createShortcuts()
     add(QKeySequence::Find, [this] { openFindBar(); });
     add(QKeySequence::FindNext, [this] { find(false); });
     add(QKeySequence::FindPrevious, [this] { find(true); });
+    // In a text, these keys would stay in the line.
+    const auto addToText = [this](int key, QTextCursor::MoveOperation move) {
+        auto* shortcut = new QShortcut(key, text_, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, [this, move] { text_->moveCursor(move); });
+    };
+    addToText(Qt::Key_Home, QTextCursor::Start);
+    addToText(Qt::Key_End, QTextCursor::End);
 }
 
 // So that the opener can be seen, as far as the screen has room.
@@ -259,6 +266,7 @@ void TWQuickLookWindow::showContent(Content content)
         text_->setLineWrapMode(sample.kind == Kind::Text ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
         pages_->setCurrentWidget(text_);
         appendPiece();
+        text_->moveCursor(QTextCursor::Start); // from the end of the first piece
         appending_.start(0);
         return;
     }
