@@ -219,7 +219,7 @@ void TWQuickLookWindow::showFile(const std::string& path)
     reading_ = std::make_unique<TWBackgroundStream<Content>>(
         runLoop_, 1,
         [&fileSystem = fileSystem_, path](auto& sink) { sink.put(read(fileSystem, path, sink.cancellation())); },
-        [this](Content content) { showContent(std::move(content)); }, [] {});
+        [this](const Content& content) { showContent(content); }, [] {});
     if (isVisible())
         return;
     placeBesideOpener();
@@ -254,7 +254,7 @@ void TWQuickLookWindow::clear()
     findBar_->hide();
 }
 
-void TWQuickLookWindow::showContent(Content content)
+void TWQuickLookWindow::showContent(const Content& content)
 {
     const auto& sample = content.sample;
     const auto number = static_cast<std::size_t>(sample.kind);

@@ -58,7 +58,7 @@ private:
     static Content read(const TWFileSystem&, const std::string& path, const TWCancellation&);
     static QString factsOf(const Content&);
     void clear();
-    void showContent(Content);
+    void showContent(const Content&);
     void appendPiece();
     void openFindBar();
     void find(bool backward);
