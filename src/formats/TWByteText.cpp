@@ -77,7 +77,8 @@ constexpr unsigned char SecondHalf = 0xDC;
 std::string fromUTF16(std::string_view bytes, Encoding encoding, bool& hasReplaced)
 {
     std::string swapped(bytes.substr(0, bytes.size() / 2 * 2));
-    hasReplaced = swapped.size() != bytes.size();
+    const bool hasHalfUnit = swapped.size() != bytes.size();
+    hasReplaced = hasHalfUnit;
     for (std::size_t at = 0; encoding == Encoding::UTF16LittleEndian && at < swapped.size(); at += 2)
         std::swap(swapped[at], swapped[at + 1]);
     std::string_view rest = swapped;
@@ -92,6 +93,8 @@ std::string fromUTF16(std::string_view bytes, Encoding encoding, bool& hasReplac
         else
             TWUnicode::appendUTF8(character, text);
     }
+    if (hasHalfUnit)
+        text += Replacement;
     return text;
 }
 

@@ -154,6 +154,7 @@ TEST_F(TWFileSampleTest, TextIsShownHarmlesslyAndWhatIsNoTextAsBytes)
         { "being written \xE2\x82", "being written \uFFFD\uFFFD", "not valid" },
         { std::string("\xFF\xFEh\0\x3D\xD8\x00\xDE\n\0\x00\xD8", 12), "h\U0001F600\n\uFFFD", "not valid" },
         { std::string("\xFE\xFF\0h\0\r\0\n\0i", 10), "h\ni", "" },
+        { std::string("\xFE\xFF\0h\0", 5), "h\uFFFD", "not valid" },
         { std::string(5000, '\0') + "cut while it was written", "<5,000 NUL bytes>cut while it was written", "" },
         { longLine, std::string(1000, 'x') + "\n" + std::string(1000, 'x') + "\n" + std::string(500, 'x'), "broken" },
     };
