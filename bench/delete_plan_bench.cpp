@@ -112,8 +112,8 @@ class Emptying final : private TWCleanerDelegate {
 public:
     explicit Emptying(World& world)
         : runLoop_(world.runLoop)
-        , cleaner_(std::make_unique<TWTrashCleaner>(
-              TWCleanerContext{ world.tools, world.settings, world.programs, world.logs }))
+        , cleaner_(std::make_unique<TWTrashCleaner>(TWCleanerContext{
+              world.tools, world.settings, world.programs, world.logs, world.workspace, world.volumes }))
     {
         cleaner_->setDelegate(this);
     }
@@ -167,7 +167,7 @@ void memory(World& world, const std::string& folder)
 {
     TWFilesCleanerInfo info;
     info.filesArray = std::make_shared<std::vector<TWFilesRule>>(rulesFor(folder));
-    TWFilesCleaner cleaner({ world.tools, world.settings, world.programs, world.logs });
+    TWFilesCleaner cleaner({ world.tools, world.settings, world.programs, world.logs, world.workspace, world.volumes });
     cleaner.setInfo(std::move(info));
     const auto before = residentBytes();
     TWPlan plan;
@@ -302,8 +302,8 @@ void stopLine(std::unique_ptr<World> world)
             if (before == 0 || before == 1)
                 timer = world->runLoop.after(TWRunLoop::Duration(before * 30), stop);
         };
-        lines = std::make_unique<TWCleanerLines>(
-            TWCleanerContext{ world->tools, world->settings, world->programs, world->logs },
+        lines = std::make_unique<TWCleanerLines>(TWCleanerContext{ world->tools, world->settings, world->programs,
+                                                     world->logs, world->workspace, world->volumes },
             TWSettingsSources{ world->settings, world->places }, changed);
         lines->refresh();
         QCoreApplication::exec();

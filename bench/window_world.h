@@ -10,6 +10,7 @@
 #include "platform/linux/TWLinuxPlaces.h"
 #include "platform/linux/TWLinuxPreferenceFiles.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
+#include "platform/linux/TWLinuxVolumes.h"
 #include "platform/posix/TWFileBundle.h"
 #include "platform/posix/TWFileUserDefaults.h"
 #include "platform/posix/TWPosixLocks.h"
@@ -49,8 +50,9 @@ struct WindowWorld {
     TWLinuxLogSources logSources;
     TWLinuxFolderWatcher folderWatcher;
     TWLinuxOpenFiles openFiles;
+    TWLinuxVolumes volumes{ places };
     TWTidewellAppDelegate delegate{ { runLoop, launcher, fileSystem, ownFiles, mountTable, places, defaults, bundle,
                                         locks, alerts, notifier, applications, preferenceFiles, folderWatcher,
-                                        logSources, openFiles },
+                                        logSources, openFiles, volumes },
         TWLaunchKind::Window };
 };

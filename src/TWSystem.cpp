@@ -56,6 +56,12 @@ std::string TWWorkingFolder()
     return error ? "" : folder.string();
 }
 
+void TWLeaveWorkingFolder()
+{
+    std::error_code error;
+    std::filesystem::current_path("/", error);
+}
+
 TWWorld::TWWorld(const TWHost& givenHost, const TWBundle& installed, const TWPlaces& where)
     : host(givenHost)
     , places(where)
@@ -72,6 +78,8 @@ TWSystem::TWSystem(const TWWorld& world, std::unique_ptr<TWNotifier> notifier)
     , userDefaults_(world.host.ownFiles(), runLoop_, world.places.settingsFile())
     , notifier_(world.places.sandboxed() ? std::make_unique<SilentNotifier>() : std::move(notifier))
     , applications_(world.host.makeApplications(world.places))
+    , volumes_(world.host.makeVolumes(world.places))
+    , workspace_(world.host.makeWorkspace(world.places))
 {
 }
 
@@ -84,6 +92,7 @@ void TWSystem::exitIfWorkHangs(const std::function<int()>& status)
 TWPlatform TWSystem::platform(TWAlerts& alerts)
 {
     return { runLoop_, *launcher_, world_.host.fileSystem(), world_.host.ownFiles(), *mountTable_, world_.places,
-        userDefaults_, world_.bundle, *locks_, alerts, *notifier_, *applications_, world_.host.preferenceFiles(),
-        world_.host.folderWatcher(), world_.host.logSources(), world_.host.openFiles() };
+        userDefaults_, world_.bundle, *locks_, alerts, *notifier_, *applications_, *workspace_,
+        world_.host.preferenceFiles(), world_.host.folderWatcher(), world_.host.logSources(), world_.host.openFiles(),
+        *volumes_ };
 }

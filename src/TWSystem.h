@@ -22,6 +22,9 @@ std::optional<TWFileBundle> TWInstalledBundle(const TWHost&, std::string& proble
 // The working directory; "" if it has been deleted.
 std::string TWWorkingFolder();
 
+// From here on no relative path has a meaning. A program in a folder would keep the volume of it from being unmounted.
+void TWLeaveWorkingFolder();
+
 // The places of this process and the objects that read and write there.
 struct TWWorld {
     // The host and the bundle must outlive the world.
@@ -55,4 +58,6 @@ private:
     TWFileUserDefaults userDefaults_;
     const std::unique_ptr<TWNotifier> notifier_;
     const std::unique_ptr<TWApplications> applications_;
+    const std::unique_ptr<TWVolumes> volumes_;
+    const std::unique_ptr<TWWorkspace> workspace_;
 };

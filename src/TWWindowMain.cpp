@@ -39,7 +39,7 @@ TWCommandResult carryOut(const TWWorld& world, TWWindowSession& session, TWTidew
         result = TWRunCommand({ world.host, world.places, world.dataFolder, &delegate }, *parsed.invocation);
     else
         session.activate();
-    session.mainWindow().refresh();
+    session.refresh();
     return result;
 }
 
@@ -147,5 +147,6 @@ int main(int argumentCount, char** arguments)
         return TWPrint({ places->sandboxed() ? TWStatus::WrongUse : TWStatus::Failure, "", problem.err });
     if (!host->hasDisplay())
         return TWPrint({ TWStatus::WrongUse, "", NoDisplay });
+    TWLeaveWorkingFolder();
     return runWindow(world, argumentCount, arguments);
 }

@@ -93,5 +93,6 @@ int main(int argumentCount, char** arguments)
     if (!places)
         return TWPrint(problem);
     const TWWorld world(*host, *bundle, *places);
+    TWLeaveWorkingFolder();
     return TWPrint(run(world, *parsed.invocation, argumentCount, arguments, words, workingFolder));
 }

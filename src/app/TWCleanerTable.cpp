@@ -1,14 +1,18 @@
 #include "app/TWCleanerTable.h"
 
 #include "app/TWEditors.h"
+#include "cleaners/TWApplicationsCleaner.h"
 #include "cleaners/TWFilesCleaner.h"
 #include "cleaners/TWLogsCleaner.h"
 #include "cleaners/TWRecentItemsCleaner.h"
 #include "cleaners/TWTrashCleaner.h"
+#include "cleaners/TWVolumesCleaner.h"
+#include "editors/TWApplicationsWindowController.h"
 #include "editors/TWDictionaryWindowController.h"
 #include "editors/TWFilesWindowController.h"
 #include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
+#include "editors/TWVolumesWindowController.h"
 #include "support/TWText.h"
 
 #include <algorithm>
@@ -23,6 +27,10 @@ constexpr auto LogChecked = "log or folder checked";
 constexpr auto LogsChecked = "logs and folders checked";
 constexpr auto InTheTrash = "it is in the Trash";
 constexpr auto CheckedLog = "it is checked in the logs";
+constexpr auto NoApplications = "No applications yet";
+constexpr auto NoVolumes = "No volumes checked";
+constexpr auto ListedApplication = "it is in the list of applications";
+constexpr auto CheckedVolume = "it is checked in the list of volumes";
 
 // By kind of rule, in the order of TWWhatToDelete.
 constexpr const char* RuleTexts[]
@@ -89,6 +97,47 @@ TWCleanerRow laterRow(const char* name, const char* title, const char* icon, TWK
         = row<LaterCleaner, [](const TWSettingsSources&) { return nullptr; }>({ name, title, icon, key, "", "" });
     later.available = false;
     return later;
+}
+
+TWApplicationsCleanerInfo applicationsInfo(const TWSettingsSources& sources)
+{
+    return sources.editors ? sources.editors->get<TWApplicationsWindowController>().settings()
+                           : TWApplicationsCleanerInfo();
+}
+
+std::string applicationsStatus(const TWSettingsSources& sources)
+{
+    const auto& applications = sources.editors->get<TWApplicationsWindowController>();
+    const auto count = applications.applicationsArray().size();
+    const auto status = count == 0 ? NoApplications : TWText::count(count, "application", "applications");
+    return applications.hasUnsavedEdits() ? TWText::fill(NotSaved, { status }) : status;
+}
+
+TWPlanReasons applicationsReasons(const TWSettingsSources&)
+{
+    return { ListedApplication, {}, {}, {} };
+}
+
+TWVolumesCleanerInfo volumesInfo(const TWSettingsSources& sources)
+{
+    return sources.editors ? sources.editors->get<TWVolumesWindowController>().settings() : TWVolumesCleanerInfo();
+}
+
+std::string volumesStatus(const TWSettingsSources& sources)
+{
+    const auto& volumes = sources.editors->get<TWVolumesWindowController>();
+    const auto& records = volumes.volumesArray();
+    const auto checked
+        = std::count_if(records.begin(), records.end(), [](const auto& record) { return record.active; });
+    const auto status = checked == 0
+        ? NoVolumes
+        : TWText::count(static_cast<unsigned long long>(checked), "volume checked", "volumes checked");
+    return volumes.hasUnsavedEdits() ? TWText::fill(NotSaved, { status }) : status;
+}
+
+TWPlanReasons volumesReasons(const TWSettingsSources&)
+{
+    return { CheckedVolume, {}, {}, {} };
 }
 
 std::string trashInfo(const TWSettingsSources& sources)
@@ -227,7 +276,10 @@ TWPlanReasons filesReasons(const TWSettingsSources& sources)
 const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
 {
     static const std::array<TWCleanerRow, TWCleanerCount> table{ {
-        laterRow("applications", "Applications", "application-exit", TWKey::ApplicationsCleaner),
+        row<TWApplicationsCleaner, applicationsInfo>(
+            { "applications", "Applications", "application-exit", TWKey::ApplicationsCleaner, "applications",
+                "nothing to quit now" },
+            applicationsReasons, applicationsStatus),
         row<TWRecentItemsCleaner, recentItemsInfo>(
             { "recent-items", "Recent Items", "document-open-recent", TWKey::RecentItemsCleaner, "recent-items",
                 "nothing to remove now" },
@@ -235,7 +287,9 @@ const std::array<TWCleanerRow, TWCleanerCount>& TWCleanerTable()
         row<TWTrashCleaner, trashInfo>(
             { "trash", "Trash", "user-trash-full", TWKey::TrashCleaner, "", "The Trash is empty" }, trashReasons,
             noText, noText, trashFolder),
-        laterRow("volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner),
+        row<TWVolumesCleaner, volumesInfo>({ "volumes", "Volumes", "drive-removable-media", TWKey::VolumesCleaner,
+                                               "volumes", "nothing to unmount now" },
+            volumesReasons, volumesStatus),
         laterRow("clipboard", "Clipboard", "edit-paste", TWKey::ClipboardCleaner),
         row<TWFilesCleaner, filesInfo>(
             { "files", "Files", "folder", TWKey::FilesCleaner, "files", "nothing to delete now" }, filesReasons,

@@ -1,9 +1,11 @@
 #include "app/TWEditors.h"
 
+#include "editors/TWApplicationsWindowController.h"
 #include "editors/TWFilesWindowController.h"
 #include "editors/TWKeepWindowController.h"
 #include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
+#include "editors/TWVolumesWindowController.h"
 
 namespace {
 
@@ -16,6 +18,8 @@ constexpr TWEditorRow row(const char* name)
 }
 
 constexpr TWEditorRow Rows[] = {
+    row<TWApplicationsWindowController>("applications"),
+    row<TWVolumesWindowController>("volumes"),
     row<TWFilesWindowController>("files"),
     row<TWRecentItemsWindowController>("recent-items"),
     row<TWLogsWindowController>("logs"),

@@ -5,7 +5,6 @@
 namespace {
 
 constexpr auto OwnerRefused = "the item that it belongs to would be refused.";
-constexpr auto EntriesOfKey = "%@ of %@";
 constexpr auto CleanerFails = "the cleaner would stop before: %@";
 
 std::string textAt(const std::vector<std::string>& texts, std::uint32_t index)
@@ -30,12 +29,10 @@ std::string TWPlanReasons::word(const TWPlannedItem& item) const
     return textAt(words, item.word);
 }
 
-std::string TWPlanReasons::entries(const TWPlan& plan, const TWPlannedItem& item)
+std::string TWPlanReasons::which(const TWPlan& plan, const TWPlannedItem& item)
 {
-    if (!item.keepsFile)
-        return "";
-    const auto& change = plan.change(item);
-    return TWText::fill(EntriesOfKey, { TWText::count(change.entries, "entry", "entries"), change.key });
+    const auto& thing = *plan.thing(item);
+    return thing.which.empty() ? thing.path : thing.which;
 }
 
 std::string TWPlanReasons::refusal(const TWPlan& plan, const TWPlannedItem& item)

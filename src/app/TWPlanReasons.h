@@ -16,8 +16,8 @@ struct TWPlanReasons {
     // "Thumbnails" or, for a rule that the user has not named, "contents of ~/Downloads".
     std::string ruleName(const TWPlannedItem&) const;
 
-    // "12 entries of Recent Files" for an item that keeps its file, else "".
-    static std::string entries(const TWPlan&, const TWPlannedItem&);
+    // Of an item that is no path: "process 4711", or where the volume is mounted.
+    static std::string which(const TWPlan&, const TWPlannedItem&);
 
     // Why a run would leave the item of the plan alone, or "".
     static std::string refusal(const TWPlan&, const TWPlannedItem&);

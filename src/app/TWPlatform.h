@@ -16,6 +16,8 @@
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
+#include "platform/TWVolumes.h"
+#include "platform/TWWorkspace.h"
 
 // Everything that Tidewell needs from the system; assembled once in main().
 struct TWPlatform {
@@ -31,8 +33,10 @@ struct TWPlatform {
     TWAlerts& alerts;
     TWNotifier& notifier;
     const TWApplications& applications;
+    const TWWorkspace& workspace;
     const TWPreferenceFiles& preferenceFiles;
     const TWFolderWatcher& folderWatcher;
     const TWLogSources& logSources;
     const TWOpenFiles& openFiles;
+    TWVolumes& volumes;
 };

@@ -6,9 +6,7 @@
 
 namespace {
 
-constexpr auto Titles = "What happens,Path,Bytes,Last change,Cleaner,Rule,Word,Why it stays,Key,Entries\r\n";
-constexpr auto Deleted = "would be deleted";
-constexpr auto LosesEntries = "would lose entries";
+constexpr auto Titles = "What happens,Path,Bytes,Last change,Cleaner,Rule,Word,Why it stays,Key,Entries,Details\r\n";
 constexpr auto Unticked = "not ticked";
 constexpr auto Kept = "kept";
 constexpr auto NotLookedAt = "not looked at to the end";
@@ -37,7 +35,7 @@ std::string time(std::int64_t nanoseconds)
     return TWText::localTime(static_cast<std::time_t>(nanoseconds / 1'000'000'000), "%Y-%m-%d %H:%M:%S");
 }
 
-const char* name(TWPreviewFate fate)
+const char* name(TWPreviewFate fate, TWPlannedAction action)
 {
     switch (fate) {
     case TWPreviewFate::Refused:
@@ -48,8 +46,10 @@ const char* name(TWPreviewFate fate)
         return NotLookedAt;
     case TWPreviewFate::Unticked:
         return Unticked;
+    case TWPreviewFate::DeletedAnyway:
+        return TWTextsOf(TWPlannedAction::Delete).would;
     default:
-        return Deleted;
+        return TWTextsOf(action).would;
     }
 }
 
@@ -61,22 +61,32 @@ std::string bytes(const TWPreviewShare& share, std::size_t index)
     return known ? std::to_string(*known) : "";
 }
 
+// "Editor, process 4711, since 10:02"; "" of a path.
+std::string details(const TWPlan& plan, const TWPlannedItem& item)
+{
+    if (!item.isThing())
+        return "";
+    const auto& thing = *plan.thing(item);
+    return TWText::join({ std::string(item.name), thing.which, thing.details }, ", ");
+}
+
 void addLine(const Texts& texts, TWPreviewRow row, std::string& text)
 {
     const auto& share = texts.source.share(row);
     const auto& item = share.plan->items[row.item];
     const auto refusal = TWPlanReasons::refusal(*share.plan, item);
     const auto fate = texts.source.fate(row);
-    addField(item.keepsFile && fate == TWPreviewFate::Deleted ? LosesEntries : name(fate), text);
-    addField(share.plan->path(item), text);
+    addField(name(fate, item.action), text);
+    addField(item.isThing() ? share.plan->thing(item)->path : share.plan->path(item), text);
     addField(bytes(share, row.item), text);
     addField(time(item.facts.modified), text);
     addField(texts.titles[row.cleaner], text);
     addField(texts.reasons[row.cleaner].rule(item), text);
     addField(texts.reasons[row.cleaner].word(item), text);
     addField(refusal, text);
-    addField(item.keepsFile ? share.plan->change(item).key : "", text);
-    addField(item.keepsFile ? std::to_string(share.plan->change(item).entries) : "", text);
+    addField(item.keepsFile() ? share.plan->change(item).key : "", text);
+    addField(item.keepsFile() ? std::to_string(share.plan->change(item).entries) : "", text);
+    addField(details(*share.plan, item), text);
     text += "\r\n";
 }
 

@@ -26,9 +26,9 @@ constexpr auto Looking = "Looking for what would be deleted...";
 constexpr auto Found = "%@: %@ found...";
 constexpr auto Measured = "%@: %@ of %@ measured...";
 constexpr auto Nothing = "Nothing would be deleted.";
-constexpr auto WouldBeDeleted = "%@, %@ would be deleted%@%@.";
+constexpr auto WouldHappen = "%@%@.";
 constexpr auto NotThere = "%@, but it is not there now";
-constexpr auto AndEntries = "; %@ would be removed from files that stay";
+constexpr auto NameAndWhich = "%@ (%@)";
 constexpr auto AndRefused = "; %@ refused";
 constexpr auto OnlyRefused = "Nothing would be deleted; %@ refused.";
 constexpr auto LeftOut = " Stopped: %@ would not be cleaned.";
@@ -278,7 +278,7 @@ bool TWPreviewWindowController::canKeep(TWPreviewRow row) const
 {
     const auto path = cleaner(row).plan()->path(item(row));
     const auto* objection = item(row).objection;
-    return fate(row) != TWPreviewFate::Kept && !(objection && TWKeepRules::isReason(objection))
+    return !item(row).isThing() && fate(row) != TWPreviewFate::Kept && !(objection && TWKeepRules::isReason(objection))
         && !TWPath::isAtOrBelow(path, delegate_.platform().places.trash);
 }
 
@@ -353,7 +353,10 @@ const TWPlannedItem& TWPreviewWindowController::item(TWPreviewRow row) const
 
 std::string TWPreviewWindowController::path(TWPreviewRow row) const
 {
-    return delegate_.platform().places.abbreviate(cleaner(row).plan()->path(item(row)));
+    const auto& plan = *cleaner(row).plan();
+    const auto path = plan.path(item(row));
+    return item(row).isThing() ? TWText::fill(NameAndWhich, { path, TWPlanReasons::which(plan, item(row)) })
+                               : delegate_.platform().places.abbreviate(path);
 }
 
 std::string TWPreviewWindowController::shortPath(TWPreviewRow row) const
@@ -425,7 +428,9 @@ std::string TWPreviewWindowController::why(TWPreviewRow row) const
                                              : TWText::fill(StillDeletedWith, { path(by), rule });
     }
     const auto matched = word(row);
-    const auto rule = cleaner(row).ruleName(item(row));
+    auto rule = cleaner(row).ruleName(item(row));
+    if (item(row).isThing())
+        rule = TWText::join({ cleaner(row).plan()->thing(item(row))->details, rule }, "; ");
     if (item(row).isAbsent())
         return TWText::fill(NotThere, { rule });
     return matched.empty() ? rule : TWText::fill(WithWord, { rule, matched });
@@ -442,14 +447,10 @@ std::string TWPreviewWindowController::sentence() const
     if (!anyLookedAt())
         return anyFound() ? NoneComplete : StoppedFirst;
     const auto& total = preview_->total();
-    const auto size = TWText::size(total.bytes);
     const auto refused = TWText::number(total.refused);
     if (total.items == 0)
         return (total.refused == 0 ? Nothing : TWText::fill(OnlyRefused, { refused })) + leftOut() + shownOf();
-    const auto entries = TWText::count(total.entries, "entry", "entries");
-    return TWText::fill(WouldBeDeleted,
-               { items(total.items - total.keys), size, total.keys == 0 ? "" : TWText::fill(AndEntries, { entries }),
-                   total.refused == 0 ? "" : TWText::fill(AndRefused, { refused }) })
+    return TWText::fill(WouldHappen, { total.text(), total.refused == 0 ? "" : TWText::fill(AndRefused, { refused }) })
         + leftOut() + shownOf();
 }
 

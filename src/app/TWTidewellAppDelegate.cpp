@@ -38,7 +38,8 @@ TWTidewellAppDelegate::TWTidewellAppDelegate(const TWPlatform& platform, TWLaunc
     , programs_{ platform.applications, platform.preferenceFiles }
     , logs_{ platform.logSources, platform.folderWatcher, platform.openFiles }
     , resultsWindowController_(platform.runLoop)
-    , editors_({ settings_, dataFolder_, platform.bundle, platform.alerts, deletion_, programs_, logs_ })
+    , editors_({ settings_, dataFolder_, platform.bundle, platform.alerts, deletion_, programs_, logs_,
+          platform.workspace, platform.volumes })
 {
     registerDefaults();
     // Differs on purpose: does not run the event loop here, because no event can be pending yet.

@@ -69,7 +69,10 @@ public:
     const TWPlatform& platform() const { return platform_; }
 
     // For planning outside a run, as for the lines of the main window.
-    TWCleanerContext cleanerContext() const { return { deletion_, settings_, programs_, logs_ }; }
+    TWCleanerContext cleanerContext() const
+    {
+        return { deletion_, settings_, programs_, logs_, platform_.workspace, platform_.volumes };
+    }
     TWSettingsSources settingsSources() const { return { settings_, platform_.places, &editors_ }; }
 
 private:

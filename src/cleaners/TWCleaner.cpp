@@ -96,6 +96,15 @@ void TWCleaner::sayLines(
         });
 }
 
+void TWCleaner::sayLines(std::vector<TWReportLine> lines, std::function<void()> then)
+{
+    auto plan = std::make_shared<TWPlan>();
+    for (auto& line : lines)
+        plan->addLine(std::move(line));
+    const auto count = lines.size();
+    sayLines(std::move(plan), 0, count, std::move(then));
+}
+
 void TWCleaner::finish(Outcome outcome, const std::string& text)
 {
     if (!job_)
@@ -138,10 +147,11 @@ void TWCleaner::done()
         delegate_->cleanerFinished(*this);
 }
 
-void TWCleaner::reportRefused(std::uint64_t items)
+std::vector<TWReportLine> TWCleaner::refusedLines(std::uint64_t items)
 {
-    if (items > 0)
-        reportProgress(items == 1 ? OneRefused : TWText::fill(SeveralRefused, { TWText::number(items) }));
+    if (items == 0)
+        return {};
+    return { items == 1 ? OneRefused : TWText::fill(SeveralRefused, { TWText::number(items) }) };
 }
 
 void TWCleaner::reportStarted(std::optional<std::string> text)

@@ -114,6 +114,9 @@ protected:
     // still goes on.
     void sayLines(std::shared_ptr<const TWPlan>, std::size_t begin, std::size_t end, std::function<void()> then);
 
+    // The same with lines of no plan.
+    void sayLines(std::vector<TWReportLine>, std::function<void()> then);
+
     // Reports the outcome with the given text, or that the job was stopped, and sends cleanerFinished. Also works
     // without a job.
     void finish(Outcome, const std::string& text);
@@ -128,8 +131,8 @@ protected:
 
     void reportProgress(const TWReportLine&);
 
-    // Says how many items were left out because a preview showed them as refused; nothing if there are none.
-    void reportRefused(std::uint64_t items);
+    // How many items were left out because a preview showed them as refused; empty if there are none.
+    static std::vector<TWReportLine> refusedLines(std::uint64_t items);
 
     // A given text replaces the stored one; without one, the delegate finds the stored text.
     void reportStarted(std::optional<std::string> text = std::nullopt);

@@ -6,6 +6,8 @@
 #include "platform/TWLogSources.h"
 #include "platform/TWOpenFiles.h"
 #include "platform/TWPreferenceFiles.h"
+#include "platform/TWVolumes.h"
+#include "platform/TWWorkspace.h"
 #include "settings/TWSettings.h"
 
 // What is known of other programs.
@@ -27,6 +29,8 @@ struct TWCleanerContext {
     const TWSettings& settings;
     const TWOtherPrograms& programs;
     const TWLogKnowledge& logs;
+    const TWWorkspace& workspace;
+    TWVolumes& volumes;
 
     // How the settings say that files are deleted.
     TWSecureMode secureMode() const

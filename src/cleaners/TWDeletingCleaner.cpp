@@ -258,11 +258,16 @@ void TWDeletingCleaner::sayRemark(Remark remark)
 // The user has seen that the refused items would stay, so they are no failure.
 void TWDeletingCleaner::reportOutcome()
 {
-    reportRefused(refused_);
-    if (complete_)
-        finish(Outcome::Success, successText());
+    const auto report = [this] {
+        if (complete_)
+            finish(Outcome::Success, successText());
+        else
+            finish(Outcome::Failure, texts_.failure);
+    };
+    if (hasJob())
+        sayLines(refusedLines(refused_), report);
     else
-        finish(Outcome::Failure, texts_.failure);
+        report(); // a second look says only what it has found
 }
 
 // They come after the items, so that an item that stays keeps its record.

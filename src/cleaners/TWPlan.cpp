@@ -37,6 +37,16 @@ TWPlannedItem& TWPlan::addItem(std::string_view name)
     return item;
 }
 
+TWPlannedItem& TWPlan::addThing(
+    std::string_view name, TWPlannedAction action, std::shared_ptr<const TWPlannedThing> thing)
+{
+    auto& item = addItem(name);
+    item.action = action;
+    item.about = static_cast<std::uint32_t>(things.size());
+    things.push_back(std::move(thing));
+    return item;
+}
+
 void TWPlan::object(TWPlannedItem& item, const TWObjection& objection)
 {
     if (objection.empty())
@@ -61,13 +71,14 @@ void TWPlan::append(TWPlan part)
     for (auto& item : part.items) {
         if (item.folder != TWNone)
             item.folder += static_cast<std::uint32_t>(folders.size());
-        if (item.change != TWNone)
-            item.change += static_cast<std::uint32_t>(changes.size());
+        if (item.about != TWNone)
+            item.about += static_cast<std::uint32_t>(item.isThing() ? things.size() : changes.size());
     }
     for (auto& line : part.lines)
         line.item += static_cast<std::uint32_t>(items.size());
     move(part.folders, folders);
     move(part.changes, changes);
+    move(part.things, things);
     items.insert(items.end(), part.items.begin(), part.items.end());
     move(part.lines, lines);
     move(part.names_, names_);
@@ -82,6 +93,7 @@ TWPlan TWPlan::copy() const
     TWPlan plan;
     plan.folders = folders;
     plan.changes = changes;
+    plan.things = things;
     plan.lines = lines;
     plan.failure = failure;
     plan.incomplete = incomplete;
@@ -106,7 +118,7 @@ TWDeletionTarget TWPlan::target(const std::shared_ptr<const TWPlan>& plan, const
 
 std::optional<std::uint64_t> TWPlan::bytes(const TWPlannedItem& item, std::optional<std::uint64_t> measured) const
 {
-    if (item.keepsFile)
+    if (item.action != TWPlannedAction::Delete)
         return 0;
     if (wouldDelete(item))
         return measured;

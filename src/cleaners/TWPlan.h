@@ -19,6 +19,24 @@ struct TWPlannedChange {
     std::uint64_t entries = 0; // of that key, in the file when it was planned
 };
 
+// What would happen to an item.
+enum class TWPlannedAction : std::uint8_t {
+    Delete, // its path
+    RemoveEntries, // from the file at its path, which stays
+    Quit, // a running copy of an application
+    Unmount, // a volume
+};
+inline constexpr std::size_t TWPlannedActionCount = 4;
+
+// What an item is about that is no path to be deleted. Each cleaner derives what it acts on.
+struct TWPlannedThing {
+    virtual ~TWPlannedThing() = default;
+
+    std::string path; // of the application or the mount point
+    std::string which; // tells it from others of its name: "process 4711"; "" if its path does
+    std::string details; // one clause about it, or ""
+};
+
 // One thing that would change: a path that would be deleted, or entries that would be removed from the file there.
 struct TWPlannedItem {
     std::string_view name; // bytes, kept by the plan: the last component; the whole path if there is no folder
@@ -29,12 +47,14 @@ struct TWPlannedItem {
     std::uint32_t word = TWNone; // of the dictionary, that matched; counted from 0
     std::uint32_t owner
         = TWNone; // item of the whole plan that this one belongs to: carried out only if that one is, and is gone
-    std::uint32_t change = TWNone; // in TWPlan::changes, if it is about a preference file
-    bool keepsFile = false; // only loses entries; otherwise the path would be deleted
+    std::uint32_t about = TWNone; // in TWPlan::changes of a preference file, in TWPlan::things of what is no path
+    TWPlannedAction action = TWPlannedAction::Delete;
     bool quiet = false; // neither announced nor counted: a record that belongs to other items, or a key without entries
 
     // Nothing was at its path when it was planned. It is handed on all the same, but does not count.
-    bool isAbsent() const { return facts.identity == TWFileIdentity(); }
+    bool isAbsent() const { return action == TWPlannedAction::Delete && facts.identity == TWFileIdentity(); }
+    bool keepsFile() const { return action == TWPlannedAction::RemoveEntries; }
+    bool isThing() const { return action == TWPlannedAction::Quit || action == TWPlannedAction::Unmount; }
 };
 
 // A line that a plan says, and what it means for the job.
@@ -60,6 +80,7 @@ struct TWPlan {
     std::vector<std::shared_ptr<const TWPlannedFolder>> folders; // parent folders of the items, each once in a row
     std::vector<TWPlannedItem> items; // in the order in which they are carried out
     std::vector<TWPlannedChange> changes;
+    std::vector<std::shared_ptr<const TWPlannedThing>> things;
     std::vector<TWPlannedLine> lines; // for the results
     std::optional<std::string> failure; // ended the planning: nothing is carried out, and the job fails with this text
     bool incomplete = false; // something could not be looked at: everything else is carried out, then the job fails
@@ -68,6 +89,9 @@ struct TWPlan {
 
     // Adds an item with a copy of the name.
     TWPlannedItem& addItem(std::string_view name);
+
+    // Adds an item that is no path. The name is for the user.
+    TWPlannedItem& addThing(std::string_view name, TWPlannedAction, std::shared_ptr<const TWPlannedThing>);
 
     // Says why the deletion of the item, the one that was added last, would be refused; nothing if the text is "".
     void object(TWPlannedItem&, const TWObjection&);
@@ -91,7 +115,10 @@ struct TWPlan {
     std::size_t size() const { return items.size() + lines.size(); }
 
     // Of an item that is about a preference file.
-    const TWPlannedChange& change(const TWPlannedItem& item) const { return changes[item.change]; }
+    const TWPlannedChange& change(const TWPlannedItem& item) const { return changes[item.about]; }
+
+    // Of an item that is no path.
+    const std::shared_ptr<const TWPlannedThing>& thing(const TWPlannedItem& item) const { return things[item.about]; }
 
     // The item of a plan as something to delete. It keeps the plan alive.
     static TWDeletionTarget target(const std::shared_ptr<const TWPlan>&, const TWPlannedItem&);
@@ -103,7 +130,7 @@ struct TWPlan {
     }
 
     // Space on disk that an item frees, given what has been measured of it so far. Nothing if it is not known: only
-    // what would be deleted is measured, and a folder takes what is in it as well. 0 for an item that keeps its file.
+    // what would be deleted is measured, and a folder takes what is in it as well. 0 for an item that is not deleted.
     std::optional<std::uint64_t> bytes(const TWPlannedItem&, std::optional<std::uint64_t> measured) const;
 
     std::string path(const TWPlannedItem&) const; // for messages

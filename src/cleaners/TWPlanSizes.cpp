@@ -67,7 +67,7 @@ private:
             sizes_.bytes.push_back(counts_[done_] ? bytes(plan_.items[done_]) : 0);
     }
 
-    static std::uint64_t bytes(const TWPlannedItem& item) { return item.keepsFile ? 0 : item.facts.bytes; }
+    static std::uint64_t bytes(const TWPlannedItem& item) { return item.keepsFile() ? 0 : item.facts.bytes; }
 
     void addFolder(std::size_t index, const TWTreeSize& size)
     {

@@ -10,14 +10,14 @@ namespace {
 
 constexpr auto ItemsAndSize = "%@, %@";
 constexpr auto EntriesInFiles = "%@ in %@";
-constexpr auto AndMore = "%@; %@";
+constexpr auto CountToDo = "%@ %@";
 constexpr auto SeveralReasons = "see Preview.";
 
 std::uint64_t changedFiles(const TWPlan& plan)
 {
     std::set<std::string> files;
     for (const auto& item : plan.items) {
-        if (!item.keepsFile || item.quiet || !plan.wouldDelete(item))
+        if (!item.keepsFile() || item.quiet || !plan.wouldDelete(item))
             continue;
         files.insert(plan.change(item).file);
     }
@@ -47,7 +47,7 @@ TWPlanSummary summaryOf(const std::shared_ptr<const TWPlan>& plan,
     const auto total = TWAddUpPreview({ { plan, bytes, unticked, plan->items.size(), 0 } }, cancellation);
     summary.items = total.items;
     summary.bytes = total.bytes;
-    summary.keys = total.keys;
+    summary.counts = total.counts;
     summary.entries = total.entries;
     summary.files = changedFiles(*plan);
     return summary;
@@ -59,7 +59,7 @@ TWPlanSummary& TWPlanSummary::operator+=(const TWPlanSummary& other)
 {
     items += other.items;
     bytes += other.bytes;
-    keys += other.keys;
+    counts += other.counts;
     entries += other.entries;
     files += other.files;
     refused += other.refused;
@@ -68,12 +68,16 @@ TWPlanSummary& TWPlanSummary::operator+=(const TWPlanSummary& other)
 
 std::string TWPlanSummary::itemsAndSize() const
 {
-    auto whole = TWText::fill(ItemsAndSize, { TWText::count(items - keys, "item", "items"), TWText::size(bytes) });
-    if (keys == 0)
-        return whole;
-    const auto lost = TWText::fill(
-        EntriesInFiles, { TWText::count(entries, "entry", "entries"), TWText::count(files, "file", "files") });
-    return items == keys ? lost : TWText::fill(AndMore, { lost, whole });
+    std::vector<std::string> parts;
+    if (counts.of(TWPlannedAction::RemoveEntries) > 0)
+        parts.push_back(TWText::fill(
+            EntriesInFiles, { TWText::count(entries, "entry", "entries"), TWText::count(files, "file", "files") }));
+    if (const auto deleted = counts.of(TWPlannedAction::Delete); deleted > 0 || items == 0)
+        parts.push_back(TWText::fill(ItemsAndSize, { TWText::count(deleted, "item", "items"), TWText::size(bytes) }));
+    counts.forEachThing([&](const TWPlannedActionTexts& texts, std::uint64_t count) {
+        parts.push_back(TWText::fill(CountToDo, { TWText::count(count, texts.one, texts.several), texts.toDo }));
+    });
+    return TWText::join(parts, "; ");
 }
 
 TWPlanSummarizer::TWPlanSummarizer(std::unique_ptr<TWCleaner> cleaner, TWRunLoop& runLoop,

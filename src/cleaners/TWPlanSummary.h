@@ -2,13 +2,14 @@
 
 #include "cleaners/TWCleaner.h"
 #include "cleaners/TWPlanSizes.h"
+#include "cleaners/TWPlannedActionTexts.h"
 
 // The numbers of a plan, for one line beside a rule or a cleaner.
 struct TWPlanSummary {
-    std::uint64_t items = 0; // items that would be deleted, without quiet and refused ones; counted as in a preview
-    std::uint64_t bytes = 0; // space on disk that they take
-    std::uint64_t keys = 0; // of the items, those that only lose entries
-    std::uint64_t entries = 0; // that those lose
+    std::uint64_t items = 0; // that something would happen to, without quiet and refused ones; counted as in a preview
+    TWPlannedCounts counts; // of these, by what would happen
+    std::uint64_t bytes = 0; // space on disk that would be freed
+    std::uint64_t entries = 0; // that files would lose
     std::uint64_t files = 0; // that lose them
     std::uint64_t refused = 0; // items that the deletion rules refuse
     TWObjection objection; // the reason; "see Preview." if they were refused for different ones
@@ -19,7 +20,7 @@ struct TWPlanSummary {
     // Adds the numbers of another plan; the rest stays.
     TWPlanSummary& operator+=(const TWPlanSummary&);
 
-    // "12 items, 3.4 GB", "45 entries in 3 files", or both
+    // "12 items, 3.4 GB", "45 entries in 3 files", "2 applications to quit", or several of them
     std::string itemsAndSize() const;
 };
 

@@ -1,11 +1,16 @@
 #include "cleaners/TWPreviewTotal.h"
 
 #include "platform/TWRunLoop.h"
+#include "support/TWText.h"
 
 #include <unordered_map>
 #include <unordered_set>
 
 namespace {
+
+constexpr auto WouldBeDeleted = "%@, %@ would be deleted";
+constexpr auto EntriesRemoved = "%@ would be removed from files that stay";
+constexpr auto ThingsWould = "%@ %@";
 
 bool canBeTicked(const TWPreviewShare& share, std::size_t item)
 {
@@ -43,9 +48,11 @@ public:
     // What keeps its file is not the same as the deletion of the file.
     bool isRepeated(const TWPlan& plan, const TWPlannedItem& item, TWPreviewRow row)
     {
+        if (item.folder == TWNone)
+            return false;
         const auto& folder = *plan.folders[item.folder];
         enter(folder);
-        if (cover_ || !repeated_ || item.keepsFile)
+        if (cover_ || !repeated_ || item.keepsFile())
             return cover_ != nullptr;
         return !names_[folder.identity].emplace(item.name, row).second;
     }
@@ -127,13 +134,29 @@ std::shared_ptr<const std::vector<TWPreviewOverlap>> findOverlaps(
             const auto& item = items[index];
             if (!share.unticked[index] || !canBeTicked(share, index))
                 continue;
-            if (const auto* by = overlaps.deleter(*share.plan->folders[item.folder], item.name))
+            const auto* by
+                = item.folder == TWNone ? nullptr : overlaps.deleter(*share.plan->folders[item.folder], item.name);
+            if (by)
                 found.push_back({ { share.cleaner, index }, *by });
         }
     }
     return std::make_shared<const std::vector<TWPreviewOverlap>>(std::move(found));
 }
 
+}
+
+std::string TWPreviewTotal::text() const
+{
+    std::vector<std::string> parts;
+    const auto deleted = counts.of(TWPlannedAction::Delete);
+    if (deleted > 0 || items == 0)
+        parts.push_back(TWText::fill(WouldBeDeleted, { TWText::count(deleted, "item", "items"), TWText::size(bytes) }));
+    if (entries > 0)
+        parts.push_back(TWText::fill(EntriesRemoved, { TWText::count(entries, "entry", "entries") }));
+    counts.forEachThing([&](const TWPlannedActionTexts& texts, std::uint64_t count) {
+        parts.push_back(TWText::fill(ThingsWould, { TWText::count(count, texts.one, texts.several), texts.would }));
+    });
+    return TWText::join(parts, "; ");
 }
 
 TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>& shares, const TWCancellation& cancellation)
@@ -151,8 +174,8 @@ TWPreviewTotal TWAddUpPreview(const std::vector<TWPreviewShare>& shares, const T
             if (item.isAbsent())
                 continue;
             ++total.items;
-            if (item.keepsFile) {
-                ++total.keys;
+            ++total.counts.of(item.action);
+            if (item.keepsFile()) {
                 total.entries += share.plan->change(item).entries;
                 continue;
             }

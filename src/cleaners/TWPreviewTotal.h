@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cleaners/TWPlan.h"
+#include "cleaners/TWPlannedActionTexts.h"
 
 // One cleaner's part of a preview, as far as its total and its rows depend on it.
 struct TWPreviewShare {
@@ -31,13 +31,16 @@ struct TWPreviewOverlap {
 
 // The numbers of a preview, without quiet items.
 struct TWPreviewTotal {
-    std::uint64_t items = 0; // would be deleted, or would lose entries
+    std::uint64_t items = 0; // that something would happen to
+    TWPlannedCounts counts; // of these, by what would happen
     std::uint64_t bytes = 0; // space on disk that they take
-    std::uint64_t keys = 0; // of the items, those that only lose entries
-    std::uint64_t entries = 0; // that those lose
+    std::uint64_t entries = 0; // that files would lose
     std::uint64_t refused = 0; // would stay, although a rule names them
     std::shared_ptr<const std::vector<TWPreviewOverlap>> overlaps
         = std::make_shared<const std::vector<TWPreviewOverlap>>(); // in the order of their rows
+
+    // "12 items, 3.4 GB would be deleted; 2 volumes would be unmounted", without what is refused.
+    std::string text() const;
 };
 
 // Adds up what is ticked. An item that several rules or cleaners name, or that lies in a folder that would be deleted,

@@ -10,6 +10,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto Found = "%@ found";
+constexpr auto WaitingFor = "waiting for %@ of %@";
 constexpr auto PartOf = "%@ of %@";
 constexpr auto AndNext = "%@, %@";
 constexpr auto AboutSeconds = "about %@ s";
@@ -17,8 +18,8 @@ constexpr auto AboutMinutes = "about %@ min";
 constexpr auto Freed = "Freed %@.";
 constexpr auto FreedAtLeast = "Freed at least %@.";
 constexpr auto Deleted = "Deleted %@.";
-constexpr auto Stayed = "%@ %@ stayed.";
-constexpr auto NotStarted = "%@ %@ not started.";
+constexpr auto Stayed = "%@ stayed.";
+constexpr auto NotStarted = "%@ not started.";
 constexpr auto NothingDeleted = "Nothing was deleted.";
 
 constexpr auto FirstEstimate = 2s; // before that it would jump about
@@ -67,6 +68,8 @@ std::string TWProgress::text(std::chrono::milliseconds elapsed) const
         return "";
     if (!planned)
         return TWText::fill(Found, { TWText::number(items) });
+    if (waits)
+        return TWText::fill(WaitingFor, { TWText::number(items - itemsDone), TWText::number(items) });
     auto text = TWText::fill(PartOf, { TWText::number(itemsDone), TWText::number(items) });
     if (measured)
         text = TWText::fill(AndNext, { text, sizes(bytesDone, bytes) });
@@ -83,19 +86,23 @@ TWOutcome& TWOutcome::operator+=(const TWOutcome& other)
     left += other.left;
     notStarted += other.notStarted;
     bytes += other.bytes;
+    others = TWText::join({ others, other.others }, " ");
     return *this;
 }
 
 std::string TWOutcome::text() const
 {
-    std::string text = NothingDeleted;
+    std::vector<std::string> sentences;
     if (gone > 0 && bytes == 0)
-        text = TWText::fill(Deleted, { TWText::count(gone, "item", "items") });
+        sentences.push_back(TWText::fill(Deleted, { TWText::count(gone, "item", "items") }));
     else if (gone > 0)
-        text = TWText::fill(measured ? Freed : FreedAtLeast, { TWText::size(bytes) });
+        sentences.push_back(TWText::fill(measured ? Freed : FreedAtLeast, { TWText::size(bytes) }));
+    else if (left > 0 || others.empty())
+        sentences.emplace_back(NothingDeleted);
     if (left > 0)
-        text = TWText::fill(Stayed, { text, TWText::count(left, "item", "items") });
+        sentences.push_back(TWText::fill(Stayed, { TWText::count(left, "item", "items") }));
+    sentences.push_back(others);
     if (notStarted > 0)
-        text = TWText::fill(NotStarted, { text, TWText::count(notStarted, "cleaner was", "cleaners were") });
-    return text;
+        sentences.push_back(TWText::fill(NotStarted, { TWText::count(notStarted, "cleaner was", "cleaners were") }));
+    return TWText::join(sentences, " ");
 }

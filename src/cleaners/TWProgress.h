@@ -12,6 +12,7 @@ struct TWProgress {
     std::uint64_t bytesDone = 0;
     bool planned = false; // items is final
     bool measured = false; // so is bytes
+    bool waits = false; // for other programs: nobody can tell how long
     std::uint64_t records = 0; // of the items; they are deleted after them, and no text counts them
     std::uint64_t recordsDone = 0;
 
@@ -19,8 +20,8 @@ struct TWProgress {
     // each, large ones their size.
     double fraction() const;
 
-    // "1,200 found", "41 of 90", "41 of 90, 3.1 of 7.0 GB, about 20 s"; "" if there is nothing to tell. The time since
-    // the plan was made gives what is left of it, once it can be told.
+    // "1,200 found", "41 of 90", "41 of 90, 3.1 of 7.0 GB, about 20 s", "waiting for 3 of 4"; "" if there is nothing to
+    // tell. The time since the plan was made gives what is left of it, once it can be told.
     std::string text(std::chrono::milliseconds elapsed) const;
 };
 
@@ -32,9 +33,10 @@ struct TWOutcome {
     std::uint64_t notStarted = 0; // cleaners whose turn did not come
     bool measured = false; // all of those bytes are counted
     bool stopped = false; // by the user
+    std::string others; // sentences about what is no item: "2 applications were quit."
 
     TWOutcome& operator+=(const TWOutcome&);
 
-    // "Freed 31.2 MB. 2 items stayed."
+    // "Freed 31.2 MB. 2 items stayed. 1 volume was unmounted."
     std::string text() const;
 };

@@ -101,7 +101,7 @@ void TWRecentItemsCleaner::carryOutNext()
         finishJob();
         return;
     }
-    if (!items[item_].keepsFile) {
+    if (!items[item_].keepsFile()) {
         if (job_.isTicked(item_))
             deleteFile();
         else
@@ -150,7 +150,7 @@ std::size_t TWRecentItemsCleaner::endOfFile() const
     auto end = item_ + 1;
     for (; end < plan.items.size(); ++end) {
         const auto& next = plan.items[end];
-        if (!next.keepsFile || next.rule != first.rule || plan.change(next).file != plan.change(first).file)
+        if (!next.keepsFile() || next.rule != first.rule || plan.change(next).file != plan.change(first).file)
             break;
     }
     return end;
@@ -325,14 +325,15 @@ void TWRecentItemsCleaner::go(std::size_t item, Lines lines)
 
 void TWRecentItemsCleaner::finishJob()
 {
-    reportRefused(job_.refused);
-    // After a preview success means that everything that was ticked is gone, so a file that could not be written
-    // counts.
-    const bool allGone = !job_.check || outcome_.left == job_.refused;
-    if (success_ && complete_ && allGone)
-        finish(Outcome::Success, job_.check ? TWPreviewSuccessMessage : Success);
-    else
-        finish(Outcome::Failure, Failure);
+    sayLines(refusedLines(job_.refused), [this] {
+        // After a preview success means that everything that was ticked is gone, so a file that could not be written
+        // counts.
+        const bool allGone = !job_.check || outcome_.left == job_.refused;
+        if (success_ && complete_ && allGone)
+            finish(Outcome::Success, job_.check ? TWPreviewSuccessMessage : Success);
+        else
+            finish(Outcome::Failure, Failure);
+    });
 }
 
 TWProgress TWRecentItemsCleaner::performed() const

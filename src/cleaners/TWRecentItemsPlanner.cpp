@@ -176,7 +176,7 @@ void TWRecentItemsPlanner::addKeys(const TWRecentItemsRule& rule, const TWPathPl
         const TWFileLook look{ TWPresence::There, 0, found.facts };
         auto& item = addItem(planner_.add(part_, folder, name, look, sink_.cancellation()),
             { path, keys[key], isNew && !isDeleted ? found.entries.counts[key] : 0 });
-        item.keepsFile = true;
+        item.action = TWPlannedAction::RemoveEntries;
         item.quiet = part_.changes.back().entries == 0;
         if (!isNew)
             item.owner = first->second;
@@ -187,7 +187,7 @@ void TWRecentItemsPlanner::addKeys(const TWRecentItemsRule& rule, const TWPathPl
 TWPlannedItem& TWRecentItemsPlanner::addItem(TWPlannedItem& item, TWPlannedChange change)
 {
     item.rule = rule_;
-    item.change = static_cast<std::uint32_t>(part_.changes.size());
+    item.about = static_cast<std::uint32_t>(part_.changes.size());
     part_.changes.push_back(std::move(change));
     return item;
 }

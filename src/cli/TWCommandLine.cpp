@@ -14,7 +14,7 @@
 namespace {
 
 constexpr auto Description = "Tidewell removes traces of your work: it empties the Trash and deletes the files and "
-                             "folders that your rules name.";
+                             "folders that your rules name. It can also quit applications and unmount volumes.";
 constexpr auto Footer
     = "Without a command the main window opens. Exit status: 0 all well, 1 a cleaner or a change failed, 2 wrong use, "
       "3 nothing was run, 130 stopped.\nTry it without fear: tidewell demo";

@@ -1,5 +1,6 @@
 #include "cli/TWCommandTable.h"
 
+#include "cli/TWApplicationsCommands.h"
 #include "cli/TWCleanCommand.h"
 #include "cli/TWDemoCommand.h"
 #include "cli/TWFilesCommands.h"
@@ -9,6 +10,7 @@
 #include "cli/TWPreviewCommand.h"
 #include "cli/TWRecentItemsCommands.h"
 #include "cli/TWSettingsCommands.h"
+#include "cli/TWVolumesCommands.h"
 #include "cli/TWWordsCommands.h"
 
 namespace {
@@ -24,6 +26,6 @@ std::span<const TWCommandGroup> TWCommandTable()
 {
     static const TWCommandGroup table[] = { windowCommand(), TWCleanCommands(), TWPreviewCommands(),
         TWSettingsCommands(), TWWordsCommands(), TWFilesCommands(), TWRecentItemsCommands(), TWLogsCommands(),
-        TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
+        TWApplicationsCommands(), TWVolumesCommands(), TWKeepCommands(), TWPathsCommands(), TWDemoCommands() };
     return table;
 }

@@ -23,6 +23,10 @@ constexpr std::string_view OtherFiles[] = { ".cache/thumbnails/normal/3f2a.png",
     ".local/state/log/backup/tuesday.log", ".local/state/log/sync.log" };
 constexpr auto CheckedLogs = "/log/backup"; // in the folder for states
 
+// Those that find something in the sandbox.
+constexpr TWKey Cleaners[]
+    = { TWKey::RecentItemsCleaner, TWKey::TrashCleaner, TWKey::FilesCleaner, TWKey::LogsCleaner };
+
 constexpr auto Record = "[Trash Info]\nPath=Documents/%@\nDeletionDate=2026-01-02T03:04:05\n";
 
 // Returns "" or one line that names the file and the remedy.
@@ -81,10 +85,8 @@ std::string writeLists(const TWCommandContext& context)
         { false, "Pictures (switched off, so they stay)", "~/Pictures", TWFolderContents },
     };
     auto& dictionary = delegate.editors().dictionary();
-    for (const auto& row : TWCleanerTable()) {
-        if (row.available)
-            delegate.settings().set(row.key, true);
-    }
+    for (const auto key : Cleaners)
+        delegate.settings().set(key, true);
     auto problem = replace(files.list(), rules);
     if (problem.empty())
         problem = replace(dictionary.list(), std::vector<TWDictionaryWord>{ { "secret" }, { "bank" } });

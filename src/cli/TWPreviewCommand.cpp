@@ -20,12 +20,12 @@ constexpr auto WhyHeading = "  %@:\n";
 constexpr auto NotThere = "    is not there now: %@\n";
 constexpr auto WouldBeDeleted = "    would be deleted: %@ (%@)\n";
 constexpr auto WouldBeDeletedForWord = "    would be deleted: %@ (%@, the word \"%@\")\n";
-constexpr auto WouldLose = "    would lose %@: %@\n";
+constexpr auto WouldLose = "    would lose %@ of %@: %@\n";
+constexpr auto WouldHappen = "    %@: %@ (%@)\n";
 constexpr auto WouldBeRefused = "    would be refused: %@: %@\n";
 constexpr auto WouldFail = "The cleaner would fail: %@";
 constexpr auto SizesTooSmall = "Something inside the folders could not be read, so some sizes are too small.\n";
-constexpr auto Sum = "%@, %@ would be deleted%@%@.\n";
-constexpr auto SumOfEntries = "; %@ would be removed from files that stay";
+constexpr auto Sum = "%@%@.\n";
 constexpr auto SumOfRefused = "; %@ would be refused";
 
 constexpr TWRunLoop::Duration LongestTurn{ 60'000 }; // any length will do, because every event wakes the loop
@@ -36,17 +36,22 @@ std::string jsonFor(const TWCleanerPreview& cleaner, std::size_t index)
     const auto& item = cleaner.plan()->items[index];
     const auto word = cleaner.word(item);
     const auto why = word.empty() ? cleaner.rule(item) : TWText::fill(WhyWithWord, { cleaner.rule(item), word });
-    TWJSON::Object object{ { "cleaner", cleaner.row().name },
-        { "action", item.keepsFile ? "remove-entries" : "delete" } };
-    TWJSON::addBytes(object, "path", "pathBytes", cleaner.plan()->path(item));
+    TWJSON::Object object{ { "cleaner", cleaner.row().name }, { "action", TWTextsOf(item.action).json } };
+    TWJSON::addBytes(
+        object, "path", "pathBytes", item.isThing() ? cleaner.plan()->thing(item)->path : cleaner.plan()->path(item));
     const auto bytes = cleaner.plan()->bytes(item, cleaner.bytes(index));
     object["bytes"] = bytes ? TWJSON::Object(*bytes) : TWJSON::Object();
-    if (item.keepsFile) {
+    if (item.keepsFile()) {
         object["key"] = TWText::validUTF8(cleaner.plan()->change(item).key);
         object["entries"] = cleaner.plan()->change(item).entries;
     }
     if (item.isAbsent())
         object["absent"] = true;
+    if (item.isThing()) {
+        object["name"] = TWText::validUTF8(item.name);
+        const auto& thing = *cleaner.plan()->thing(item);
+        object["details"] = TWText::validUTF8(TWText::join({ thing.which, thing.details }, ", "));
+    }
     object["why"] = TWText::validUTF8(why);
     if (const auto refusal = cleaner.refusal(item); !refusal.empty())
         object["refused"] = TWText::validUTF8(refusal);
@@ -59,10 +64,18 @@ std::string textFor(const TWCleanerPreview& cleaner, std::size_t index)
     const auto path = TWText::oneLine(cleaner.plan()->path(item));
     if (const auto refusal = cleaner.refusal(item); !refusal.empty())
         return TWText::fill(WouldBeRefused, { path, TWText::oneLine(refusal) });
-    if (item.keepsFile)
-        return TWText::fill(WouldLose, { TWText::oneLine(TWPlanReasons::entries(*cleaner.plan(), item)), path });
     if (item.isAbsent())
         return TWText::fill(NotThere, { path });
+    if (item.keepsFile()) {
+        const auto& change = cleaner.plan()->change(item);
+        const auto entries = TWText::count(change.entries, "entry", "entries");
+        return TWText::fill(WouldLose, { entries, TWText::oneLine(change.key), path });
+    }
+    if (item.isThing()) {
+        const auto& details = cleaner.plan()->thing(item)->details;
+        const auto about = TWText::join({ TWPlanReasons::which(*cleaner.plan(), item), details }, ", ");
+        return TWText::fill(WouldHappen, { TWTextsOf(item.action).would, path, TWText::oneLine(about) });
+    }
     const auto size = TWText::size(cleaner.bytes(index));
     const auto word = cleaner.word(item);
     return word.empty() ? TWText::fill(WouldBeDeleted, { path, size })
@@ -160,7 +173,7 @@ private:
     {
         const auto& item = cleaner.plan()->items[index];
         const bool json = format_ == TWOutputFormat::JSON;
-        if (item.quiet && (!json || item.keepsFile))
+        if (item.quiet && (!json || item.keepsFile()))
             return;
         if (json) {
             out_ += jsonFor(cleaner, index);
@@ -176,12 +189,8 @@ private:
         if (format_ == TWOutputFormat::JSON)
             return;
         const auto& total = preview_->total();
-        const auto items = TWText::count(total.items - total.keys, "item", "items");
-        const auto entries = TWText::count(total.entries, "entry", "entries");
         const auto refused = TWText::count(total.refused, "item", "items");
-        out_ += TWText::fill(Sum,
-            { items, TWText::size(total.bytes), total.keys == 0 ? "" : TWText::fill(SumOfEntries, { entries }),
-                total.refused == 0 ? "" : TWText::fill(SumOfRefused, { refused }) });
+        out_ += TWText::fill(Sum, { total.text(), total.refused == 0 ? "" : TWText::fill(SumOfRefused, { refused }) });
     }
 
     TWRunLoop& runLoop_;

@@ -9,14 +9,14 @@ namespace {
 
 constexpr auto NoSuchKey = "There is no setting \"%@\". Try \"tidewell settings list\".\n";
 constexpr auto NotABoolean = "\"%@\" takes \"true\" or \"false\", not \"%@\".\n";
-constexpr auto NotANumber = "\"%@\" takes a whole number, not \"%@\".\n";
+constexpr auto NotANumber = "\"%@\" takes a whole number of 0 or more, not \"%@\".\n";
 
 constexpr auto LaterCleaner = "Saved, but the cleaner \"%@\" comes in a later version.\n";
 
 constexpr auto Key = "KEY";
 constexpr auto Value = "VALUE";
 constexpr auto KeyHelp = "A key from \"tidewell settings list\"";
-constexpr auto ValueHelp = "true, false, a whole number or a text, as the key requires";
+constexpr auto ValueHelp = "true, false, a whole number of 0 or more or a text, as the key requires";
 
 TWJSON::Object settingValue(const TWSettings& settings, const TWKeyRow& row)
 {

@@ -7,14 +7,16 @@
 
 // What every editor needs.
 struct TWEditorContext {
-    const TWSettings& settings;
+    TWSettings& settings;
     const TWDataFolder& dataFolder;
     const TWBundle& bundle;
     TWAlerts& alerts;
     const TWDeletionTools& deletion;
     const TWOtherPrograms& programs;
     const TWLogKnowledge& logs;
+    const TWWorkspace& workspace;
+    TWVolumes& volumes;
 
     // For the cleaners that show what a run would do.
-    TWCleanerContext cleaners() const { return { deletion, settings, programs, logs }; }
+    TWCleanerContext cleaners() const { return { deletion, settings, programs, logs, workspace, volumes }; }
 };

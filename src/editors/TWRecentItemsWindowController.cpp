@@ -71,6 +71,7 @@ TWRecentItemsWindowController::TWRecentItemsWindowController(
     const TWEditorContext& context, const TWDictionaryWindowController&)
     : TWRulesEditor(context, FileName, HelpAnchor)
     , notes_(context.deletion, [this] { notesChanged(); })
+    , finder_(context.deletion.runLoop, context.programs.applications)
 {
 }
 
@@ -200,29 +201,6 @@ void TWRecentItemsWindowController::showPreferencesFile()
         recentItemsView_->showFile(plistPath_);
 }
 
-void TWRecentItemsWindowController::findApplications(std::function<void(std::vector<TWApplication>)> found)
-{
-    finding_ = std::make_unique<TWBackgroundStream<std::vector<TWApplication>>>(
-        context().deletion.runLoop, 1,
-        [&applications = context().programs.applications](auto& sink) { sink.put(applications.installed()); },
-        std::move(found), [] {});
-}
-
-void TWRecentItemsWindowController::openApplication(
-    const std::string& path, std::function<void(std::optional<TWApplication>, std::string problem)> opened)
-{
-    using Opened = std::pair<std::optional<TWApplication>, std::string>;
-    opening_ = std::make_unique<TWBackgroundStream<Opened>>(
-        context().deletion.runLoop, 1,
-        [path, &applications = context().programs.applications](auto& sink) {
-            Opened application;
-            application.first = applications.open(path, application.second);
-            sink.put(std::move(application));
-        },
-        [opened = std::move(opened)](const Opened& application) { opened(application.first, application.second); },
-        [] {});
-}
-
 void TWRecentItemsWindowController::setSource(int row, const std::string& source)
 {
     edit(row, [&](TWRecentItemsRule& rule) { rule.source = source; });
@@ -250,8 +228,7 @@ void TWRecentItemsWindowController::sheetClosed()
 {
     TWRulesEditor::sheetClosed();
     stopLooking();
-    finding_.reset();
-    opening_.reset();
+    finder_.stop();
 }
 
 // What is wrong with a rule, as far as that can be said without a look at the disk, or "".

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cleaners/TWRecentItemsRule.h"
+#include "editors/TWApplicationFinder.h"
 #include "editors/TWRuleNotes.h"
 #include "editors/TWRulesEditor.h"
 #include "formats/TWKeyCollector.h"
@@ -61,12 +62,8 @@ public:
     // Adds an inactive rule about the preference file at that absolute path, which the user completes.
     void addPath(const std::string& path) override;
 
-    // All applications for the chooser, found in the background. A second call takes the place of the first.
-    void findApplications(std::function<void(std::vector<TWApplication>)> found);
-
-    // The application of a file that the user has chosen; see TWApplications::open().
-    void openApplication(
-        const std::string& path, std::function<void(std::optional<TWApplication>, std::string problem)> opened);
+    // Finds applications for a user who chooses one.
+    TWApplicationFinder& finder() { return finder_; }
 
     // Of the latest search.
     const std::vector<TWFoundKey>& foundKeysArray() const { return foundKeysArray_; }
@@ -111,6 +108,5 @@ private:
     std::vector<TWFoundKey> foundKeysArray_;
     TWRuleNotes notes_;
     std::unique_ptr<TWBackgroundStream<Discovery>> looking_;
-    std::unique_ptr<TWBackgroundStream<std::vector<TWApplication>>> finding_;
-    std::unique_ptr<TWBackgroundStream<std::pair<std::optional<TWApplication>, std::string>>> opening_;
+    TWApplicationFinder finder_;
 };

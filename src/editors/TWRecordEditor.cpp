@@ -1,5 +1,11 @@
 #include "editors/TWRecordEditor.h"
 
+void TWRecordEditor::addPaths(const std::vector<std::string>& paths)
+{
+    for (const auto& path : paths)
+        addPath(path);
+}
+
 void TWRecordEditor::askToApplyDefaults(TWAlerts& alerts, const TWAlert& question, const char* problemTitle)
 {
     alerts.show(question, [this, &alerts, problemTitle](TWAnswer answer) {

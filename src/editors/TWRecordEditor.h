@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 // The operations of the sheet of such a controller. Main thread.
 class TWRecordView : public TWEditorView {
@@ -41,20 +42,26 @@ public:
 
     // Sheet buttons.
     virtual void ok() = 0; // saves and closes the sheet, which stays open if the list could not be saved
-    virtual void restoreDefaults() = 0; // asks first
+    virtual void restoreDefaults() { } // asks first
     virtual void help() = 0;
 
     // Adds a record for what is at that absolute path and selects it.
     virtual void addPath(const std::string& path) = 0;
 
+    // The same for several paths, in this order.
+    virtual void addPaths(const std::vector<std::string>& paths);
+
     virtual const TWPlaces& places() const = 0;
 
     // While the sheet is open, the notes beside the records are determined in the background.
-    virtual void sheetOpened() = 0;
-    virtual void sheetClosed() = 0;
+    virtual void sheetOpened() { }
+    virtual void sheetClosed() { }
+
+    // Whether a list is shipped that the user can go back to.
+    virtual bool hasDefaults() const { return true; }
 
     // Replaces the live list by the shipped one. "" or one line if that cannot be read.
-    virtual std::string applyDefaults() = 0;
+    virtual std::string applyDefaults() { return ""; }
 
 protected:
     // Asks the question and, if it is confirmed, applies the defaults. A problem is shown under the title.

@@ -13,6 +13,8 @@
 #include "platform/TWPreferenceFiles.h"
 #include "platform/TWProcessLauncher.h"
 #include "platform/TWRunLoop.h"
+#include "platform/TWVolumes.h"
+#include "platform/TWWorkspace.h"
 
 // The operating system that Tidewell runs on. Makes the implementations of the other seams and answers what only the
 // system knows. Main thread.
@@ -45,8 +47,11 @@ public:
     virtual std::unique_ptr<TWMountTable> makeMountTable() const = 0;
     virtual std::unique_ptr<TWLocks> makeLocks() const = 0;
 
-    // The host must outlive it.
+    // The host must outlive these.
     virtual std::unique_ptr<TWApplications> makeApplications(const TWPlaces&) const = 0;
+    virtual std::unique_ptr<TWWorkspace> makeWorkspace(const TWPlaces&) const = 0;
+
+    virtual std::unique_ptr<TWVolumes> makeVolumes(const TWPlaces&) const = 0;
 
     // Connects the window and the commands that work on the lists in dataFolder.
     virtual std::unique_ptr<TWHandover> makeHandover(const TWPlaces&, const std::string& dataFolder) const = 0;

@@ -25,6 +25,7 @@ struct TWPlaces {
     std::string eject;
     std::string window; // the program tidewell-window
     std::string notifier; // the plug-in that posts notifications
+    std::string desktop; // the plug-in that closes other programs' windows
     std::string sandboxRoot; // a real path; "" outside a sandbox
 
     // The folder of the settings file.

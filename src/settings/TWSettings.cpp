@@ -30,6 +30,10 @@ constexpr TWKeyRow Rows[] = {
         "Add in the Files editor makes an empty rule" },
     { TWKey::ManualRecentItemsRuleCreation, Boolean, "ManualRecentItemsRuleCreation",
         "Add in the Recent Items editor makes an empty rule" },
+    { TWKey::ApplicationsForceQuit, Boolean, "ApplicationsForceQuit",
+        "end applications that still run at the time-out" },
+    { TWKey::ApplicationsTimeout, Integer, "ApplicationsTimeout",
+        "how long to wait for applications to quit, in seconds" },
     { TWKey::UUID, String, "UUID", "identifies this installation" },
     { TWKey::LastLaunchedVersion, String, "LastLaunchedVersion", "the version of the latest launch" },
     { TWKey::FirstLaunchDone, Boolean, "FirstLaunchDone", "the greeting has been shown" },
@@ -46,7 +50,7 @@ bool fits(const TWValue& value, TWKeyType type)
 {
     const auto number = value.number();
     if (type == Integer)
-        return number && *number >= INT32_MIN && *number <= INT32_MAX;
+        return number && *number >= 0 && *number <= INT32_MAX;
     return type == String ? value.string() != nullptr : number.has_value();
 }
 
@@ -123,7 +127,7 @@ std::optional<TWValue> TWSettings::parse(TWKeyType type, const std::string& text
     }
     std::int32_t integer = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), integer);
-    if (error != std::errc() || end != text.data() + text.size())
+    if (error != std::errc() || end != text.data() + text.size() || integer < 0)
         return std::nullopt;
     return TWValue(integer);
 }

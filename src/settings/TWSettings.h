@@ -27,12 +27,14 @@ enum class TWKey {
     UseAuthorization,
     ManualFilesRuleCreation,
     ManualRecentItemsRuleCreation,
+    ApplicationsForceQuit,
+    ApplicationsTimeout,
     UUID,
     LastLaunchedVersion,
     FirstLaunchDone,
 };
 
-enum class TWKeyType { Boolean, Integer, String };
+enum class TWKeyType { Boolean, Integer, String }; // an integer is not negative
 
 struct TWKeyRow {
     TWKey key;

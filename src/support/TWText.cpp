@@ -106,6 +106,17 @@ std::vector<std::string> split(std::string_view text, char separator)
     return parts;
 }
 
+std::string join(const std::vector<std::string>& parts, std::string_view separator)
+{
+    std::string text;
+    for (const auto& part : parts) {
+        if (!text.empty() && !part.empty())
+            text += separator;
+        text += part;
+    }
+    return text;
+}
+
 std::string validUTF8(std::string_view bytes)
 {
     return replaced(bytes, isNeverHarmful, pictured);

@@ -15,6 +15,9 @@ std::string fill(std::string_view format, std::initializer_list<std::string_view
 // The parts between the separators; none after a last separator.
 std::vector<std::string> split(std::string_view text, char separator);
 
+// The parts that are not "", with the separator between them.
+std::string join(const std::vector<std::string>& parts, std::string_view separator);
+
 // Makes a text valid UTF-8 for display: each byte that is not part of a valid sequence becomes U+FFFD.
 std::string validUTF8(std::string_view bytes);
 

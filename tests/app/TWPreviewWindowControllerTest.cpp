@@ -1,8 +1,11 @@
 #include "app/TWPreviewWindowController.h"
 
 #include "app/TWFolderListing.h"
+#include "editors/TWApplicationsWindowController.h"
 #include "editors/TWFilesWindowController.h"
 #include "editors/TWKeepWindowController.h"
+#include "editors/TWLogsWindowController.h"
+#include "editors/TWVolumesWindowController.h"
 #include "fakes/TWFakeApplication.h"
 
 namespace {
@@ -229,6 +232,29 @@ TEST_F(TWPreviewWindowControllerTest, CleansOnceAndOnlyWhatIsStillSwitchedOn)
     delegate->settings().set(TWKey::SecurelyDeleteFiles, true);
     EXPECT_TRUE(refuses("have changed since"));
     delegate->settings().set(TWKey::SecurelyDeleteFiles, false);
+    auto& toQuit = delegate->editors().get<TWApplicationsWindowController>();
+    toQuit.insertEntry(0, { "/bin/true", "true" });
+    EXPECT_TRUE(refuses("have changed since"));
+    toQuit.removeEntry(0);
+    delegate->settings().set(TWKey::ApplicationsForceQuit, true);
+    EXPECT_TRUE(refuses("have changed since"));
+    delegate->settings().set(TWKey::ApplicationsForceQuit, false);
+    runLoop.advance(1s);
+    EXPECT_TRUE(controller.canClean());
+    const auto change = [](auto& list, const auto& records) {
+        list.changeSaved([&](auto& saved) {
+            saved = records;
+            return true;
+        });
+    };
+    auto& checkedLogs = delegate->editors().get<TWLogsWindowController>().list();
+    change(checkedLogs, std::vector<TWLogsRecord>{ { "log", "~/log", TWLogChecked, std::nullopt } });
+    EXPECT_TRUE(refuses("have changed since"));
+    change(checkedLogs, std::vector<TWLogsRecord>());
+    auto& checkedVolumes = delegate->editors().get<TWVolumesWindowController>().list();
+    change(checkedVolumes, std::vector<TWVolumesRecord>{ { true, "stick", "/media/stick" } });
+    EXPECT_TRUE(refuses("have changed since"));
+    change(checkedVolumes, std::vector<TWVolumesRecord>());
     runLoop.advance(1s);
     EXPECT_TRUE(controller.canClean());
     controller.tickAll(TWTick::Off);

@@ -1,9 +1,11 @@
 #include "app/TWCleanerTable.h"
 
 #include "app/TWEditors.h"
+#include "editors/TWApplicationsWindowController.h"
 #include "editors/TWFilesWindowController.h"
 #include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
+#include "editors/TWVolumesWindowController.h"
 #include "fakes/TWFakeMachine.h"
 #include "fakes/TWRecordingCleanerDelegate.h"
 
@@ -13,7 +15,7 @@ constexpr std::size_t EnoughTurns = 40; // for the whole job
 constexpr auto Terminated = "failure: The cleaner was terminated";
 
 struct Machine : TWFakeMachine {
-    TWEditors editors{ { settings, listFolder, bundle, alerts, tools, programs, logs } };
+    TWEditors editors{ { settings, listFolder, bundle, alerts, tools, programs, logs, workspace, volumes } };
 };
 
 // What the contract has to know about one cleaner: how to give it something to clean, and how to see what it did.
@@ -37,10 +39,33 @@ void checkLog(Machine& machine, const std::string& path)
     });
 }
 
+void startApplication(Machine& machine, const char* path, std::int64_t process)
+{
+    machine.workspace.copies.push_back({ path, process, 1, 0 });
+    machine.editors.get<TWApplicationsWindowController>().list().edit([&](std::vector<TWApplicationsRecord>& records) {
+        records.push_back({ path, "App" });
+    });
+}
+
+void mountVolume(Machine& machine, const std::string& path)
+{
+    machine.volumes.mount(path);
+    machine.editors.get<TWVolumesWindowController>().list().changeSaved([&](std::vector<TWVolumesRecord>& records) {
+        records.push_back({ true, "Volume", path });
+        return true;
+    });
+    // What the helper does.
+    machine.launcher.atLaunch = [&machine] {
+        const auto& line = machine.launcher.records.back();
+        machine.volumes.unmount("/" + line.substr(line.find("media")));
+    };
+}
+
 // Everything that a cleaner could change.
 Lines worldOf(const Machine& machine)
 {
     Lines lines = machine.launcher.records;
+    lines.insert(lines.end(), machine.workspace.requests.begin(), machine.workspace.requests.end());
     for (const auto& entry : std::filesystem::recursive_directory_iterator(machine.root.path()))
         lines.push_back(machine.launcher.shown(entry.path()));
     std::sort(lines.begin(), lines.end());
@@ -48,6 +73,20 @@ Lines worldOf(const Machine& machine)
 }
 
 const StageRow Stages[] = {
+    { "applications", 2,
+        [](Machine& machine) {
+            startApplication(machine, "/apps/one", 10);
+            startApplication(machine, "/apps/two", 11);
+        },
+        [](Machine& machine) { startApplication(machine, "/apps/late", 12); },
+        [](Machine& machine) { machine.workspace.stubborn = { 11 }; } },
+    { "volumes", 2,
+        [](Machine& machine) {
+            mountVolume(machine, "/media/one");
+            mountVolume(machine, "/media/two");
+        },
+        [](Machine& machine) { mountVolume(machine, "/media/late"); },
+        [](Machine& machine) { machine.volumes.uses["/media/two"].isInUse = true; } },
     { "trash", 3,
         [](Machine& machine) {
             for (const auto* name : { "files/one", "files/two", "info/one.trashinfo" })
@@ -106,7 +145,7 @@ enum class Job { Succeeds, Fails };
 struct Stage : Machine {
     explicit Stage(const TWCleanerRow& given, Job job = Job::Succeeds)
         : row(stageOf(given))
-        , cleaner(given.make({ tools, settings, programs, logs }))
+        , cleaner(given.make({ tools, settings, programs, logs, workspace, volumes }))
     {
         row.fill(*this);
         if (job == Job::Fails)
@@ -117,8 +156,13 @@ struct Stage : Machine {
     }
     void cleanAndTurn(std::size_t turns)
     {
-        for (cleaner->clean(); turns > 0; --turns)
-            runLoop.turn(0ms);
+        cleaner->clean();
+        turn(turns);
+    }
+    void turn(std::size_t turns)
+    {
+        for (; turns > 0; --turns)
+            runLoop.turn(100ms);
     }
     void expectOneEnd(const std::string& when) const
     {
@@ -171,7 +215,7 @@ TEST_P(TWCleanerContractTest, APlanChangesNothingAndIsWhatARunDoes)
     run.row.addLate(run);
     planned.row.addLate(planned);
     planned.cleaner->carryOut({ std::make_shared<const TWPlan>(std::move(plan)), {}, 0, nullptr, "" });
-    planned.runLoop.runUntilIdle();
+    planned.turn(EnoughTurns);
     EXPECT_EQ(worldOf(planned), worldOf(run));
     EXPECT_EQ(planned.reports.lines, run.reports.lines);
 }

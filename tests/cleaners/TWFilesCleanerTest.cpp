@@ -26,7 +26,8 @@ protected:
     // A plan of the same rules on another file system.
     TWPlan planOn(const TWFileSystem& other)
     {
-        TWFilesCleaner onOther({ { runLoop, launcher, other, guard, places }, settings, programs, logs });
+        TWFilesCleaner onOther(
+            { { runLoop, launcher, other, guard, places }, settings, programs, logs, workspace, volumes });
         onOther.setInfo(info);
         return TWPlanOf(onOther, runLoop);
     }
@@ -298,7 +299,8 @@ TEST(TWFilesRuleTest, TakesOnlyRulesAndKeepsWhatItDoesNotUnderstand)
 TEST_F(TWFilesCleanerTest, CancelNeedsNoJobAndItsReportMayStopRestartOrDestroy)
 {
     for (const char act : { 's', 'r', 'd' }) {
-        auto cancelled = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings, programs, logs });
+        auto cancelled
+            = std::make_unique<TWFilesCleaner>(TWCleanerContext{ tools, settings, programs, logs, workspace, volumes });
         cancelled->setDelegate(&reports);
         cancelled->cancel();
         EXPECT_TRUE(cancelled->cancelled());

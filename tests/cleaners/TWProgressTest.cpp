@@ -16,6 +16,7 @@ TEST(TWProgressTest, TextsSayNoMoreThanIsKnown)
         { { 2, 2, 5, 5, true, true }, "2 of 2, 5 of 5 bytes" },
         { { 1000, 0, 0, 0, true, false }, "0 of 1,000" },
         { { 100, 2, 0, 0, true, false }, "2 of 100, about 9 min" },
+        { { 4, 1, 0, 0, true, false, true }, "waiting for 3 of 4" },
     };
     for (const auto& [progress, text] : rows)
         EXPECT_EQ(progress.text(10s), text);
@@ -23,12 +24,18 @@ TEST(TWProgressTest, TextsSayNoMoreThanIsKnown)
 
     TWOutcome outcome;
     EXPECT_EQ(outcome.text(), "Nothing was deleted.");
-    outcome += TWOutcome{ 0, 2, 0, 0, false };
-    outcome += TWOutcome{ 3, 0, 31'200'000, 0, true };
+    outcome += TWOutcome{ 0, 2, 0, 0, false, false, {} };
+    outcome += TWOutcome{ 3, 0, 31'200'000, 0, true, false, {} };
     EXPECT_EQ(outcome.text(), "Freed 31.2 MB. 2 items stayed.");
-    outcome += TWOutcome{ 1, 0, 0, 0, false };
+    outcome += TWOutcome{ 1, 0, 0, 0, false, false, {} };
     EXPECT_EQ(outcome.text(), "Freed at least 31.2 MB. 2 items stayed.");
-    EXPECT_EQ((TWOutcome{ 1, 1, 0, 2, true }.text()), "Deleted 1 item. 1 item stayed. 2 cleaners were not started.");
+    TWOutcome quit;
+    quit.others = "2 applications were quit.";
+    EXPECT_EQ(quit.text(), quit.others);
+    outcome += quit;
+    EXPECT_EQ(outcome.text(), "Freed at least 31.2 MB. 2 items stayed. 2 applications were quit.");
+    EXPECT_EQ((TWOutcome{ 1, 1, 0, 2, true, false, {} }.text()),
+        "Deleted 1 item. 1 item stayed. 2 cleaners were not started.");
 }
 
 using TWMeasuredJobTest = TWCleanerTest<TWTrashCleaner>;

@@ -185,7 +185,7 @@ TEST_F(TWRecentItemsCleanerTest, AFileThatCannotBeWrittenIsNoFailureButNeverCall
         }
     } const failing;
     programs_.emplace(TWOtherPrograms{ applications, failing });
-    TWRecentItemsCleaner onFullDisk({ tools, settings, *programs_, logs });
+    TWRecentItemsCleaner onFullDisk({ tools, settings, *programs_, logs, workspace, volumes });
     onFullDisk.setDelegate(&reports);
     onFullDisk.setInfo({ rules, {} });
     root.write("home/rc", Settings);

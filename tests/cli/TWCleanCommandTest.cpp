@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 namespace {
 
@@ -54,6 +55,34 @@ TEST_F(TWCleanCommandTest, RunsNothingThatWasNotAskedFor)
     EXPECT_EQ(run({ "clean", "--only", "trash,files", "--yes" }).status, 0);
     EXPECT_FALSE(folder_.exists(trashedA_));
     EXPECT_TRUE(folder_.exists("home/precious/file"));
+}
+
+TEST_F(TWCleanCommandTest, RealProgramsAreAskedToQuitAndThenEndedOnlyIfThatIsSwitchedOn)
+{
+    const auto polite = folder_.path("polite");
+    std::filesystem::copy_file("/bin/sleep", polite);
+    const auto stubborn = folder_.write("stubborn", "#!/bin/sh\ntrap '' TERM\necho ready\nwhile :; do sleep 1; done\n");
+    std::filesystem::permissions(stubborn, std::filesystem::perms::owner_all);
+    const TWProgram first(folder_, { polite, "60" });
+    const TWProgram second(folder_, { stubborn }, { "PATH=/bin" });
+    while (second.out().empty())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    for (const auto& each : { polite, stubborn })
+        run({ "applications", "add", each });
+    run({ "settings", "set", "ApplicationsTimeout", "1" });
+
+    const std::string quit = "Quitting applications...";
+    const auto begun = Clock::now();
+    expectLines(run({ "clean", "--only", "applications" }), 1,
+        { Beginning, quit, "  • Quitting polite...", "  • Quitting stubborn...",
+            "  • stubborn could not be terminated!", "Some applications could not be quit!", Ending });
+    EXPECT_GT(Clock::now() - begun, std::chrono::seconds(1));
+    EXPECT_EQ(first.wait().status, 1000 + SIGTERM);
+    run({ "settings", "set", "ApplicationsForceQuit", "true" });
+    expectLines(run({ "clean", "--only", "applications" }), 0,
+        { Beginning, quit, "  • Quitting stubborn...", "  • stubborn was force quit.", "All applications were quit.",
+            Ending });
+    EXPECT_EQ(second.wait().status, 1000 + SIGKILL);
 }
 
 TEST_F(TWCleanCommandTest, LinesAreValidAndExactWhateverTheNames)

@@ -31,12 +31,13 @@ TEST_F(TWListCommandsTest, WrongUseIsOneLineAndStatus2)
         { "clean", "--only", "nonsense" }, { "clean", "--only", "clipboard" }, { "clean", "clean" },
         { "clean", "--only", "trash", "--sandbox", "" }, { "settings" }, { "settings", "get", "\xff\n" },
         { "settings", "set", "TrashCleaner", "maybe" }, { "settings", "set", "AutoQuitMode", "99999999999" },
-        { "words", "add", "\xff" }, { "files", "add", "" }, { "files", "add", "x", "--what", "nonsense" },
-        { "keep", "add" }, { "keep", "add", "x", "--pattern", "y" }, { "keep", "add", "--pattern", "y", "--inside" },
-        { "keep", "add", "--pattern", "a/b" }, { "keep", "add", "--pattern", "[z-a]" }, { "keep", "add", "" },
-        { "logs", "check" }, { "logs", "uncheck", "x", "--user" }, { "keep", "remove", "99" },
-        { "files", "remove", "0" }, { "files", "off", "99999999999999999999" }, { "files", "off", "4000" },
-        { "demo", home_ } };
+        { "settings", "set", "ApplicationsTimeout", "-1" }, { "words", "add", "\xff" }, { "files", "add", "" },
+        { "files", "add", "x", "--what", "nonsense" }, { "keep", "add" }, { "keep", "add", "x", "--pattern", "y" },
+        { "keep", "add", "--pattern", "y", "--inside" }, { "keep", "add", "--pattern", "a/b" },
+        { "keep", "add", "--pattern", "[z-a]" }, { "keep", "add", "" }, { "logs", "check" },
+        { "logs", "uncheck", "x", "--user" }, { "keep", "remove", "99" }, { "applications", "add", "" },
+        { "applications", "remove", "1" }, { "volumes", "on", "" }, { "volumes", "off" }, { "files", "remove", "0" },
+        { "files", "off", "99999999999999999999" }, { "files", "off", "4000" }, { "demo", home_ } };
     folder_.write("home/not empty", "");
     for (const auto& words : table)
         expectRefused(run(words), words.back());
@@ -96,6 +97,51 @@ TEST_F(TWListCommandsTest, LogsAreCheckedByTheirPaths)
     EXPECT_FALSE(folder_.exists("home/.local/state/log/program") || folder_.exists("home/.local/state/log/link"));
 }
 
+TEST_F(TWListCommandsTest, ApplicationsAreAddedByTheirFiles)
+{
+    const auto editor = folder_.write("home/.local/share/applications/editor.desktop",
+        "[Desktop Entry]\nType=Application\nName=Editor\nExec=/bin/true %U\n");
+    for (const auto& path : { editor, editor, std::string("/bin/true") })
+        out({ "applications", "add", path });
+    out({ "applications", "remove", "2" });
+    EXPECT_EQ(run({ "applications", "add", folder_.write("home/text", "") }).status, 1);
+    std::filesystem::remove(editor);
+    EXPECT_EQ(out({ "applications", "list" }),
+        "1   Editor  ~/.local/share/applications/editor.desktop  (not installed any more)\n2   true  /bin/true\n");
+    EXPECT_EQ(out({ "applications", "list", "--json" }),
+        R"({"Path":"~/.local/share/applications/editor.desktop","Name":"Editor","state":"gone"})"
+        "\n"
+        R"({"Path":"/bin/true","Name":"true"})"
+        "\n");
+}
+
+TEST_F(TWListCommandsTest, VolumesAreCheckedByTheirMountPoints)
+{
+    const auto box = folder_.folder("box");
+    const auto stick = folder_.folder("box/a stick");
+    const auto list = [&](const std::function<bool()>& prepare) {
+        return lines(start({ "volumes", "list", "--sandbox", box }, prepare).wait().out);
+    };
+    const auto mount = [&] { return TWProgram::mountPrivately(folder_.folder("other"), stick); };
+    const auto nothing = [] { return true; };
+    EXPECT_EQ(run({ "volumes", "on", stick, "--sandbox", box }).status, 1) << "not mounted";
+    const auto checked = start({ "volumes", "on", stick + "/", "--sandbox", box }, mount).wait();
+    if (checked.status == TWProgram::CannotPrepare)
+        GTEST_SKIP() << "mounting is not permitted here";
+    EXPECT_EQ(checked.status, 0) << checked.err;
+    EXPECT_EQ(list(mount), Lines{ "on   ROOT/box/a stick" });
+    EXPECT_EQ(list(nothing), Lines{ "on   ROOT/box/a stick  (no volume there now)" });
+    const auto cleaned = start({ "clean", "--only", "volumes", "--yes", "--sandbox", box }, mount).wait();
+    EXPECT_EQ(cleaned.status, 0) << cleaned.out << cleaned.err;
+    EXPECT_NE(cleaned.out.find("Unmounting a stick..."), std::string::npos) << cleaned.out;
+    EXPECT_EQ(lines(run({ "volumes", "list", "--json", "--sandbox", box }).out),
+        Lines{ R"({"Active":true,"VolumeName":"a stick","VolumePath":"ROOT/box/a stick","mounted":false})" });
+    EXPECT_EQ(run({ "volumes", "off", stick, "--sandbox", box }).status, 0);
+    EXPECT_EQ(list(mount), Lines{ "off  ROOT/box/a stick" });
+    EXPECT_EQ(list(nothing), Lines{});
+    EXPECT_EQ(run({ "volumes", "off", stick, "--sandbox", box }).status, 1) << "not checked";
+}
+
 TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
 {
     folder_.write(Rules, OneRule);
@@ -110,8 +156,8 @@ TEST_F(TWListCommandsTest, RulesAndSettingsAreKept)
         R"({"Active":true,"Description":"two\nlines","FilePath":"~/[a,b]","WhatToDelete":3})");
 
     out({ "settings", "set", "TrashCleaner", "On" });
-    out({ "settings", "set", "AutoQuitMode", "-3" });
-    EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "AutoQuitMode" }), "true\n-3\n");
+    out({ "settings", "set", "AutoQuitMode", "3" });
+    EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }) + out({ "settings", "get", "AutoQuitMode" }), "true\n3\n");
     EXPECT_NE(run({ "settings", "set", "ClipboardCleaner", "true" }).err.find("later version"), std::string::npos);
     out({ "settings", "reset", "TrashCleaner" });
     EXPECT_EQ(out({ "settings", "get", "TrashCleaner" }), "false\n");
@@ -186,8 +232,10 @@ TEST_F(TWListCommandsTest, CommandsAtTheSameTimeLoseNothing)
     std::vector<TWProgram> children;
     for (int number = 0; number < 8; ++number)
         children.push_back(start({ "words", "add", "word" + std::to_string(number) }));
-    for (const auto& child : children)
-        EXPECT_EQ(child.wait().status, 0);
+    for (const auto& child : children) {
+        const auto result = child.wait();
+        EXPECT_EQ(result.status, 0) << result.err;
+    }
     auto words = lines(out({ "words", "list" }));
     std::sort(words.begin(), words.end());
     EXPECT_EQ(words, (Lines{ "word0", "word1", "word2", "word3", "word4", "word5", "word6", "word7" }));

@@ -44,7 +44,9 @@ protected:
     // Loads as at launch; the rules as "description path", with "off" before those that are switched off.
     Lines load()
     {
-        controller.emplace(TWEditorContext{ settings, listFolder, bundle, alerts, tools, programs, logs }, dictionary);
+        controller.emplace(
+            TWEditorContext{ settings, listFolder, bundle, alerts, tools, programs, logs, workspace, volumes },
+            dictionary);
         controller->setView(&view);
         controller->awakeFromNib(TWLaunchKind::Window);
         return rules();

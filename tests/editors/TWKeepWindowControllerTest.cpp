@@ -24,7 +24,9 @@ protected:
     // Loads as at launch.
     void load()
     {
-        controller.emplace(TWEditorContext{ settings, listFolder, bundle, alerts, tools, programs, logs }, dictionary);
+        controller.emplace(
+            TWEditorContext{ settings, listFolder, bundle, alerts, tools, programs, logs, workspace, volumes },
+            dictionary);
         controller->awakeFromNib(TWLaunchKind::Command);
     }
     // What the guard says about ~/a, ~/b and ~/c: "kept " for each that is kept, or the one reason for all.

@@ -36,7 +36,7 @@ protected:
 
     TWLogsWindowControllerTest() { view.controller = &controller; }
 
-    TWEditorContext context{ settings, listFolder, bundle, alerts, tools, programs, logs };
+    TWEditorContext context{ settings, listFolder, bundle, alerts, tools, programs, logs, workspace, volumes };
 
     // The sheet of somebody who opens it now.
     void open(TWLogsWindowController& editor)
@@ -219,7 +219,8 @@ TEST_F(TWLogsWindowControllerTest, AfterEveryChangeTheTreeEqualsOneThatIsReadAsA
     Lines tops{ root.folder("home/one"), root.folder("home/two"), places.systemLogs };
     TWFakeFolderWatcher otherWatcher;
     const TWLogKnowledge otherLogs{ logSources, otherWatcher, openFiles };
-    const TWEditorContext otherContext{ settings, listFolder, bundle, alerts, tools, programs, otherLogs };
+    const TWEditorContext otherContext{ settings, listFolder, bundle, alerts, tools, programs, otherLogs, workspace,
+        volumes };
     controller.setView(&view);
     open(controller);
     std::mt19937 random(20261122);

@@ -56,7 +56,9 @@ protected:
     }
     void load(TWRecentItemsView* recentItemsView = nullptr)
     {
-        controller.emplace(TWEditorContext{ settings, listFolder, bundle, alerts, tools, programs, logs }, dictionary);
+        controller.emplace(
+            TWEditorContext{ settings, listFolder, bundle, alerts, tools, programs, logs, workspace, volumes },
+            dictionary);
         controller->setView(&view);
         controller->setRecentItemsView(recentItemsView ? recentItemsView : &view);
         controller->awakeFromNib(TWLaunchKind::Window);

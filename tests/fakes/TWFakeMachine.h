@@ -6,6 +6,7 @@
 #include "deletion/TWFileDeleter.h"
 #include "fakes/TWFakeFolderWatcher.h"
 #include "fakes/TWFakeRunLoop.h"
+#include "fakes/TWFakeVolumes.h"
 #include "fakes/TWFakes.h"
 #include "fakes/TWRecordingLauncher.h"
 #include "platform/linux/TWLinuxFileSystem.h"
@@ -32,10 +33,12 @@ struct TWFakeMachine {
     TWFakeAlerts alerts;
     TWFakeNotifier notifier;
     TWFakeApplications applications;
+    TWFakeWorkspace workspace;
     TWLinuxPreferenceFiles preferenceFiles;
     TWFakeFolderWatcher folderWatcher;
     TWFakeLogSources logSources;
     TWFakeOpenFiles openFiles;
+    TWFakeVolumes volumes;
     TWOtherPrograms programs{ applications, preferenceFiles };
     TWLogKnowledge logs{ logSources, folderWatcher, openFiles };
     TWPlaces places = makePlaces(root);
@@ -45,7 +48,7 @@ struct TWFakeMachine {
     TWSettings settings{ userDefaults };
     TWDataFolder listFolder{ ownFiles, places, bundle };
     TWPlatform platform{ runLoop, launcher, fileSystem, ownFiles, mountTable, places, userDefaults, bundle, locks,
-        alerts, notifier, applications, preferenceFiles, folderWatcher, logSources, openFiles };
+        alerts, notifier, applications, workspace, preferenceFiles, folderWatcher, logSources, openFiles, volumes };
 
     // A path as a plan sees it now.
     TWDeletionTarget target(const std::string& path) const

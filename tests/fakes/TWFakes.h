@@ -11,6 +11,7 @@
 #include "platform/TWOpenFiles.h"
 #include "platform/TWRunLoop.h"
 #include "platform/TWUserDefaults.h"
+#include "platform/TWWorkspace.h"
 
 #include <sys/stat.h>
 
@@ -127,6 +128,58 @@ struct TWFakeApplications final : TWApplications {
         return found == preferences.end() ? std::vector<std::string>() : found->second;
     }
     TWRunningApplications running() const override { return runs; }
+};
+
+// Runs the copies that a test gives it. One ends when it is told to, a stubborn one only when it is forced to.
+struct TWFakeWorkspace final : TWWorkspace {
+    mutable std::vector<TWRunningCopy> copies; // in the order of their processes
+    std::set<std::int64_t> stubborn; // by process
+    bool canLook = true;
+    bool answers = true;
+    mutable std::vector<std::string> requests; // "quit 12", "force 12"
+
+    std::unique_ptr<TWRunningCopies> runningCopies(const std::vector<std::string>& paths) const override
+    {
+        return std::make_unique<Copies>(*this, paths);
+    }
+
+private:
+    struct Copies final : TWRunningCopies {
+        Copies(const TWFakeWorkspace& given, std::vector<std::string> givenPaths)
+            : workspace(given)
+            , paths(std::move(givenPaths))
+        {
+        }
+        std::optional<std::vector<TWRunningCopy>> runningApplications(const TWCancellation& cancellation) override
+        {
+            if (!workspace.canLook || cancellation.cancelled())
+                return std::nullopt;
+            auto found = workspace.copies;
+            std::erase_if(found, [this](const TWRunningCopy& copy) {
+                return std::find(paths.begin(), paths.end(), copy.application) == paths.end();
+            });
+            return found;
+        }
+        bool terminate(const TWRunningCopy& copy) override
+        {
+            workspace.requests.push_back("quit " + std::to_string(copy.process));
+            if (!workspace.stubborn.contains(copy.process))
+                end(copy);
+            return workspace.answers;
+        }
+        void forceTerminate(const TWRunningCopy& copy) override
+        {
+            workspace.requests.push_back("force " + std::to_string(copy.process));
+            end(copy);
+        }
+        void end(const TWRunningCopy& copy) const
+        {
+            std::erase_if(workspace.copies, [&](const TWRunningCopy& each) { return each.isSame(copy); });
+        }
+
+        const TWFakeWorkspace& workspace;
+        const std::vector<std::string> paths;
+    };
 };
 
 struct TWFakeLogSources final : TWLogSources {

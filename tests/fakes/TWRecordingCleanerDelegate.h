@@ -53,6 +53,6 @@ protected:
         return reports.take();
     }
 
-    Cleaner cleaner{ { tools, settings, programs, logs } };
+    Cleaner cleaner{ { tools, settings, programs, logs, workspace, volumes } };
     TWRecordingCleanerDelegate reports;
 };

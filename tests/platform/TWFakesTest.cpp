@@ -9,6 +9,8 @@
 #include "contracts/TWProcessLauncherContract.h"
 #include "contracts/TWRunLoopContract.h"
 #include "contracts/TWUserDefaultsContract.h"
+#include "contracts/TWVolumesContract.h"
+#include "fakes/TWFakeVolumes.h"
 
 namespace {
 
@@ -58,6 +60,16 @@ struct Alerts {
     TWFakeAlerts fake;
 };
 
+struct Volumes {
+    bool possible() const { return true; }
+    TWVolumes& volumes() { return fake; }
+    std::string path(const std::string& name) const { return "/media/" + name; }
+    void mount(const std::string& path) { fake.mount(path); }
+    void unmount(const std::string& path) { fake.unmount(path); }
+
+    TWFakeVolumes fake;
+};
+
 struct UserDefaults {
     TWUserDefaults& defaults() { return fake; }
 
@@ -74,3 +86,4 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWLocksContract, TWFakeLocks);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWProcessLauncherContract, FakeLauncher);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWUserDefaultsContract, UserDefaults);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWMountTableContract, MountTable);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TWVolumesContract, Volumes);

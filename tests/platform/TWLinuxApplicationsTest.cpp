@@ -197,6 +197,14 @@ TEST(TWLinuxApplicationsTest, FindsTheProgramThatACommandStarts)
     };
     for (const auto& [command, program] : commands)
         EXPECT_EQ(TWLinuxProgram::startedBy(TWLinuxProgram::words(command)), program) << command;
+
+    const auto arguments
+        = [](const char* command) { return TWLinuxProgram::arguments(TWLinuxProgram::words(command)); };
+    using Words = std::vector<std::string>;
+    EXPECT_EQ(arguments("env A=1 prog -x %U"), Words{ "-x" });
+    EXPECT_EQ(arguments("python3 -O /opt/x.py %f"), Words());
+    for (const auto* command : { "sh -c 'prog x'", "flatpak run org.foo.Bar", "env" })
+        EXPECT_FALSE(arguments(command)) << command;
 }
 
 TEST(TWLinuxApplicationsTest, FindsTheApplicationOfAControlGroup)
@@ -208,12 +216,14 @@ TEST(TWLinuxApplicationsTest, FindsTheApplicationOfAControlGroup)
         { "1:name=systemd:/app-gnome-firefox\\x2desr-9.scope", "firefox-esr" },
         { "0::/app-org.kde.kate@9f3.service", "org.kde.kate" },
         { "0::/snap.firefox.firefox-01234567-89ab-cdef-0123-456789abcdef.scope", "firefox_firefox" },
+        { "0::/app.slice/app-org.gnome.Terminal.slice/gnome-terminal-server.service", "org.gnome.Terminal" },
+        { "0::/app.slice/app-org.gnome.Terminal.slice/vte-spawn-0123.scope", "" },
         { "0::/user.slice/session-1.scope", "" },
         { "0::/app-.scope", "" },
         { "", "" },
     };
     for (const auto& [line, application] : lines)
-        EXPECT_EQ(TWLinuxApplicationOfControlGroup(line), application) << line;
+        EXPECT_EQ(TWLinuxUnitOfControlGroup(line).application, application) << line;
 }
 
 TEST(TWLinuxApplicationsTest, PreferenceFilesAreBelowTheFoldersOfTheApplication)

@@ -5,12 +5,15 @@
 #include "platform/posix/TWPosixLocks.h"
 #include "platform/posix/TWTemporaryFile.h"
 
+#include <atomic>
+#include <chrono>
 #include <gtest/gtest.h>
 #include <set>
 #include <signal.h>
 #include <sys/ptrace.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 
 namespace {
 
@@ -167,6 +170,20 @@ TEST_F(TWPosixOwnFilesTest, OneWriterAtATime)
     files.removeLeftovers(temporary.path());
     EXPECT_EQ(listing().size(), 2u);
     EXPECT_EQ(temporary.read("list"), "old");
+}
+
+// Each starting command tidies up, also while another one saves.
+TEST_F(TWPosixOwnFilesTest, TidyingUpDisturbsNoWriter)
+{
+    std::atomic<bool> isDone = false;
+    std::thread tidying([&, path = temporary.path()] {
+        for (; !isDone; std::this_thread::sleep_for(std::chrono::microseconds(1)))
+            files.removeLeftovers(path);
+    });
+    for (int round = 0; round < 5000; ++round)
+        EXPECT_EQ(TWTemporaryFile(temporary.path("list")).create(), 0) << round;
+    isDone = true;
+    tidying.join();
 }
 
 TEST_F(TWPosixOwnFilesTest, RemovesLeftoversOnly)

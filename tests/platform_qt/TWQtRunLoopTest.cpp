@@ -1,7 +1,10 @@
 #include "platform/qt/TWQtRunLoop.h"
 
+#include "builders/TWPrivateMounts.h"
 #include "builders/TWQtApplication.h"
+#include "builders/TWTemporaryFolder.h"
 #include "contracts/TWRunLoopContract.h"
+#include "platform/linux/TWLinuxMountWatch.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -57,4 +60,22 @@ TEST(TWQtRunLoopTest, SaysIfBackgroundWorkDoesNotEnd)
     EXPECT_FALSE(loop.endBackgroundWork(TWRunLoop::Duration(10)));
     answers = true;
     EXPECT_TRUE(loop.endBackgroundWork(TWRunLoop::Duration(30'000)));
+}
+
+// The watch needs a descriptor inside another one, which a loop may look at in its own way.
+TEST(TWQtRunLoopTest, TellsOfMountsAndRestsInBetween)
+{
+    if (!TWPrivateMounts::begin())
+        GTEST_SKIP() << "nothing can be mounted here";
+    const TWTemporaryFolder folder;
+    TWQtRunLoop loop;
+    int changes = 0;
+    const TWLinuxMountWatch watch(loop, [&] { ++changes; });
+    ASSERT_TRUE(TWPrivateMounts::mountEmpty(folder.path()));
+    int turns = 0;
+    for (const auto end = loop.now() + std::chrono::seconds(3); loop.now() < end; ++turns)
+        loop.turn(TWRunLoop::Duration(100));
+    EXPECT_EQ(changes, 1);
+    EXPECT_LT(turns, 60);
+    TWPrivateMounts::detach(folder.path());
 }

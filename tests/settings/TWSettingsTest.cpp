@@ -13,7 +13,7 @@ TEST(TWSettingsTest, ReadsWhatIsStoredByTheTypeOfTheKey)
     settings.registerDefaults(registered);
     // What does not fit the type counts as absent: the registered default holds.
     const std::tuple<TWValue, bool, std::int32_t> rows[]
-        = { { true, true, 1 }, { false, false, 0 }, { 0, false, 0 }, { 2, true, 2 }, { -1, true, -1 },
+        = { { true, true, 1 }, { false, false, 0 }, { 0, false, 0 }, { 2, true, 2 }, { -1, true, 7 },
               { "true", true, 7 }, { "false", false, 7 }, { "0", false, 0 }, { "2", true, 2 }, { " 2", true, 7 },
               { "99999999999", true, 7 }, { 2.5, true, 7 }, { TWValue::Array{}, true, 7 } };
     for (const auto& [stored, boolean, integer] : rows) {

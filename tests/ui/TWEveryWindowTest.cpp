@@ -1,8 +1,10 @@
 // What holds for every window and sheet alike.
 
 #include "TWUITestSupport.h"
+#include "editors/TWApplicationsWindowController.h"
 #include "editors/TWLogsWindowController.h"
 #include "editors/TWRecentItemsWindowController.h"
+#include "editors/TWVolumesWindowController.h"
 #include "ui/sheets/TWSheet.h"
 #include "ui/sheets/TWSheetTable.h"
 #include "ui/windows/TWQtAlerts.h"
@@ -11,6 +13,7 @@
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -33,6 +36,10 @@ protected:
                 std::string("App ") + each, std::string("accessories-text-") + each, each, "" });
         machine.applications.preferences["editor"] = { machine.places.home + "/apprc" };
         writeLogs();
+        machine.volumes.mount("/media/holiday pictures", "/dev/sdc1");
+        machine.volumes.mount("/mnt/backup", "/dev/sdd1");
+        machine.volumes.uses["/mnt/backup"] = { { "player (4711)" }, true };
+        machine.volumes.space["/mnt/backup"] = 81'200'000'000;
         delegate.settings().set(TWKey::TrashCleaner, true);
         const QSignalSpy appeared(&session.mainWindow(), &TWMainWindow::appeared);
         delegate.applicationDidFinishLaunching();
@@ -70,6 +77,13 @@ protected:
         auto& recentItems = delegate.editors().get<TWRecentItemsWindowController>();
         recentItems.insertRule(0, { false, "App viewer", "~/viewed", true, "Unused" });
         recentItems.insertRule(0, { true, "App editor", "~/apprc", false, "Recent Files" });
+        auto& applications = delegate.editors().get<TWApplicationsWindowController>();
+        for (const auto* each : { "editor", "viewer", "/usr/bin/gone", "viewer" })
+            applications.insertEntry(0, { each, std::string("App ") + each });
+        auto& volumes = delegate.editors().get<TWVolumesWindowController>();
+        volumes.list().edit([](auto& records) { records = { { true, "old stick", "/media/old stick" } }; });
+        volumes.updateVolumesList();
+        volumes.setActive(2, true);
         auto& results = delegate.resultsWindowController();
         results.addMessage({ "A rule was read.", TWMessageType::Information, false, 5 });
         results.addMessage({ "The Trash is now empty.", TWMessageType::Success, false, 2 });
@@ -92,9 +106,12 @@ protected:
             sheet.open();
             if (row.editor == std::string("logs"))
                 expandLogs(sheet);
+            machine.runLoop.runUntilIdle();
             shown(sheet, call);
             if (row.editor == std::string("recent-items"))
                 showDiscovery(sheet, call);
+            if (row.editor == std::string("applications"))
+                showChooser(sheet, call);
             if (row.editor == std::string("logs"))
                 showLook(sheet, call);
             sheet.close();
@@ -119,7 +136,7 @@ protected:
         contents->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    void showDiscovery(TWSheet& sheet, const std::function<void(QWidget&)>& call)
+    void showChooser(TWSheet& sheet, const std::function<void(QWidget&)>& call)
     {
         sheet.open();
         child<QAbstractButton>(sheet, "addToolButton")->click();
@@ -130,6 +147,10 @@ protected:
         if (chooser)
             chooser->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    void showDiscovery(TWSheet& sheet, const std::function<void(QWidget&)>& call)
+    {
+        showChooser(sheet, call);
         machine.alerts.open.clear();
         delegate.editors().get<TWRecentItemsWindowController>().addApplication(
             machine.applications.applications.front());
@@ -231,7 +252,12 @@ TEST_F(TWEveryWindowTest, TabLeadsFromTheContentToTheDefaultButtonOfASheetAndIts
                     << layout << widget->objectName().toStdString();
             ASSERT_EQ(window.focusWidget(), *found);
             const QPointer<QWidget> closed(&window); // an alert deletes itself
-            QTest::keyClick(window.windowHandle(), layout % 2 == 0 ? Qt::Key_Space : Qt::Key_Return);
+            const auto press
+                = [&] { QTest::keyClick(window.windowHandle(), layout % 2 == 0 ? Qt::Key_Space : Qt::Key_Return); };
+            press();
+            const auto* message = closed ? closed->findChild<QLabel*>("messageBarLabel") : nullptr;
+            if (message && message->isVisible())
+                press(); // the first one only showed warnings that were new
             EXPECT_FALSE(closed && closed->isVisible());
         });
     }

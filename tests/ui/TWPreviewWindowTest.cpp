@@ -2,6 +2,7 @@
 
 #include "TWUITestSupport.h"
 #include "editors/TWKeepWindowController.h"
+#include "editors/TWVolumesWindowController.h"
 #include "ui/parts/TWCellStyle.h"
 #include "ui/windows/TWQtAlerts.h"
 #include "ui/windows/TWWindowSession.h"
@@ -218,6 +219,20 @@ TEST_F(TWPreviewWindowTest, TheWordStaysVisibleInANameThatIsTooLong)
             marked += picture.pixel(x, y) == underline ? 1 : 0;
     }
     EXPECT_GE(marked, table->fontMetrics().horizontalAdvance("secret"));
+}
+
+TEST_F(TWPreviewWindowTest, AVolumeIsShownWithItsPlaceAndWithoutASize)
+{
+    machine.volumes.mount("/media/stick");
+    machine.volumes.uses["/media/stick"].holders = { "player (12)" };
+    auto& volumes = delegate.editors().get<TWVolumesWindowController>();
+    volumes.updateVolumesList();
+    EXPECT_TRUE(volumes.setActive(0, true));
+    open({ TWKey::VolumesCleaner });
+    EXPECT_EQ(text(0, Path), "stick (/media/stick)");
+    EXPECT_EQ(text(0, Size), "");
+    EXPECT_TRUE(text(0, Why).starts_with("in use by player (12), /dev/sdb1; ")) << text(0, Why);
+    EXPECT_EQ(label("sentenceLabel"), "1 volume would be unmounted.");
 }
 
 TEST_F(TWPreviewWindowTest, EscapeLeavesListThenFilterThenAsksAboutTicks)

@@ -50,7 +50,7 @@ struct Editors : Machine {
 
     TWQtRunLoop qtRunLoop;
     TWDeletionTools qtTools{ qtRunLoop, launcher, fileSystem, guard, places };
-    TWEditors editors{ { settings, listFolder, bundle, alerts, qtTools, programs, logs } };
+    TWEditors editors{ { settings, listFolder, bundle, alerts, qtTools, programs, logs, workspace, volumes } };
     TWDictionaryWindowController& dictionary = editors.dictionary();
     TWFilesWindowController& files = editors.get<TWFilesWindowController>();
 };

@@ -66,6 +66,8 @@ std::optional<TWDesktopEntry> TWDesktopEntry::parse(const std::string& text)
     entry.flatpak = group.text("X-Flatpak");
     entry.onlyShowIn = group.list("OnlyShowIn");
     entry.notShowIn = group.list("NotShowIn");
+    entry.windowClass = group.text("StartupWMClass");
+    entry.runsInTerminal = group.isTrue("Terminal");
     entry.isHidden = group.isTrue("Hidden");
     entry.isInMenus = !group.isTrue("NoDisplay");
     entry.isStartedOverBus = group.isTrue("DBusActivatable");

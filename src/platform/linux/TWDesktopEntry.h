@@ -13,6 +13,8 @@ struct TWDesktopEntry {
     std::string tryExec; // a program without which the application counts as not installed
     std::string flatpak;
     std::vector<std::string> onlyShowIn, notShowIn; // names of desktops
+    std::string windowClass; // of its windows on X11
+    bool runsInTerminal = false;
     bool isHidden = false; // counts as deleted
     bool isInMenus = true;
     bool isStartedOverBus = false; // and needs no command

@@ -175,6 +175,12 @@ std::vector<TWApplication> TWLinuxApplications::installed() const
     return applications;
 }
 
+bool TWLinuxApplications::isInstalled(const std::string& path) const
+{
+    return std::any_of(
+        folders_.begin(), folders_.end(), [&](const std::string& folder) { return TWPath::isAtOrBelow(path, folder); });
+}
+
 std::string TWLinuxApplications::identifier(const std::string& path) const
 {
     std::string name(TWPath::lastComponent(path));
@@ -193,11 +199,17 @@ std::optional<TWApplication> TWLinuxApplications::open(const std::string& path, 
     const auto given = TWPath::systemPath(path);
     if (!given.ends_with(Ending))
         return openProgram(given, problem);
+    auto opened = entry(given, problem);
+    return opened ? std::optional(std::move(opened->application)) : std::nullopt;
+}
+
+std::optional<TWLinuxApplications::Entry> TWLinuxApplications::entry(
+    const std::string& given, std::string& problem) const
+{
     const auto contents = files_.read(given, LongestFile);
     const bool isUnsuitable = contents.error == EISDIR || contents.error == EINVAL || contents.error == EFBIG;
-    const auto file = TWDesktopEntry::parse(contents.bytes);
-    if (file)
-        return application(*file, identifier(given), given);
+    if (auto file = TWDesktopEntry::parse(contents.bytes))
+        return Entry{ application(*file, identifier(given), given), std::move(*file) };
     problem = contents.error == 0 || isUnsuitable
         ? TWText::fill(NotAnEntry, { TWText::oneLine(given) })
         : TWText::fill(CannotRead, { TWText::oneLine(given), TWErrorText(contents.error) });
@@ -227,15 +239,20 @@ std::vector<std::string> TWLinuxApplications::preferenceFiles(const TWApplicatio
     return TWLinuxPreferencePaths(application, places_);
 }
 
-// The program may be a link to one with another name, as "libreoffice" is to "soffice".
+std::string TWLinuxApplications::realProgram(const TWDesktopEntry& file) const
+{
+    const auto started = TWLinuxProgram::startedBy(file.command);
+    const bool isRelative = !started.starts_with('/') && started.find('/') != std::string::npos;
+    const auto program = isRelative ? "" : programPath(started);
+    auto real = fileSystem_.realPath(program, TWLinkAtEnd::Follow).value_or("");
+    return TWLinuxProgram::isLauncher(TWPath::lastComponent(real)) ? "" : real;
+}
+
 bool TWLinuxApplications::isRunning(const Entry& entry, const TWRunningApplications& running) const
 {
     if (running.runsProgram(entry.application.executable))
         return true;
-    const auto program = programPath(TWLinuxProgram::startedBy(entry.file.command));
-    const auto real = fileSystem_.realPath(program, TWLinkAtEnd::Follow).value_or("");
-    const auto name = TWPath::lastComponent(real);
-    return !TWLinuxProgram::isLauncher(name) && running.runsProgram(name);
+    return running.runsProgram(TWPath::lastComponent(realProgram(entry.file)));
 }
 
 TWRunningApplications TWLinuxApplications::running() const
@@ -247,7 +264,7 @@ TWRunningApplications TWLinuxApplications::running() const
             continue;
         for (const auto& name : process.programNames())
             running.addProgram(name);
-        identifiers.insert({ process.application, identifier(process.desktopFile) });
+        identifiers.insert({ process.unit.application, identifier(process.origin.desktopFile) });
     }
     for (const auto& entry : entries()) {
         if (identifiers.contains(entry.application.identifier) || isRunning(entry, running))

@@ -32,19 +32,39 @@ public:
     std::vector<std::string> preferenceFiles(const TWApplication&) const override;
     TWRunningApplications running() const override;
 
-private:
     struct Entry {
         TWApplication application;
         TWDesktopEntry file;
     };
+
+    // Of all files that describe an application, but not those that hide one.
+    std::vector<Entry> entries() const;
+
+    // Of one such file. On failure returns nothing and sets problem to one sentence.
+    std::optional<Entry> entry(const std::string& path, std::string& problem) const;
+
+    // Of the file: what desktops call its application.
+    std::string identifier(const std::string& path) const;
+
+    // Whether the file is in one of the folders that desktops look into. If so, its identifier names the application,
+    // whichever of the folders it is in.
+    bool isInstalled(const std::string& path) const;
+
+    // Whether the user can find it in a menu and start it.
+    bool isShown(const TWDesktopEntry&) const;
+
+    // Where the program that a command names is: a path, or a name that is searched as a shell does. "" if nowhere.
+    std::string programPath(const std::string& program) const;
+
+    // Real path of the program that runs in the end, such as of "soffice" for "libreoffice"; "" if it is not there or
+    // is one under which many applications run.
+    std::string realProgram(const TWDesktopEntry&) const;
+
+private:
     using Files = std::map<std::string, std::string>; // paths by identifier
 
     void addFiles(const std::string& folder, const std::string& prefix, int depth,
         std::unordered_set<TWFileIdentity>& visited, Files&) const;
-    std::vector<Entry> entries() const;
-    std::string identifier(const std::string& path) const;
-    std::string programPath(const std::string& program) const;
-    bool isShown(const TWDesktopEntry&) const;
     bool isRunning(const Entry&, const TWRunningApplications&) const;
     std::optional<TWApplication> openProgram(const std::string& path, std::string& problem) const;
 

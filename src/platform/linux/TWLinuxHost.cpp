@@ -5,6 +5,8 @@
 #include "platform/linux/TWLinuxMountTable.h"
 #include "platform/linux/TWLinuxPeer.h"
 #include "platform/linux/TWLinuxProcessLauncher.h"
+#include "platform/linux/TWLinuxVolumes.h"
+#include "platform/linux/TWLinuxWorkspace.h"
 #include "platform/posix/TWPosixLocks.h"
 #include "platform/posix/TWSocketHandover.h"
 
@@ -67,6 +69,17 @@ std::unique_ptr<TWLocks> TWLinuxHost::makeLocks() const
 std::unique_ptr<TWApplications> TWLinuxHost::makeApplications(const TWPlaces& places) const
 {
     return std::make_unique<TWLinuxApplications>(
+        places, fileSystem_, ownFiles_, TWLinuxApplications::Session::current(places));
+}
+
+std::unique_ptr<TWVolumes> TWLinuxHost::makeVolumes(const TWPlaces& places) const
+{
+    return std::make_unique<TWLinuxVolumes>(places);
+}
+
+std::unique_ptr<TWWorkspace> TWLinuxHost::makeWorkspace(const TWPlaces& places) const
+{
+    return std::make_unique<TWLinuxWorkspace>(
         places, fileSystem_, ownFiles_, TWLinuxApplications::Session::current(places));
 }
 

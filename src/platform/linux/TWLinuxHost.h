@@ -25,6 +25,8 @@ public:
     std::unique_ptr<TWMountTable> makeMountTable() const override;
     std::unique_ptr<TWLocks> makeLocks() const override;
     std::unique_ptr<TWApplications> makeApplications(const TWPlaces&) const override;
+    std::unique_ptr<TWVolumes> makeVolumes(const TWPlaces&) const override;
+    std::unique_ptr<TWWorkspace> makeWorkspace(const TWPlaces&) const override;
     std::unique_ptr<TWHandover> makeHandover(const TWPlaces&, const std::string& dataFolder) const override;
     void holdEndRequests() const override;
     std::unique_ptr<TWRunLoopHandle> whenToldToEnd(TWRunLoop&, std::function<void()>) const override;

@@ -3,11 +3,6 @@
 #include "platform/TWMountTable.h"
 #include "platform/posix/TWDescriptor.h"
 
-#include <string_view>
-
-// The mount points in the text of a mountinfo table, sorted. Empty if any line cannot be parsed.
-TWMountPoints TWMountPointsIn(std::string_view mountInfo);
-
 // Reads /proc/self/mountinfo once, and again only after the kernel has signalled a change.
 class TWLinuxMountTable final : public TWMountTable {
 public:

@@ -50,7 +50,7 @@ private:
 
 void Collector::add(const TWLinuxProcessFolder& process)
 {
-    const int folder = openat(process.folder, "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int folder = openat(process.descriptor(), "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const std::unique_ptr<DIR, int (*)(DIR*)> descriptors(folder < 0 ? nullptr : fdopendir(folder), closedir);
     std::string program;
     while (const dirent* entry = descriptors && !isDone() ? readdir(descriptors.get()) : nullptr) {

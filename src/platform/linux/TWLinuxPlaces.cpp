@@ -76,6 +76,7 @@ void addInstallation(TWPlaces& places)
     places.eject = prefix + "/libexec/tidewell/eject";
     places.window = prefix + "/libexec/tidewell/tidewell-window";
     places.notifier = prefix + "/libexec/tidewell/notifier.so";
+    places.desktop = prefix + "/libexec/tidewell/desktop.so";
 }
 
 void addDefaults(TWPlaces& places)

@@ -1,5 +1,7 @@
 #include "platform/linux/TWLinuxProcessLauncher.h"
 
+#include "platform/linux/TWLinuxPidfd.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -7,7 +9,6 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/epoll.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -23,17 +24,6 @@ constexpr auto Patience = 100ms;
 
 // The low bit of an epoll tag tells a child's output pipe from its pidfd.
 constexpr std::uint64_t OutputBit = 1;
-
-// The C library's own declarations of these two cannot be linked from C++ on Debian 12.
-int openProcess(pid_t process)
-{
-    return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
-}
-
-void sendSignal(int pidfd, int number)
-{
-    syscall(SYS_pidfd_send_signal, pidfd, number, nullptr, 0);
-}
 
 // Reaps the process if it has ended. Returns true when no zombie is left.
 bool collect(pid_t process)
@@ -159,7 +149,7 @@ public:
 private:
     int watchDescriptors()
     {
-        pidfd_ = TWDescriptor(openProcess(process_));
+        pidfd_ = TWLinuxOpenProcess(process_);
         if (pidfd_.isOpen() && launcher_.watch(pidfd_.get(), identifier_)
             && launcher_.watch(outputRead_.get(), identifier_ | OutputBit))
             return 0;
@@ -191,7 +181,7 @@ private:
     void signal(int number) const
     {
         if (process_ > 0)
-            sendSignal(pidfd_.get(), number);
+            TWLinuxSendSignal(pidfd_.get(), number);
     }
 
     void closeAll()
@@ -224,14 +214,14 @@ TWLinuxProcessLauncher::~TWLinuxProcessLauncher()
 {
     collectAbandoned();
     for (const auto& [identifier, child] : abandoned_)
-        sendSignal(child.pidfd.get(), SIGKILL);
+        TWLinuxSendSignal(child.pidfd.get(), SIGKILL);
     collectAbandoned();
 }
 
 void TWLinuxProcessLauncher::abandon(std::uint64_t identifier, pid_t process, TWDescriptor pidfd)
 {
     auto patience
-        = loop_.after(Patience, [this, identifier] { sendSignal(abandoned_[identifier].pidfd.get(), SIGKILL); });
+        = loop_.after(Patience, [this, identifier] { TWLinuxSendSignal(abandoned_[identifier].pidfd.get(), SIGKILL); });
     abandoned_[identifier] = { process, std::move(pidfd), std::move(patience) };
 }
 

@@ -1,34 +1,25 @@
 #pragma once
 
+#include "platform/linux/TWLinuxProcessFolder.h"
+
 #include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
 
-// What the kernel says about a process of this user.
-struct TWLinuxProcess {
-    std::string executable; // its path
-    std::vector<std::string> words; // the first ones of its command line
-    std::string application; // identifier of the application, if its control group tells; else ""
-    std::string desktopFile; // that it was started from, if its environment tells; else ""
-
-    // File names under which users know it: of the executable, of the first word and of the script that it interprets,
-    // with and without their endings. Some may be "".
-    std::vector<std::string> programNames() const;
-
-    // File name of the script that it interprets, else of the executable.
-    std::string programName() const;
+// A process as the list of all processes has it. The entry is another one when the identifier has gone to another
+// process, and may be another one for the same process.
+struct TWLinuxListedProcess {
+    pid_t process;
+    ino_t entry;
 };
 
-// A process of this user. Valid during the call.
-struct TWLinuxProcessFolder {
-    const int folder; // in /proc, opened with O_PATH
-    const std::string_view number;
-    const std::string executable; // its path; never ""
+// All processes. Nothing if they cannot be listed. processes is /proc, opened.
+std::optional<std::vector<TWLinuxListedProcess>> TWLinuxListProcesses(int processes);
 
-    // Reads some kilobytes.
-    TWLinuxProcess read() const;
-};
+// Opens /proc.
+TWDescriptor TWLinuxOpenProcesses();
+
+// Calls the function for all processes that may be looked at, this one included, until it returns false. Root may look
+// at those of all users. Any thread.
+void TWLinuxForEachProcess(const std::function<bool(const TWLinuxProcessFolder&)>&);
 
 // Calls the function for all processes of this user, except this one and those that may not be looked at, until it
 // returns false. Any thread.
@@ -36,6 +27,3 @@ void TWLinuxForEachOwnProcess(const std::function<bool(const TWLinuxProcessFolde
 
 // Reads all these processes. Any thread.
 std::vector<TWLinuxProcess> TWLinuxOwnProcesses();
-
-// The identifier of the application, or "", that a line of /proc/PID/cgroup names.
-std::string TWLinuxApplicationOfControlGroup(std::string_view line);

@@ -135,11 +135,26 @@ std::string TWLinuxProgram::script(std::string_view interpreter, const std::vect
     return "";
 }
 
+std::optional<std::vector<std::string>> TWLinuxProgram::arguments(const std::vector<std::string>& words)
+{
+    const auto program = startedBy(words);
+    const auto found = std::find(words.begin(), words.end(), program);
+    if (found == words.end())
+        return std::nullopt;
+    std::vector<std::string> arguments(found + 1, words.end());
+    std::erase_if(arguments, [](const std::string& word) { return word.size() == 2 && word.front() == '%'; });
+    return arguments;
+}
+
+bool TWLinuxProgram::isShell(std::string_view fileName)
+{
+    return containsVersionOf(Shells, fileName);
+}
+
 bool TWLinuxProgram::isLauncher(std::string_view fileName)
 {
-    return contains(Prefixes, fileName) || containsVersionOf(Shells, fileName)
-        || containsVersionOf(Interpreters, fileName) || fileName == "flatpak" || fileName == "snap"
-        || fileName == "busybox";
+    return contains(Prefixes, fileName) || isShell(fileName) || containsVersionOf(Interpreters, fileName)
+        || fileName == "flatpak" || fileName == "snap" || fileName == "busybox";
 }
 
 std::string_view TWLinuxProgram::stem(std::string_view fileName)

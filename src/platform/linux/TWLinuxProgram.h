@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,12 @@ std::string startedBy(std::vector<std::string> words);
 // The script that this interpreter runs, given the words of its command line; "" if it runs none or is not an
 // interpreter.
 std::string script(std::string_view interpreter, const std::vector<std::string>& words);
+
+// What the command hands to the program that startedBy() finds in it, without the field codes of a .desktop file.
+// Nothing if the command does not name that program directly.
+std::optional<std::vector<std::string>> arguments(const std::vector<std::string>& words);
+
+bool isShell(std::string_view fileName);
 
 // True for interpreters and for programs that only start others, under whose name many applications run.
 bool isLauncher(std::string_view fileName);

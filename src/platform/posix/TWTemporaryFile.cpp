@@ -4,17 +4,20 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace {
 
 constexpr std::string_view Prefix = ".tidewell-";
 constexpr std::size_t HashDigits = 16;
-constexpr int MostAttempts = 10;
+constexpr int MostAttempts = 20;
+constexpr auto Pause = std::chrono::milliseconds(10);
 
 // A name of fixed length, because the target's own name may already have the greatest length allowed. The hash (FNV-1a)
 // must be the same in all versions of Tidewell.
@@ -60,23 +63,24 @@ TWTemporaryFile::~TWTemporaryFile()
 
 int TWTemporaryFile::create()
 {
-    for (int attempt = 0; attempt < MostAttempts; attempt++) {
-        file_ = TWDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-        if (!file_.isOpen() && errno != EEXIST)
-            return errno;
-        if (!file_.isOpen()) {
-            if (const int error = removeLeftover(path_))
-                return error;
-            continue;
-        }
-        // Until it was locked, the new file looked like a leftover to others.
-        if (!lock(file_.get()))
-            return EBUSY;
-        exists_ = isStillAt(path_, file_.get());
-        if (exists_)
-            return 0;
+    int error = createOnce();
+    for (int attempt = 1; error == EBUSY && attempt < MostAttempts; ++attempt) {
+        std::this_thread::sleep_for(Pause);
+        error = createOnce();
     }
-    return EBUSY;
+    return error;
+}
+
+// Until it is locked, the new file looks like a leftover to others: EBUSY if one of them is removing it.
+int TWTemporaryFile::createOnce()
+{
+    if (const int error = removeLeftover(path_))
+        return error;
+    file_ = TWDescriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (!file_.isOpen())
+        return errno == EEXIST ? EBUSY : errno;
+    exists_ = lock(file_.get()) && isStillAt(path_, file_.get());
+    return exists_ ? 0 : EBUSY;
 }
 
 int TWTemporaryFile::replaceTarget()

@@ -17,7 +17,7 @@ public:
     // Removes the file unless it has replaced the target.
     ~TWTemporaryFile();
 
-    // Creates the file, empty and with mode 0600. Returns 0 or the errno: EBUSY if another writer has it.
+    // Creates the file, empty and with mode 0600. Returns 0 or the errno: EBUSY if another writer keeps it for long.
     int create();
 
     int descriptor() const { return file_.get(); }
@@ -33,6 +33,8 @@ public:
     static int removeLeftover(const std::string& path);
 
 private:
+    int createOnce();
+
     const std::string target_;
     const std::string path_;
     TWDescriptor file_;

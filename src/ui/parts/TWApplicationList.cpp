@@ -1,14 +1,13 @@
 #include "ui/parts/TWApplicationList.h"
 
+#include "ui/parts/TWApplicationIcons.h"
 #include "ui/parts/TWQtText.h"
 
 #include <QAbstractListModel>
-#include <QIcon>
 #include <QPainter>
 #include <QStyle>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 
 namespace {
@@ -16,27 +15,13 @@ namespace {
 constexpr int FewestRows = 4;
 constexpr int RowPadding = 8;
 
-// Reads only regular files, because a description may name anything.
-QIcon load(const std::string& name, const QStyle& style)
-{
-    QIcon icon;
-    std::error_code error;
-    if (!name.starts_with('/'))
-        icon = QIcon::fromTheme(TWQtText::exact(name));
-    else if (std::filesystem::is_regular_file(name, error))
-        icon = QIcon(TWQtText::path(name));
-    if (icon.isNull() || icon.pixmap(1).isNull())
-        icon = QIcon::fromTheme("application-x-executable", style.standardIcon(QStyle::SP_FileIcon));
-    return icon;
-}
-
 }
 
 class TWApplicationModel final : public QAbstractListModel {
 public:
     explicit TWApplicationModel(QListView* view)
         : QAbstractListModel(view)
-        , view_(*view)
+        , icons_(*view)
     {
     }
 
@@ -45,7 +30,6 @@ public:
         beginResetModel();
         all_ = std::move(applications);
         shown_.clear();
-        icons_.clear();
         names_.clear();
         for (const auto& each : all_)
             ++names_[each.displayName];
@@ -91,7 +75,7 @@ public:
         case Qt::ToolTipRole:
             return TWQtText::toolTip(application(index.row()).path);
         case Qt::DecorationRole:
-            return icon(shown_[static_cast<std::size_t>(index.row())]);
+            return icons_.icon(application(index.row()).icon);
         default:
             return {};
         }
@@ -107,25 +91,18 @@ private:
         return name + " (" + TWQtText::shown(application.identifier) + ')';
     }
 
-    const QIcon& icon(std::size_t number) const
-    {
-        const auto loaded = icons_.find(number);
-        return loaded != icons_.end() ? loaded->second
-                                      : icons_.emplace(number, load(all_[number].icon, *view_.style())).first->second;
-    }
-
-    const QListView& view_;
+    const TWApplicationIcons icons_;
     std::vector<TWApplication> all_;
     std::vector<std::size_t> shown_; // indexes
     std::map<std::string, int> names_; // how many have that name
-    mutable std::map<std::size_t, QIcon> icons_; // those that were seen, by index
 };
 
-TWApplicationList::TWApplicationList(QWidget* parent)
+TWApplicationList::TWApplicationList(SelectionMode mode, QWidget* parent)
     : QListView(parent)
     , model_(new TWApplicationModel(this))
 {
     setModel(model_);
+    setSelectionMode(mode);
     const int size = style()->pixelMetric(QStyle::PM_LargeIconSize);
     setIconSize({ size, size });
     setSpacing(RowPadding / 4);
@@ -144,19 +121,29 @@ void TWApplicationList::search(const QString& text)
 {
     const auto before = selected();
     model_->search(text);
-    int row = before ? model_->rowOf(*before) : -1;
-    if (row == -1 && !text.isEmpty())
-        row = 0;
-    if (row != -1)
-        setCurrentIndex(model_->index(row));
+    std::vector<int> rows;
+    for (const auto& each : before)
+        rows.push_back(model_->rowOf(each));
+    std::erase(rows, -1);
+    if (rows.empty() && !text.isEmpty() && model_->rowCount() > 0)
+        rows.push_back(0);
+    for (const int row : rows) {
+        if (row == rows.front())
+            setCurrentIndex(model_->index(row));
+        selectionModel()->select(model_->index(row), QItemSelectionModel::Select);
+    }
     setEmptyText(emptyText_);
     emit selectedChanged(); // a reset sends no signal of its own
 }
 
-std::optional<TWApplication> TWApplicationList::selected() const
+std::vector<TWApplication> TWApplicationList::selected() const
 {
-    const auto rows = selectionModel()->selectedRows();
-    return rows.isEmpty() ? std::nullopt : std::optional(model_->application(rows.first().row()));
+    auto rows = selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end());
+    std::vector<TWApplication> selected;
+    for (const auto& row : rows)
+        selected.push_back(model_->application(row.row()));
+    return selected;
 }
 
 void TWApplicationList::setEmptyText(const QString& text)

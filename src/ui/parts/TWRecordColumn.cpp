@@ -40,6 +40,18 @@ TWRecordColumn TWRecordColumn::usedIf(Get<bool> get) &&
     return std::move(*this);
 }
 
+TWRecordColumn TWRecordColumn::withIcon(Get<QIcon> get) &&
+{
+    icon = std::move(get);
+    return std::move(*this);
+}
+
+TWRecordColumn TWRecordColumn::withToolTip(Get<std::string> get) &&
+{
+    toolTip = std::move(get);
+    return std::move(*this);
+}
+
 TWRecordColumn TWRecordColumn::note(QString name, QString title, Get<TWRecordNote> get)
 {
     TWRecordColumn column(Kind::Note, std::move(name), std::move(title));

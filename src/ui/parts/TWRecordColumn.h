@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QStringList>
 
 #include <cstdint>
@@ -23,10 +24,10 @@ struct TWRecordColumn {
     using Set = std::function<void(int row, Value)>;
 
     // The name determines the object name of the cell's editor: "path" is edited in "pathEditor". A path is elided in
-    // the middle.
+    // the middle. Without a Set the text cannot be edited.
     static TWRecordColumn check(QString name, QString title, Get<bool>, Set<bool>);
-    static TWRecordColumn text(QString name, QString title, Get<std::string>, Set<std::string>);
-    static TWRecordColumn path(QString name, QString title, Get<std::string>, Set<std::string>);
+    static TWRecordColumn text(QString name, QString title, Get<std::string>, Set<std::string> = nullptr);
+    static TWRecordColumn path(QString name, QString title, Get<std::string>, Set<std::string> = nullptr);
 
     // A pop-up menu of the numbers from 0 to count - 1. A record may hold any other number, which stays unless the user
     // chooses another one. label names any number.
@@ -35,6 +36,10 @@ struct TWRecordColumn {
 
     // Sets whether the cell in a row matters there. One that does not is greyed, but can be edited.
     TWRecordColumn usedIf(Get<bool>) &&;
+
+    // Sets the icon before a text, and what the tooltip shows in the place of the text itself.
+    TWRecordColumn withIcon(Get<QIcon>) &&;
+    TWRecordColumn withToolTip(Get<std::string>) &&;
 
     // Cannot be edited.
     static TWRecordColumn note(QString name, QString title, Get<TWRecordNote>);
@@ -54,8 +59,12 @@ struct TWRecordColumn {
     Set<std::int64_t> setChosen;
     Get<TWRecordNote> noteAt;
 
-    // For any kind; if not set, every cell is used.
+    // Only set for some columns. Without used, every cell is used.
     Get<bool> used;
+    Get<QIcon> icon;
+    Get<std::string> toolTip;
+
+    bool isEditable() const { return kind == Kind::Choice || setText; }
 
 private:
     TWRecordColumn(Kind givenKind, QString givenName, QString givenTitle)

@@ -29,9 +29,8 @@ void TWRecordModel::reload()
 
 void TWRecordModel::notesChanged()
 {
-    const int notes = columnOf(Kind::Note);
-    if (rowCount() > 0 && notes != -1)
-        emit dataChanged(index(0, notes), index(rowCount() - 1, notes));
+    if (rowCount() > 0) // icons and colours may depend on what the notes depend on
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
 }
 
 int TWRecordModel::rowCount(const QModelIndex& parent) const
@@ -70,8 +69,10 @@ QVariant TWRecordModel::data(const QModelIndex& index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return TWQtText::shown(plainText(row, column));
+    case Qt::DecorationRole:
+        return column.icon ? column.icon(row) : QVariant();
     case Qt::ToolTipRole:
-        return TWQtText::toolTip(plainText(row, column));
+        return TWQtText::toolTip(column.toolTip ? column.toolTip(row) : plainText(row, column));
     case Qt::EditRole:
         return editedValue(row, column);
     case WarningRole:
@@ -108,7 +109,8 @@ QString TWRecordModel::accessibleText(int row, const TWRecordColumn& column) con
         return (column.checked(row) ? tr("%1 is on") : tr("%1 is off")).arg(record);
     }
     const auto text = TWQtText::shown(plainText(row, column));
-    if (column.used && !column.used(row) && !text.isEmpty())
+    // What cannot be edited is grey for a reason that the note tells.
+    if (column.isEditable() && column.used && !column.used(row) && !text.isEmpty())
         return tr("%1, not used").arg(text);
     return column.kind == Kind::Note && column.noteAt(row).warning ? tr("Warning: %1").arg(text) : text;
 }
@@ -143,7 +145,10 @@ void TWRecordModel::change(int row, const TWRecordColumn& column, const QVariant
 Qt::ItemFlags TWRecordModel::flags(const QModelIndex& index) const
 {
     auto flags = QAbstractTableModel::flags(index) | Qt::ItemNeverHasChildren;
-    if (!index.isValid() || column(index.column()).kind == Kind::Note)
+    if (!index.isValid())
         return flags;
-    return flags | (column(index.column()).kind == Kind::Check ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable);
+    const auto& column = this->column(index.column());
+    flags.setFlag(Qt::ItemIsUserCheckable, column.kind == Kind::Check);
+    flags.setFlag(Qt::ItemIsEditable, column.isEditable());
+    return flags;
 }

@@ -116,7 +116,8 @@ int TWRecordTable::selectedRow() const
 
 void TWRecordTable::showRow(int row)
 {
-    const auto index = model_->index(row, std::max(model_->columnOf(Kind::Text), 0));
+    const int text = model_->columnOf(Kind::Text);
+    const auto index = model_->index(row, text != -1 && model_->column(text).isEditable() ? text : 0);
     setCurrentIndex(index);
     scrollTo(index);
 }

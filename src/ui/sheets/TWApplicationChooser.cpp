@@ -1,5 +1,6 @@
 #include "ui/sheets/TWApplicationChooser.h"
 
+#include "platform/TWPlaces.h"
 #include "ui/parts/TWApplicationList.h"
 #include "ui/parts/TWControls.h"
 #include "ui/parts/TWPathChooser.h"
@@ -20,21 +21,22 @@ constexpr int ChooserHeight = 30;
 
 }
 
-TWApplicationChooser::TWApplicationChooser(TWRecentItemsWindowController& controller,
-    const TWRecentItemsView::ApplicationPanel& panel, std::function<void(std::optional<TWApplication>)> answered,
-    QWidget* parent)
+TWApplicationChooser::TWApplicationChooser(TWApplicationFinder& finder, const TWPlaces& places, const Texts& texts,
+    Number number, std::function<void(std::vector<TWApplication>)> answered, QWidget* parent)
     : TWSheet("applicationChooser", {}, parent)
-    , controller_(controller)
+    , finder_(finder)
+    , places_(places)
     , chooser_(new TWPathChooser(this))
     , searchField_(new QLineEdit)
-    , list_(new TWApplicationList)
+    , list_(new TWApplicationList(
+          number == Number::One ? QAbstractItemView::SingleSelection : QAbstractItemView::ExtendedSelection))
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    TWControls::setTitle(*this, TWQtText::shown(panel.title), controller.places());
+    TWControls::setTitle(*this, texts.title, places);
     setPreferredSize(ChooserWidth, ChooserHeight);
-    setIntroduction(TWQtText::shown(panel.message));
+    setIntroduction(texts.message);
     setContent(createContent(), searchField_);
-    createButtons(TWQtText::shown(panel.prompt));
+    createButtons(texts.prompt);
     connect(this, &QDialog::finished, this, [this, answered = std::move(answered)] { answered(chosen_); });
     connect(chooser_, &TWPathChooser::unreadableName, this, [this](const QString& path) {
         showMessage(tr("The name \"%1\" is not valid UTF-8, so this file cannot be chosen.").arg(path));
@@ -53,7 +55,7 @@ QWidget* TWApplicationChooser::createContent()
     list_->setObjectName("applicationListView");
     list_->setAccessibleName(tr("Applications"));
     connect(list_, &TWApplicationList::selectedChanged, this,
-        [this] { chooseButton_->setEnabled(list_->selected().has_value()); });
+        [this] { chooseButton_->setEnabled(!list_->selected().empty()); });
     connect(list_, &QAbstractItemView::doubleClicked, this, [this] { chooseButton_->click(); });
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -73,10 +75,7 @@ void TWApplicationChooser::createButtons(const QString& prompt)
     auto* other = addButton(tr("&Other..."), QDialogButtonBox::ActionRole, "otherButton");
     other->setAccessibleName(tr("Other"));
     other->setToolTip(tr("Choose an application that is not in the list by its .desktop file or its program"));
-    connect(chooseButton_, &QPushButton::clicked, this, [this] {
-        if (const auto selected = list_->selected())
-            choose(*selected);
-    });
+    connect(chooseButton_, &QPushButton::clicked, this, [this] { choose(list_->selected()); });
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(other, &QPushButton::clicked, this, &TWApplicationChooser::chooseOther);
 }
@@ -84,7 +83,7 @@ void TWApplicationChooser::createButtons(const QString& prompt)
 void TWApplicationChooser::findApplications()
 {
     list_->setEmptyText(tr("Looking for applications..."));
-    controller_.findApplications([chooser = QPointer(this)](std::vector<TWApplication> found) {
+    finder_.find([chooser = QPointer(this)](std::vector<TWApplication> found) {
         if (!chooser)
             return;
         chooser->list_->setApplications(std::move(found));
@@ -107,22 +106,23 @@ void TWApplicationChooser::search()
 void TWApplicationChooser::chooseOther()
 {
     showMessage({});
-    const auto opened = [chooser = QPointer(this)](const auto& application, const std::string& problem) {
+    const auto opened = [chooser = QPointer(this)](const std::vector<TWApplicationFinder::Opened>& all) {
+        const auto& [application, problem] = all.front();
         if (chooser && application)
-            chooser->choose(*application);
+            chooser->choose({ *application });
         else if (chooser)
             chooser->showMessage(TWQtText::shown(problem));
     };
     const TWPathChooser::Texts texts{ tr("Select a .desktop file or a program"), chooseButton_->text() };
-    chooser_->chooseFile(texts, controller_.places().home, [this, opened](const std::optional<std::string>& path) {
+    chooser_->chooseFile(texts, places_.home, [this, opened](const std::optional<std::string>& path) {
         if (path)
-            controller_.openApplication(*path, opened);
+            finder_.open({ *path }, opened);
     });
 }
 
-void TWApplicationChooser::choose(const TWApplication& application)
+void TWApplicationChooser::choose(std::vector<TWApplication> applications)
 {
-    chosen_ = application;
+    chosen_ = std::move(applications);
     accept();
 }
 

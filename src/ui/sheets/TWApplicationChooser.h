@@ -1,20 +1,29 @@
 #pragma once
 
-#include "editors/TWRecentItemsWindowController.h"
+#include "editors/TWApplicationFinder.h"
 #include "ui/sheets/TWSheet.h"
 
 class QLineEdit;
 class TWApplicationList;
 class TWPathChooser;
+struct TWPlaces;
 
-// Lets the user choose one of the installed applications, or another one by its file. Deletes itself when it closes.
+// Lets the user choose installed applications, or another one by its file. Deletes itself when it closes.
 class TWApplicationChooser final : public TWSheet {
     Q_OBJECT
 
 public:
-    // Answers once it has closed. The controller must outlive the dialog.
-    TWApplicationChooser(TWRecentItemsWindowController&, const TWRecentItemsView::ApplicationPanel&,
-        std::function<void(std::optional<TWApplication>)> answered, QWidget* parent);
+    enum class Number { One, Several };
+
+    struct Texts {
+        QString title;
+        QString message;
+        QString prompt; // the button that chooses
+    };
+
+    // Answers once it has closed, with nothing if the user has cancelled. The finder must outlive the dialog.
+    TWApplicationChooser(TWApplicationFinder&, const TWPlaces&, const Texts&, Number,
+        std::function<void(std::vector<TWApplication>)> answered, QWidget* parent);
 
 protected:
     // Keys that move in a list move in the list of applications while the search field has the focus.
@@ -26,12 +35,13 @@ private:
     void findApplications();
     void search();
     void chooseOther();
-    void choose(const TWApplication&);
+    void choose(std::vector<TWApplication>);
 
-    TWRecentItemsWindowController& controller_;
+    TWApplicationFinder& finder_;
+    const TWPlaces& places_;
     TWPathChooser* chooser_;
     QLineEdit* searchField_;
     TWApplicationList* list_;
     QPushButton* chooseButton_ = nullptr;
-    std::optional<TWApplication> chosen_;
+    std::vector<TWApplication> chosen_;
 };

@@ -64,7 +64,15 @@ QString TWRecentItemsSheet::whyNotKept(int row) const
 void TWRecentItemsSheet::selectApplication(
     const ApplicationPanel& panel, std::function<void(std::optional<TWApplication>)> answered)
 {
-    (new TWApplicationChooser(controller(), panel, std::move(answered), this))->open();
+    const TWApplicationChooser::Texts texts{ TWQtText::shown(panel.title), TWQtText::shown(panel.message),
+        TWQtText::shown(panel.prompt) };
+    auto* chooser = new TWApplicationChooser(
+        controller().finder(), controller().places(), texts, TWApplicationChooser::Number::One,
+        [answered = std::move(answered)](const std::vector<TWApplication>& chosen) {
+            answered(chosen.empty() ? std::nullopt : std::optional(chosen.front()));
+        },
+        this);
+    chooser->open();
 }
 
 void TWRecentItemsSheet::lookingChanged()

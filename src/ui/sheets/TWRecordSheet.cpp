@@ -24,13 +24,13 @@ TWRecordSheet::TWRecordSheet(TWRecordEditor& editor, const QString& name, const 
 {
 }
 
-void TWRecordSheet::setRecords(std::vector<TWRecordColumn> columns, Texts texts)
+void TWRecordSheet::setRecords(std::vector<TWRecordColumn> columns, Texts texts, QWidget* below)
 {
     texts_ = std::move(texts);
     table_ = new TWRecordTable(std::move(columns), [this] { return editor_.recordCount(); });
     pane_ = new TWRecordPane(table_, texts_.add, texts_.remove);
     setIntroduction(texts_.introduction);
-    createContent();
+    createContent(below);
     createButtons();
 }
 
@@ -39,7 +39,7 @@ TWRecordSheet::~TWRecordSheet()
     editor_.sheetClosed();
 }
 
-void TWRecordSheet::createContent()
+void TWRecordSheet::createContent(QWidget* below)
 {
     table_->setObjectName(name_ + "TableView");
     table_->setAccessibleName(texts_.records);
@@ -54,6 +54,8 @@ void TWRecordSheet::createContent()
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(pane_, 1);
+    if (below)
+        layout->addWidget(below);
     layout->addWidget(unsaved_);
     setContent(content, table_);
     connect(pane_, &TWRecordPane::addRequested, this, &TWRecordSheet::addRecord);
@@ -71,11 +73,17 @@ void TWRecordSheet::createButtons()
     auto* ok = addButton(QDialogButtonBox::Ok, "okPushButton", tr("OK"));
     auto* help = addButton(QDialogButtonBox::Help, "helpPushButton", tr("Help"));
     help->setShortcut(QKeySequence::HelpContents);
-    auto* defaults = addButton(tr("Restore &Defaults..."), QDialogButtonBox::ResetRole, "restoreDefaultsPushButton");
-    defaults->setAccessibleName(tr("Restore Defaults"));
+    if (editor_.hasDefaults())
+        createDefaultsButton();
     setDefaultButton(ok);
     connect(ok, &QPushButton::clicked, this, &TWRecordSheet::ok);
     connect(help, &QPushButton::clicked, this, [this] { editor_.help(); });
+}
+
+void TWRecordSheet::createDefaultsButton()
+{
+    auto* defaults = addButton(tr("Restore &Defaults..."), QDialogButtonBox::ResetRole, "restoreDefaultsPushButton");
+    defaults->setAccessibleName(tr("Restore Defaults"));
     connect(defaults, &QPushButton::clicked, this, [this] {
         table_->finishEditing();
         editor_.restoreDefaults();
@@ -169,14 +177,16 @@ void TWRecordSheet::addDropped(const QList<QUrl>& files)
 {
     table_->finishEditing();
     showMessage({});
+    std::vector<std::string> paths;
     for (const auto& file : files) {
         if (!file.isLocalFile())
             continue;
         if (const auto path = TWQtText::pathBytes(file.toLocalFile()))
-            editor_.addPath(TWPath::withoutTrailingSlashes(*path));
+            paths.push_back(TWPath::withoutTrailingSlashes(*path));
         else
             showUnreadableName(file.toLocalFile());
     }
+    editor_.addPaths(paths);
 }
 
 void TWRecordSheet::showUnreadableName(const QString& path)

@@ -33,8 +33,8 @@ protected:
     TWRecordSheet(TWRecordEditor&, const QString& name, const QString& title, QWidget* parent);
     ~TWRecordSheet();
 
-    // Call this once in the constructor. It makes everything in the sheet.
-    void setRecords(std::vector<TWRecordColumn>, Texts);
+    // Call this once in the constructor. It makes everything in the sheet. What belongs below the table may be added.
+    void setRecords(std::vector<TWRecordColumn>, Texts, QWidget* below = nullptr);
 
     // What the bar says as long as the list has a problem, or "".
     virtual QString problem() const = 0;
@@ -59,8 +59,9 @@ protected:
     void hideEvent(QHideEvent*) override;
 
 private:
-    void createContent();
+    void createContent(QWidget* below);
     void createButtons();
+    void createDefaultsButton();
     void ok();
     bool showNewWarnings();
     void addDropped(const QList<QUrl>& files);

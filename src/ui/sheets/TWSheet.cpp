@@ -161,9 +161,10 @@ void TWSheet::arrangeTabOrder()
         setTabOrder(order[next - 1], order[next]);
 }
 
-void TWSheet::setProblem(const QString& problem)
+void TWSheet::setProblem(const QString& problem, Cause cause)
 {
     problem_ = problem;
+    cause_ = cause;
     showMessages();
 }
 
@@ -183,7 +184,7 @@ void TWSheet::showNotice(const QString& notice)
 void TWSheet::showMessages()
 {
     auto lines = QStringList{ problem_, message_ };
-    if (!problem_.isEmpty())
+    if (!problem_.isEmpty() && cause_ == Cause::DamagedFile)
         lines.insert(1, tr("If you save here, the damaged file is kept with \".damaged\" added to its name."));
     lines.removeAll(QString());
     messageBar_->setText(lines.join('\n'));

@@ -24,6 +24,9 @@ public:
 
     TWSheet(const QString& objectName, const QString& title, QWidget* parent);
 
+    // Shows the settings anew, because a command may have changed them.
+    virtual void refresh() { }
+
 signals:
     // The user has asked for that page of the help.
     void helpRequested(const QString& page);
@@ -50,8 +53,10 @@ protected:
     // Sets the button that Return presses. It must not be one that loses something.
     void setDefaultButton(QPushButton*);
 
-    // The problem of the saved list stays in the bar as long as it lasts, above a message that comes and goes.
-    void setProblem(const QString& problem);
+    enum class Cause { DamagedFile, Other };
+
+    // The problem of the list stays in the bar as long as it lasts, above a message that comes and goes.
+    void setProblem(const QString& problem, Cause = Cause::DamagedFile);
     void showMessage(const QString& message);
 
     // Says in a bar of its own, until the next message, that something has gone well.
@@ -87,6 +92,7 @@ private:
     QWidget* firstFocus_ = nullptr;
     QSize preferredSize_; // if not set, the size that the content wants
     QString problem_;
+    Cause cause_ = Cause::DamagedFile; // of the problem
     QString message_;
     std::vector<UndoStep> undoSteps_; // the newest last
 };

@@ -1,11 +1,13 @@
 #include "ui/sheets/TWSheetTable.h"
 
 #include "app/TWEditors.h"
+#include "ui/sheets/TWApplicationsSheet.h"
 #include "ui/sheets/TWDictionarySheet.h"
 #include "ui/sheets/TWFilesSheet.h"
 #include "ui/sheets/TWKeepSheet.h"
 #include "ui/sheets/TWLogsSheet.h"
 #include "ui/sheets/TWRecentItemsSheet.h"
+#include "ui/sheets/TWVolumesSheet.h"
 
 #include <algorithm>
 
@@ -28,12 +30,15 @@ std::unique_ptr<TWSheet> makeDictionary(TWEditors& editors, QWidget* window)
     return std::make_unique<TWDictionarySheet>(editors.dictionary(), window);
 }
 
-// In the order of the Edit menu.
+// In the order of the Edit menu: that of the cleaners, then the lists that several of them use.
 constexpr TWSheetRow Rows[] = {
-    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."),
-        makeWithKeepList<TWFilesSheet, TWFilesWindowController> },
+    { "applications", QT_TRANSLATE_NOOP("TWSheetTable", "&Applications..."),
+        make<TWApplicationsSheet, TWApplicationsWindowController> },
     { "recent-items", QT_TRANSLATE_NOOP("TWSheetTable", "&Recent Items Rules..."),
         makeWithKeepList<TWRecentItemsSheet, TWRecentItemsWindowController> },
+    { "volumes", QT_TRANSLATE_NOOP("TWSheetTable", "&Volumes..."), make<TWVolumesSheet, TWVolumesWindowController> },
+    { "files", QT_TRANSLATE_NOOP("TWSheetTable", "&Files Rules..."),
+        makeWithKeepList<TWFilesSheet, TWFilesWindowController> },
     { "logs", QT_TRANSLATE_NOOP("TWSheetTable", "Lo&gs..."), makeWithKeepList<TWLogsSheet, TWLogsWindowController> },
     { "keep", QT_TRANSLATE_NOOP("TWSheetTable", "Keep &List..."), make<TWKeepSheet, TWKeepWindowController> },
     { "dictionary", QT_TRANSLATE_NOOP("TWSheetTable", "&Keyword Dictionary..."), makeDictionary },

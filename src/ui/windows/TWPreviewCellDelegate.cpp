@@ -49,7 +49,7 @@ void TWPreviewCellDelegate::initStyleOption(QStyleOptionViewItem* option, const 
 {
     ImageAndTextCell::initStyleOption(option, index);
     TWCellStyle::showSelection(*option);
-    if (index.column() == TWPreviewModel::Path) {
+    if (index.data(TWPreviewModel::PathRole).toBool()) {
         // A path is written from left to right in every language; otherwise its first slash would move to its end.
         option->direction = Qt::LeftToRight;
         const auto word = index.data(TWPreviewModel::WordRole).toString();

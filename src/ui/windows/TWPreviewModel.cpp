@@ -27,7 +27,13 @@ constexpr const char* Fates[] = {
     QT_TRANSLATE_NOOP("TWPreviewModel", "Not looked at to the end: %1"),
 };
 
-constexpr auto LosesEntries = QT_TRANSLATE_NOOP("TWPreviewModel", "Would lose entries: %1");
+// The same for what would happen, in the order of TWPlannedAction.
+constexpr const char* Actions[] = {
+    QT_TRANSLATE_NOOP("TWPreviewModel", "Would be deleted: %1"),
+    QT_TRANSLATE_NOOP("TWPreviewModel", "Would lose entries: %1"),
+    QT_TRANSLATE_NOOP("TWPreviewModel", "Would be asked to quit: %1"),
+    QT_TRANSLATE_NOOP("TWPreviewModel", "Would be unmounted: %1"),
+};
 
 constexpr auto Unknown = "\u2026";
 constexpr qint64 NanosecondsPerSecond = 1'000'000'000;
@@ -116,13 +122,13 @@ QVariant TWPreviewModel::data(const QModelIndex& index, int role) const
     case Qt::CheckStateRole:
         return column == Path ? QVariant(checkState(row)) : QVariant();
     case Qt::DecorationRole:
-        if (column == Path)
-            return controller_.item(row).facts.kind == TWFileKind::Folder ? folder_ : file_;
-        return {};
+        return column == Path ? QVariant(icon(row)) : QVariant();
     case WarningRole:
         return column == Why
             && (controller_.fate(row) == TWPreviewFate::Refused
                 || controller_.fate(row) == TWPreviewFate::DeletedAnyway);
+    case PathRole:
+        return column == Path && !controller_.item(row).isThing();
     case WordRole:
         return column == Path ? QVariant(TWQtText::shown(controller_.word(row))) : QVariant();
     default:
@@ -130,10 +136,18 @@ QVariant TWPreviewModel::data(const QModelIndex& index, int role) const
     }
 }
 
+QIcon TWPreviewModel::icon(TWPreviewRow row) const
+{
+    const auto& item = controller_.item(row);
+    if (item.isThing())
+        return QIcon::fromTheme(controller_.preview()->cleaners()[row.cleaner]->row().icon, file_);
+    return item.facts.kind == TWFileKind::Folder ? folder_ : file_;
+}
+
 // A file that stays has a row for each key.
 std::string TWPreviewModel::withKey(TWPreviewRow row, const std::string& path) const
 {
-    return controller_.item(row).keepsFile ? path + ": " + controller_.key(row) : path;
+    return controller_.item(row).keepsFile() ? path + ": " + controller_.key(row) : path;
 }
 
 QVariant TWPreviewModel::text(TWPreviewRow row, int column) const
@@ -142,8 +156,11 @@ QVariant TWPreviewModel::text(TWPreviewRow row, int column) const
     case Path:
         return TWQtText::shown(withKey(row, controller_.shortPath(row)));
     case Size: {
-        if (controller_.item(row).keepsFile)
+        const auto action = controller_.item(row).action;
+        if (action == TWPlannedAction::RemoveEntries)
             return TWQtText::shown(controller_.entries(row));
+        if (action != TWPlannedAction::Delete)
+            return {};
         const auto bytes = controller_.bytes(row);
         if (controller_.fate(row) == TWPreviewFate::Refused)
             return {}; // its size is not looked for
@@ -185,8 +202,9 @@ QString TWPreviewModel::accessibleText(TWPreviewRow row, int column) const
         return text(row, column).toString();
     const QStringList parts{ text(row, Path).toString(), text(row, Size).toString(), text(row, Why).toString() };
     const auto fate = controller_.fate(row);
-    const bool losesEntries = fate == TWPreviewFate::Deleted && controller_.item(row).keepsFile;
-    return tr(losesEntries ? LosesEntries : Fates[static_cast<int>(fate)]).arg(parts.join(", "));
+    const auto* text = fate == TWPreviewFate::Deleted ? Actions[static_cast<int>(controller_.item(row).action)]
+                                                      : Fates[static_cast<int>(fate)];
+    return tr(text).arg(parts.join(", "));
 }
 
 Qt::CheckState TWPreviewModel::checkState(TWPreviewRow row) const

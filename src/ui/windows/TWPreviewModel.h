@@ -13,6 +13,7 @@ public:
     enum Column { Path, Size, Age, Why };
     enum Role {
         WarningRole = Qt::UserRole, // true where a row says that its tick or its rule does not decide
+        PathRole, // true if the text is a path
         WordRole, // the word of the dictionary that the name was found by
     };
 
@@ -33,6 +34,7 @@ public:
 private:
     std::string withKey(TWPreviewRow, const std::string& path) const;
     QVariant text(TWPreviewRow, int column) const;
+    QIcon icon(TWPreviewRow) const;
     QString age(TWPreviewRow) const;
     QVariant toolTip(TWPreviewRow, int column) const;
     QString accessibleText(TWPreviewRow, int column) const;

@@ -48,6 +48,13 @@ TWWindowSession::~TWWindowSession()
     delegate_.setViews(nullptr, nullptr);
 }
 
+void TWWindowSession::refresh()
+{
+    mainWindow_.refresh();
+    for (const auto& [editor, sheet] : sheets_)
+        sheet->refresh();
+}
+
 void TWWindowSession::clean()
 {
     activate();

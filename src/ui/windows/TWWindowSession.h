@@ -23,6 +23,9 @@ public:
 
     TWMainWindow& mainWindow() { return mainWindow_; }
 
+    // Updates the main window and the sheets after a command may have changed lists and settings.
+    void refresh();
+
     // Brings the main window forward and starts a run.
     void clean();
 

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+// A connection to the message bus of the session. Starts no program, neither a bus nor a service.
+class TWSessionBus final {
+public:
+    TWSessionBus();
+
+    // Tells these processes to quit. False if none of them offers that. Nothing if there is a bus that cannot be asked.
+    std::optional<bool> quit(const std::set<std::int64_t>& processes) const;
+
+private:
+    using Answer = std::unique_ptr<GVariant, void (*)(GVariant*)>;
+
+    struct Call {
+        std::string name;
+        std::string object;
+        const char* interface;
+        const char* method;
+    };
+    enum class Result { Done, Refused, NoAnswer };
+
+    Result call(const Call&, GVariant* arguments, Answer&) const;
+    std::optional<std::vector<std::string>> namesOf(const std::set<std::int64_t>& processes) const;
+    Result processOf(const std::string& name, std::int64_t& process) const;
+    Result activateQuit(const std::string& name) const;
+    Result quitMainApplication(const std::string& name) const;
+
+    const std::unique_ptr<GDBusConnection, void (*)(gpointer)> connection_;
+};
