@@ -322,6 +322,7 @@ void TWApplicationsCleaner::timedOut(const std::vector<Match>& running)
         return;
     }
     std::vector<TWReportLine> lines;
+    lines.reserve(running.size());
     for (const auto& match : running)
         lines.emplace_back(TWText::fill(NotTerminated, { match.name }));
     sayLines(std::move(lines), [this] { end(Outcome::Failure); });

@@ -10,6 +10,7 @@ std::unique_ptr<TWVolumeLook> TWLookAtVolumes(TWRunLoop& runLoop, const TWVolume
     const std::vector<TWVolume>& which, std::function<void(const TWVolumeFacts&)> taken, std::function<void()> ended)
 {
     std::vector<TWVolumeFacts> all;
+    all.reserve(which.size());
     for (const auto& volume : which)
         all.push_back({ volume, {}, std::nullopt });
     auto work = [&volumes, all = std::move(all)](TWVolumeLook::Sink& sink) mutable {

@@ -89,6 +89,7 @@ std::optional<TWApplicationsRecord> TWApplicationsWindowController::recordOf(
 void TWApplicationsWindowController::add(const std::vector<TWApplication>& applications)
 {
     std::vector<TWApplicationFinder::Opened> opened;
+    opened.reserve(applications.size());
     for (const auto& application : applications)
         opened.push_back({ application, "" });
     append(opened);

@@ -72,7 +72,7 @@ void TWUDisksWay::release(const TWDeadline& deadline)
 // Returns the device that held the encrypted container, or else the volume.
 std::string TWUDisksWay::lock(const TWDeadline& deadline)
 {
-    const auto container = objects_[volume_].encrypted;
+    auto container = objects_[volume_].encrypted;
     if (container.empty())
         return volume_;
     call(container, "Encrypted", "Lock", deadline);

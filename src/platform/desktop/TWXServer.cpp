@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int DeepestClient = 4; // below the root: managers put a window into one or more frames
-constexpr std::uint32_t LongestProperty = 1024; // in units of four bytes
+constexpr std::uint32_t MostWords = 1024; // in units of four bytes
 constexpr std::uint32_t Withdrawn = 0; // the state of a window that is no longer managed
 constexpr std::uint32_t ByUser = 2; // tells the manager that not the application itself asks
 
@@ -27,8 +27,8 @@ Owned<Reply> owned(Reply* reply)
 
 Owned<xcb_get_property_reply_t> property(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t name)
 {
-    return owned(xcb_get_property_reply(connection,
-        xcb_get_property(connection, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, LongestProperty), nullptr));
+    const auto cookie = xcb_get_property(connection, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, MostWords);
+    return owned(xcb_get_property_reply(connection, cookie, nullptr));
 }
 
 bool isManaged(const xcb_get_property_reply_t* state)
@@ -131,8 +131,10 @@ void TWXServer::addBelow(xcb_window_t parent, int depth, const Found& found) con
     if (!tree)
         return;
     const auto* children = xcb_query_tree_children(tree.get());
+    const int count = xcb_query_tree_children_length(tree.get());
     std::vector<xcb_get_property_cookie_t> states;
-    for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index)
+    states.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index)
         states.push_back(
             xcb_get_property(connection_.get(), 0, children[index], atom("WM_STATE"), XCB_GET_PROPERTY_TYPE_ANY, 0, 1));
     for (std::size_t index = 0; index < states.size(); ++index) {

@@ -41,7 +41,7 @@ public:
     std::vector<Entry> entries() const;
 
     // Of one such file. On failure returns nothing and sets problem to one sentence.
-    std::optional<Entry> entry(const std::string& path, std::string& problem) const;
+    std::optional<Entry> entry(const std::string& given, std::string& problem) const;
 
     // Of the file: what desktops call its application.
     std::string identifier(const std::string& path) const;

@@ -131,7 +131,9 @@ void TWLinuxCopyFinder::addStarted(const TWLinuxCopy& copy, TWLinuxCopyProcesses
     while (!parents.empty()) {
         const auto* parent = table_.find(parents.back());
         parents.pop_back();
-        for (const auto* child : parent ? childrenOf(parent->process) : Children()) {
+        if (!parent)
+            continue;
+        for (const auto* child : childrenOf(parent->process)) {
             const auto* stat = table_.stat(child->process);
             if (!stat || !belongsTo(copy, *child, *parent)
                 || !processes.starts.try_emplace(child->process, stat->start).second)

@@ -16,6 +16,8 @@
 
 namespace {
 
+constexpr char StatFields[] = ") %*c %d %*d %d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %*d %*d %lu";
+
 constexpr std::size_t LongestCommandLine = 4096; // in bytes, as the others
 constexpr std::size_t LongestControlGroup = 4096;
 constexpr std::size_t LongestEnvironment = 32768;
@@ -117,8 +119,11 @@ bool TWLinuxProcessFolder::isOfThisUser() const
     const auto line = text.find("\nUid:");
     uid_t real = 0;
     uid_t effective = 0;
-    return line != std::string::npos && std::sscanf(&text[line], "\nUid: %u %u", &real, &effective) == 2
-        && real == geteuid() && effective == geteuid();
+    if (line == std::string::npos)
+        return false;
+    // NOLINTNEXTLINE(cert-err34-c): the kernel writes numbers that fit
+    const int count = std::sscanf(&text[line], "\nUid: %u %u", &real, &effective);
+    return count == 2 && real == geteuid() && effective == geteuid();
 }
 
 // The name of the program, in parentheses, may hold anything.
@@ -126,13 +131,12 @@ std::optional<TWLinuxStat> TWLinuxProcessFolder::stat() const
 {
     const auto text = firstBytes<LongestStatus>(descriptor(), "stat");
     const auto name = text.rfind(')');
-    TWLinuxStat found;
-    if (name == std::string::npos
-        || std::sscanf(&text[name], ") %*c %d %*d %d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %*d %*d %lu",
-               &found.parent, &found.session, &found.start)
-            != 3)
+    if (name == std::string::npos)
         return std::nullopt;
-    return found;
+    TWLinuxStat found;
+    // NOLINTNEXTLINE(cert-err34-c): the kernel writes numbers that fit
+    const int count = std::sscanf(&text[name], StatFields, &found.parent, &found.session, &found.start);
+    return count == 3 ? std::optional(found) : std::nullopt;
 }
 
 TWLinuxUnit TWLinuxProcessFolder::unit() const

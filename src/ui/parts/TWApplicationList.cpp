@@ -122,6 +122,7 @@ void TWApplicationList::search(const QString& text)
     const auto before = selected();
     model_->search(text);
     std::vector<int> rows;
+    rows.reserve(before.size() + 1);
     for (const auto& each : before)
         rows.push_back(model_->rowOf(each));
     std::erase(rows, -1);
