@@ -20,6 +20,7 @@ constexpr auto LeftAlone = "%@ was left alone: %@";
 constexpr auto SystemVolume = "it belongs to the system, or no file manager shows it.";
 constexpr auto OutsideSandbox = "it is not mounted in the sandbox.";
 constexpr auto AnotherVolume = "another volume is mounted there by now.";
+constexpr auto SilentService = "the service that shows it does not answer, so nobody knows whether it is there.";
 constexpr auto UsedBy = "%@ is in use by %@.";
 constexpr auto StillUsed = "%@ is not shown any more, but its device is still in use%@. Do not remove it yet.";
 constexpr auto MayBeUsed = "%@ is not shown any more, but its device may still be in use. Do not remove it yet.";
@@ -145,7 +146,9 @@ private:
         putInnerFirst(mounted);
         auto next = mounted.begin(); // takes the place of the mounted record whose turn it is in the list
         for (const auto& record : records) {
-            if (!topmost.contains(record.volumePath)) {
+            if (!topmost.contains(record.volumePath) && !context_.volumes.isKnown(record.volumePath)) {
+                sayUnknown(record);
+            } else if (!topmost.contains(record.volumePath)) {
                 plan_.addLine(TWText::fill(AlreadyUnmounted, { record.shownName() }));
             } else if (record.active) {
                 add(**next, *topmost.at((*next)->volumePath), *shown);
@@ -159,6 +162,15 @@ private:
         if (std::none_of(records.begin(), records.end(), [](const auto& record) { return record.active; }))
             return;
         plan_.addLine(std::string(NotListed), TWPlannedLine::Effect::Incomplete);
+        plan_.incomplete = true;
+    }
+
+    void sayUnknown(const TWVolumesRecord& record)
+    {
+        if (!record.active)
+            return;
+        plan_.addLine(
+            TWText::fill(LeftAlone, { record.shownName(), SilentService }), TWPlannedLine::Effect::Incomplete);
         plan_.incomplete = true;
     }
 

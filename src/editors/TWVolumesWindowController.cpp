@@ -35,13 +35,24 @@ std::string TWVolumesWindowController::problem() const
     return saved_.problem().empty() && !isTableReadable_ ? TableUnreadable : saved_.problem();
 }
 
+// What nobody can tell stays as it was. In a sandbox the services of the desktop are not asked, and nothing of theirs
+// would be shown.
+void TWVolumesWindowController::readMounts()
+{
+    auto mounted = context_.volumes.mountedVolumes();
+    const bool isComplete = places().sandboxed() || context_.volumes.unknownFolders().empty();
+    isTableReadable_ = mounted && isComplete;
+    if (!mounted)
+        return;
+    std::copy_if(mounted_.begin(), mounted_.end(), std::back_inserter(*mounted),
+        [this](const auto& volume) { return !context_.volumes.isKnown(volume.path); });
+    mounted_ = std::move(*mounted);
+}
+
 // Changes the vector in place, because the cleaner has it as well.
 void TWVolumesWindowController::updateVolumesList()
 {
-    auto mounted = context_.volumes.mountedVolumes();
-    isTableReadable_ = mounted.has_value();
-    if (mounted)
-        mounted_ = std::move(*mounted);
+    readMounts();
     auto& volumes = *volumesArray_;
     volumes = saved_.records();
     std::set<std::string_view> saved;

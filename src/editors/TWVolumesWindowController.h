@@ -57,7 +57,7 @@ public:
     void sheetOpened();
     void sheetClosed();
 
-    // False while nobody knows what is mounted.
+    // False while nobody knows all that is mounted.
     bool isTableReadable() const { return isTableReadable_; }
 
     bool isMounted(int row) const;
@@ -69,6 +69,7 @@ public:
     const TWPlaces& places() const { return context_.deletion.places; }
 
 private:
+    void readMounts();
     void look();
     void take(const TWVolumeFacts&);
     const TWVolume* mounted(int row) const;

@@ -34,9 +34,9 @@ public:
     virtual void kill() = 0;
 };
 
-// Launches child processes without a shell. The arguments are bytes, the environment is small and fixed, and no
-// descriptor of ours is inherited but that of a shared lock. The locale is C, because loading another one takes a fifth
-// of the running time of a deletion tool.
+// Launches child processes without a shell. The arguments are bytes. The environment is small, and fixed but for what
+// leads to the session's message bus. No descriptor of ours is inherited but that of a shared lock. The locale is C,
+// because loading another one takes a fifth of the running time of a deletion tool.
 class TWProcessLauncher {
 public:
     virtual ~TWProcessLauncher() = default;

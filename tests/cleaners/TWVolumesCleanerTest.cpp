@@ -85,6 +85,12 @@ TEST_F(TWVolumesCleanerTest, WhatIsNoOfferedVolumeOrAnotherOneByNowIsLeftAlone)
         }
     };
     EXPECT_EQ(run()[3], "- one was left alone: another volume is mounted there by now.");
+    list->clear();
+    add("net/share");
+    volumes.unknown = { "/media/net" };
+    const auto silent = run();
+    EXPECT_TRUE(silent[1].starts_with("- net/share was left alone: the service that shows it does not answer"));
+    EXPECT_EQ(silent[2], Failure);
     volumes.readable = false;
     EXPECT_EQ(run(),
         (Lines{ Started, "- The mounted volumes could not be listed, so nobody knows which of them are there.", Failure,

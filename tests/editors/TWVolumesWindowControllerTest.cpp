@@ -62,6 +62,13 @@ TEST_F(TWVolumesWindowControllerTest, FollowsTheMountTableAndSavesEveryTick)
     EXPECT_EQ(list(), " +two? -three") << "what was known last";
     EXPECT_NE(controller.problem(), "");
     volumes.readable = true;
+    volumes.unknown = { "/media" };
+    volumes.unmount("/media/three");
+    controller.updateVolumesList();
+    EXPECT_EQ(list(), " +two? -three") << "the same where nobody can tell";
+    EXPECT_NE(controller.problem(), "");
+    volumes.unknown.clear();
+    volumes.mount("/media/three");
     EXPECT_TRUE(controller.setActive(0, false));
     EXPECT_NE(root.read(Saved).find("<array/>"), std::string::npos) << root.read(Saved);
     controller.updateVolumesList();

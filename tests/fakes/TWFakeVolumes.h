@@ -14,6 +14,7 @@ public:
     std::map<std::string, TWVolumeUse> uses; // by path, also of volumes that were unmounted
     std::map<std::string, std::uint64_t> space; // by path
     bool readable = true;
+    std::vector<std::string> unknown; // folders of a service that does not answer
     std::function<void()> atLook = [] {}; // what happens while the free space of a volume is asked for
 
     void mount(const std::string& path, const std::string& device = "/dev/sdb1")
@@ -47,6 +48,7 @@ public:
         mounts.insert(mounts.end(), shown_.begin(), shown_.end());
         return readable ? std::optional(mounts) : std::nullopt;
     }
+    std::vector<std::string> unknownFolders() const override { return unknown; }
     std::unique_ptr<TWRunLoopHandle> watch(TWRunLoop& runLoop, std::function<void()> changed) override
     {
         return std::make_unique<Watch>(watches_, runLoop, std::move(changed));

@@ -3,6 +3,7 @@
 #include "TWBoundedChild.h"
 #include "TWEjectReport.h"
 #include "TWFuseWay.h"
+#include "TWHolders.h"
 #include "TWRootWay.h"
 #include "TWUDisksWay.h"
 #include "TWUserWay.h"
@@ -21,7 +22,6 @@ namespace {
 
 constexpr char Refused[] = "\"%@\" is not unmounted: %@";
 constexpr char ChangedMeanwhile[] = "\"%@\" is not unmounted: something else is mounted there now";
-constexpr char Held[] = "note: \"%@\" is held by %@";
 constexpr char Answered[] = "%@: %@";
 constexpr char NoEffect[] = "it did not object, but the volume is still mounted";
 constexpr char NotWrittenOut[] = "warning: what was not yet written to \"%@\" could not be written, and may be lost";
@@ -37,17 +37,6 @@ constexpr TWDeadline::Duration LazyTime{ 8'000 };
 constexpr TWDeadline::Duration FreeingTime{ 10'000 };
 constexpr TWDeadline::Duration LookingTime{ 5'000 };
 constexpr TWDeadline::Duration BetweenLooks{ 100 };
-
-constexpr std::size_t MostHolders = 10;
-
-std::string inOneLine(const std::vector<std::string>& holders)
-{
-    std::string text;
-    for (std::size_t index = 0; index < std::min(holders.size(), MostHolders); ++index)
-        text += (index == 0 ? "" : ", ") + holders[index];
-    const auto more = holders.size() - std::min(holders.size(), MostHolders);
-    return more == 0 ? text : text + " and " + std::to_string(more) + " more";
-}
 
 }
 
@@ -79,7 +68,7 @@ TWEjector::Result TWEjector::eject()
 
 bool TWEjector::detach()
 {
-    reportHolders();
+    TWReportHolders(volume_, deadline_.left(LookingTime));
     if (hasDiskImages())
         return false;
     const bool isWritten = writeOut();
@@ -166,7 +155,7 @@ bool TWEjector::waitUntilFree()
             continue;
         }
         TWReport(found == Unknown ? MayBeInUse : StillInUse, { path_, volume_.device });
-        reportHolders();
+        TWReportHolders(volume_, deadline_.left(LookingTime));
         return false;
     }
     return true;
@@ -195,18 +184,6 @@ TWLinuxBlockDevice::Use TWEjector::use() const
         return Free; // from this volume; the user sees that it is mounted
     const auto found = TWLinuxBlockDevice::use(TWLinuxBlockDevice::number(volume_.deviceNumber, volume_.device));
     return found == Unknown && wasListed_ ? Free : found;
-}
-
-void TWEjector::reportHolders() const
-{
-    const auto end = TWRunInChild(
-        [this] {
-            const auto text = inOneLine(TWLinuxLookForHolders(volume_, {}).holders);
-            return write(STDOUT_FILENO, text.data(), text.size()) < 0 ? 1 : 0;
-        },
-        deadline_.left(LookingTime));
-    if (!end.output.empty())
-        TWReport(Held, { path_, end.output });
 }
 
 bool TWEjector::isGone() const

@@ -29,7 +29,6 @@ private:
     void reportOnce(const std::string& line);
     bool writeOut() const;
     bool waitUntilFree();
-    void reportHolders() const;
     bool hasDiskImages() const;
     bool isOnDevice() const; // and not on a server, for example: only a device can be pulled out
     TWLinuxBlockDevice::Use use() const; // of the device, after the volume has been detached

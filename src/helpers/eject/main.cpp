@@ -1,15 +1,17 @@
 // eject eject -force PATH: unmounts the volume that is mounted at PATH, also if programs hold files on it open, and
 // ejects what it is on. The first word is the action, and there is no other one. Takes about a minute at most. PATH is
-// compared with the mount table byte by byte; mounts of the system and those with other mounts inside are refused.
+// compared byte by byte with the mount table and with the list of gvfs; mounts of the system and those with other
+// mounts inside are refused.
 //
 // Writes what was tried and answered to standard error, one line each. "note:" begins a line that explains no failure,
 // and "warning:" one about a loss although the volume is unmounted. Exits with 0 if the volume is unmounted, with 1 if
 // it is not, with 2 if it was used in any other way, and with 3 if the volume was only detached and its device is not
-// certainly free. A signal ends it at any time, SIGALRM when the time is over; the mount table is right about what was
-// done by then.
+// certainly free. A signal ends it at any time, SIGALRM when the time is over; the table and the list are right about
+// what was done by then.
 
 #include "TWEjectReport.h"
 #include "TWEjector.h"
+#include "TWLocationEjector.h"
 
 #include <csignal>
 #include <string>
@@ -55,6 +57,6 @@ int main(int argumentCount, char** arguments)
     std::signal(SIGCHLD, SIG_DFL); // if it is ignored, the system does not tell how a child has ended
     std::signal(SIGALRM, SIG_DFL); // a handler would not end a wait for a volume that does not answer
     alarm(LastSeconds);
-    TWEjector ejector(words[2], std::chrono::seconds(Seconds));
-    return exitStatus(ejector.eject());
+    const auto location = TWLocationEjector(words[2], std::chrono::seconds(Seconds)).eject();
+    return exitStatus(location ? *location : TWEjector(words[2], std::chrono::seconds(Seconds)).eject());
 }

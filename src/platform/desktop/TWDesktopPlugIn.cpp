@@ -1,3 +1,4 @@
+#include "platform/desktop/TWLocationService.h"
 #include "platform/desktop/TWSessionBus.h"
 #include "platform/desktop/TWXServer.h"
 #include "platform/linux/TWLinuxDesktop.h"
@@ -29,6 +30,17 @@ public:
     std::optional<bool> quitOverBus(const std::set<std::int64_t>& processes) override
     {
         return TWSessionBus().quit(processes);
+    }
+
+    std::optional<TWLinuxLocationList> locations(std::chrono::milliseconds patience) override
+    {
+        return TWLocationService(patience).locations();
+    }
+
+    std::optional<std::string> close(
+        const TWLinuxLocation& location, Force force, std::chrono::milliseconds patience) override
+    {
+        return TWLocationService(patience).close(location, force);
     }
 };
 

@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int Patience = 300; // with one call, in milliseconds
-
 constexpr auto Bus = "org.freedesktop.DBus";
 constexpr auto BusObject = "/org/freedesktop/DBus";
 constexpr auto Actions = "org.gtk.Actions";
@@ -65,21 +63,40 @@ std::string objectOf(std::string name)
 
 }
 
-TWSessionBus::TWSessionBus()
-    : connection_(connect(), disconnect)
+TWSessionBus::TWSessionBus(int patience)
+    : patience_(patience)
+    , connection_(connect(), disconnect)
 {
 }
 
-TWSessionBus::Result TWSessionBus::call(const Call& what, GVariant* arguments, Answer& answer) const
+TWSessionBus::Result TWSessionBus::call(
+    const Call& what, GVariant* arguments, Answer& answer, std::string* problem) const
 {
+    const Answer kept(arguments ? g_variant_ref_sink(arguments) : nullptr, g_variant_unref);
+    if (!connection_)
+        return Result::NoAnswer;
     GError* error = nullptr;
     answer.reset(g_dbus_connection_call_sync(connection_.get(), what.name.c_str(), what.object.c_str(), what.interface,
-        what.method, arguments, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, Patience, nullptr, &error));
+        what.method, arguments, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, patience_, nullptr, &error));
     if (answer)
         return Result::Done;
     const bool isRefused = g_dbus_error_is_remote_error(error);
+    if (isRefused && problem) {
+        g_dbus_error_strip_remote_error(error);
+        *problem = error->message;
+    }
     g_error_free(error);
     return isRefused ? Result::Refused : Result::NoAnswer;
+}
+
+std::optional<std::string> TWSessionBus::ownerOf(const char* name) const
+{
+    Answer answer(nullptr, g_variant_unref);
+    if (call({ Bus, BusObject, Bus, "GetNameOwner" }, g_variant_new("(s)", name), answer) != Result::Done)
+        return std::nullopt;
+    const char* owner = nullptr;
+    g_variant_get(answer.get(), "(&s)", &owner);
+    return owner;
 }
 
 // Nothing if the bus does not answer.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -10,6 +11,19 @@
 struct TWLinuxWindow {
     std::int64_t process = 0;
     std::vector<std::string> names; // by which its application may be known
+};
+
+// A network folder, a phone or the like that the user has opened with gvfs, the service of the desktops for these.
+struct TWLinuxLocation {
+    std::string owner; // the program that serves it, by a name that the bus never gives again
+    std::string object; // of that program
+    std::string name; // for the user
+    std::string path; // where programs that know nothing of gvfs find it; "" if nowhere
+};
+
+struct TWLinuxLocationList {
+    std::string service; // that has answered, by a name that the bus never gives again
+    std::vector<TWLinuxLocation> locations;
 };
 
 // The windows and the message bus of the user's session. Each operation may wait for a server that does not answer, and
@@ -26,6 +40,14 @@ public:
 
     // Tells the processes over the session's message bus to quit. False if none of them offers that.
     virtual std::optional<bool> quitOverBus(const std::set<std::int64_t>& processes) = 0;
+
+    // The locations that file managers show. Does not start gvfs: nothing as well if it does not run.
+    virtual std::optional<TWLinuxLocationList> locations(std::chrono::milliseconds patience) = 0;
+
+    // Asks the owner to close the location, also while files on it are open if forced. Returns the objection in one
+    // line, or "". Whether it is closed is for the list to say.
+    enum class Force { No, Yes };
+    virtual std::optional<std::string> close(const TWLinuxLocation&, Force, std::chrono::milliseconds patience) = 0;
 };
 
 // The function that the plug-in exports. The caller owns the result.

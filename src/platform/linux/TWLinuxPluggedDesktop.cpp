@@ -13,10 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto NotLoaded = "TWLinuxPluggedDesktop: windows cannot be closed, because \"%@\" could not be loaded (%@).";
-
-constexpr auto Patience = 1s;
-constexpr auto PatienceWithLateAnswer = 3s; // before the next question; counted from the one that it answers
+constexpr auto NotLoaded = "TWLinuxPluggedDesktop: the desktop is not asked: \"%@\" could not be loaded (%@).";
 
 bool isSet(const char* variable)
 {
@@ -41,14 +38,14 @@ void TWLinuxPluggedDesktop::load()
 
 // A thread that waits for ever holds what it works with, and ends with the program.
 template <typename Answer>
-Answer TWLinuxPluggedDesktop::ask(std::function<Answer(TWLinuxDesktop&)> question)
+Answer TWLinuxPluggedDesktop::ask(Patience patience, std::function<Answer(TWLinuxDesktop&)> question)
 {
     if (!isLoaded_)
         load();
     const bool isBusy = answered_.valid() && answered_.wait_until(longestWait_) != std::future_status::ready;
     if (!desktop_ || isBusy)
         return std::nullopt;
-    longestWait_ = std::chrono::steady_clock::now() + PatienceWithLateAnswer;
+    longestWait_ = std::chrono::steady_clock::now() + patience.lateAnswer;
     std::promise<Answer> promise;
     std::promise<void> answered;
     auto answer = promise.get_future();
@@ -64,7 +61,7 @@ Answer TWLinuxPluggedDesktop::ask(std::function<Answer(TWLinuxDesktop&)> questio
         answered_ = {};
         return std::nullopt;
     }
-    return answer.wait_for(Patience) == std::future_status::ready ? answer.get() : std::nullopt;
+    return answer.wait_for(patience.answer) == std::future_status::ready ? answer.get() : std::nullopt;
 }
 
 std::optional<std::vector<TWLinuxWindow>> TWLinuxPluggedDesktop::windows()
@@ -72,19 +69,34 @@ std::optional<std::vector<TWLinuxWindow>> TWLinuxPluggedDesktop::windows()
     using Windows = std::vector<TWLinuxWindow>;
     if (!isSet("DISPLAY"))
         return Windows();
-    return ask<std::optional<Windows>>([](TWLinuxDesktop& desktop) { return desktop.windows(); });
+    return ask<std::optional<Windows>>(UsualPatience, [](TWLinuxDesktop& desktop) { return desktop.windows(); });
 }
 
 std::optional<bool> TWLinuxPluggedDesktop::closeWindows(const std::set<std::int64_t>& processes)
 {
     if (!isSet("DISPLAY"))
         return false;
-    return ask<std::optional<bool>>([processes](TWLinuxDesktop& desktop) { return desktop.closeWindows(processes); });
+    return ask<std::optional<bool>>(
+        UsualPatience, [processes](TWLinuxDesktop& desktop) { return desktop.closeWindows(processes); });
 }
 
 std::optional<bool> TWLinuxPluggedDesktop::quitOverBus(const std::set<std::int64_t>& processes)
 {
     if (!isSet("DBUS_SESSION_BUS_ADDRESS") && !isSet("XDG_RUNTIME_DIR"))
         return false;
-    return ask<std::optional<bool>>([processes](TWLinuxDesktop& desktop) { return desktop.quitOverBus(processes); });
+    return ask<std::optional<bool>>(
+        UsualPatience, [processes](TWLinuxDesktop& desktop) { return desktop.quitOverBus(processes); });
+}
+
+std::optional<TWLinuxLocationList> TWLinuxPluggedDesktop::locations(Duration patience)
+{
+    return ask<std::optional<TWLinuxLocationList>>(
+        { patience, 0ms }, [patience](TWLinuxDesktop& desktop) { return desktop.locations(patience); });
+}
+
+std::optional<std::string> TWLinuxPluggedDesktop::close(
+    const TWLinuxLocation& location, TWLinuxDesktop::Force force, Duration patience)
+{
+    return ask<std::optional<std::string>>({ patience, 0ms },
+        [location, force, patience](TWLinuxDesktop& desktop) { return desktop.close(location, force, patience); });
 }

@@ -24,9 +24,20 @@ public:
     std::optional<bool> closeWindows(const std::set<std::int64_t>& processes);
     std::optional<bool> quitOverBus(const std::set<std::int64_t>& processes);
 
+    // As well, but they do not wait longer than that, not even for a late answer.
+    using Duration = std::chrono::milliseconds;
+    std::optional<TWLinuxLocationList> locations(Duration patience);
+    std::optional<std::string> close(const TWLinuxLocation&, TWLinuxDesktop::Force, Duration patience);
+
 private:
+    struct Patience {
+        Duration answer;
+        Duration lateAnswer; // before the next question; counted from the one that it answers
+    };
+    static constexpr Patience UsualPatience{ Duration(1000), Duration(3000) };
+
     template <typename Answer>
-    Answer ask(std::function<Answer(TWLinuxDesktop&)>);
+    Answer ask(Patience, std::function<Answer(TWLinuxDesktop&)>);
     void load();
 
     const std::string plugIn_;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/epoll.h>
@@ -31,6 +32,17 @@ bool collect(pid_t process)
     return waitpid(process, nullptr, WNOHANG) != 0;
 }
 
+// Where the session's message bus is, for the helper that unmounts volumes.
+std::vector<std::string> sessionVariables()
+{
+    std::vector<std::string> variables;
+    for (const auto* name : { "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR" }) {
+        if (const char* value = std::getenv(name))
+            variables.push_back(std::string(name) + "=" + value);
+    }
+    return variables;
+}
+
 // Descriptors that a child gets. sharedLock is -1 if there is none.
 struct Given {
     int folder;
@@ -47,7 +59,11 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, co
     words.push_back(nullptr);
     char locale[] = "LC_ALL=C";
     char search[] = "PATH=/usr/bin:/bin:/usr/sbin:/sbin";
-    char* const environment[] = { locale, search, nullptr };
+    std::vector<char*> environment{ locale, search };
+    auto session = sessionVariables();
+    for (auto& variable : session)
+        environment.push_back(variable.data());
+    environment.push_back(nullptr);
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -72,7 +88,7 @@ int spawn(const std::string& path, const std::vector<std::string>& arguments, co
     posix_spawnattr_setpgroup(&attributes, 0);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
 
-    const int error = posix_spawn(&process, path.c_str(), &actions, &attributes, words.data(), environment);
+    const int error = posix_spawn(&process, path.c_str(), &actions, &attributes, words.data(), environment.data());
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return error;

@@ -3,14 +3,17 @@
 #include "platform/linux/TWLinuxMountInfo.h"
 #include "platform/linux/TWLinuxProcesses.h"
 #include "platform/posix/TWDescriptor.h"
+#include "support/TWPath.h"
 #include "support/TWText.h"
 
 #include <algorithm>
 #include <charconv>
+#include <climits>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 namespace {
 
@@ -43,12 +46,19 @@ bool isOn(const TWLinuxVolumeMark& mark, int process, const struct statx& found)
     return isKnownByDevice(mark) ? sameDevice : sameMount && !hasMount(process, mark.volume.mount);
 }
 
+bool leadsInto(const std::string& path, int folder, const char* link)
+{
+    char target[PATH_MAX];
+    const auto length = readlinkat(folder, link, target, sizeof target);
+    return length > 0 && TWPath::isAtOrBelow({ target, static_cast<std::size_t>(length) }, path);
+}
+
 // Uses what the system knows already where it can, so that a volume that does not answer does no harm.
 bool leadsToVolume(const TWLinuxVolumeMark& mark, int process, int folder, const char* link)
 {
     struct statx found;
     return statx(folder, link, AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT, STATX_MNT_ID, &found) == 0
-        && isOn(mark, process, found);
+        && isOn(mark, process, found) && (mark.volume.service.empty() || leadsInto(mark.volume.path, folder, link));
 }
 
 bool hasOpenFile(const TWLinuxVolumeMark& mark, int process)
@@ -75,6 +85,12 @@ bool isMappedFrom(std::uint64_t device, std::string_view line)
         && makedev(majorNumber, minorNumber) == device;
 }
 
+bool isMappedFrom(const TWVolume& volume, std::string_view line)
+{
+    return isMappedFrom(volume.deviceNumber, line)
+        && (volume.service.empty() || line.find(" " + volume.path + "/") != std::string_view::npos);
+}
+
 bool hasMappedFile(const TWLinuxVolumeMark& mark, int process)
 {
     if (!mark.isMounted && !isKnownByDevice(mark))
@@ -85,7 +101,7 @@ bool hasMappedFile(const TWLinuxVolumeMark& mark, int process)
     for (ssize_t length; maps.isOpen() && (length = read(maps.get(), buffer, sizeof buffer)) > 0;)
         text.append(buffer, static_cast<std::size_t>(length));
     for (const auto& line : TWText::split(text, '\n')) {
-        if (isMappedFrom(mark.volume.deviceNumber, line))
+        if (isMappedFrom(mark.volume, line))
             return true;
     }
     return false;

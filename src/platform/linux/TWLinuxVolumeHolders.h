@@ -2,7 +2,8 @@
 
 #include "platform/TWVolumes.h"
 
-// What shows that an open file is on a volume.
+// What shows that an open file is on a volume. The volumes of a service share one file system, so for these its path
+// must be in the volume as well.
 struct TWLinuxVolumeMark {
     const TWVolume& volume;
     std::uint64_t deviceOfFiles = 0; // of its top folder; 0 if it was not looked at

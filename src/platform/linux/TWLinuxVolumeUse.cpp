@@ -55,8 +55,9 @@ void addDiskImages(const TWVolume& volume, std::vector<std::string>& holders)
 TWLinuxVolumeMark markOf(const TWVolume& volume, const TWLinuxMounts& mounts)
 {
     TWLinuxVolumeMark mark{ volume };
-    mark.isMounted = std::any_of(
-        mounts.begin(), mounts.end(), [&](const auto& mount) { return TWLinuxVolumeOf(mount).isSameMount(volume); });
+    mark.isMounted = !volume.service.empty() || std::any_of(mounts.begin(), mounts.end(), [&](const auto& mount) {
+        return TWLinuxVolumeOf(mount).isSameMount(volume);
+    });
     mark.isElsewhere = !mark.isMounted && std::any_of(mounts.begin(), mounts.end(), [&](const auto& mount) {
         return mount.deviceNumber == volume.deviceNumber && mount.source == volume.device;
     });

@@ -5,7 +5,7 @@
 
 TWVolume TWLinuxVolumeOf(const TWLinuxMount&);
 
-// What TWVolumes::use() promises. Any thread.
+// What TWVolumes::use() promises. A volume of a service must still be there. Any thread.
 TWVolumeUse TWLinuxLookForHolders(const TWVolume&, const TWCancellation&);
 
 // Waits for the volume. Any thread.

@@ -1,5 +1,6 @@
 #include "platform/linux/TWLinuxVolumes.h"
 
+#include "platform/linux/TWLinuxLocationWatch.h"
 #include "platform/linux/TWLinuxMountWatch.h"
 #include "platform/linux/TWLinuxSystemMounts.h"
 #include "platform/linux/TWLinuxVolumeUse.h"
@@ -13,6 +14,14 @@
 #include <unistd.h>
 
 namespace {
+
+constexpr TWLinuxLocations::Duration PatienceOnMainThread{ 300 };
+constexpr TWLinuxLocations::Duration PatienceInBackground{ 1000 };
+
+struct Watches final : TWRunLoopHandle {
+    std::unique_ptr<TWRunLoopHandle> mounts;
+    std::unique_ptr<TWRunLoopHandle> locations;
+};
 
 TWLinuxVolumeFilter::Setup setupFor(const TWPlaces& places)
 {
@@ -36,7 +45,15 @@ std::string fileSystemsTable()
 
 TWLinuxVolumes::TWLinuxVolumes(const TWPlaces& places)
     : setup_(setupFor(places))
+    , desktopPlugIn_(places.sandboxed() ? "" : places.desktop)
+    , locations_(desktopPlugIn_, PatienceOnMainThread)
 {
+}
+
+void TWLinuxVolumes::addLocations(const TWLinuxMounts& mounts, std::vector<TWVolume>& volumes)
+{
+    found_ = locations_.look(mounts);
+    volumes.insert(volumes.end(), found_.volumes.begin(), found_.volumes.end());
 }
 
 std::optional<std::vector<TWVolume>> TWLinuxVolumes::mountedVolumes()
@@ -53,6 +70,7 @@ std::optional<std::vector<TWVolume>> TWLinuxVolumes::mountedVolumes()
         if (filter.shows(mount) && !covers.contains({ mount.identifier, mount.point }))
             volumes.push_back(TWLinuxVolumeOf(mount));
     }
+    addLocations(mounts, volumes);
     return volumes;
 }
 
@@ -73,16 +91,33 @@ std::optional<std::vector<TWVolume>> TWLinuxVolumes::allMounts()
     std::vector<TWVolume> volumes;
     for (const auto& mount : mounts)
         volumes.push_back(TWLinuxVolumeOf(mount));
+    addLocations(mounts, volumes);
     return volumes;
 }
 
 std::unique_ptr<TWRunLoopHandle> TWLinuxVolumes::watch(TWRunLoop& runLoop, std::function<void()> changed)
 {
-    return std::make_unique<TWLinuxMountWatch>(runLoop, std::move(changed));
+    auto watches = std::make_unique<Watches>();
+    if (!desktopPlugIn_.empty())
+        watches->locations = std::make_unique<TWLinuxLocationWatch>(
+            runLoop, std::make_shared<TWLinuxLocations>(desktopPlugIn_, PatienceInBackground),
+            [this](const auto& found) { return found != found_; }, changed);
+    watches->mounts = std::make_unique<TWLinuxMountWatch>(runLoop, std::move(changed));
+    return watches;
+}
+
+// For any thread.
+bool TWLinuxVolumes::isOpen(const TWVolume& location) const
+{
+    const auto volumes = TWLinuxLocations(desktopPlugIn_, PatienceInBackground).look(TWLinuxReadMounts()).volumes;
+    return std::find(volumes.begin(), volumes.end(), location) != volumes.end();
 }
 
 TWVolumeUse TWLinuxVolumes::use(const TWVolume& volume, const TWCancellation& cancellation) const
 {
+    // Files of a location that was closed fail, and hold nothing any more.
+    if (!volume.service.empty() && !isOpen(volume))
+        return {};
     return TWLinuxLookForHolders(volume, cancellation);
 }
 
